@@ -1,0 +1,16 @@
+# SPDX-License-Identifier: MIT
+# LUX_CPU_VENDOR: the 12-character CPUID vendor identification for which calls may be threaded.
+if(NOT DEFINED CACHE{LUX_CPU_VENDOR})
+  set(vendor GenuineIntel)
+  if(EXISTS /proc/cpuinfo)
+    file(STRINGS /proc/cpuinfo lines REGEX "^vendor_id[ \t]*:" LIMIT_COUNT 1)
+    if(lines MATCHES ":[ \t]*(............)$")
+      set(vendor ${CMAKE_MATCH_1})
+    endif()
+  endif()
+  set(LUX_CPU_VENDOR ${vendor} CACHE STRING "CPUID vendor identification that enables threading")
+endif()
+string(LENGTH "${LUX_CPU_VENDOR}" length)
+if(NOT length EQUAL 12)
+  message(FATAL_ERROR "LUX_CPU_VENDOR must have 12 characters, not ${length}: '${LUX_CPU_VENDOR}'")
+endif()

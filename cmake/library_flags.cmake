@@ -1,0 +1,12 @@
+# SPDX-License-Identifier: MIT
+# What every object of the two shared libraries is compiled and linked with.
+#
+# The processor class is the promise: x87, MMX and SSE, nothing later. Old callers align the stack to
+# 4 bytes only, hence -mstackrealign. Vectorised code would bring SSE arithmetic into functions that
+# promise not to depend on MXCSR, so only intrinsics may produce it.
+set(LUX_LIBRARY_COMPILE_OPTIONS
+    -march=pentium3 -mfpmath=387 -mstackrealign -fno-tree-vectorize -fno-tree-slp-vectorize
+    -ffp-contract=off -fvisibility=hidden -fno-math-errno
+    $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
+set(LUX_LIBRARY_LINK_OPTIONS
+    -Wl,--as-needed -Wl,--no-undefined -Wl,-z,noexecstack -Wl,-z,text -Wl,-z,relro -Wl,-z,now)

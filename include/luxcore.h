@@ -1,0 +1,40 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * libluxcore: the settings that the libraries of the product share.
+ */
+#ifndef LUXCORE_H
+#define LUXCORE_H
+
+#include <stdint.h>
+
+#if defined(__GNUC__)
+#define LUXCORE_API __attribute__((visibility("default")))
+#else
+#define LUXCORE_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+enum {
+  LUXCORE_OK = 0,
+  LUXCORE_BAD_COUNT = -1 /**< a thread count below 1; the setting is unchanged */
+};
+
+/** Number of threads that a vector function may use. Starts at the number of processors available to
+ *  the process. A function fixes the length from which it threads at its first call, so set this
+ *  before the first call of the functions that it is meant for. */
+extern LUXCORE_API int32_t threads_omp_of_n_lux;
+
+/** Set the number of threads; any value from 1 up. Returns LUXCORE_OK or LUXCORE_BAD_COUNT. */
+LUXCORE_API int32_t luxcoreSetNumThreads(int32_t threads);
+
+/** The number of threads in force. */
+LUXCORE_API int32_t luxcoreGetNumThreads(void);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

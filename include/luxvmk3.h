@@ -1,0 +1,249 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * luxvm: element-wise math functions over arrays, for 32-bit x86 Linux.
+ *
+ *   luxs<Function>_<type>_A<bits>(sources, destinations, length)
+ *
+ * types    32f float, 64f double, 32fc and 64fc complex (real part first)
+ * bits     correct significand bits that the name guarantees: A11, A21, A24 for the single types,
+ *          A50, A53 for the double ones. The rounding functions are exact and carry no grade.
+ * arrays   `len` elements each, any byte alignment. A destination may be exactly one of the
+ * sources; arrays that overlap in part give undefined results. returns  a Status. When it is
+ * negative nothing was written. Positive codes are warnings: every element has its result, and the
+ * code is that of the last element reported. state    the caller's x87 control word and MXCSR come
+ * back as they were, exception masks are never changed, and results do not depend on the caller's
+ * rounding or precision settings but where a family says so. Denormals-are-zero is left as the
+ * caller set it. threads  long arrays are cut into slices that run in OpenMP threads (see the
+ * README); the graded functions may be called from any number of threads at once.
+ */
+#ifndef LUXVMK3_H
+#define LUXVMK3_H
+
+#include <stdint.h>
+
+#if defined(__GNUC__)
+#define LUX_API __attribute__((visibility("default")))
+#else
+#define LUX_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** Result of every vector function. */
+typedef int32_t Status;
+
+enum {
+  LUX_OK = 0,            /**< success, nothing to report */
+  LUX_BAD_LENGTH = -6,   /**< length below 1; nothing was written */
+  LUX_NULL_POINTER = -8, /**< a required pointer is null; nothing was written */
+  LUX_OVERFLOW = 12,     /**< a finite argument gave an infinity that is no pole */
+  LUX_UNDERFLOW = 17,    /**< a result that is not zero was rounded to zero */
+  LUX_POLE = 18,         /**< infinite result of a finite argument: division by zero, log of zero */
+  LUX_DOMAIN = 19        /**< argument outside the domain; the result is a NaN */
+};
+
+/** One complex single: two floats. */
+typedef struct {
+  float re, im;
+} Lux32fc;
+
+/** One complex double: two doubles. */
+typedef struct {
+  double re, im;
+} Lux64fc;
+
+/** The library's version record. */
+typedef struct {
+  int32_t major;
+  int32_t minor;
+  int32_t major_build;
+  int32_t build;
+  char target_code[4];    /**< two characters and two zero bytes */
+  const char* name;       /**< the library's file name */
+  const char* version;    /**< "major.minor" */
+  const char* build_date; /**< month, day, year: "Nov 21 2026" */
+} LibraryVersion;
+
+/** The version record: static, owned by the library, never null. */
+LUX_API const LibraryVersion* luxvmGetLibVersion(void);
+
+/* ---- Reciprocal and division ------------------------------------------------------------------
+ */
+
+/** dst[i] = 1 / src[i].
+ *
+ *  Accuracy: 32f correctly rounded, 64f at most 0.502 ulp; all grades are one computation.
+ *  A zero gives the infinity of its sign, code LUX_POLE; infinities give signed zeros; a NaN comes
+ *  out quiet. Overflow of 1/x for a tiny subnormal gives infinity without a code.
+ *  64f shares one division among four elements when their product fits the single range, so the
+ *  last bit of a result may depend on its three neighbours.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_POLE. */
+LUX_API Status luxsInv_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsInv_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsInv_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsInv_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsInv_64f_A53(const double* src, double* dst, int32_t len);
+
+/** dst[i] = src1[i] / src2[i].
+ *
+ *  Accuracy: 32f correctly rounded, 64f at most 0.502 ulp; all grades are one computation.
+ *  A zero divisor is reported with LUX_POLE: in 32f unless the dividend is a NaN, in 64f always;
+ * the stored value is the IEEE quotient (infinity, or a NaN for 0/0). Infinities, NaNs, overflow
+ * and underflow give the IEEE quotient and no code. Returns LUX_OK, LUX_BAD_LENGTH,
+ * LUX_NULL_POINTER or LUX_POLE. */
+LUX_API Status luxsDiv_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsDiv_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsDiv_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsDiv_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
+LUX_API Status luxsDiv_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
+
+/* ---- Exponential ------------------------------------------------------------------------------
+ */
+
+/** dst[i] = e to the power src[i].
+ *
+ *  Accuracy: 32f at most 0.612 ulp, 64f at most 0.80 ulp; all grades of a type are one computation.
+ *  e^0 is exactly 1. Special values:
+ *    +infinity gives +infinity, -infinity gives +0, a NaN comes out quiet: no code;
+ *    32f: from 88.72284 on +infinity with LUX_OVERFLOW, below -103.97208 +0 with LUX_UNDERFLOW;
+ *    64f: from 709.78271289338409 on +infinity with LUX_OVERFLOW, from -745.1332191019412 down +0
+ *    with LUX_UNDERFLOW. Subnormal 64f results, for arguments at and below -708.3964185322642, are
+ *    reported under an even number from 0 to 62, twice the middle index of the table lookup; that
+ *    number may happen to be 0, 12 or 18.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or the code of the last element reported. */
+LUX_API Status luxsExp_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsExp_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsExp_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsExp_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsExp_64f_A53(const double* src, double* dst, int32_t len);
+
+/* ---- Rounding to integers: exact, no grade, never threaded, nothing reported -------------------
+ */
+
+/** dst[i] = the largest integer not above src[i]. Zeros keep their sign, infinities pass, a NaN
+ * comes out quiet. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER; so do Ceil, Trunc and Round.
+ */
+LUX_API Status luxsFloor_32f(const float* src, float* dst, int32_t len);
+LUX_API Status luxsFloor_64f(const double* src, double* dst, int32_t len);
+
+/** dst[i] = the smallest integer not below src[i]; -1 < x < 0 gives -0. */
+LUX_API Status luxsCeil_32f(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCeil_64f(const double* src, double* dst, int32_t len);
+
+/** dst[i] = src[i] without its fraction; the sign stays, also on zeros. */
+LUX_API Status luxsTrunc_32f(const float* src, float* dst, int32_t len);
+LUX_API Status luxsTrunc_64f(const double* src, double* dst, int32_t len);
+
+/** dst[i] = src[i] rounded to the nearest integer, halves away from zero; the sign stays. */
+LUX_API Status luxsRound_32f(const float* src, float* dst, int32_t len);
+LUX_API Status luxsRound_64f(const double* src, double* dst, int32_t len);
+
+/** dst[i] = src[i] rounded to an integer in the rounding direction of the caller's x87 control
+ * word, ties to even when that is to-nearest; the sign stays. Checks nothing: returns 0 when `len`
+ * is below 1 and otherwise `len`, and null pointers are not tested. */
+LUX_API Status luxsNearbyInt_32f(const float* src, float* dst, int32_t len);
+LUX_API Status luxsNearbyInt_64f(const double* src, double* dst, int32_t len);
+
+/** The same function as NearbyInt, under its other name. */
+LUX_API Status luxsRint_32f(const float* src, float* dst, int32_t len);
+LUX_API Status luxsRint_64f(const double* src, double* dst, int32_t len);
+
+/** dst1[i] = the integer part of src[i], dst2[i] = its fractional part, both with the sign of
+ * src[i]. An infinity gives (infinity, signed zero), a NaN a quiet NaN in both. Returns LUX_OK,
+ * LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsModf_32f(const float* src, float* dst1, float* dst2, int32_t len);
+LUX_API Status luxsModf_64f(const double* src, double* dst1, double* dst2, int32_t len);
+
+/* ---- Reports ----------------------------------------------------------------------------------
+ */
+
+/** Receives every reported element: its code, its index relative to the slice that was computed,
+ * the first elements of the arrays (for one source or one destination the second pointer repeats
+ * the first) and a name, which is empty for most kernels. The library's own version raises the
+ * matching exception flag of the x87 unit; a program that defines these functions itself sees the
+ * reports instead. The result is not used by the library: it is the code. Called from several
+ * threads at once when a call is threaded. */
+LUX_API int32_t noxsError(int32_t code, int32_t index, const float* argument1,
+                          const float* argument2, const float* result1, const float* result2,
+                          const char* name);
+LUX_API int32_t noxdError(int32_t code, int32_t index, const double* argument1,
+                          const double* argument2, const double* result1, const double* result2,
+                          const char* name);
+
+/* ---- Threading --------------------------------------------------------------------------------
+ */
+
+/** Number of elements above which a call is worth splitting over `threads` threads, 0x7FFFFFFF for
+ *  never. `row` names the function (29 rows for s and d, 18 for c and z), `variant` the grade: 0
+ * for A24 and A53, 1 for A21 and A50, 2 for A11. A row that does not exist gives 0x7FFFFFFF. */
+LUX_API int32_t noxsMinN(int32_t row, int32_t variant, int32_t threads);
+LUX_API int32_t noxdMinN(int32_t row, int32_t variant, int32_t threads);
+LUX_API int32_t noxcMinN(int32_t row, int32_t variant, int32_t threads);
+LUX_API int32_t noxzMinN(int32_t row, int32_t variant, int32_t threads);
+
+/** Run `kernel` over `threads` slices of the arrays in an OpenMP region: slices of len / threads
+ *  elements, rounded down to a multiple of 4, the last one takes the rest. With fewer than four
+ *  elements a slice, or `threads` below 1, the kernel runs once over the whole range. Returns
+ *  LUX_NULL_POINTER, or the non-zero status that a slice stored last, or 0. The name says the
+ * shape: sources _ destinations, 2_1_1 for source, scalar, destination. */
+typedef Status (*LuxKernel_32f_1_1)(const float* src, float* dst, int32_t len);
+LUX_API Status noxsThreading_1_1(LuxKernel_32f_1_1 kernel, int32_t threads, const float* src,
+                                 float* dst, int32_t len);
+typedef Status (*LuxKernel_32f_2_1)(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status noxsThreading_2_1(LuxKernel_32f_2_1 kernel, int32_t threads, const float* src1,
+                                 const float* src2, float* dst, int32_t len);
+typedef Status (*LuxKernel_32f_1_2)(const float* src, float* dst1, float* dst2, int32_t len);
+LUX_API Status noxsThreading_1_2(LuxKernel_32f_1_2 kernel, int32_t threads, const float* src,
+                                 float* dst1, float* dst2, int32_t len);
+typedef Status (*LuxKernel_32f_2_1_1)(const float* src, float scalar, float* dst, int32_t len);
+LUX_API Status noxsThreading_2_1_1(LuxKernel_32f_2_1_1 kernel, int32_t threads, const float* src,
+                                   float scalar, float* dst, int32_t len);
+typedef Status (*LuxKernel_64f_1_1)(const double* src, double* dst, int32_t len);
+LUX_API Status noxdThreading_1_1(LuxKernel_64f_1_1 kernel, int32_t threads, const double* src,
+                                 double* dst, int32_t len);
+typedef Status (*LuxKernel_64f_2_1)(const double* src1, const double* src2, double* dst,
+                                    int32_t len);
+LUX_API Status noxdThreading_2_1(LuxKernel_64f_2_1 kernel, int32_t threads, const double* src1,
+                                 const double* src2, double* dst, int32_t len);
+typedef Status (*LuxKernel_64f_1_2)(const double* src, double* dst1, double* dst2, int32_t len);
+LUX_API Status noxdThreading_1_2(LuxKernel_64f_1_2 kernel, int32_t threads, const double* src,
+                                 double* dst1, double* dst2, int32_t len);
+typedef Status (*LuxKernel_64f_2_1_1)(const double* src, double scalar, double* dst, int32_t len);
+LUX_API Status noxdThreading_2_1_1(LuxKernel_64f_2_1_1 kernel, int32_t threads, const double* src,
+                                   double scalar, double* dst, int32_t len);
+typedef Status (*LuxKernel_32fc_1_1)(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status noxcThreading_1_1(LuxKernel_32fc_1_1 kernel, int32_t threads, const Lux32fc* src,
+                                 Lux32fc* dst, int32_t len);
+typedef Status (*LuxKernel_32fc_2_1)(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
+                                     int32_t len);
+LUX_API Status noxcThreading_2_1(LuxKernel_32fc_2_1 kernel, int32_t threads, const Lux32fc* src1,
+                                 const Lux32fc* src2, Lux32fc* dst, int32_t len);
+typedef Status (*LuxKernel_32fc_1_2)(const Lux32fc* src, Lux32fc* dst1, Lux32fc* dst2, int32_t len);
+LUX_API Status noxcThreading_1_2(LuxKernel_32fc_1_2 kernel, int32_t threads, const Lux32fc* src,
+                                 Lux32fc* dst1, Lux32fc* dst2, int32_t len);
+typedef Status (*LuxKernel_32fc_2_1_1)(const Lux32fc* src, Lux32fc scalar, Lux32fc* dst,
+                                       int32_t len);
+LUX_API Status noxcThreading_2_1_1(LuxKernel_32fc_2_1_1 kernel, int32_t threads, const Lux32fc* src,
+                                   Lux32fc scalar, Lux32fc* dst, int32_t len);
+typedef Status (*LuxKernel_64fc_1_1)(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status noxzThreading_1_1(LuxKernel_64fc_1_1 kernel, int32_t threads, const Lux64fc* src,
+                                 Lux64fc* dst, int32_t len);
+typedef Status (*LuxKernel_64fc_2_1)(const Lux64fc* src1, const Lux64fc* src2, Lux64fc* dst,
+                                     int32_t len);
+LUX_API Status noxzThreading_2_1(LuxKernel_64fc_2_1 kernel, int32_t threads, const Lux64fc* src1,
+                                 const Lux64fc* src2, Lux64fc* dst, int32_t len);
+typedef Status (*LuxKernel_64fc_1_2)(const Lux64fc* src, Lux64fc* dst1, Lux64fc* dst2, int32_t len);
+LUX_API Status noxzThreading_1_2(LuxKernel_64fc_1_2 kernel, int32_t threads, const Lux64fc* src,
+                                 Lux64fc* dst1, Lux64fc* dst2, int32_t len);
+typedef Status (*LuxKernel_64fc_2_1_1)(const Lux64fc* src, Lux64fc scalar, Lux64fc* dst,
+                                       int32_t len);
+LUX_API Status noxzThreading_2_1_1(LuxKernel_64fc_2_1_1 kernel, int32_t threads, const Lux64fc* src,
+                                   Lux64fc scalar, Lux64fc* dst, int32_t len);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
