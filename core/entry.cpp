@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+//
+// The graded exports: each decides whether its kernel runs here or is handed to a splitter.
+#include "core/shapes.h"
+#include "luxcore.h"
+
+using MinN = int32_t (*)(int32_t row, int32_t variant, int32_t threads);
+
+constexpr int32_t kUnknown = -1;
+constexpr int64_t kLeastPerThread = 100;
+
+static int32_t thread_count() { return __atomic_load_n(&threads_omp_of_n_lux, __ATOMIC_RELAXED); }
+
+// Threads that race here store the same value. A later change of the thread count does not move it.
+__attribute__((noinline, cold)) static int32_t fix_threshold(int32_t* threshold, MinN min_n,
+                                                             int32_t row, int32_t variant) {
+  const int32_t elements = min_n(row, variant, thread_count());
+  __atomic_store_n(threshold, elements, __ATOMIC_RELAXED);
+  return elements;
+}
+
+static inline bool worth_splitting(int32_t* threshold, MinN min_n, int32_t row, int32_t variant,
+                                   int32_t threads, int32_t len) {
+  int32_t elements = __atomic_load_n(threshold, __ATOMIC_RELAXED);
+  if (__builtin_expect(elements == kUnknown, false))
+    elements = fix_threshold(threshold, min_n, row, variant);
+  return len > elements && threads >= 1 && len > threads * kLeastPerThread;
+}
+
+#define LUX_GRADED(family, type, grade, t, shape, row, variant)                                 \
+  extern "C" Status _noxomp_luxs##family##_##type##_##grade(                                    \
+      LUX_PARAMS_##shape(LUX_ELEMENT_##type), int32_t len);                                     \
+  Status luxs##family##_##type##_##grade(LUX_PARAMS_##shape(LUX_ELEMENT_##type), int32_t len) { \
+    static int32_t _nox_min_threads = kUnknown;                                                 \
+    const int32_t threads = thread_count();                                                     \
+    if (worth_splitting(&_nox_min_threads, nox##t##MinN, row, variant, threads, len))           \
+      return nox##t##Threading_##shape(_noxomp_luxs##family##_##type##_##grade, threads,        \
+                                       LUX_ARGS_##shape, len);                                  \
+    return _noxomp_luxs##family##_##type##_##grade(LUX_ARGS_##shape, len);                      \
+  }
+#include "core/functions.def"
