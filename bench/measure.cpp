@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: MIT
+#include "bench/measure.h"
+
+#include "luxvmk3.h"
+
+#include <cpuid.h>
+#include <math.h>
+#include <time.h>
+#include <x86intrin.h>
+
+#include <algorithm>
+#include <limits>
+#include <random>
+#include <stdexcept>
+
+namespace bench {
+namespace {
+
+constexpr int32_t kSampleCycles = 20000;  // long against the time-stamp reads, short against a tick
+constexpr int kSamplesPerRound = 8;
+constexpr double kClockTolerance = 0.01;  // between the calibrations on both sides of a round
+constexpr int kLeastRounds = 5;
+constexpr int kLineBytes = 64, kPageBytes = 4096;
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+enum Spread { UNIFORM, LOG, SIGNED };
+
+struct Interval {
+  Spread spread;
+  double low, high;
+};
+
+struct Input {
+  std::string_view family;
+  bool complex;
+  Interval source[2];
+  int special_source;  // 1 or 2
+  double special;
+};
+
+constexpr Input kInputs[] = {
+#define INPUT(F, complex, s1, low1, high1, s2, low2, high2, source, special) \
+  {#F, complex, {{s1, low1, high1}, {s2, low2, high2}}, source, special},
+#define LUX_REAL_INPUT(F, ...) INPUT(F, false, __VA_ARGS__)
+#define LUX_COMPLEX_INPUT(F, ...) INPUT(F, true, __VA_ARGS__)
+#include "bench/intervals.def"
+};
+
+const Input& input_of(const Export& function) {
+  const bool complex = function.element == Type::fc32 || function.element == Type::fc64;
+  const Input* const found =
+      std::find_if(std::begin(kInputs), std::end(kInputs), [&](const Input& input) {
+        return input.family == function.family && input.complex == complex;
+      });
+  if (found == std::end(kInputs)) throw std::runtime_error("no input interval");
+  return *found;
+}
+
+double draw(const Interval& interval, std::mt19937& random) {
+  std::uniform_real_distribution<double> unit(0, 1);
+  if (interval.spread == UNIFORM)
+    return interval.low + (interval.high - interval.low) * unit(random);
+  const double magnitude = interval.low * pow(interval.high / interval.low, unit(random));
+  return interval.spread == SIGNED && unit(random) < 0.5 ? -magnitude : magnitude;
+}
+
+// Four arrays, a quarter of a page apart modulo a page: no load then waits for a store to an array
+// whose address agrees in the low twelve bits.
+class Memory {
+ public:
+  Memory(const Export& function, const Options& options) {
+    const bool wide = function.element == Type::f64 || function.element == Type::fc64;
+    const bool complex = function.element == Type::fc32 || function.element == Type::fc64;
+    const size_t parts = size_t(options.n) * (complex ? 2 : 1);
+    const size_t stride = (parts * (wide ? 8 : 4) / kPageBytes + 2) * kPageBytes + kPageBytes / 4;
+    bytes_.resize(4 * stride + 2 * kPageBytes + size_t(options.offset));
+    char* base = bytes_.data();
+    base += -reinterpret_cast<uintptr_t>(base) % kPageBytes;
+    base += options.offset;
+    const Input& input = input_of(function);
+    std::mt19937 random(20);
+    for (int source = 0; source < 2; ++source) {
+      const int32_t every = input.special_source == source + 1 ? options.special_every : 0;
+      const Interval& interval = input.source[source];
+      char* const to = base + source * stride;
+      for (size_t i = 0; i < parts; ++i) {
+        const size_t element = complex ? i / 2 : i;
+        const bool special = every > 0 && element % size_t(every) == size_t(every) / 2;
+        put(to, i, wide, special ? input.special : draw(interval, random));
+      }
+    }
+    arrays = {base, base + stride, base + 2 * stride, base + 3 * stride};
+  }
+
+  Arrays arrays;
+
+ private:
+  static void put(char* to, size_t index, bool wide, double value) {
+    const float narrow = float(value);
+    if (wide)
+      std::copy_n(reinterpret_cast<const char*>(&value), 8, to + 8 * index);
+    else
+      std::copy_n(reinterpret_cast<const char*>(&narrow), 4, to + 4 * index);
+  }
+
+  std::vector<char> bytes_;
+};
+
+double now() {
+  timespec time;
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return double(time.tv_sec) + 1e-9 * double(time.tv_nsec);
+}
+
+uint64_t ticks(Loop loop, const Arrays& arrays, int32_t len, int32_t times) {
+  const uint64_t start = __rdtsc();
+  loop(arrays, len, times);
+  return __rdtsc() - start;
+}
+
+struct Samples {
+  Figure figure;
+  int32_t dropped = 0;
+};
+
+// Cycles per call.
+Samples measure_loop(Loop loop, const Arrays& arrays, int32_t len, int32_t milliseconds) {
+  loop(arrays, len, 1);
+  uint64_t one_call = std::numeric_limits<uint64_t>::max();
+  for (int i = 0; i < 5; ++i) one_call = std::min(one_call, ticks(loop, arrays, len, 1));
+  const int32_t times =
+      int32_t(std::max<uint64_t>(1, kSampleCycles / std::max<uint64_t>(one_call, 1)));
+  loop(arrays, len, times);
+
+  Samples samples;
+  std::vector<double> cycles;
+  const double start = now(), limit = milliseconds * 1e-3;
+  for (int kept = 0;;) {
+    const double spent = now() - start;
+    if (spent > 20 * limit || (spent > limit && kept >= kLeastRounds)) break;
+    uint64_t taken[kSamplesPerRound];
+    const double before = ticks_per_cycle();
+    for (uint64_t& sample : taken) sample = ticks(loop, arrays, len, times);
+    const double after = ticks_per_cycle();
+    if (fabs(before - after) > kClockTolerance * before) {
+      ++samples.dropped;
+      continue;
+    }
+    ++kept;
+    for (uint64_t sample : taken) cycles.push_back(double(sample) / times / ((before + after) / 2));
+  }
+  if (cycles.empty()) return samples;
+  std::sort(cycles.begin(), cycles.end());
+  samples.figure = {cycles.front(), cycles[cycles.size() / 2]};
+  return samples;
+}
+
+Figure per_element(Figure figure, int32_t n) { return {figure.minimum / n, figure.median / n}; }
+
+}  // namespace
+
+double ticks_per_cycle() {
+  constexpr int32_t kTurns = 200, kLinks = 16;
+  uint64_t least = std::numeric_limits<uint64_t>::max();
+  for (int i = 0; i < 3; ++i) {
+    int32_t turns = kTurns, link = 0;
+    const uint64_t start = __rdtsc();
+    // Each exclusive or waits for the one before it, and no processor merges two of them. With one
+    // link a turn the loop would measure the fetch of taken branches, which a sibling thread
+    // halves.
+    asm volatile(
+        ".p2align 5\n1:\t"
+        ".rept %c3\n\txor %2, %1\n\t.endr\n\t"
+        "dec %0\n\tjnz 1b"
+        : "+r"(turns), "+r"(link)
+        : "r"(1), "i"(kLinks)
+        : "cc");
+    least = std::min(least, __rdtsc() - start);
+  }
+  return double(least) / (kTurns * kLinks);
+}
+
+Result measure(const Export& function, const Options& options) {
+  Result result;
+  result.function = &function;
+  result.goal = find_goal(function.family, function.type, function.grade);
+  const Memory memory(function, options);
+  const auto take = [&](Loop loop, int32_t len) {
+    const Samples samples = measure_loop(loop, memory.arrays, len, options.milliseconds);
+    result.dropped += samples.dropped;
+    return per_element(samples.figure, len);
+  };
+  result.element = take(function.loop, options.n);
+  result.single_call = take(function.loop, 1);
+  const Loop libm = options.compare ? find_libm_loop(function.family, function.type) : nullptr;
+  if (libm) {
+    result.has_libm = true;
+    result.libm = take(libm, options.n);
+  }
+  return result;
+}
+
+std::string processor_name() {
+  unsigned words[12];
+  if (__get_cpuid_max(0x80000000u, nullptr) < 0x80000004u) return "unknown";
+  for (unsigned i = 0; i < 3; ++i)
+    __get_cpuid(0x80000002u + i, &words[4 * i], &words[4 * i + 1], &words[4 * i + 2],
+                &words[4 * i + 3]);
+  const std::string name(reinterpret_cast<const char*>(words), sizeof words);
+  return name.c_str() + std::min(name.find_first_not_of(' '), name.size());
+}
+
+}  // namespace bench

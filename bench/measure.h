@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+//
+// Core cycles per element of the library's exports, measured in place.
+//
+// The time-stamp counter does not run at the core's clock. So every sample stands between two
+// calibrations, loops of dependent one-cycle instructions, and is dropped when the two disagree.
+#ifndef LUX_BENCH_MEASURE_H
+#define LUX_BENCH_MEASURE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace bench {
+
+struct Arrays {
+  const void* src1;
+  const void* src2;  // for a scalar argument: where it is
+  void* dst1;
+  void* dst2;
+};
+
+// Calls one function `times` times over `len` elements.
+using Loop = void (*)(const Arrays& arrays, int32_t len, int32_t times);
+
+enum class Type { f32, f64, fc32, fc64 };
+
+struct Export {
+  std::string_view name;    // luxsExp_32f_A24
+  std::string_view family;  // Exp
+  std::string_view type;    // 32f
+  std::string_view grade;   // A24, empty for an exact function
+  std::string_view shape;   // 1_1
+  Type element;
+  Loop loop;  // null: not built
+};
+
+// Every export of the function list, in its order.
+const std::vector<Export>& exports();
+
+// How far from the exact value a result may be.
+struct Accuracy {
+  enum Kind { kUlp, kRelativeBits, kNormwiseBits, kExact } kind;
+  double value;
+};
+
+struct Goal {
+  Accuracy accuracy;
+  double cycles;  // per element, about 2000 in cache, typical arguments; 0: none
+};
+
+// Null when there is none.
+const Goal* find_goal(std::string_view family, std::string_view type, std::string_view grade);
+
+// The C library's scalar function in a loop over the same arrays, or null. `grade` does not matter.
+Loop find_libm_loop(std::string_view family, std::string_view type);
+
+// The C library picks other variants of its functions on processors with SSE2. Start the program
+// once more without them; returns when that has happened already or cannot be done.
+void leave_out_sse2_variants(char** argv);
+
+struct Options {
+  int32_t n = 2000;
+  int32_t special_every = 0;  // every how many elements a special one stands, 0 for none
+  int32_t offset = 0;         // bytes of every array beyond a cache line's start
+  int32_t milliseconds = 60;  // spent on one figure
+  bool compare = false;       // measure the C library's loop, too
+};
+
+struct Figure {
+  double minimum = 0;
+  double median = 0;
+};
+
+struct Result {
+  const Export* function = nullptr;
+  const Goal* goal = nullptr;
+  Figure element;      // cycles per element
+  Figure single_call;  // cycles per call with one element
+  bool has_libm = false;
+  Figure libm;          // cycles per element of the C library's loop
+  int32_t dropped = 0;  // calibrated rounds in which the clock did not hold still
+};
+
+// Number of threads: luxcoreSetNumThreads before the first call.
+Result measure(const Export& function, const Options& options);
+
+// Ticks of the time-stamp counter per core cycle, now.
+double ticks_per_cycle();
+
+std::string processor_name();
+
+}  // namespace bench
+
+#endif
