@@ -68,7 +68,7 @@ void print_row(const Result& result, const Options& options) {
     fmt::print(" {:8.1f} {:6.2f}", result.libm.minimum, libm_ratio(result));
   else if (options.compare)
     fmt::print(" {:>8} {:>6}", "-", "-");
-  if (result.dropped > 0) fmt::print("  ({} rounds dropped)", result.dropped);
+  if (result.dropped > result.kept) fmt::print("  unsteady clock");
   fmt::print("\n");
   fflush(stdout);
 }

@@ -122,7 +122,7 @@ uint64_t ticks(Loop loop, const Arrays& arrays, int32_t len, int32_t times) {
 
 struct Samples {
   Figure figure;
-  int32_t dropped = 0;
+  int32_t kept = 0, dropped = 0;  // rounds
 };
 
 // Cycles per call.
@@ -137,9 +137,9 @@ Samples measure_loop(Loop loop, const Arrays& arrays, int32_t len, int32_t milli
   Samples samples;
   std::vector<double> cycles;
   const double start = now(), limit = milliseconds * 1e-3;
-  for (int kept = 0;;) {
+  for (;;) {
     const double spent = now() - start;
-    if (spent > 20 * limit || (spent > limit && kept >= kLeastRounds)) break;
+    if (spent > 20 * limit || (spent > limit && samples.kept >= kLeastRounds)) break;
     uint64_t taken[kSamplesPerRound];
     const double before = ticks_per_cycle();
     for (uint64_t& sample : taken) sample = ticks(loop, arrays, len, times);
@@ -148,7 +148,7 @@ Samples measure_loop(Loop loop, const Arrays& arrays, int32_t len, int32_t milli
       ++samples.dropped;
       continue;
     }
-    ++kept;
+    ++samples.kept;
     for (uint64_t sample : taken) cycles.push_back(double(sample) / times / ((before + after) / 2));
   }
   if (cycles.empty()) return samples;
@@ -189,6 +189,7 @@ Result measure(const Export& function, const Options& options) {
   const Memory memory(function, options);
   const auto take = [&](Loop loop, int32_t len) {
     const Samples samples = measure_loop(loop, memory.arrays, len, options.milliseconds);
+    result.kept += samples.kept;
     result.dropped += samples.dropped;
     return per_element(samples.figure, len);
   };

@@ -81,7 +81,8 @@ struct Result {
   Figure single_call;  // cycles per call with one element
   bool has_libm = false;
   Figure libm;          // cycles per element of the C library's loop
-  int32_t dropped = 0;  // calibrated rounds in which the clock did not hold still
+  int32_t kept = 0;     // calibrated rounds that count
+  int32_t dropped = 0;  // those in which the clock did not hold still
 };
 
 // Number of threads: luxcoreSetNumThreads before the first call.

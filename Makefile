@@ -1,0 +1,54 @@
+# SPDX-License-Identifier: MIT
+#
+# Short names for what CMake, CTest and the scripts do. `make help` lists them.
+
+PRESET = release
+BUILD = build/$(PRESET)
+PREFIX = /usr/local
+BENCH =
+
+.PHONY: help deps build run test slow test-slow asan bench install format clean
+
+help:        ## this list
+	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
+
+deps:        ## install the packages that the build needs (Debian)
+	@tools/deps.sh
+
+$(BUILD)/CMakeCache.txt:
+	cmake --preset $(PRESET)
+
+build: $(BUILD)/CMakeCache.txt  ## configure and build, without looking for packages
+	cmake --build --preset $(PRESET)
+
+run: deps    ## build, then show the library at work on a data file
+	@$(MAKE) --no-print-directory build
+	examples/run_demo.sh $(BUILD)/bin
+
+test: deps   ## build and run the fast tests
+	@$(MAKE) --no-print-directory build
+	ctest --preset fast
+
+slow: deps   ## build and run the exhaustive tests
+	@$(MAKE) --no-print-directory build
+	ctest --preset slow
+
+test-slow: slow
+
+asan: deps   ## build with the sanitizers and run the tests under them
+	@$(MAKE) --no-print-directory build PRESET=asan-ubsan
+	ctest --preset asan-ubsan
+
+bench: deps  ## measure cycles per element; BENCH='Exp --compare' chooses
+	@$(MAKE) --no-print-directory build
+	$(BUILD)/bin/luxbench $(BENCH)
+
+install: deps  ## install under PREFIX (/usr/local), below DESTDIR if set
+	@$(MAKE) --no-print-directory build
+	cmake --install $(BUILD) --prefix $(PREFIX)
+
+format:      ## lay out all C and C++ files
+	tools/format.sh
+
+clean:       ## remove everything that was built
+	rm -rf build
