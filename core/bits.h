@@ -4,6 +4,7 @@
 #ifndef LUX_CORE_BITS_H
 #define LUX_CORE_BITS_H
 
+#include <stddef.h>
 #include <stdint.h>
 
 // Unsigned pattern of an element type, and the constants of its layout.

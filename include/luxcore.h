@@ -22,8 +22,8 @@ enum {
   LUXCORE_BAD_COUNT = -1 /**< a thread count below 1; the setting is unchanged */
 };
 
-/** Number of threads that a vector function may use. Starts at the number of processors available to
- *  the process. A function fixes the length from which it threads at its first call, so set this
+/** Number of threads that a vector function may use. Starts at the number of processors available
+ * to the process. A function fixes the length from which it threads at its first call, so set this
  *  before the first call of the functions that it is meant for. */
 extern LUXCORE_API int32_t threads_omp_of_n_lux;
 

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+//
+// e^x of single-precision arrays, on the x87 unit at 53-bit precision.
+//
+//   t = x log2(e),  u = t + 1.5 2^17,  k = round(64 t) from the low bits of u as a single,
+//   r = u - float(u), |r| <= 1/128,
+//   e^x = 2^floor(k/64) T[k mod 64] ((r + D2) r + D1), rounded once.
+//
+//   |x| < 87             blocks of four; the exponent is added to the stored single, which is the
+//                        same as multiplying because the result is a normal number
+//   |x| < 88.72284       one by one, scaled before the only rounding
+//   beyond               +infinity; a subnormal down to -103.97208; +0
+//
+// Worst error 0.6116 ulp (sampled against 200 bits).
+#include "kernels/arith/frame.h"
+#include "kernels/explog/exp_32f_table.h"  // static_const_table
+
+constexpr uint32_t kPackedBound = 0x42AE0000;  // 87.0: results are normal below
+constexpr uint32_t kOverflow = 0x42B17218;     // 88.72283935546875
+constexpr uint32_t kUnderflow = 0x42CFF1B4;    // 103.97207641601562: e^-x is the smallest subnormal
+constexpr long double kLog2E = 0xb8aa3b295c17f0bcp-63L;
+
+static inline bool all_normal(const float* x) {
+  uint32_t below = ~0u;
+  for (int lane = 0; lane < 4; ++lane)
+    below &= magnitude<float>(load_bits(x + lane)) - kPackedBound;
+  return int32_t(below) < 0;
+}
+
+// st: log2(e). The index arithmetic works on the bits of u: 0x48400000 + k, whose upper part
+// vanishes when k / 64 is shifted into the exponent field.
+#define EXP_ELEMENT(lane)           \
+  "flds 4*" #lane                   \
+  "(%[src])\n\t"                    \
+  "fmul %%st(1), %%st\n\t"          \
+  "fadds %c[shifter](%[table])\n\t" \
+  "fsts 4*" #lane                   \
+  "+%[u]\n\t"                       \
+  "fsubs 4*" #lane                  \
+  "+%[u]\n\t"                       \
+  "movl 4*" #lane                   \
+  "+%[u], %[k]\n\t"                 \
+  "fldl %c[d2](%[table])\n\t"       \
+  "fadd %%st(1), %%st\n\t"          \
+  "fmulp %%st, %%st(1)\n\t"         \
+  "movl %[k], %[scale]\n\t"         \
+  "andl $63, %[k]\n\t"              \
+  "faddl %c[d1](%[table])\n\t"      \
+  "andl $-64, %[scale]\n\t"         \
+  "shll $17, %[scale]\n\t"          \
+  "fmull (%[table],%[k],8)\n\t"     \
+  "fstps 4*" #lane                  \
+  "+%[y]\n\t"                       \
+  "addl 4*" #lane                   \
+  "+%[y], %[scale]\n\t"             \
+  "movl %[scale], 4*" #lane "(%[dst])\n\t"
+
+static inline void exp_block(const float* src, float* dst) {
+  float u[4], y[4];
+  uint32_t k, scale;
+  using Table = decltype(static_const_table);
+  asm volatile("fldl2e\n\t" EXP_ELEMENT(0) EXP_ELEMENT(1) EXP_ELEMENT(2)
+                   EXP_ELEMENT(3) "fstp %%st\n\t"
+               : [u] "=o"(u), [y] "=o"(y), [k] "=&r"(k), [scale] "=&r"(scale)
+               : [src] "r"(src), [dst] "r"(dst), [table] "r"(&static_const_table),
+                 [d2] "i"(offsetof(Table, d2)), [d1] "i"(offsetof(Table, d1)),
+                 [shifter] "i"(offsetof(Table, shifter))
+               : "st", "st(1)", "st(2)", "st(3)", "st(4)", "st(5)", "st(6)", "st(7)", "memory");
+}
+
+// The same steps without a bound on the exponent.
+static float exp_scaled(float x) {
+  const auto& table = static_const_table;
+  const double u = double(x * kLog2E) + table.shifter;
+  const float grid = store_f32(float(u));
+  const int32_t k = int32_t(load_bits(&grid) - 0x48400000);
+  const double r = u - grid;
+  const double y = table.power[k & 63] * ((r + table.d2) * r + table.d1);
+  return store_f32(float(y * power_of_two(k >> 6)));
+}
+
+static Status exp_32f(const float* src, float* dst, int32_t len) {
+  const Arrays<float> arrays = {src, src, dst, dst};
+  return run_kernel<X87Nearest<X87_DOUBLE>, 4>(
+      arrays, len,
+      [=](int32_t i, int32_t last) {
+        for (; i < last && all_normal(src + i); i += 4) exp_block(src + i, dst + i);
+        return i;
+      },
+      [&](int32_t i, Status* status) {
+        const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
+        const bool negative = x != a, infinite = a == Format<float>::kInf;
+        if (a > Format<float>::kInf) {
+          store_bits(dst + i, quieted<float>(x));
+        } else if (!negative && a >= kOverflow) {
+          store_bits(dst + i, Format<float>::kInf);
+          if (!infinite) _ErrorCall(arrays, LUX_OVERFLOW, i, status);
+        } else if (negative && a > kUnderflow) {
+          store_bits(dst + i, 0);
+          if (!infinite) _ErrorCall(arrays, LUX_UNDERFLOW, i, status);
+        } else {
+          dst[i] = exp_scaled(src[i]);
+        }
+      });
+}
+
+LUX_KERNELS_32F(Exp, 1_1, exp_32f)
