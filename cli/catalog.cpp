@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: MIT
+#include "cli/catalog.h"
+#include "cli/cli.h"
+#include "core/shapes.h"
+
+#include <fmt/format.h>
+#include <fnmatch.h>
+
+#include <algorithm>
+#include <numeric>
+
+constexpr ElementType kType_32f{"32f", 's', 4, 1};
+constexpr ElementType kType_64f{"64f", 'd', 8, 1};
+constexpr ElementType kType_32fc{"32fc", 'c', 4, 2};
+constexpr ElementType kType_64fc{"64fc", 'z', 8, 2};
+
+constexpr Shape kShape_1_1{"1_1", 1, false, 1};
+constexpr Shape kShape_2_1{"2_1", 2, false, 1};
+constexpr Shape kShape_1_2{"1_2", 1, false, 2};
+constexpr Shape kShape_2_1_1{"2_1_1", 1, true, 1};
+
+template <class E, auto function>
+static Status call_1_1(const Arrays& a, int32_t len) {
+  return function(static_cast<const E*>(a.source[0]), static_cast<E*>(a.destination[0]), len);
+}
+
+template <class E, auto function>
+static Status call_2_1(const Arrays& a, int32_t len) {
+  return function(static_cast<const E*>(a.source[0]), static_cast<const E*>(a.source[1]),
+                  static_cast<E*>(a.destination[0]), len);
+}
+
+template <class E, auto function>
+static Status call_1_2(const Arrays& a, int32_t len) {
+  return function(static_cast<const E*>(a.source[0]), static_cast<E*>(a.destination[0]),
+                  static_cast<E*>(a.destination[1]), len);
+}
+
+template <class E, auto function>
+static Status call_2_1_1(const Arrays& a, int32_t len) {
+  return function(static_cast<const E*>(a.source[0]), *static_cast<const E*>(a.scalar),
+                  static_cast<E*>(a.destination[0]), len);
+}
+
+static std::vector<Function> make_catalog() {
+  constexpr bool STATUS = false, COUNT = true;
+  std::vector<Function> all;
+#define LUX_GRADED(family, type, grade, letter, shape, row, variant)                 \
+  all.push_back({"luxs" #family "_" #type "_" #grade, #family, #grade, kType_##type, \
+                 kShape_##shape, row, variant, STATUS,                               \
+                 call_##shape<LUX_ELEMENT_##type, luxs##family##_##type##_##grade>});
+#define LUX_PENDING(family, type, grade, letter, shape, row, variant)                \
+  all.push_back({"luxs" #family "_" #type "_" #grade, #family, #grade, kType_##type, \
+                 kShape_##shape, row, variant, STATUS, nullptr});
+#define LUX_EXACT(family, type, letter, shape, returns)                                       \
+  all.push_back({"luxs" #family "_" #type, #family, "", kType_##type, kShape_##shape, -1, -1, \
+                 returns, call_##shape<LUX_ELEMENT_##type, luxs##family##_##type>});
+#include "core/functions.def"
+  return all;
+}
+
+const std::vector<Function>& catalog() {
+  static const std::vector<Function> all = make_catalog();
+  return all;
+}
+
+static std::string lower(std::string_view text) {
+  std::string result(text);
+  std::transform(result.begin(), result.end(), result.begin(),
+                 [](unsigned char c) { return std::tolower(c); });
+  return result;
+}
+
+static size_t edit_distance(const std::string& a, const std::string& b) {
+  std::vector<size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), size_t(0));
+  for (size_t i = 0; i < a.size(); ++i) {
+    size_t diagonal = row[0]++;
+    for (size_t j = 0; j < b.size(); ++j) {
+      const size_t changed = diagonal + (a[i] != b[j]);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+    }
+  }
+  return row.back();
+}
+
+// Short names are meant as the whole name's middle, so "exp_64f" finds luxsExp_64f_A53.
+static size_t distance(const Function& function, const std::string& wanted) {
+  const std::string name = lower(function.name);
+  const size_t missing = name.find(wanted);
+  return missing == std::string::npos ? edit_distance(name, wanted) : 0;
+}
+
+const Function& find_function(const std::string& name) {
+  const auto& all = catalog();
+  for (const Function& function : all)
+    if (function.name == name) return function;
+
+  const std::string wanted = lower(std::string_view(name).substr(0, 64));
+  const auto better = [&](const Function& a, const Function& b) {
+    return std::make_pair(distance(a, wanted), !a.call) <
+           std::make_pair(distance(b, wanted), !b.call);
+  };
+  const Function& nearest = *std::min_element(all.begin(), all.end(), better);
+  const bool close = !wanted.empty() && distance(nearest, wanted) <= 2 + wanted.size() / 3;
+  throw Failure(fmt::format("there is no function '{}'; {}`luxvm list` shows them all",
+                            std::string_view(name).substr(0, 64),
+                            close ? fmt::format("did you mean {}? ", nearest.name) : ""));
+}
+
+const Function& find_callable(const std::string& name) {
+  const Function& function = find_function(name);
+  if (!function.call)
+    throw Failure(
+        fmt::format("{} is not built yet in this release; `luxvm list` shows the "
+                    "functions that are",
+                    name));
+  return function;
+}
+
+bool name_matches(const Function& function, const std::string& pattern) {
+  if (pattern.find_first_of("*?[") == std::string::npos)
+    return lower(function.name).find(lower(pattern)) != std::string::npos;
+  return fnmatch(pattern.c_str(), function.name.c_str(), FNM_CASEFOLD) == 0;
+}
+
+int32_t min_n(const Function& function, int32_t threads) {
+  if (function.row < 0) return kNever;
+  switch (function.type.letter) {
+    case 's':
+      return noxsMinN(function.row, function.variant, threads);
+    case 'd':
+      return noxdMinN(function.row, function.variant, threads);
+    case 'c':
+      return noxcMinN(function.row, function.variant, threads);
+    default:
+      return noxzMinN(function.row, function.variant, threads);
+  }
+}
+
+std::string code_meaning(int32_t code) {
+  switch (code) {
+    case LUX_OVERFLOW:
+      return "overflow";
+    case LUX_UNDERFLOW:
+      return "underflow";
+    case LUX_POLE:
+      return "pole";
+    case LUX_DOMAIN:
+      return "outside the domain";
+    default:
+      return "a code of this function's own";
+  }
+}
+
+std::string status_meaning(const Function& function, Status status) {
+  if (function.counts) return "elements computed";
+  switch (status) {
+    case LUX_OK:
+      return "success";
+    case LUX_BAD_LENGTH:
+      return "length below 1";
+    case LUX_NULL_POINTER:
+      return "null pointer";
+    default:
+      return status > 0 ? "warning: " + code_meaning(status) : "unknown";
+  }
+}

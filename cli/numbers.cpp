@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: MIT
+#include "cli/numbers.h"
+
+#include <fmt/format.h>
+
+#include <bit>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+
+static std::string_view trimmed(std::string_view text) {
+  constexpr std::string_view kSpace = " \t\r\n";
+  const size_t first = text.find_first_not_of(kSpace);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(kSpace) + 1 - first);
+}
+
+std::string in_quotes(std::string_view text) {
+  constexpr size_t kLongest = 40;
+  std::string shown;
+  for (unsigned char c : text.substr(0, kLongest)) shown += c < 0x20 || c == 0x7F ? '?' : char(c);
+  return fmt::format("'{}{}'", shown, text.size() > kLongest ? "..." : "");
+}
+
+// 0x without the point or the exponent of a hex float.
+static bool is_pattern(std::string_view text) {
+  return text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X') &&
+         text.find_first_not_of("0123456789abcdefABCDEF", 2) == std::string_view::npos;
+}
+
+// Rounds once, to the width asked for; the bits are taken from memory.
+static bool parse_rounded(const char* text, const char* end, int width, uint64_t& bits) {
+  char* stop = nullptr;
+  if (width == 4) {
+    const float value = strtof(text, &stop);
+    bits = std::bit_cast<uint32_t>(value);
+  } else {
+    const double value = strtod(text, &stop);
+    bits = std::bit_cast<uint64_t>(value);
+  }
+  return stop == end;
+}
+
+static bool is_infinite(uint64_t bits, int width) {
+  return width == 4 ? (bits & 0x7FFFFFFFu) == 0x7F800000u
+                    : (bits & ~(1ull << 63)) == 0x7FF0000000000000ull;
+}
+
+bool parse_real(std::string_view text, int width, uint64_t& bits, std::string& why) {
+  const std::string_view number = trimmed(text);
+  if (is_pattern(number)) {
+    if (number.size() == 2 + size_t(width) * 2) {
+      bits = strtoull(std::string(number).c_str(), nullptr, 16);
+      return true;
+    }
+    why = fmt::format(
+        "{} is no bit pattern of {} hex digits, and a hex float has an exponent "
+        "(0x1p3)",
+        in_quotes(number), width * 2);
+    return false;
+  }
+  const std::string copy(number);
+  errno = 0;
+  if (copy.empty() || !parse_rounded(copy.c_str(), copy.c_str() + copy.size(), width, bits)) {
+    why = in_quotes(number) + " is not a number";
+    return false;
+  }
+  if (errno == ERANGE && is_infinite(bits, width)) {
+    why = fmt::format("{} is too large for {} bits (write inf for infinity)", in_quotes(number),
+                      width * 8);
+    return false;
+  }
+  return true;
+}
+
+void parse_element(const std::string& text, const ElementType& type, std::string& bytes) {
+  const size_t comma = text.find(',');
+  if ((comma != std::string::npos) != (type.parts == 2))
+    throw Failure(type.parts == 2 ? fmt::format("{} needs complex values as real,imaginary, not {}",
+                                                type.name, in_quotes(text))
+                                  : fmt::format("{} is not a number", in_quotes(text)));
+  std::string_view rest = text;
+  for (int part = 0; part < type.parts; ++part) {
+    uint64_t bits = 0;
+    std::string why;
+    const bool last = part + 1 == type.parts;
+    if (!parse_real(last ? rest : rest.substr(0, comma), type.width, bits, why)) throw Failure(why);
+    append_bits(bytes, bits, type.width);
+    if (!last) rest.remove_prefix(comma + 1);
+  }
+}
+
+std::string parse_scalar(const std::string& text, const Function& function) {
+  if (function.shape.scalar && text.empty())
+    throw Failure(function.name + " needs its scalar: --scalar VALUE");
+  if (!function.shape.scalar && !text.empty()) throw Failure(function.name + " takes no scalar");
+  std::string bytes;
+  if (function.shape.scalar) parse_element(text, function.type, bytes);
+  return bytes;
+}
+
+uint64_t load_bits(const void* from, int width) {
+  uint64_t bits = 0;  // little-endian: the low bytes come first
+  memcpy(&bits, from, size_t(width));
+  return bits;
+}
+
+void append_bits(std::string& bytes, uint64_t bits, int width) {
+  bytes.append(reinterpret_cast<const char*>(&bits), size_t(width));
+}
+
+std::string decimal(uint64_t bits, int width) {
+  return width == 4 ? fmt::format("{}", std::bit_cast<float>(uint32_t(bits)))
+                    : fmt::format("{}", std::bit_cast<double>(bits));
+}
+
+std::string hex_float(uint64_t bits, int width) {
+  char text[40];
+  const double value =
+      width == 4 ? std::bit_cast<float>(uint32_t(bits)) : std::bit_cast<double>(bits);
+  snprintf(text, sizeof text, "%a", value);
+  return text;
+}
+
+std::string bit_pattern(uint64_t bits, int width) {
+  return fmt::format("0x{:0{}X}", bits, width * 2);
+}

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+//
+// The program's own noxsError and noxdError: they take every report of the library and raise no
+// exception flag.
+#ifndef LUX_CLI_REPORTS_H
+#define LUX_CLI_REPORTS_H
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+struct Report {
+  int32_t code, index;  // the index counts from the start of the slice
+  std::string name;
+};
+
+struct Reports {
+  std::map<int32_t, uint64_t> by_code;
+  std::vector<Report> kept;  // the first ones
+};
+
+// Forget what was reported, and keep up to `most` reports one by one from now on.
+void start_reports(size_t most);
+Reports take_reports();
+
+#endif
