@@ -7,7 +7,7 @@ BUILD = build/$(PRESET)
 PREFIX = /usr/local
 BENCH =
 
-.PHONY: help deps build run test slow test-slow asan bench install format clean
+.PHONY: help deps build run test slow test-slow asan bench perf install format clean
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -42,6 +42,10 @@ asan: deps   ## build with the sanitizers and run the tests under them
 bench: deps  ## measure cycles per element; BENCH='Exp --compare' chooses
 	@$(MAKE) --no-print-directory build
 	$(BUILD)/bin/luxbench $(BENCH)
+
+perf: deps   ## measure everything and renew the table of docs/performance.md
+	@$(MAKE) --no-print-directory build
+	tools/performance.sh $(BUILD)/bin
 
 install: deps  ## install under PREFIX (/usr/local), below DESTDIR if set
 	@$(MAKE) --no-print-directory build
