@@ -1,0 +1,167 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""The shared libraries as binaries: names, needed libraries, sections, instruction set.
+
+binary_test.py <source dir> <libluxvmk3> <libluxcore>
+"""
+import re
+import subprocess
+import sys
+import unittest
+
+SOURCE, VMATH, CORE = (sys.argv.pop(1) for _ in range(3)) if len(sys.argv) > 3 else sys.exit(__doc__)
+
+TYPES = "sdcz"
+SHAPES = ["1_1", "2_1", "1_2", "2_1_1"]
+FIXED = {"luxvmGetLibVersion", "noxsError", "noxdError"}
+FIXED |= {f"nox{t}MinN" for t in TYPES}
+FIXED |= {f"nox{t}Threading_{s}" for t in TYPES for s in SHAPES}
+CORE_NAMES = {"threads_omp_of_n_lux", "luxcoreSetNumThreads", "luxcoreGetNumThreads"}
+LIBC = {"getpid", "memcmp", "memcpy", "memset", "sched_getaffinity", "sysconf", "__errno_location",
+        "__sched_cpucount", "__sched_cpualloc", "__sched_cpufree", "malloc", "free",
+        "__stack_chk_fail"}
+# What the start-up code of every shared object refers to, weakly.
+START_UP = {"__cxa_finalize", "__gmon_start__", "_ITM_deregisterTMCloneTable",
+            "_ITM_registerTMCloneTable"}
+
+
+def run(*command):
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
+def function_list():
+    """(built, pending) names as the preprocessor makes them of the list."""
+    program = """
+#define LUX_GRADED(f, t, g, ...) B luxs##f##_##t##_##g
+#define LUX_PENDING(f, t, g, ...) P luxs##f##_##t##_##g
+#define LUX_EXACT(f, t, ...) B luxs##f##_##t
+#include "core/functions.def"
+"""
+    text = subprocess.run(["gcc", "-E", "-P", "-xc++", f"-I{SOURCE}", "-"], input=program,
+                          check=True, capture_output=True, text=True).stdout
+    words = re.findall(r"\b([BP])\s+(luxs\w+)", text)
+    return [n for k, n in words if k == "B"], [n for k, n in words if k == "P"]
+
+
+def dynamic_names(library, defined):
+    lines = run("nm", "-D", "--defined-only" if defined else "--undefined-only", library).split("\n")
+    return {line.split()[-1].split("@")[0] for line in lines if line}
+
+
+# Integer instructions up to the i686 and its conditional moves.
+INTEGER = """aaa adc add and bound bsf bsr bswap bt btc btr bts call cdq cbw cwde cwd cwtl cltd cld clc
+cmp cmpxchg cmpxchg8b cpuid dec div enter hlt idiv imul inc int int3 jmp lea leave lods lock loop mov
+movs movsb movsw movsl movsx movzx mul neg nop not or out pop popf push pushf rcl rcr rdtsc rep repz
+repnz ret rol ror sahf lahf sar sbb scas shl shld shr shrd stc std stos sub test ud2 xadd xchg xor
+notrack data16 cs ds es fs gs ss""".split()
+CONDITIONS = "o no b c nae ae nb nc e z ne nz be na a nbe s ns p pe np po l nge ge nl le ng g nle"
+CONDITIONAL = [p + c for p in ("j", "set", "cmov") for c in CONDITIONS.split()] + ["jecxz", "jcxz"]
+# Everything of the x87 unit begins with f; of these, what came later:
+X87_LATE = {"fisttp", "fxsave64", "fxrstor64"}
+MMX = """emms movd movq packssdw packsswb packuswb paddb paddw paddd paddsb paddsw paddusb paddusw
+pand pandn pcmpeqb pcmpeqw pcmpeqd pcmpgtb pcmpgtw pcmpgtd pmaddwd pmulhw pmullw por psllw pslld
+psllq psraw psrad psrlw psrld psrlq psubb psubw psubd psubsb psubsw psubusb psubusw punpckhbw
+punpckhwd punpckhdq punpcklbw punpcklwd punpckldq pxor
+maskmovq movntq pavgb pavgw pextrw pinsrw pmaxsw pmaxub pminsw pminub pmovmskb pmulhuw psadbw
+pshufw""".split()
+SSE = """addps addss andnps andps cmpps cmpss comiss cvtpi2ps cvtps2pi cvtsi2ss cvtss2si cvttps2pi
+cvttss2si divps divss ldmxcsr maxps maxss minps minss movaps movhlps movhps movlhps movlps movmskps
+movntps movss movups mulps mulss orps prefetchnta prefetcht0 prefetcht1 prefetcht2 rcpps rcpss
+rsqrtps rsqrtss sfence shufps sqrtps sqrtss stmxcsr subps subss ucomiss unpckhps unpcklps
+xorps""".split()
+SSE += [f"cmp{c}{s}" for c in "eq lt le unord neq nlt nle ord".split() for s in ("ps", "ss")]
+PLAIN, MMX, SSE = set(INTEGER + CONDITIONAL), set(MMX), set(SSE)
+
+
+def is_allowed(mnemonic, operands):
+    if "ymm" in operands or "zmm" in operands:
+        return False
+    if mnemonic in SSE:
+        return True
+    if mnemonic in MMX:  # SSE2 gave the same names to the long registers
+        return "xmm" not in operands
+    if "xmm" in operands:
+        return False
+    return mnemonic in PLAIN or (mnemonic.startswith("f") and mnemonic not in X87_LATE)
+
+
+def instructions(library):
+    for line in run("objdump", "-d", "-M", "intel", "--no-show-raw-insn", library).split("\n"):
+        match = re.match(r"\s*[0-9a-f]+:\s+(.*)", line)
+        if not match or match[1].startswith("(bad)"):
+            if match:
+                yield "(bad)", line
+            continue
+        words = match[1].split()
+        while len(words) > 1 and words[0] in ("rep", "repz", "repnz", "lock", "notrack", "data16",
+                                              "cs", "ds", "es", "fs", "gs", "ss", "bnd"):
+            words.pop(0)
+        yield words[0], " ".join(words[1:])
+
+
+class Names(unittest.TestCase):
+    def test_list_holds_all_249(self):
+        built, pending = function_list()
+        self.assertEqual(len(built) + len(pending), 249)
+        self.assertEqual(len(set(built + pending)), 249)
+        self.assertEqual(sum("_A" in n for n in built + pending), 235)
+
+    def test_exports_are_the_list(self):
+        self.assertEqual(dynamic_names(VMATH, True), set(function_list()[0]) | FIXED)
+        self.assertEqual(dynamic_names(CORE, True), CORE_NAMES)
+
+    def test_headers_declare_the_exports(self):
+        for header, names in (("luxvmk3.h", set(function_list()[0]) | FIXED),
+                              ("luxcore.h", CORE_NAMES)):
+            text = run("gcc", "-E", "-P", "-DLUX_API=PUBLIC", f"{SOURCE}/include/{header}")
+            declared = re.findall(r"visibility\(\"default\"\)\)\)[^;(]*?\b(\w+)\s*[;(]", text)
+            self.assertEqual(sorted(declared), sorted(names))
+
+    def test_imports(self):
+        for name in sorted(dynamic_names(VMATH, False) - LIBC - START_UP):
+            self.assertRegex(name, r"^(GOMP_\w+|omp_get_num_procs|threads_omp_of_n_lux)$")
+        self.assertEqual(dynamic_names(CORE, False) - LIBC - START_UP, set())
+        self.assertTrue({"omp_get_num_procs", "threads_omp_of_n_lux"} <= dynamic_names(VMATH, False))
+
+    def test_reports_can_be_interposed(self):
+        jumps = run("readelf", "-rW", VMATH)
+        self.assertRegex(jumps, r"R_386_(JUMP_SLOT|GLOB_DAT)\s.*\bnoxsError\b")
+        self.assertRegex(jumps, r"R_386_(JUMP_SLOT|GLOB_DAT)\s.*\bnoxdError\b")
+        self.assertNotIn("(SYMBOLIC)", run("readelf", "-dW", VMATH))
+
+
+class Sections(unittest.TestCase):
+    def test_needed_libraries_and_soname(self):
+        for library, soname, needed in (
+                (VMATH, "libluxvmk3.so.5.2", {"libluxcore.so.5.2", "libgomp.so.1", "libc.so.6"}),
+                (CORE, "libluxcore.so.5.2", {"libc.so.6"})):
+            text = run("readelf", "-dW", library)
+            self.assertEqual(set(re.findall(r"\(NEEDED\).*\[(.*)\]", text)), needed)
+            self.assertEqual(re.findall(r"\(SONAME\).*\[(.*)\]", text), [soname])
+            self.assertNotIn("TEXTREL", text)
+
+    def test_stack_is_not_executable(self):
+        for library in VMATH, CORE:
+            stack = [l for l in run("readelf", "-lW", library).split("\n") if "GNU_STACK" in l]
+            self.assertEqual(len(stack), 1)
+            self.assertEqual(stack[0].split()[-2], "RW")
+
+
+class Instructions(unittest.TestCase):
+    def test_nothing_later_than_the_first_sse(self):
+        for library in VMATH, CORE:
+            found = list(instructions(library))
+            self.assertGreater(len(found), 50)
+            late = {f"{m} {o}" for m, o in found if not is_allowed(m, o)}
+            self.assertEqual(late, set(), f"in {library}")
+
+    def test_would_be_noticed(self):
+        for mnemonic, operands in (("addpd", "xmm0,xmm1"), ("movq", "xmm0,QWORD PTR [eax]"),
+                                   ("paddd", "xmm0,xmm1"), ("cvttsd2si", "eax,xmm0"),
+                                   ("fisttp", "DWORD PTR [eax]"), ("pause", ""), ("mfence", ""),
+                                   ("vaddps", "xmm0,xmm1,xmm2"), ("movdqa", "xmm0,xmm1")):
+            self.assertFalse(is_allowed(mnemonic, operands), mnemonic)
+
+
+if __name__ == "__main__":
+    unittest.main()

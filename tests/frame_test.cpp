@@ -1,0 +1,324 @@
+// SPDX-License-Identifier: MIT
+//
+// What every export has in common, over all of them: argument checks, memory it may touch, the
+// caller's floating-point state and stack.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <vector>
+
+#include "tests/catalog.h"
+#include "tests/support.h"
+
+using Bytes = std::vector<unsigned char>;
+
+constexpr unsigned char kCanary = 0xA5;
+constexpr int kLengths[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 12, 31, 64, 130};
+
+static const char* running = "";
+static void say_who(int) {
+  for (const char* text : {"bad memory access in ", running, "\n"})
+    if (write(STDERR_FILENO, text, strlen(text)) < 0) break;
+  _exit(1);
+}
+
+enum Kind { kOrdinary, kWild };
+
+static Bytes values(const Export& f, int count, Kind kind, uint64_t seed) {
+  Bytes all(count * f.size);
+  Random random{seed};
+  const auto [low, high] = ordinary_interval(f);
+  for (size_t at = 0; at < all.size(); at += f.part) {
+    const volatile double ordinary = low + (high - low) * random.unit();
+    if (f.part == 4) {
+      const volatile float narrow = float(ordinary);
+      const uint32_t x = kind == kWild ? random.pattern<uint32_t>() : bits(float(narrow));
+      memcpy(&all[at], &x, 4);
+    } else {
+      const uint64_t x = kind == kWild ? random.pattern<uint64_t>() : bits(double(ordinary));
+      memcpy(&all[at], &x, 8);
+    }
+  }
+  return all;
+}
+
+// The arrays of one call: sources and scalar filled, destinations full of canaries.
+struct Case {
+  const Export& f;
+  int len;
+  std::array<Bytes, 2> src, dst;
+  Bytes scalar;
+
+  Case(const Export& f, int len, Kind kind, uint64_t seed = 1) : f(f), len(len) {
+    for (int k = 0; k < 2; ++k) {
+      src[k] = values(f, len, kind, seed + 10 * k);
+      dst[k].assign(len * f.size, kCanary);
+    }
+    scalar = values(f, 1, kOrdinary, seed + 5);
+  }
+  Arguments arguments() {
+    return {{src[0].data(), src[1].data()}, {dst[0].data(), dst[1].data()}, scalar.data()};
+  }
+  Status run() { return f.run(arguments(), len); }
+};
+
+template <class U>
+static bool same_part(const unsigned char* a, const unsigned char* b, uint64_t steps) {
+  U x, y;
+  memcpy(&x, a, sizeof(U));
+  memcpy(&y, b, sizeof(U));
+  return same(x, y) || (!is_nan(x) && !is_nan(y) && steps_apart(x, y) <= steps);
+}
+
+static void expect_same(const Export& f, const unsigned char* got, const unsigned char* want,
+                        int len, const std::string& what, uint64_t steps = 0) {
+  for (int at = 0; at < len * f.size; at += f.part)
+    if (!(f.part == 4 ? same_part<uint32_t>(got + at, want + at, steps)
+                      : same_part<uint64_t>(got + at, want + at, steps))) {
+      uint64_t g = 0, w = 0;
+      memcpy(&g, got + at, f.part);
+      memcpy(&w, want + at, f.part);
+      ADD_FAILURE() << f.name << " " << what << ", length " << len << ", byte " << at << std::hex
+                    << ": got " << g << ", wanted " << w;
+      return;
+    }
+}
+
+static void expect_same(const Case& got, const Case& want, const std::string& what) {
+  for (int k = 0; k < got.f.destinations; ++k)
+    expect_same(got.f, got.dst[k].data(), want.dst[k].data(), got.len, what);
+}
+
+static bool all_canaries(const unsigned char* begin, const unsigned char* end) {
+  return std::all_of(begin, end, [](unsigned char c) { return c == kCanary; });
+}
+
+class Frame : public testing::TestWithParam<Export> {
+ protected:
+  void SetUp() override {
+    running = GetParam().name;
+    signal(SIGSEGV, say_who);
+  }
+};
+static std::string test_name(const testing::TestParamInfo<Export>& info) {
+  return info.param.name + 4;
+}
+INSTANTIATE_TEST_SUITE_P(All, Frame, testing::ValuesIn(kCatalog), test_name);
+
+TEST_P(Frame, ChecksLengthThenPointersAndWritesNothing) {
+  const Export& f = GetParam();
+  Case c(f, 8, kWild);
+  const Arguments good = c.arguments();
+  for (const int32_t len : {0, -1, INT32_MIN}) {
+    EXPECT_EQ(f.run(good, len), f.counts ? 0 : LUX_BAD_LENGTH);
+    EXPECT_EQ(f.run({{}, {}, c.scalar.data()}, len), f.counts ? 0 : LUX_BAD_LENGTH);
+  }
+  for (int k = 0; k < f.sources + f.destinations && !f.counts; ++k) {
+    Arguments bad = good;
+    if (k < f.sources)
+      bad.src[k] = nullptr;
+    else
+      bad.dst[k - f.sources] = nullptr;
+    EXPECT_EQ(f.run(bad, 8), LUX_NULL_POINTER) << "pointer " << k;
+  }
+  for (const Bytes& d : c.dst) EXPECT_TRUE(all_canaries(d.data(), d.data() + d.size()));
+}
+
+TEST_P(Frame, EveryLengthGivesTheElementsOneByOne) {
+  const Export& f = GetParam();
+  for (const int len : kLengths) {
+    Case whole(f, len, kWild, len), single(f, len, kWild, len);
+    const Status status = whole.run();
+    Status last = 0;
+    for (int i = 0; i < len; ++i) {
+      Arguments a = single.arguments();
+      for (int k = 0; k < 2; ++k) {
+        a.src[k] = single.src[k].data() + i * f.size;
+        a.dst[k] = single.dst[k].data() + i * f.size;
+      }
+      const Status one = f.run(a, 1);
+      if (one != 0) last = one;
+    }
+    EXPECT_EQ(status, f.counts ? len : last) << "length " << len;
+    for (int k = 0; k < f.destinations; ++k)
+      expect_same(f, whole.dst[k].data(), single.dst[k].data(), len, "against single elements",
+                  f.neighbours_matter());
+  }
+}
+
+TEST_P(Frame, StaysWithinItsArrays) {
+  const Export& f = GetParam();
+  std::array<Guarded, 4> pages;
+  for (const int len : kLengths)
+    for (const bool at_end : {false, true}) {
+      Case plain(f, len, kWild, len);
+      plain.run();
+      const size_t size = len * f.size;
+      unsigned char* place[4];
+      for (int k = 0; k < 4; ++k) place[k] = at_end ? pages[k].end() - size : pages[k].start();
+      for (int k = 0; k < 2; ++k) memcpy(place[k], plain.src[k].data(), size);
+      f.run({{place[0], place[1]}, {place[2], place[3]}, plain.scalar.data()}, len);
+      for (int k = 0; k < f.destinations; ++k)
+        expect_same(f, place[2 + k], plain.dst[k].data(), len, "beside a guard page");
+    }
+}
+
+TEST_P(Frame, TakesAnyByteAddress) {
+  const Export& f = GetParam();
+  for (const int len : {1, 4, 5, 9, 31})
+    for (int offset = 0; offset < 16; ++offset) {
+      Case plain(f, len, kWild, len);
+      plain.run();
+      const size_t size = len * f.size;
+      std::array<Bytes, 4> room;
+      unsigned char* place[4];
+      for (int k = 0; k < 4; ++k) {
+        room[k].assign(size + 64, kCanary);
+        place[k] = room[k].data() + 16 + (offset + 3 * k) % 16;  // the arrays differ in alignment
+      }
+      for (int k = 0; k < 2; ++k) memcpy(place[k], plain.src[k].data(), size);
+      f.run({{place[0], place[1]}, {place[2], place[3]}, plain.scalar.data()}, len);
+      for (int k = 0; k < f.destinations; ++k) {
+        expect_same(f, place[2 + k], plain.dst[k].data(), len,
+                    "at offset " + std::to_string(offset));
+        EXPECT_TRUE(all_canaries(room[2 + k].data(), place[2 + k]) &&
+                    all_canaries(place[2 + k] + size, room[2 + k].data() + size + 64))
+            << "writes beside the destination";
+      }
+    }
+}
+
+TEST_P(Frame, WorksInPlace) {
+  const Export& f = GetParam();
+  for (const int len : kLengths)
+    for (int d = 0; d < f.destinations; ++d)
+      for (int s = 0; s < f.sources; ++s) {
+        Case plain(f, len, kWild, len), placed(f, len, kWild, len);
+        const Status status = plain.run();
+        Arguments a = placed.arguments();
+        a.dst[d] = placed.src[s].data();
+        EXPECT_EQ(f.run(a, len), status);
+        std::swap(placed.dst[d], placed.src[s]);
+        expect_same(placed, plain, "in place");
+      }
+}
+
+// ---- The caller's state
+
+static Status run_in(const Environment& e, Case& c, Environment& after, bool& stack_empty) {
+  const Arguments a = c.arguments();
+  set(e);
+  const Status status = c.f.run(a, c.len);
+  stack_empty = x87_stack_empty();
+  after = environment();
+  set({});
+  return status;
+}
+
+static void expect_kept(const Environment& e, Case& c, const Case& want, const std::string& what) {
+  Environment after;
+  bool empty;
+  run_in(e, c, after, empty);
+  EXPECT_TRUE(empty) << what << ": values left on the x87 stack";
+  EXPECT_EQ(after.control, e.control) << what << ": x87 control word";
+  EXPECT_EQ(after.mxcsr & ~kAllFlags, e.mxcsr & ~kAllFlags) << what << ": MXCSR";
+  expect_same(c, want, what);
+}
+
+constexpr uint16_t kDirections[] = {0x000, 0x400, 0x800, 0xC00};
+constexpr uint16_t kPrecisions[] = {0x000, 0x200, 0x300};
+
+TEST_P(Frame, KeepsTheCallersStateAndIsNotMovedByIt) {
+  const Export& f = GetParam();
+  for (const int len : {1, 7, 64})
+    for (const uint16_t direction : kDirections) {
+      Case want(f, len, kWild);
+      Environment after;
+      bool empty;
+      // Rint and NearbyInt follow the direction of the x87 unit and nothing else.
+      run_in({uint16_t(0x37F | (f.counts ? direction : 0)), kDefaultMxcsr}, want, after, empty);
+      for (const uint16_t precision : kPrecisions)
+        for (const uint32_t sse : {0x0000u, 0x2000u, 0x4000u, 0x6000u, 0x8000u, 0xE000u}) {
+          Case c(f, len, kWild);
+          expect_kept({uint16_t(0x7F | direction | precision), kDefaultMxcsr | sse}, c, want,
+                      "direction " + std::to_string(direction >> 10) + ", precision " +
+                          std::to_string(precision >> 8) + ", MXCSR bits " + std::to_string(sse));
+        }
+    }
+}
+
+TEST_P(Frame, RaisesNothingButInexactOnOrdinaryArguments) {
+  const Export& f = GetParam();
+  for (const int len : {3, 4, 64}) {
+    Case want(f, len, kOrdinary);
+    want.run();
+    for (const uint16_t direction : kDirections) {
+      Case c(f, len, kOrdinary);
+      if (f.counts && direction) continue;
+      // Everything but inexact would trap.
+      expect_kept({uint16_t(0x340 | kInexact | direction), uint32_t(kInexact) << 7}, c, want,
+                  "unmasked, direction " + std::to_string(direction >> 10));
+    }
+  }
+}
+
+// int32_t call_shifted(run, arguments, len, shift): calls run(arguments, len) with the stack moved
+// down by `shift` bytes from its 16-byte boundary.
+extern "C" Status call_shifted(Status (*run)(const Arguments&, int32_t), const Arguments& a,
+                               int32_t len, int32_t shift);
+__asm__(R"(
+  .text
+  .globl call_shifted
+  .type call_shifted, @function
+call_shifted:
+  push %ebp
+  mov %esp, %ebp
+  and $-16, %esp
+  sub 20(%ebp), %esp
+  push 16(%ebp)
+  push 12(%ebp)
+  call *8(%ebp)
+  leave
+  ret
+  .size call_shifted, .-call_shifted
+)");
+
+TEST_P(Frame, NeedsAStackAlignedToFourBytesOnly) {
+  const Export& f = GetParam();
+  for (const int len : {3, 9, 64}) {
+    Case want(f, len, kWild);
+    const Status status = want.run();
+    for (const int shift : {0, 4, 8, 12}) {
+      Case c(f, len, kWild);
+      EXPECT_EQ(call_shifted(f.run, c.arguments(), len, shift), status);
+      expect_same(c, want, "stack shifted by " + std::to_string(shift));
+    }
+  }
+}
+
+// Without this the tests above could pass by never changing the direction at all.
+TEST(Direction, DecidesWhatRintGives) {
+  for (const Export& f : kCatalog) {
+    if (!f.counts) continue;
+    const float x = 2.5f, wants[] = {2, 2, 3, 2}, minus[] = {-2, -3, -2, -2};
+    for (int k = 0; k < 4; ++k)
+      for (const float sign : {1.0f, -1.0f}) {
+        const float want = sign > 0 ? wants[k] : minus[k], narrow = sign * x;
+        const double wide = narrow;
+        float got = 0;
+        double got_wide = 0;
+        const bool single = f.part == 4;
+        const Arguments a = {
+            {single ? (const void*)&narrow : &wide}, {single ? (void*)&got : &got_wide}, nullptr};
+        set({uint16_t(0x37F | kDirections[k])});
+        const Status status = f.run(a, 1);
+        set({});
+        EXPECT_EQ(status, 1);
+        EXPECT_EQ(single ? double(got) : got_wide, double(want)) << f.name << " direction " << k;
+      }
+  }
+}

@@ -1,0 +1,36 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The public headers in C99 and in every C++ standard, and the version record. Built as a program
+ * once, and compiled without linking for every other language standard.
+ */
+#include <stdio.h>
+#include <string.h>
+
+#include "luxcore.h"
+#include "luxvmk3.h"
+
+typedef char complex_single_is_two_floats[sizeof(Lux32fc) == 8 ? 1 : -1];
+typedef char complex_double_is_two_doubles[sizeof(Lux64fc) == 16 ? 1 : -1];
+typedef char version_is_32_bytes[sizeof(LibraryVersion) == 32 ? 1 : -1];
+
+/* "Nov  1 2026": the day right-aligned in two places. */
+static int is_date(const char* text) {
+  static const char months[] = "JanFebMarAprMayJunJulAugSepOctNovDec";
+  char month[4], rest[16];
+  int day, year;
+  if (strlen(text) != 11 || sscanf(text, "%3s %d %d", month, &day, &year) != 3) return 0;
+  sprintf(rest, "%2d %04d", day % 100, year % 10000);
+  return strstr(months, month) != NULL && strcmp(text + 4, rest) == 0;
+}
+
+int main(void) {
+  const LibraryVersion* v = luxvmGetLibVersion();
+  float one = 1, out = 0;
+  if (v->major != 5 || v->minor != 2 || v->major_build != 108 || v->build != 348) return 1;
+  if (memcmp(v->target_code, "k3\0", 4) != 0) return 2;
+  if (strcmp(v->name, "libluxvmk3.so.5.2") != 0 || strcmp(v->version, "5.2") != 0) return 3;
+  if (!is_date(v->build_date)) return 4;
+  if (luxsExp_32f_A24(&one, &out, 1) != LUX_OK || out != 2.71828175f) return 5;
+  if (luxvmGetLibVersion() != v || luxcoreGetNumThreads() < 1) return 6;
+  return 0;
+}

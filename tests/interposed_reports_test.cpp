@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: MIT
+//
+// A program of its own report functions and its own thread count: it sees every report of the
+// shared library, with the documented arguments.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <mutex>
+#include <set>
+#include <vector>
+
+#include "luxvmk3.h"
+
+extern "C" __attribute__((visibility("default"))) int32_t threads_omp_of_n_lux;
+int32_t threads_omp_of_n_lux = 3;
+
+struct Report {
+  int32_t code, index;
+  const void *argument1, *argument2, *result1, *result2;
+  std::string name;
+  bool operator==(const Report&) const = default;
+};
+static std::mutex lock;
+static std::vector<Report> reports;
+
+static int32_t keep(Report r) {
+  const std::lock_guard guard(lock);
+  reports.push_back(std::move(r));
+  return 0;  // not used by the library
+}
+int32_t noxsError(int32_t code, int32_t index, const float* a1, const float* a2, const float* r1,
+                  const float* r2, const char* name) {
+  return keep({code, index, a1, a2, r1, r2, name});
+}
+int32_t noxdError(int32_t code, int32_t index, const double* a1, const double* a2, const double* r1,
+                  const double* r2, const char* name) {
+  return keep({code, index, a1, a2, r1, r2, name});
+}
+
+using Codes = std::vector<std::pair<int32_t, int32_t>>;  // code, index
+
+template <class E>
+static void expect_reports(Status (*f)(const E*, E*, int32_t), const std::vector<E>& src,
+                           const Codes& codes) {
+  std::vector<E> dst(src.size());
+  reports.clear();
+  const Status status = f(src.data(), dst.data(), int32_t(src.size()));
+  std::vector<Report> want;
+  for (const auto& [code, index] : codes)
+    want.push_back({code, index, src.data(), src.data(), dst.data(), dst.data(), ""});
+  EXPECT_TRUE(reports == want);
+  EXPECT_EQ(status, codes.empty() ? 0 : codes.back().first);
+}
+template <class E>
+static void expect_reports(Status (*f)(const E*, const E*, E*, int32_t), const std::vector<E>& src1,
+                           const std::vector<E>& src2, const Codes& codes) {
+  std::vector<E> dst(src1.size());
+  reports.clear();
+  const Status status = f(src1.data(), src2.data(), dst.data(), int32_t(src1.size()));
+  std::vector<Report> want;
+  for (const auto& [code, index] : codes)
+    want.push_back({code, index, src1.data(), src2.data(), dst.data(), dst.data(), ""});
+  EXPECT_TRUE(reports == want);
+  EXPECT_EQ(status, codes.empty() ? 0 : codes.back().first);
+}
+
+template <class E>
+constexpr E kNaN = std::numeric_limits<E>::quiet_NaN();
+template <class E>
+constexpr E kInf = std::numeric_limits<E>::infinity();
+
+TEST(Interposed, InvAndDivReportZeroDivisorsInOrder) {
+  for (const auto f : {luxsInv_32f_A11, luxsInv_32f_A21, luxsInv_32f_A24}) {
+    expect_reports<float>(f, {2, -0.0f, 4, 0}, {{18, 1}, {18, 3}});
+    expect_reports<float>(f, {1, 1, 1, 1, 0, 1, 0}, {{18, 4}, {18, 6}});
+    expect_reports<float>(f, {1e-45f, kInf<float>, kNaN<float>, 1, 2}, {});
+  }
+  for (const auto f : {luxsInv_64f_A50, luxsInv_64f_A53}) {
+    expect_reports<double>(f, {0, 1, -0.0, 1, 1, 1, 1, 1, 0}, {{18, 0}, {18, 2}, {18, 8}});
+    expect_reports<double>(f, {4e-320, kInf<double>, kNaN<double>, 1e300, 2}, {});
+  }
+  for (const auto f : {luxsDiv_32f_A11, luxsDiv_32f_A21, luxsDiv_32f_A24})
+    expect_reports<float>(f, {kNaN<float>, 0, kInf<float>, 1, kNaN<float>, -1}, {0, 0, 0, 1, 0, 0},
+                          {{18, 1}, {18, 2}, {18, 5}});
+  for (const auto f : {luxsDiv_64f_A50, luxsDiv_64f_A53})
+    expect_reports<double>(f, {kNaN<double>, 0, 1, 1, kNaN<double>}, {0, -0.0, 1, 0, 0},
+                           {{18, 0}, {18, 1}, {18, 3}, {18, 4}});
+}
+
+TEST(Interposed, ExpReportsItsCodesInOrder) {
+  for (const auto f : {luxsExp_32f_A11, luxsExp_32f_A21, luxsExp_32f_A24}) {
+    expect_reports<float>(f, {100, -110, 1, 89, -200}, {{12, 0}, {17, 1}, {12, 3}, {17, 4}});
+    expect_reports<float>(f, {-90, -103.97f, kInf<float>, -kInf<float>, kNaN<float>, 88.7f}, {});
+  }
+  for (const auto f : {luxsExp_64f_A50, luxsExp_64f_A53}) {
+    expect_reports<double>(f, {1, 710, -709, 1, -746}, {{12, 1}, {8, 2}, {17, 4}});
+    expect_reports<double>(f, {kInf<double>, -kInf<double>, kNaN<double>, 709, -708.396}, {});
+  }
+}
+
+TEST(Interposed, TheRoundingFunctionsReportNothing) {
+  reports.clear();
+  const float src[] = {kNaN<float>, kInf<float>, 1e-45f, 0};
+  float dst[4], dst2[4];
+  for (const auto f : {luxsFloor_32f, luxsCeil_32f, luxsTrunc_32f, luxsRound_32f, luxsRint_32f})
+    f(src, dst, 4);
+  luxsModf_32f(src, dst, dst2, 4);
+  EXPECT_TRUE(reports.empty());
+}
+
+// The thread count is this program's variable; a slice's reports count from its own start.
+TEST(Interposed, SlicesReportIndicesOfTheirOwn) {
+  const int32_t threshold = noxsMinN(0, 0, 3);
+  if (threshold > 50000000) GTEST_SKIP() << "this machine's topology never threads with three";
+  const int32_t len = std::max(threshold, 300) + 5, chunk = len / 3 & ~3;
+  std::vector<float> src(len, 1.0f), dst(len);
+  const std::set<int32_t> zeros = {0, chunk - 1, chunk, 2 * chunk + 7, len - 1};
+  for (const int32_t i : zeros) src[i] = 0;
+  reports.clear();
+  EXPECT_EQ(luxsInv_32f_A24(src.data(), dst.data(), len), 18);
+  std::map<const void*, std::set<int32_t>> seen;
+  for (const Report& r : reports) seen[r.argument1].insert(r.index);
+  EXPECT_EQ(reports.size(), zeros.size());
+  EXPECT_EQ(seen, (std::map<const void*, std::set<int32_t>>{
+                      {&src[0], {0, chunk - 1}},
+                      {&src[chunk], {0}},
+                      {&src[2 * chunk], {7, len - 1 - 2 * chunk}}}));
+}
