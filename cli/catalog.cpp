@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <tuple>
 
 constexpr ElementType kType_32f{"32f", 's', 4, 1};
 constexpr ElementType kType_64f{"64f", 'd', 8, 1};
@@ -85,11 +86,22 @@ static size_t edit_distance(const std::string& a, const std::string& b) {
   return row.back();
 }
 
-// Short names are meant as the whole name's middle, so "exp_64f" finds luxsExp_64f_A53.
+// Without the prefix that all names share: "sin" is no part of luxsInv.
+static std::string bare(const Function& function) { return lower(function.name).substr(4); }
+
+// A part of a name stands for the whole, so "Exp_64f" is as near to luxsExp_64f_A53 as can be.
 static size_t distance(const Function& function, const std::string& wanted) {
   const std::string name = lower(function.name);
-  const size_t missing = name.find(wanted);
-  return missing == std::string::npos ? edit_distance(name, wanted) : 0;
+  if (bare(function).find(wanted) != std::string::npos || name.find(wanted) == 0) return 0;
+  return edit_distance(name, wanted);
+}
+
+// Near names first, then what is built, then the better grade.
+static bool nearer(const Function& a, const Function& b, const std::string& wanted) {
+  const auto rank = [&](const Function& f) {
+    return std::make_tuple(distance(f, wanted), f.call == nullptr, f.variant);
+  };
+  return rank(a) < rank(b);
 }
 
 const Function& find_function(const std::string& name) {
@@ -98,11 +110,9 @@ const Function& find_function(const std::string& name) {
     if (function.name == name) return function;
 
   const std::string wanted = lower(std::string_view(name).substr(0, 64));
-  const auto better = [&](const Function& a, const Function& b) {
-    return std::make_pair(distance(a, wanted), !a.call) <
-           std::make_pair(distance(b, wanted), !b.call);
-  };
-  const Function& nearest = *std::min_element(all.begin(), all.end(), better);
+  const Function& nearest =
+      *std::min_element(all.begin(), all.end(),
+                        [&](const Function& a, const Function& b) { return nearer(a, b, wanted); });
   const bool close = !wanted.empty() && distance(nearest, wanted) <= 2 + wanted.size() / 3;
   throw Failure(fmt::format("there is no function '{}'; {}`luxvm list` shows them all",
                             std::string_view(name).substr(0, 64),
@@ -121,7 +131,8 @@ const Function& find_callable(const std::string& name) {
 
 bool name_matches(const Function& function, const std::string& pattern) {
   if (pattern.find_first_of("*?[") == std::string::npos)
-    return lower(function.name).find(lower(pattern)) != std::string::npos;
+    return bare(function).find(lower(pattern)) != std::string::npos ||
+           lower(function.name).find(lower(pattern)) == 0;
   return fnmatch(pattern.c_str(), function.name.c_str(), FNM_CASEFOLD) == 0;
 }
 

@@ -25,6 +25,9 @@ enum class Colour { good, warning, bad, quiet, strong };
 std::string paint(Colour colour, const std::string& text);
 std::string paint_stderr(Colour colour, const std::string& text);
 
+// A message on stderr; that it cannot be written is no reason to fail.
+void say(const std::string& text);
+
 void print_json(const Json& document);
 
 void add_list(CLI::App& program);

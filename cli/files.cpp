@@ -60,7 +60,7 @@ static Source open_source(const std::string& path) {
   if (S_ISDIR(info.st_mode)) throw read_failure(path, EISDIR);
   if (S_ISREG(info.st_mode)) source.size = uint64_t(info.st_size);
   if (source.file.get() == stdin && isatty(STDIN_FILENO))
-    fmt::print(stderr, "Reading numbers from the terminal; end with Ctrl-D.\n");
+    say("Reading numbers from the terminal; end with Ctrl-D.\n");
   return source;
 }
 
@@ -77,6 +77,7 @@ class Lines {
   Lines(const Lines&) = delete;
 
   bool next(Line& line) {
+    constexpr std::string_view kBlank = " \t\r\n";
     for (;;) {
       errno = 0;
       const ssize_t length = getline(&buffer, &capacity, source.file.get());
@@ -90,9 +91,10 @@ class Lines {
       line.text = {buffer, size_t(length)};
       constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
       if (count == 1 && line.text.substr(0, 3) == kByteOrderMark) line.text.remove_prefix(3);
-      while (!line.text.empty() && strchr(" \t\r\n", line.text.back())) line.text.remove_suffix(1);
-      const size_t first = line.text.find_first_not_of(" \t");
-      if (first != std::string_view::npos && line.text[first] != '#') return true;
+      const size_t first = line.text.find_first_not_of(kBlank);
+      if (first == std::string_view::npos || line.text[first] == '#') continue;
+      line.text = line.text.substr(0, line.text.find_last_not_of(kBlank) + 1);
+      return true;
     }
   }
 
@@ -117,6 +119,7 @@ static void split_text(std::string_view line, std::vector<std::string_view>& fie
 static void split_csv(std::string_view line, std::vector<std::string_view>& fields) {
   fields.clear();
   for (;;) {
+    line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
     size_t end;
     if (!line.empty() && line[0] == '"') {
       const size_t quote = std::min(line.find('"', 1), line.size());

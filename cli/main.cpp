@@ -45,17 +45,19 @@ std::string paint_stderr(Colour colour, const std::string& text) {
   return painted(STDERR_FILENO, colour, text);
 }
 
+void say(const std::string& text) { fputs(text.c_str(), stderr); }
+
 void print_json(const Json& document) {
   // Names on the command line may hold any bytes; invalid UTF-8 must not end in an exception.
   fmt::print("{}\n", document.dump(2, ' ', false, Json::error_handler_t::replace));
 }
 
 // A file opened while a standard stream is closed would take its number and receive its output.
-// What is opened here refuses the use that the stream was for.
+// What is opened here refuses to be read or to take results; messages go nowhere.
 static void reserve_standard_streams() {
   for (int descriptor = 0; descriptor < 3; ++descriptor)
     if (fcntl(descriptor, F_GETFD) == -1 && errno == EBADF)
-      open("/dev/null", descriptor == 0 ? O_WRONLY : O_RDONLY);
+      open("/dev/null", descriptor == STDOUT_FILENO ? O_RDONLY : O_WRONLY);
 }
 
 // Negative numbers look like options; behind a space they are taken as values.
@@ -69,7 +71,7 @@ static std::string protect_negative(const std::string& argument) {
 }
 
 static int complain(const std::string& message) {
-  fmt::print(stderr, "{} {}\n", paint_stderr(Colour::bad, "luxvm:"), message);
+  say(fmt::format("{} {}\n", paint_stderr(Colour::bad, "luxvm:"), message));
   return 1;
 }
 

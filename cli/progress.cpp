@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cli/progress.h"
 
+#include "cli/cli.h"
+
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -16,7 +18,7 @@ Progress::Progress(const char* label, uint64_t total_bytes)
       next(std::chrono::steady_clock::now() + 500ms) {}
 
 Progress::~Progress() {
-  if (drawn) fmt::print(stderr, "\r\033[K");
+  if (drawn) say("\r\033[K");
 }
 
 void Progress::advance(uint64_t bytes) {
@@ -33,12 +35,12 @@ void Progress::draw() const {
   constexpr uint64_t kWidth = 40;
   const double megabytes = double(done) / 1e6;
   if (total == 0) {
-    fmt::print(stderr, "\r{:<8} {:.1f} MB\033[K", label, megabytes);
+    say(fmt::format("\r{:<8} {:.1f} MB\033[K", label, megabytes));
   } else {
     const uint64_t share = std::min(done, total);
     const size_t filled = size_t(share * kWidth / total);
-    fmt::print(stderr, "\r{:<8} [{}{}] {:3}% {:.1f} MB\033[K", label, std::string(filled, '#'),
-               std::string(kWidth - filled, ' '), share * 100 / total, megabytes);
+    say(fmt::format("\r{:<8} [{}{}] {:3}% {:.1f} MB\033[K", label, std::string(filled, '#'),
+                    std::string(kWidth - filled, ' '), share * 100 / total, megabytes));
   }
   fflush(stderr);
 }

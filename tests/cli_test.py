@@ -1,0 +1,383 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""luxvm from the outside: cli_test.py BIN_DIR SOURCE_DIR"""
+import json
+import math
+import os
+import pty
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+BIN, SOURCE = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve()
+ATMOSPHERE = SOURCE / "examples/data/atmosphere.csv"
+
+
+def luxvm(*arguments, stdin=b"", **options):
+    stdin = stdin.encode() if isinstance(stdin, str) else stdin
+    return subprocess.run([BIN / "luxvm", *map(str, arguments)], input=stdin, timeout=60,
+                          stdout=options.pop("stdout", subprocess.PIPE), stderr=subprocess.PIPE,
+                          **options)
+
+
+def npy(descr, shape, data, fortran=False):
+    header = repr({"descr": descr, "fortran_order": fortran, "shape": shape}).encode()
+    header += b" " * (53 - len(header) % 64 if len(header) % 64 <= 53 else 117 - len(header) % 64)
+    return b"\x93NUMPY\x01\x00" + struct.pack("<H", len(header) + 1) + header + b"\n" + data
+
+
+class Cli(unittest.TestCase):
+    def setUp(self):
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.dir = Path(directory.name)
+
+    def fine(self, *arguments, **options):
+        result = luxvm(*arguments, **options)
+        self.assertEqual(result.returncode, 0, (arguments, result.stderr))
+        return result
+
+    def refused(self, words, *arguments, **options):
+        """Exit code 1, nothing on stdout, and one line on stderr that says these words."""
+        result = luxvm(*arguments, **options)
+        message = result.stderr.decode()
+        self.assertEqual((result.returncode, result.stdout or b""), (1, b""), (arguments, message))
+        self.assertTrue(message.startswith("luxvm: ") and message.count("\n") == 1, message)
+        for word in [words] if isinstance(words, str) else words:
+            self.assertIn(word, message)
+
+    def file(self, name, content):
+        path = self.dir / name
+        path.write_bytes(content.encode() if isinstance(content, str) else content)
+        return path
+
+    def results(self, *arguments):
+        call = json.loads(self.fine("eval", *arguments, "--json").stdout)
+        bits = [[r["bits"] for r in element["results"]] for element in call["elements"]]
+        return bits, call["status"], [(r["code"], r["index"]) for r in call["reports"]]
+
+
+class List(Cli):
+    def test_counts(self):
+        everything = json.loads(self.fine("list", "--all", "--json").stdout)
+        built = json.loads(self.fine("list", "--json").stdout)
+        self.assertEqual(len(everything), 249)
+        self.assertEqual(sum(f["grade"] is not None for f in everything), 235)
+        self.assertEqual([f for f in everything if f["built"]], built)
+
+    def test_patterns(self):
+        for pattern, names in [("exp_64F", ["luxsExp_64f_A50", "luxsExp_64f_A53"]),
+                               ("luxsInv_*_A?4", ["luxsInv_32f_A24"]),
+                               ("luxsdiv_32f_a11", ["luxsDiv_32f_A11"])]:
+            listed = json.loads(self.fine("list", pattern, "--json").stdout)
+            self.assertEqual([f["name"] for f in listed], names)
+        sines = json.loads(self.fine("list", "sin", "--all", "--json").stdout)
+        self.assertFalse([f for f in sines if f["family"] == "Inv"])  # the s is the prefix's
+        self.refused("no function matches", "list", "nothing_like_it")
+        self.assertNotIn(b"\033", self.fine("list", "--all").stdout)
+
+
+class Eval(Cli):
+    def test_numbers_of_every_notation(self):
+        for name, values, bits, status, reports in [
+            ("luxsInv_32f_A24", ["-0", "0x7F800000", "0x1p-1", "-4e0"],
+             ["0xFF800000", "0x00000000", "0x40000000", "0xBE800000"], 18, [(18, 0)]),
+            ("luxsInv_64f_A53", ["-inf", "0x4000000000000000"],
+             ["0x8000000000000000", "0x3FE0000000000000"], 0, []),
+            ("luxsTrunc_32f", ["0x7FA00001", "nan", "-.5", "-0x1.8p1"],
+             ["0x7FE00001", "0x7FC00000", "0x80000000", "0xC0400000"], 0, []),
+            ("luxsExp_32f_A24", ["89", "0", "-104", "-inf"],
+             ["0x7F800000", "0x3F800000", "0x00000000", "0x00000000"], 17, [(12, 0), (17, 2)]),
+            ("luxsRint_32f", ["2.5", "-0.5"], ["0x40000000", "0x80000000"], 2, []),
+        ]:
+            got = self.results(name, *values)
+            self.assertEqual(got, ([[b] for b in bits], status, reports), name)
+
+    def test_shapes(self):
+        self.assertEqual(self.results("luxsDiv_32f_A24", "1", "4", "-6", "3", "1", "0"),
+                         ([["0x3E800000"], ["0xC0000000"], ["0x7F800000"]], 18, [(18, 2)]))
+        self.assertEqual(self.results("luxsModf_64f", "-2.75"),
+                         ([["0xC000000000000000", "0xBFE8000000000000"]], 0, []))
+
+    def test_a_single_is_rounded_once(self):
+        # Through double these would be ties, and end in the even neighbours.
+        bits, _, _ = self.results("luxsTrunc_32f", "8388608.50000000000000001")
+        self.assertEqual(bits, [["0x4B000001"]])
+        bits, _, _ = self.results("luxsInv_32f_A24", "1.00000017881393432617187499")
+        self.assertEqual(bits, self.results("luxsInv_32f_A24", "0x3F800001")[0])
+
+    def test_refusals(self):
+        for words, arguments in [
+            (["luxsExp_64f_A53", "did you mean"], ["luxsExq_64f_A53", "1"]),
+            ("did you mean luxsExp_64f_A53", ["exp_64f", "1"]),
+            ("there is no function", ["", "1"]),
+            ("not built yet", [self.pending(), "1"]),
+            ("'abc' is not a number", ["luxsExp_32f_A24", "1", "abc"]),
+            ("'' is not a number", ["luxsExp_32f_A24", ""]),
+            ("'1 2' is not a number", ["luxsExp_32f_A24", "1 2"]),
+            ("too large for 32 bits", ["luxsExp_32f_A24", "1e39"]),
+            ("no bit pattern of 16", ["luxsExp_64f_A53", "0x3F800000"]),
+            ("in pairs", ["luxsDiv_64f_A53", "1", "2", "3"]),
+            ("takes no scalar", ["luxsExp_64f_A53", "1", "--scalar", "2"]),
+        ]:
+            self.refused(words, "eval", *arguments)
+        self.assertGreater(luxvm("eval", "luxsExp_32f_A24").returncode, 100)  # a usage error
+
+    def pending(self):
+        functions = json.loads(self.fine("list", "--all", "--json").stdout)
+        return next((f["name"] for f in functions if not f["built"]), None) or self.skipTest("all")
+
+
+class Apply(Cli):
+    def test_text_and_summary(self):
+        text = "# comment\r\n\r\n 4 \r\n0x1p-2\r\n-0\r\n"
+        result = self.fine("apply", "luxsInv_64f_A53", "--json", stdin=text)
+        self.assertEqual(result.stdout.split(), [b"0.25", b"4", b"-inf"])
+        summary = json.loads(result.stderr)
+        self.assertEqual((summary["elements"], summary["status"]), (3, 18))
+        self.assertEqual([(r["code"], r["count"]) for r in summary["reports"]], [(18, 1)])
+        self.assertGreater(summary["seconds"], 0)
+        self.assertGreater(summary["cycles_per_element"], 0)
+        two = self.fine("apply", "luxsDiv_32f_A24", "--quiet", stdin="1 8\n3\t2\n")
+        self.assertEqual((two.stdout, two.stderr), (b"0.125\n1.5\n", b""))
+        both = self.fine("apply", "luxsModf_32f", stdin="2.5\n-0.25")
+        self.assertEqual(both.stdout, b"2 0.5\n-0 -0.25\n")
+
+    def test_csv_columns(self):
+        path = self.file("t.csv", '\ufeffa, "b"\n1,2\n"3",0.5\n')
+        for columns, wanted in [(["a", "b"], b"0.5\n6\n"), (["2", "1"], b"2\n0.16666667\n")]:
+            options = [o for c in columns for o in ("--column", c)]
+            result = self.fine("apply", "luxsDiv_32f_A24", "--in", path, *options)
+            self.assertEqual(result.stdout, b"luxsDiv_32f_A24\n" + wanted)
+        bare = self.fine("apply", "luxsFloor_64f", "--format", "csv", "--column", "2",
+                         stdin="1,2.5\n3,-0.5\n")
+        self.assertEqual(bare.stdout, b"2\n-1\n")
+
+    def test_binary_formats(self):
+        doubles = struct.pack("<4d", 1, 2, 4, -8)
+        inverse = struct.pack("<4d", 1, .5, .25, -.125)
+        raw = self.fine("apply", "luxsInv_64f_A53", "--format", "raw", stdin=doubles)
+        self.assertEqual(raw.stdout, inverse)
+        pairs = self.fine("apply", "luxsDiv_64f_A53", "--format", "raw", stdin=doubles)
+        self.assertEqual(pairs.stdout, struct.pack("<2d", .5, -.5))
+        for shape, options, count, data in [
+            ((4,), [], 4, inverse), ((4, 1), [], 4, inverse),
+            ((2, 2), ["--column", "2"], 2, struct.pack("<2d", .5, -.125))]:
+            path, out = self.file("a.npy", npy("<f8", shape, doubles)), self.dir / "b.npy"
+            self.fine("apply", "luxsInv_64f_A53", "--in", path, "--out", out, *options)
+            written = out.read_bytes()
+            self.assertEqual(written[-len(data):], data)
+            self.assertEqual((len(written) - len(data)) % 64, 0)
+            self.assertIn(b"'descr': '<f8', 'fortran_order': False, 'shape': (%d,)" % count, written)
+        path = self.file("s.npy", npy("<f4", (1,), struct.pack("<I", 0x7F800001)))
+        out = self.dir / "q.raw"
+        self.fine("apply", "luxsFloor_32f", "--in", path, "--out", out)
+        self.assertEqual(out.read_bytes(), struct.pack("<I", 0x7FC00001))
+
+    def test_bad_input_is_named_and_nothing_is_written(self):
+        eight = struct.pack("<d", 1)
+        for words, function, name, content, options in [
+            (["line 3", "'x' is not"], "Exp_64f_A53", "a.txt", "1\n\nx\n", []),
+            (["line 2", "1 column where line 1 has 2"], "Div_64f_A53", "a.txt", "1 2\n3\n", []),
+            (["line 4", "3 columns"], "Div_64f_A53", "a.csv", "a,b\n1,2\n\n1,2,3\n", []),
+            (["line 2, column 2", "''"], "Div_64f_A53", "a.csv", "a,b\n1,\n", []),
+            (["line 1", "too large"], "Exp_32f_A24", "a.txt", "1e39\n", []),
+            ("'????", "Exp_32f_A24", "a.txt", b"\0" * 100, []),
+            ("choose with --column", "Exp_32f_A24", "a.txt", "1 2\n", []),
+            (["no column 'c'", "a, b"], "Exp_32f_A24", "a.csv", "a,b\n1,2\n", ["--column", "c"]),
+            ("not a column 3", "Exp_32f_A24", "a.csv", "a,b\n1,2\n", ["--column", "3"]),
+            ("no header", "Exp_32f_A24", "a.csv", "1,2\n", ["--column", "x"]),
+            ("needs 2 columns", "Div_32f_A24", "a.csv", "a,b\n1,2\n", ["--column", "a"]),
+            ("holds no numbers", "Exp_32f_A24", "a.txt", "", []),
+            ("holds no numbers", "Exp_32f_A24", "a.csv", "a\n", []),
+            ("holds no numbers", "Exp_32f_A24", "a.raw", "", []),
+            ("ends within an element", "Exp_64f_A53", "a.raw", b"1234567", []),
+            ("ends within a pair", "Div_64f_A53", "a.raw", eight * 3, []),
+            ("not an npy file", "Exp_64f_A53", "a.npy", b"\x93NUMPY\x01\x00\xff\xff{}", []),
+            ("'<f4'", "Exp_64f_A53", "a.npy", npy("<f4", (2,), eight), []),
+            ("'>f8'", "Exp_64f_A53", "a.npy", npy(">f8", (1,), eight), []),
+            ("is short", "Exp_64f_A53", "a.npy", npy("<f8", (2,), eight), []),
+            ("is short", "Exp_64f_A53", "a.npy", npy("<f8", (2**61 + 1,), eight), []),
+            ("too long", "Exp_64f_A53", "a.npy", npy("<f8", (1,), eight * 2), []),
+            ("3 dimensions", "Exp_64f_A53", "a.npy", npy("<f8", (1, 1, 1), eight), []),
+            ("column by column", "Div_64f_A53", "a.npy", npy("<f8", (2, 2), eight * 4, True), []),
+        ]:
+            with self.subTest(content=content[:40], function=function):
+                out = self.file("out", "kept")
+                self.refused(words, "apply", "luxs" + function, "--in", self.file(name, content),
+                             "--out", out, *options)
+                self.assertEqual(out.read_text(), "kept")
+        self.assertFalse(list(self.dir.glob("out?*")))
+
+    def test_files_that_cannot_be_used(self):
+        self.refused("No such file", "apply", "luxsExp_64f_A53", "--in", self.dir / "none")
+        self.refused("Is a directory", "apply", "luxsExp_64f_A53", "--in", self.dir)
+        for out in [self.dir / "no" / "x", "/dev/full"]:
+            self.refused("cannot write to", "apply", "luxsExp_64f_A53", "--out", out, stdin="1")
+        with open("/dev/full", "wb") as full:
+            self.refused("No space", "apply", "luxsExp_64f_A53", stdin="1", stdout=full)
+            self.refused("No space", "list", stdout=full)
+        huge = self.dir / "huge.raw"
+        with open(huge, "wb") as file:
+            file.truncate(6 << 30)
+        self.refused("not enough memory", "apply", "luxsExp_64f_A53", "--in", huge)
+
+    def test_closed_standard_streams(self):
+        """A file opened in the place of a closed stream must not be mistaken for it."""
+        data, out = self.file("a.txt", "1\n"), self.dir / "out"
+        command = f"'{BIN}/luxvm' apply luxsInv_64f_A53 --in '{data}'"
+        for redirections, code in [(">&-", 1), ("2>&-", 0), (">&- 2>&-", 1),
+                                   (f"--out '{out}' <&- >&- 2>&-", 0)]:
+            shell = subprocess.run(["sh", "-c", f"{command} {redirections}"], capture_output=True)
+            self.assertEqual(shell.returncode, code, (redirections, shell.stderr))
+            self.assertEqual(data.read_text(), "1\n")
+        self.assertEqual(out.read_text(), "1\n")
+        bad = subprocess.run(["sh", "-c", f"'{BIN}/luxvm' eval x 1 2>&-"], capture_output=True)
+        self.assertEqual(bad.returncode, 1)
+
+    def test_output_replaces_in_one_step(self):
+        out, link = self.file("out.txt", "old"), self.dir / "link.txt"
+        os.chmod(out, 0o640)
+        link.symlink_to(out)
+        self.fine("apply", "luxsInv_64f_A53", "--in", self.file("in.txt", "8"), "--out", link)
+        self.assertTrue(link.is_symlink())
+        self.assertEqual((out.read_text(), out.stat().st_mode & 0o777), ("0.125\n", 0o640))
+        self.fine("apply", "luxsInv_64f_A53", "--in", out, "--out", out)
+        self.assertEqual(out.read_text(), "8\n")
+
+    def test_interrupted_run_leaves_nothing(self):
+        numbers, out = self.dir / "in.raw", self.dir / "out.txt"
+        numbers.write_bytes(struct.pack("<d", 1.1) * 3000000)
+        process = subprocess.Popen([BIN / "luxvm", "apply", "luxsInv_64f_A53", "--in", numbers,
+                                    "--out", out], stderr=subprocess.DEVNULL)
+        deadline = time.time() + 30
+        while not list(self.dir.glob("out*")) and time.time() < deadline:
+            time.sleep(0.001)
+        process.send_signal(signal.SIGTERM)
+        self.assertEqual(process.wait(30), -signal.SIGTERM)
+        self.assertEqual(sorted(p.name for p in self.dir.iterdir()), ["in.raw"])
+
+    def test_threads_report_every_element(self):
+        zeros = bytes(4 * 400000)
+        for threads in (1, 2, 3):
+            result = self.fine("apply", "luxsInv_32f_A24", "--format", "raw", "--threads", threads,
+                               "--json", stdin=zeros)
+            summary = json.loads(result.stderr)
+            self.assertEqual([(r["code"], r["count"]) for r in summary["reports"]], [(18, 400000)])
+            self.assertEqual(result.stdout, struct.pack("<f", math.inf) * 400000)
+
+
+class Environment(Cli):
+    def test_env(self):
+        env = json.loads(self.fine("env", "--json").stdout)
+        self.assertEqual(env["library"]["name"], "libluxvmk3.so.5.2")
+        self.assertEqual(env["threads"], len(os.sched_getaffinity(0)))
+        self.assertEqual(env["processor"]["available"], env["threads"])
+        cpuinfo = Path("/proc/cpuinfo").read_text().splitlines()
+        vendor = next(line.split(":")[1].strip() for line in cpuinfo if line.startswith("vendor_id"))
+        self.assertEqual(env["processor"]["vendor"], vendor)
+        self.assertEqual(env["controls"]["x87"]["precision"], "64 bits")
+        self.assertEqual(len(env["controls"]["mxcsr"]["masked"]), 6)
+        text = self.fine("env").stdout.decode()
+        self.assertIn(env["controls"]["x87"]["word"], text)
+
+    def test_one_processor_never_threads(self):
+        processor = min(os.sched_getaffinity(0))
+        alone = self.fine("explain", "luxsExp_64f_A53", "--n", 2**31 - 1, "--threads", 2, "--json",
+                          preexec_fn=lambda: os.sched_setaffinity(0, {processor}))
+        decision = json.loads(alone.stdout)
+        self.assertEqual((decision["threshold"], decision["split"]), (None, False))
+
+    def test_explained_cost_is_the_librarys(self):
+        """The threshold comes from the library, the start-up cost from the program's own probe."""
+        def explain(*more):
+            return json.loads(self.fine("explain", *map(str, more), "--json").stdout)
+
+        one = explain("luxsInv_32f_A24", "--n", 2**31 - 1, "--threads", 2)
+        if one["threshold"] is None:
+            self.skipTest("threading is off on this machine")
+        cycles_per_inv = 4.61
+        self.assertEqual(one["threshold"], int(one["start_cost"] / cycles_per_inv))
+        self.assertTrue(one["split"])
+        edge = explain("luxsInv_32f_A24", "--n", one["threshold"], "--threads", 2)
+        self.assertFalse(edge["split"])
+        slices = explain("luxsInv_32f_A24", "--n", 10**6 + 3, "--threads", 3)["slices"]
+        self.assertEqual((slices["count"], slices["length"], slices["last_length"]),
+                         (3, 333332, 333339))
+        for name, threads in [("luxsInv_32f_A11", 2), ("luxsFloor_32f", 2),
+                              ("luxsInv_32f_A24", one["topology"]["n"] + 2)]:
+            never = explain(name, "--n", 2**31 - 1, "--threads", threads)
+            self.assertEqual((never["threshold"], never["split"]), (None, False))
+            self.assertTrue(never["never_because"])
+
+
+class Terminal(Cli):
+    def on_terminal(self, *arguments, **environment):
+        """stdout and stderr are a terminal; what it shows."""
+        master, slave = pty.openpty()
+        process = subprocess.Popen([BIN / "luxvm", *map(str, arguments)], stdin=subprocess.DEVNULL,
+                                   stdout=slave, stderr=slave,
+                                   env={**os.environ, "TERM": "xterm", **environment})
+        os.close(slave)
+        shown = b""
+        try:
+            while part := os.read(master, 65536):
+                shown += part
+        except OSError:  # the other side is closed
+            pass
+        os.close(master)
+        self.assertEqual(process.wait(60), 0)
+        return shown
+
+    def test_colour_only_when_wanted(self):
+        self.assertIn(b"\033[", self.on_terminal("list", "Exp", NO_COLOR=""))
+        self.assertNotIn(b"\033[", self.on_terminal("list", "Exp", NO_COLOR="1"))
+        self.assertNotIn(b"\033[", self.on_terminal("list", "Exp", TERM="dumb"))
+
+    def test_progress_of_long_work(self):
+        numbers = self.file("long.txt", "0.123456789012345\n" * 3000000)
+        shown = self.on_terminal("apply", "luxsExp_64f_A53", "--in", numbers, "--out", "/dev/null")
+        self.assertRegex(shown, rb"reading +\[#+ *\] +\d+%")
+        self.assertNotIn(b"[", self.on_terminal("apply", "luxsInv_64f_A53", "--in",
+                                                self.file("short.txt", "1"), "--out", "/dev/null",
+                                                NO_COLOR="1"))
+
+
+class Examples(Cli):
+    def test_programs(self):
+        first = subprocess.run([BIN / "first"], capture_output=True, text=True)
+        self.assertIn("exp(1) = 2.718281828459045", first.stdout)
+        watch = subprocess.run([BIN / "watch_reports"], capture_output=True, text=True)
+        for line in ["double: code 12 (overflow) at index 2, argument 710",
+                     "double: code 17 (underflow) at index 4, argument -746",
+                     "double: code 18 (pole) at index 0, argument 0",
+                     "single: code 18 (pole) at index 3"]:
+            self.assertIn(line, watch.stdout)
+
+    def test_atmosphere_is_remade_and_is_the_published_one(self):
+        made = subprocess.run([sys.executable, SOURCE / "examples/data/make_atmosphere.py"],
+                              capture_output=True, text=True).stdout
+        self.assertEqual(made, ATMOSPHERE.read_text())
+        rows = {row.split(",")[0]: row.split(",") for row in made.splitlines()}
+        for altitude, kelvins, pascals in [("11000", 216.65, 22632.1), ("20000", 216.65, 5474.89),
+                                           ("32000", 228.65, 868.019), ("47000", 270.65, 110.906),
+                                           ("51000", 270.65, 66.9389), ("71000", 214.65, 3.95642)]:
+            self.assertEqual(float(rows[altitude][1]), kelvins)
+            self.assertAlmostEqual(float(rows[altitude][3]) / pascals, 1, delta=3e-6)
+
+    def test_demonstration(self):
+        demo = subprocess.run([SOURCE / "examples/run_demo.sh", BIN], capture_output=True, text=True)
+        self.assertEqual(demo.returncode, 0, demo.stderr)
+        largest = [int(line.split("largest difference ")[1].split()[0])
+                   for line in demo.stdout.splitlines() if "largest difference" in line]
+        self.assertEqual(len(largest), 4)
+        self.assertLessEqual(max(largest), 1)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1], verbosity=1)
