@@ -16,10 +16,11 @@
 namespace bench {
 namespace {
 
-constexpr int32_t kSampleCycles = 20000;  // long against the time-stamp reads, short against a tick
+constexpr uint64_t kSampleTicks = 20000;  // long against the reads of the counter, short against a
+// timer interrupt's period
 constexpr int kSamplesPerRound = 8;
 constexpr double kClockTolerance = 0.01;  // between the calibrations on both sides of a round
-constexpr int kLeastRounds = 5;
+constexpr size_t kLeastRounds = 5;
 constexpr int kLineBytes = 64, kPageBytes = 4096;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -125,35 +126,59 @@ struct Samples {
   int32_t kept = 0, dropped = 0;  // rounds
 };
 
-// Cycles per call.
+struct Round {
+  double clock;  // ticks per cycle around it
+  std::vector<double> ticks_per_call;
+};
+
+double middle(std::vector<double> values) {
+  std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
+  return values[values.size() / 2];
+}
+
+bool close(double a, double b) { return fabs(a - b) <= kClockTolerance * b; }
+
+// Cycles per call. A round counts when the clock before and after it agree with each other and with
+// that of most rounds: a disturbed calibration would show too few cycles.
 Samples measure_loop(Loop loop, const Arrays& arrays, int32_t len, int32_t milliseconds) {
   loop(arrays, len, 1);
   uint64_t one_call = std::numeric_limits<uint64_t>::max();
   for (int i = 0; i < 5; ++i) one_call = std::min(one_call, ticks(loop, arrays, len, 1));
-  const int32_t times =
-      int32_t(std::max<uint64_t>(1, kSampleCycles / std::max<uint64_t>(one_call, 1)));
+  one_call = std::max<uint64_t>(one_call, 1);
+  const int32_t times = int32_t(std::max<uint64_t>(kSampleTicks / one_call, 1));
+  const size_t samples_per_round = size_t(std::clamp<uint64_t>(
+      kSamplesPerRound * kSampleTicks / (one_call * times), 1, kSamplesPerRound));
   loop(arrays, len, times);
 
   Samples samples;
-  std::vector<double> cycles;
+  std::vector<Round> rounds;
+  std::vector<double> clocks;
   const double start = now(), limit = milliseconds * 1e-3;
   for (;;) {
     const double spent = now() - start;
-    if (spent > 20 * limit || (spent > limit && samples.kept >= kLeastRounds)) break;
-    uint64_t taken[kSamplesPerRound];
+    if (spent > 20 * limit || (spent > limit && rounds.size() >= kLeastRounds)) break;
+    std::vector<double> taken(samples_per_round);
     const double before = ticks_per_cycle();
-    for (uint64_t& sample : taken) sample = ticks(loop, arrays, len, times);
+    for (double& sample : taken) sample = double(ticks(loop, arrays, len, times)) / times;
     const double after = ticks_per_cycle();
-    if (fabs(before - after) > kClockTolerance * before) {
+    if (!close(before, after)) {
       ++samples.dropped;
       continue;
     }
-    ++samples.kept;
-    for (uint64_t sample : taken) cycles.push_back(double(sample) / times / ((before + after) / 2));
+    clocks.push_back((before + after) / 2);
+    rounds.push_back({clocks.back(), std::move(taken)});
   }
-  if (cycles.empty()) return samples;
-  std::sort(cycles.begin(), cycles.end());
-  samples.figure = {cycles.front(), cycles[cycles.size() / 2]};
+  if (rounds.empty()) return samples;
+
+  const double usual_clock = middle(clocks);
+  std::vector<double> cycles;
+  for (const Round& round : rounds) {
+    if (!close(round.clock, usual_clock)) continue;
+    ++samples.kept;
+    for (double sample : round.ticks_per_call) cycles.push_back(sample / round.clock);
+  }
+  samples.dropped += int32_t(rounds.size()) - samples.kept;
+  samples.figure = {*std::min_element(cycles.begin(), cycles.end()), middle(cycles)};
   return samples;
 }
 

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -69,9 +70,10 @@ struct Options {
   bool compare = false;       // measure the C library's loop, too
 };
 
+// Not numbers when the clock never held still.
 struct Figure {
-  double minimum = 0;
-  double median = 0;
+  double minimum = std::numeric_limits<double>::quiet_NaN();
+  double median = std::numeric_limits<double>::quiet_NaN();
 };
 
 struct Result {
