@@ -6,6 +6,9 @@ PRESET = release
 BUILD = build/$(PRESET)
 PREFIX = /usr/local
 BENCH =
+JOBS = $(shell nproc)
+# What to build; empty for everything.
+TARGETS =
 
 .PHONY: help deps build run test slow test-slow asan bench perf install format clean
 
@@ -19,10 +22,10 @@ $(BUILD)/CMakeCache.txt:
 	cmake --preset $(PRESET)
 
 build: $(BUILD)/CMakeCache.txt  ## configure and build, without looking for packages
-	cmake --build --preset $(PRESET)
+	cmake --build --preset $(PRESET) --parallel $(JOBS) $(TARGETS:%=--target %)
 
 run: deps    ## build, then show the library at work on a data file
-	@$(MAKE) --no-print-directory build
+	@$(MAKE) --no-print-directory build TARGETS="luxvm first watch_reports compare_libm"
 	examples/run_demo.sh $(BUILD)/bin
 
 test: deps   ## build and run the fast tests
@@ -40,11 +43,11 @@ asan: deps   ## build with the sanitizers and run the tests under them
 	ctest --preset asan-ubsan
 
 bench: deps  ## measure cycles per element; BENCH='Exp --compare' chooses
-	@$(MAKE) --no-print-directory build
+	@$(MAKE) --no-print-directory build TARGETS=luxbench
 	$(BUILD)/bin/luxbench $(BENCH)
 
 perf: deps   ## measure everything and renew the table of docs/performance.md
-	@$(MAKE) --no-print-directory build
+	@$(MAKE) --no-print-directory build TARGETS=luxbench
 	tools/performance.sh $(BUILD)/bin
 
 install: deps  ## install under PREFIX (/usr/local), below DESTDIR if set
