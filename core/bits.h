@@ -58,6 +58,56 @@ static inline typename Format<E>::Bits quieted(typename Format<E>::Bits pattern)
   return magnitude<E>(pattern) > Format<E>::kInf ? pattern | Format<E>::kQuiet : pattern;
 }
 
+// The two words of a 64-bit pattern, moved one by one.
+struct Words {
+  uint32_t lower, upper;
+};
+
+typedef uint32_t __attribute__((may_alias)) WordInMemory;
+
+static inline Words load_words(const void* from) {
+  const WordInMemory* const words = static_cast<const WordInMemory*>(from);
+  return {words[0], words[1]};
+}
+
+static inline void store_words(void* to, Words words) {
+  static_cast<WordInMemory*>(to)[0] = words.lower;
+  static_cast<WordInMemory*>(to)[1] = words.upper;
+}
+
+static inline Words add_words(Words a, Words b) {
+  asm("addl %2, %0\n\tadcl %3, %1"
+      : "+&r"(a.lower), "+r"(a.upper)
+      : "g"(b.lower), "g"(b.upper)
+      : "cc");
+  return a;
+}
+
+// The 32 bits of an element that hold sign and exponent.
+template <class E>
+static inline uint32_t upper_word(const E* from) {
+  return reinterpret_cast<const WordInMemory*>(from)[sizeof(E) / 4 - 1];
+}
+
+template <class E>
+static inline void set_upper_bits(E* to, uint32_t bits) {
+  reinterpret_cast<WordInMemory*>(to)[sizeof(E) / 4 - 1] |= bits;
+}
+
+// A load from this address and no other: compilers like to load a copy made word by word, which
+// stalls.
+static inline long double load_extended(const float* from) {
+  long double value;
+  asm("flds %1" : "=t"(value) : "m"(*from));
+  return value;
+}
+
+static inline long double load_extended(const double* from) {
+  long double value;
+  asm("fldl %1" : "=t"(value) : "m"(*from));
+  return value;
+}
+
 // An x87 register holds more than its C++ type says. Passing through memory rounds to the type.
 static inline float store_f32(float value) {
   asm volatile("" : "+m"(value));

@@ -8,7 +8,7 @@
 // exception that the caller has unmasked traps here, on purpose.
 int32_t _noxStdErrorHandlerExcept(const ErrorRecord* record) {
   volatile double largest = 0x1.fffffffffffffp+1023, smallest = 0x1p-1022, one = 1.0, zero = 0.0;
-  volatile double result;
+  [[maybe_unused]] volatile double result;  // never read: a subnormal would raise one more flag
   switch (record->code) {
     case LUX_DOMAIN:
       result = zero / zero;
@@ -23,7 +23,6 @@ int32_t _noxStdErrorHandlerExcept(const ErrorRecord* record) {
       result = smallest * smallest;
       break;
   }
-  (void)result;
   return record->code;
 }
 

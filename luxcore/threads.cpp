@@ -30,9 +30,14 @@ static int32_t available_processors() {
   return online > 0 ? int32_t(online) : 1;
 }
 
+// This library's own variable, also when a program defines one of that name and so takes its place:
+// the program's value is the program's.
+extern "C" __attribute__((alias("threads_omp_of_n_lux"), visibility("hidden")))
+int32_t own_thread_count;
+
 // Before main, so that threading works without any call.
 __attribute__((constructor)) static void start_at_available_processors() {
-  threads_omp_of_n_lux = available_processors();
+  own_thread_count = available_processors();
 }
 
 LUXCORE_API int32_t luxcoreSetNumThreads(int32_t threads) {

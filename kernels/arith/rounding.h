@@ -9,12 +9,29 @@
 #ifndef LUX_KERNELS_ARITH_ROUNDING_H
 #define LUX_KERNELS_ARITH_ROUNDING_H
 
+#include <xmmintrin.h>
+
 #include "core/bits.h"
 #include "core/control.h"
 #include "luxvmk3.h"
 
 // The first four in the encoding of the x87 rounding field.
 enum class Direction { kNearestEven, kDown, kUp, kZero, kNearestAway };
+
+// The bits below the unit: for magnitudes below 1, then from 2^0, 2^1, ... on; a spare entry in
+// front, for rounding to even looks at both neighbours. Variable shifts of 64-bit patterns are slow
+// on this processor class.
+template <class E>
+struct FractionMasks {
+  using F = Format<E>;
+  typename F::Bits of[F::kFractionBits + 3];
+  constexpr FractionMasks() : of{F::kSign - 1, F::kSign - 1} {
+    for (int e = 0; e <= F::kFractionBits; ++e)
+      of[e + 2] = ((typename F::Bits(1) << F::kFractionBits) - 1) >> e;
+  }
+};
+template <class E>
+static constexpr FractionMasks<E> kFractionMasks{};
 
 template <class E>
 struct Rounding : Format<E> {
@@ -24,44 +41,105 @@ struct Rounding : Format<E> {
   // No fraction from here on: 2^23, 2^52, infinities and NaNs.
   static constexpr Bits kWhole = F::kOne + (Bits(F::kFractionBits) << F::kFractionBits);
 
-  // The bits below the unit of a magnitude from 1 on; any value below 1.
-  static Bits fraction_mask(Bits a) {
-    const int exponent = int(a >> F::kFractionBits) - F::kBias;
-    return ((Bits(1) << F::kFractionBits) - 1) >> (exponent & (sizeof(Bits) * 8 - 1));
-  }
+  // Most decisions need the upper 32 bits alone: sign, exponent and the first fraction bits.
+  static constexpr uint32_t top(Bits x) { return uint32_t(x >> (8 * sizeof(Bits) - 32)); }
 
-  template <Direction kDirection>
-  static Bits apply(Bits x) {
-    const Bits a = magnitude<E>(x), sign = x ^ a;
-    if (__builtin_expect(a >= kWhole, false)) return quieted<E>(x);
-    const Bits fraction = fraction_mask(a);
-    const bool away =
-        (kDirection == Direction::kDown && sign) || (kDirection == Direction::kUp && !sign);
-    Bits bias, becomes_one;  // magnitudes below 1 become 1 from becomes_one on
-    switch (kDirection) {
-      case Direction::kNearestEven:
-        // Just under a half, and a little more where the unit bit is odd.
-        bias = (fraction >> 1) + ((a & (fraction + 1)) != 0);
-        becomes_one = kHalf + 1;
-        break;
-      case Direction::kNearestAway:
-        bias = (fraction + 1) >> 1;
-        becomes_one = kHalf;
-        break;
-      default:
-        bias = away ? fraction : 0;
-        becomes_one = away ? 1 : F::kOne;
-    }
-    const Bits rounded = (a + bias) & ~fraction;
-    const Bits small = a >= becomes_one ? F::kOne : 0;
-    return sign | (a < F::kOne ? small : rounded);
+  // Only for magnitudes below kWhole, given by their upper bits.
+  static const Bits* mask_entry(uint32_t upper) {
+    const int32_t steps = int32_t(upper / top(Bits(1) << F::kFractionBits)) - (F::kBias - 1);
+    return &kFractionMasks<E>.of[steps < 0 ? 1 : steps + 1];
   }
 };
 
+// All ones where rounding leads away from zero for a number with these upper bits.
+template <Direction kDirection>
+static inline int32_t away_from_zero(uint32_t upper) {
+  const int32_t negative = int32_t(upper) >> 31;
+  return kDirection == Direction::kDown ? negative : ~negative;
+}
+
+// Whether a magnitude below 1, given by its upper word and the rest, becomes 1; `half` is the upper
+// word of 0.5.
+template <Direction kDirection>
+static inline bool becomes_one(uint32_t upper, uint32_t rest, uint32_t half, int32_t away) {
+  switch (kDirection) {
+    case Direction::kNearestEven:
+      return int32_t(upper) - (rest == 0) >= int32_t(half);
+    case Direction::kNearestAway:
+      return upper >= half;
+    default:
+      return ((upper | rest) & away) != 0;
+  }
+}
+
+// A bias is added to the magnitude, then the fraction is cut off: all of the fraction's bits to
+// round away from zero, half a unit for halves away, and just under a half for halves to even, a
+// little more where the unit bit is odd.
+template <Direction kDirection>
+static inline void round_element(const float* src, float* dst) {
+  using R = Rounding<float>;
+  const uint32_t x = load_bits(src), a = magnitude<float>(x);
+  if (__builtin_expect(a >= R::kWhole, false)) return store_bits(dst, quieted<float>(x));
+  const uint32_t* const mask = R::mask_entry(a);
+  if (kDirection == Direction::kZero) return store_bits(dst, x & ~mask[0]);
+
+  const int32_t away = away_from_zero<kDirection>(x);
+  uint32_t sum = a;
+  switch (kDirection) {
+    case Direction::kNearestEven:
+      sum += mask[1] + ((a & (mask[-1] ^ mask[0])) != 0);
+      break;
+    case Direction::kNearestAway:
+      sum += mask[0] ^ mask[1];
+      break;
+    default:
+      sum += mask[0] & away;
+  }
+  const uint32_t below_one = becomes_one<kDirection>(a, 0, R::kHalf, away) ? R::kOne : 0;
+  store_bits(dst, (a < R::kOne ? below_one : sum & ~mask[0]) | (x & R::kSign));
+}
+
+// The same by words: 64-bit values would be shuffled through memory. Below 1 the cut leaves nothing
+// but a carry in the sign's place, so that only the upper word has to be chosen.
+template <Direction kDirection>
+static inline void round_element(const double* src, double* dst) {
+  using R = Rounding<double>;
+  const Words x = load_words(src);
+  const uint32_t a = x.upper & 0x7FFFFFFF;
+  if (__builtin_expect(a >= R::top(R::kWhole), false))
+    return store_bits(dst, quieted<double>(load_bits(src)));
+  const uint64_t* const mask = R::mask_entry(a);
+  const Words cut = load_words(mask);
+  if (kDirection == Direction::kZero)
+    return store_words(dst, {x.lower & ~cut.lower, x.upper & ~cut.upper});
+
+  const int32_t away = away_from_zero<kDirection>(x.upper);
+  Words sum = {x.lower, a};
+  switch (kDirection) {
+    case Direction::kNearestEven: {
+      const Words twice = load_words(mask - 1);
+      const bool odd = (a & (twice.upper ^ cut.upper)) | (x.lower & (twice.lower ^ cut.lower));
+      sum = add_words(add_words(sum, load_words(mask + 1)), {odd, 0});
+      break;
+    }
+    case Direction::kNearestAway: {
+      const Words half = load_words(mask + 1);
+      sum = add_words(sum, {cut.lower ^ half.lower, cut.upper ^ half.upper});
+      break;
+    }
+    default:
+      sum = add_words(sum, {cut.lower & away, cut.upper & away});
+  }
+  const uint32_t below_one =
+      becomes_one<kDirection>(a, x.lower, R::top(R::kHalf), away) ? R::top(R::kOne) : 0;
+  const uint32_t upper = a < R::top(R::kOne) ? below_one : sum.upper & ~cut.upper;
+  store_words(dst, {sum.lower & ~cut.lower, upper | (x.upper & 0x80000000u)});
+}
+
 template <Direction kDirection, class E>
 static inline void round_elements(const E* src, E* dst, int32_t len) {
-  for (int32_t i = 0; i < len; ++i)
-    store_bits(dst + i, Rounding<E>::template apply<kDirection>(load_bits(src + i)));
+  for (const E* const end = src + len; src != end; ++src, ++dst)
+    round_element<kDirection>(src, dst);
 }
 
 template <Direction kDirection, class E>
@@ -92,26 +170,37 @@ static inline Status round_as_caller(const E* src, E* dst, int32_t len) {
   return len;
 }
 
-// The fraction is a difference of close numbers, exact at 64-bit precision.
+// The integer part in one store of the element's size: the x87 unit loads it next, and a load that
+// spans two stores has to wait for both.
+static inline void store_cut(float* to, const float* x, const uint32_t* mask) {
+  store_bits(to, load_bits(x) & ~*mask);
+}
+
+static inline void store_cut(double* to, const double* x, const uint64_t* mask) {
+  const __m128 none = _mm_setzero_ps();
+  const __m128 fraction = _mm_loadl_pi(none, reinterpret_cast<const __m64*>(mask));
+  const __m128 pattern = _mm_loadl_pi(none, reinterpret_cast<const __m64*>(x));
+  _mm_storel_pi(reinterpret_cast<__m64*>(to), _mm_andnot_ps(fraction, pattern));
+}
+
+// The fraction is exact at 64-bit precision; a zero takes the sign of x from the pattern.
 template <class E>
 static inline Status split_array(const E* src, E* whole, E* fraction, int32_t len) {
-  using F = Format<E>;
+  using R = Rounding<E>;
   if (len < 1) return LUX_BAD_LENGTH;
   if (!src || !whole || !fraction) return LUX_NULL_POINTER;
   const uint16_t caller = x87_enter(X87_EXTENDED);
-  for (int32_t i = 0; i < len; ++i) {
-    const typename F::Bits x = load_bits(src + i), a = magnitude<E>(x), sign = x ^ a;
-    const typename F::Bits integer = Rounding<E>::template apply<Direction::kZero>(x);
-    if (a > F::kInf || integer == x) {
-      store_bits(whole + i, integer);
-      store_bits(fraction + i, a > F::kInf ? integer : sign);
-    } else if (a < F::kOne) {
-      store_bits(fraction + i, x);
-      store_bits(whole + i, sign);
+  for (const E* const end = src + len; src != end; ++src, ++whole, ++fraction) {
+    const uint32_t upper = upper_word(src), a = upper & 0x7FFFFFFF;
+    if (__builtin_expect(a >= R::top(R::kWhole), false)) {
+      const typename R::Bits x = load_bits(src);
+      store_bits(whole, quieted<E>(x));
+      store_bits(fraction, magnitude<E>(x) > R::kInf ? quieted<E>(x) : x & R::kSign);
     } else {
-      const long double value = src[i];
-      store_bits(whole + i, integer);
-      fraction[i] = E(value - whole[i]);
+      const long double value = load_extended(src);
+      store_cut(whole, src, R::mask_entry(a));
+      *fraction = E(value - load_extended(whole));
+      set_upper_bits(fraction, upper & 0x80000000u);
     }
   }
   x87_leave(caller, X87_EXTENDED);
