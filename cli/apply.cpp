@@ -122,7 +122,8 @@ void add_apply(CLI::App& program) {
       ->add_option("--column", options->columns,
                    "Column of a csv, text or npy file: its number from 1 or its name; once for "
                    "each source, real and imaginary parts of a csv or text count apart")
-      ->delimiter(',');
+      ->delimiter(',')
+      ->allow_extra_args(false);
   command->add_option("--scalar", options->scalar, "The scalar of a 2_1_1 function");
   command
       ->add_option("--threads", options->threads,

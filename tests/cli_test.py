@@ -154,7 +154,7 @@ class Apply(Cli):
             options = [o for c in columns for o in ("--column", c)]
             result = self.fine("apply", "luxsDiv_32f_A24", "--in", path, *options)
             self.assertEqual(result.stdout, b"luxsDiv_32f_A24\n" + wanted)
-        bare = self.fine("apply", "luxsFloor_64f", "--format", "csv", "--column", "2",
+        bare = self.fine("apply", "--format", "csv", "--column", "2", "luxsFloor_64f",
                          stdin="1,2.5\n3,-0.5\n")
         self.assertEqual(bare.stdout, b"2\n-1\n")
 
