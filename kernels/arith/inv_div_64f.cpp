@@ -7,8 +7,8 @@
 //                                  1/d2 = R d3 (d0 d1),  1/d3 = R d2 (d0 d1),
 //
 // products from left to right. As long as P lies in the range of singles no intermediate leaves the
-// extended range or loses precision; other blocks get one division an element. Worst error 0.5017
-// ulp on the fast path, 0.5003 ulp elsewhere.
+// extended range or loses precision; other blocks get one division an element. At most 0.502 ulp
+// on the fast path; worst found 0.5008 (sampled against 200 bits).
 #include "kernels/arith/frame.h"
 
 // P as a single would be 0 at and below the first bound and infinite from the second on. Rounding

@@ -72,9 +72,9 @@ static inline bool becomes_one(uint32_t upper, uint32_t rest, uint32_t half, int
   }
 }
 
-// A bias is added to the magnitude, then the fraction is cut off: all of the fraction's bits to
-// round away from zero, half a unit for halves away, and just under a half for halves to even, a
-// little more where the unit bit is odd.
+// A bias is added to the pattern, then the fraction is cut off; no carry reaches the sign. The bias
+// is all of the fraction's bits to round away from zero, half a unit for halves away, and just
+// under a half for halves to even, a little more where the unit bit is odd.
 template <Direction kDirection>
 static inline void round_element(const float* src, float* dst) {
   using R = Rounding<float>;
@@ -84,10 +84,10 @@ static inline void round_element(const float* src, float* dst) {
   if (kDirection == Direction::kZero) return store_bits(dst, x & ~mask[0]);
 
   const int32_t away = away_from_zero<kDirection>(x);
-  uint32_t sum = a;
+  uint32_t sum = x;
   switch (kDirection) {
     case Direction::kNearestEven:
-      sum += mask[1] + ((a & (mask[-1] ^ mask[0])) != 0);
+      sum += mask[1] + ((x & (mask[-1] ^ mask[0])) != 0);
       break;
     case Direction::kNearestAway:
       sum += mask[0] ^ mask[1];
@@ -95,12 +95,14 @@ static inline void round_element(const float* src, float* dst) {
     default:
       sum += mask[0] & away;
   }
-  const uint32_t below_one = becomes_one<kDirection>(a, 0, R::kHalf, away) ? R::kOne : 0;
-  store_bits(dst, (a < R::kOne ? below_one : sum & ~mask[0]) | (x & R::kSign));
+  uint32_t rounded = sum & ~mask[0];
+  if (__builtin_expect(a < R::kOne, false))
+    rounded = (x & R::kSign) | (becomes_one<kDirection>(a, 0, R::kHalf, away) ? R::kOne : 0);
+  store_bits(dst, rounded);
 }
 
 // The same by words: 64-bit values would be shuffled through memory. Below 1 the cut leaves nothing
-// but a carry in the sign's place, so that only the upper word has to be chosen.
+// in the lower word, so that only the upper one has to be chosen.
 template <Direction kDirection>
 static inline void round_element(const double* src, double* dst) {
   using R = Rounding<double>;
@@ -114,11 +116,12 @@ static inline void round_element(const double* src, double* dst) {
     return store_words(dst, {x.lower & ~cut.lower, x.upper & ~cut.upper});
 
   const int32_t away = away_from_zero<kDirection>(x.upper);
-  Words sum = {x.lower, a};
+  Words sum = x;
   switch (kDirection) {
     case Direction::kNearestEven: {
       const Words twice = load_words(mask - 1);
-      const bool odd = (a & (twice.upper ^ cut.upper)) | (x.lower & (twice.lower ^ cut.lower));
+      const bool odd =
+          (x.upper & (twice.upper ^ cut.upper)) | (x.lower & (twice.lower ^ cut.lower));
       sum = add_words(add_words(sum, load_words(mask + 1)), {odd, 0});
       break;
     }
@@ -130,10 +133,11 @@ static inline void round_element(const double* src, double* dst) {
     default:
       sum = add_words(sum, {cut.lower & away, cut.upper & away});
   }
-  const uint32_t below_one =
-      becomes_one<kDirection>(a, x.lower, R::top(R::kHalf), away) ? R::top(R::kOne) : 0;
-  const uint32_t upper = a < R::top(R::kOne) ? below_one : sum.upper & ~cut.upper;
-  store_words(dst, {sum.lower & ~cut.lower, upper | (x.upper & 0x80000000u)});
+  uint32_t upper = sum.upper & ~cut.upper;
+  if (__builtin_expect(a < R::top(R::kOne), false))
+    upper = (x.upper & 0x80000000u) |
+            (becomes_one<kDirection>(a, x.lower, R::top(R::kHalf), away) ? R::top(R::kOne) : 0);
+  store_words(dst, {sum.lower & ~cut.lower, upper});
 }
 
 template <Direction kDirection, class E>
