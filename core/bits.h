@@ -52,6 +52,11 @@ static inline typename Format<E>::Bits magnitude(typename Format<E>::Bits patter
   return pattern & ~Format<E>::kSign;
 }
 
+template <class E>
+static inline bool is_zero(typename Format<E>::Bits pattern) {
+  return magnitude<E>(pattern) == 0;
+}
+
 // A NaN quieted, its sign and payload kept; everything else as it is.
 template <class E>
 static inline typename Format<E>::Bits quieted(typename Format<E>::Bits pattern) {

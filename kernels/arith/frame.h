@@ -54,10 +54,6 @@ struct X87Nearest {
   void leave() const { x87_leave(caller, kPrecision); }
 };
 
-struct CallersControl {
-  void leave() const {}
-};
-
 template <class Control, int32_t kBlock, class E, class Fast, class One>
 static inline Status run_kernel(const Arrays<E>& arrays, int32_t len, Fast fast, One one) {
   if (len < 1) return LUX_BAD_LENGTH;
@@ -75,6 +71,9 @@ static inline Status run_kernel(const Arrays<E>& arrays, int32_t len, Fast fast,
   control.leave();
   return status;
 }
+
+// Clobbers of a kernel block in assembly: the whole x87 stack, and memory.
+#define LUX_X87_STACK "st", "st(1)", "st(2)", "st(3)", "st(4)", "st(5)", "st(6)", "st(7)", "memory"
 
 // The kernels of one function: one computation under the name of each grade.
 #define LUX_KERNEL(family, type, grade, shape)               \

@@ -9,7 +9,7 @@
 
 #include "kernels/arith/frame.h"
 
-static inline __m128 is_zero(__m128 x) { return _mm_cmpeq_ps(x, _mm_setzero_ps()); }
+static inline __m128 zero_lanes(__m128 x) { return _mm_cmpeq_ps(x, _mm_setzero_ps()); }
 
 // Two blocks a turn: their tests share one branch. Both quotients exist before the first store, for
 // the destination may be a source.
@@ -18,14 +18,14 @@ static inline int32_t divide_blocks(Numerator numerator, const float* divisor, f
                                     int32_t i, int32_t last) {
   for (; i + 4 < last; i += 8) {
     const __m128 d0 = _mm_loadu_ps(divisor + i), d1 = _mm_loadu_ps(divisor + i + 4);
-    if (_mm_movemask_ps(_mm_or_ps(is_zero(d0), is_zero(d1)))) break;
+    if (_mm_movemask_ps(_mm_or_ps(zero_lanes(d0), zero_lanes(d1)))) break;
     const __m128 q0 = _mm_div_ps(numerator(i), d0), q1 = _mm_div_ps(numerator(i + 4), d1);
     _mm_storeu_ps(dst + i, q0);
     _mm_storeu_ps(dst + i + 4, q1);
   }
   for (; i < last; i += 4) {
     const __m128 d = _mm_loadu_ps(divisor + i);
-    if (_mm_movemask_ps(is_zero(d))) break;
+    if (_mm_movemask_ps(zero_lanes(d))) break;
     _mm_storeu_ps(dst + i, _mm_div_ps(numerator(i), d));
   }
   return i;
@@ -34,8 +34,6 @@ static inline int32_t divide_blocks(Numerator numerator, const float* divisor, f
 static inline void divide_one(const float* numerator, const float* divisor, float* dst) {
   _mm_store_ss(dst, _mm_div_ss(_mm_load_ss(numerator), _mm_load_ss(divisor)));
 }
-
-static inline bool is_zero_pattern(uint32_t x) { return magnitude<float>(x) == 0; }
 
 static Status inv_32f(const float* src, float* dst, int32_t len) {
   const Arrays<float> arrays = {src, src, dst, dst};
@@ -49,7 +47,7 @@ static Status inv_32f(const float* src, float* dst, int32_t len) {
         static const float one = 1.0f;
         const uint32_t x = load_bits(src + i);
         divide_one(&one, src + i, dst + i);
-        if (is_zero_pattern(x)) _ErrorCall(arrays, LUX_POLE, i, status);
+        if (is_zero<float>(x)) _ErrorCall(arrays, LUX_POLE, i, status);
       });
 }
 
@@ -65,7 +63,7 @@ static Status div_32f(const float* src1, const float* src2, float* dst, int32_t 
         const uint32_t a = load_bits(src1 + i), b = load_bits(src2 + i);
         divide_one(src1 + i, src2 + i, dst + i);
         // A NaN divided by zero is no pole here.
-        if (is_zero_pattern(b) && magnitude<float>(a) <= Format<float>::kInf)
+        if (is_zero<float>(b) && magnitude<float>(a) <= Format<float>::kInf)
           _ErrorCall(arrays, LUX_POLE, i, status);
       });
 }

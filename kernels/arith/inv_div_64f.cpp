@@ -21,26 +21,17 @@ constexpr long double kProductTooLarge = 0x1.fffffep+127L + 0x1p+103L;
 constexpr uint32_t kLowestDivisor = (1023 - 33) << 21;
 constexpr uint32_t kDivisorRange = 64 << 21;
 
-static inline uint32_t high_word(const double* x) {
-  uint32_t word;
-  __builtin_memcpy(&word, reinterpret_cast<const char*>(x) + 4, sizeof word);
-  return word;
-}
-
 static inline bool product_surely_in_range(const double* d) {
   uint32_t above = 0;
-  for (int lane = 0; lane < 4; ++lane) above |= 2 * high_word(d + lane) - kLowestDivisor;
+  for (int lane = 0; lane < 4; ++lane) above |= 2 * upper_word(d + lane) - kLowestDivisor;
   return above < kDivisorRange;
 }
 
 // Quiet comparisons: a NaN fails both.
-static inline bool product_in_range(const double* d) {
-  long double p = (long double)d[0] * d[1] * ((long double)d[2] * d[3]);
-  p = __builtin_fabsl(p);
+__attribute__((noinline)) static bool product_in_range(const double* d) {
+  const long double p = __builtin_fabsl((long double)d[0] * d[1] * ((long double)d[2] * d[3]));
   return __builtin_isgreater(p, kProductTooSmall) && __builtin_isless(p, kProductTooLarge);
 }
-
-__attribute__((noinline)) static bool ordinary(const double* d) { return product_in_range(d); }
 
 // Pairs are computed before they are stored, for the destination may be a source.
 #define RECIPROCALS(times0, times1, times2, times3)      \
@@ -72,10 +63,8 @@ __attribute__((noinline)) static bool ordinary(const double* d) { return product
   "fstpl (%[q])\n\t"                                     \
   "fstpl 16(%[q])\n\t"
 
-#define X87_STACK "st", "st(1)", "st(2)", "st(3)", "st(4)", "st(5)", "st(6)", "st(7)", "memory"
-
 static inline void invert_block(const double* d, double* q) {
-  asm volatile(RECIPROCALS("", "", "", "") : : [d] "r"(d), [q] "r"(q) : X87_STACK);
+  asm volatile(RECIPROCALS("", "", "", "") : : [d] "r"(d), [q] "r"(q) : LUX_X87_STACK);
 }
 
 static inline void divide_block(const double* n, const double* d, double* q) {
@@ -83,21 +72,20 @@ static inline void divide_block(const double* n, const double* d, double* q) {
                            "fmull 24(%[n])\n\t")
                :
                : [n] "r"(n), [d] "r"(d), [q] "r"(q)
-               : X87_STACK);
+               : LUX_X87_STACK);
 }
 
 template <class Block>
 static inline int32_t reciprocal_blocks(const double* divisor, int32_t i, int32_t last,
                                         Block block) {
   for (; i < last; i += 4) {
-    if (__builtin_expect(!product_surely_in_range(divisor + i), false) && !ordinary(divisor + i))
+    if (__builtin_expect(!product_surely_in_range(divisor + i), false) &&
+        !product_in_range(divisor + i))
       break;
     block(i);
   }
   return i;
 }
-
-static inline bool is_zero_pattern(uint64_t x) { return magnitude<double>(x) == 0; }
 
 static Status inv_64f(const double* src, double* dst, int32_t len) {
   const Arrays<double> arrays = {src, src, dst, dst};
@@ -110,7 +98,7 @@ static Status inv_64f(const double* src, double* dst, int32_t len) {
       [&](int32_t i, Status* status) {
         const uint64_t x = load_bits(src + i);
         dst[i] = double(1.0L / src[i]);
-        if (is_zero_pattern(x)) _ErrorCall(arrays, LUX_POLE, i, status);
+        if (is_zero<double>(x)) _ErrorCall(arrays, LUX_POLE, i, status);
       });
 }
 
@@ -126,7 +114,7 @@ static Status div_64f(const double* src1, const double* src2, double* dst, int32
         const uint64_t divisor = load_bits(src2 + i);
         dst[i] = double((long double)src1[i] / src2[i]);
         // Deliberate: whatever the dividend is, also a NaN.
-        if (is_zero_pattern(divisor)) _ErrorCall(arrays, LUX_POLE, i, status);
+        if (is_zero<double>(divisor)) _ErrorCall(arrays, LUX_POLE, i, status);
       });
 }
 

@@ -65,7 +65,7 @@ static inline void exp_block(const float* src, float* dst) {
                : [src] "r"(src), [dst] "r"(dst), [table] "r"(&static_const_table),
                  [d2] "i"(offsetof(Table, d2)), [d1] "i"(offsetof(Table, d1)),
                  [shifter] "i"(offsetof(Table, shifter))
-               : "st", "st(1)", "st(2)", "st(3)", "st(4)", "st(5)", "st(6)", "st(7)", "memory");
+               : LUX_X87_STACK);
 }
 
 // The same steps without a bound on the exponent.

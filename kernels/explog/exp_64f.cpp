@@ -108,7 +108,7 @@ __attribute__((no_sanitize("address", "undefined"))) static int32_t exp_pairs(co
         [t3] "i"(offsetof(Table, t3)), [q0] "i"(offsetof(Table, q0)),
         [q1] "i"(offsetof(Table, q1)), [q2] "i"(offsetof(Table, q2)),
         [log2_e] "i"(offsetof(Table, log2_e))
-      : "st", "st(1)", "st(2)", "st(3)", "st(4)", "st(5)", "st(6)", "st(7)", "cc", "memory");
+      : "cc", LUX_X87_STACK);
   return i;
 }
 
