@@ -153,19 +153,19 @@ constexpr int kLengths[] = {1, 4, 5, 7, 12};
 // Every row at every place of arrays of plain values: a block's lanes, the tail, and blocks whose
 // neighbours must come out as if nothing special were there.
 template <class U>
-static void expect_row(const Export& f, const std::vector<U>& in, const std::vector<U>& out,
+static void expect_row(const Function& f, const std::vector<U>& in, const std::vector<U>& out,
                        int code) {
   for (const int len : kLengths)
     for (int at = 0; at < len; ++at) {
       std::vector<U> src[2], dst[2], plain(len);
       for (auto* v : {&src[0], &src[1], &dst[0], &dst[1]}) v->assign(len, kOne<U>);
       const auto pointers = [&] {
-        return Arguments{{src[0].data(), src[1].data()}, {dst[0].data(), dst[1].data()}, nullptr};
+        return Arrays{{src[0].data(), src[1].data()}, {dst[0].data(), dst[1].data()}, nullptr};
       };
-      f.run(pointers(), len);
+      f.call(pointers(), len);
       plain = dst[0];
       for (size_t k = 0; k < in.size(); ++k) src[k][at] = in[k];
-      const Status status = f.run(pointers(), len);
+      const Status status = f.call(pointers(), len);
       const auto where = testing::Message()
                          << f.name << " of " << std::hex << in[0] << (in.size() > 1 ? " " : "")
                          << (in.size() > 1 ? in[1] : 0) << std::dec << " at " << at << " of "
@@ -181,26 +181,26 @@ static void expect_row(const Export& f, const std::vector<U>& in, const std::vec
 template <class Check>
 static void each(std::string_view family, std::string_view type, Check check) {
   int found = 0;
-  for (const Export& f : kCatalog)
+  for (const Function& f : kCatalog)
     if (f.is(family, type)) ++found, check(f);
   EXPECT_GT(found, 0);
 }
 
 template <class U>
 static void expect_rows(std::string_view family, std::span<const Row<U>> rows) {
-  each(family, sizeof(U) == 4 ? "32f" : "64f", [&](const Export& f) {
+  each(family, sizeof(U) == 4 ? "32f" : "64f", [&](const Function& f) {
     for (const Row<U>& row : rows) expect_row<U>(f, {row.in}, {row.out}, row.code);
   });
 }
 template <class U>
 static void expect_rows(std::string_view family, std::span<const DivRow<U>> rows) {
-  each(family, sizeof(U) == 4 ? "32f" : "64f", [&](const Export& f) {
+  each(family, sizeof(U) == 4 ? "32f" : "64f", [&](const Function& f) {
     for (const DivRow<U>& r : rows) expect_row<U>(f, {r.dividend, r.divisor}, {r.out}, r.code);
   });
 }
 template <class U>
 static void expect_rows(std::string_view family, std::span<const ModfRow<U>> rows) {
-  each(family, sizeof(U) == 4 ? "32f" : "64f", [&](const Export& f) {
+  each(family, sizeof(U) == 4 ? "32f" : "64f", [&](const Function& f) {
     for (const ModfRow<U>& row : rows) expect_row<U>(f, {row.in}, {row.whole, row.fraction}, 0);
   });
 }
@@ -223,21 +223,21 @@ TEST(SpecialValues, Modf) {
 }
 TEST(SpecialValues, Rounding) {
   for (const RoundingRow& r : kRounding32) {
-    each("Floor", "32f", [&](const Export& f) { expect_row<uint32_t>(f, {r.in}, {r.floor}, 0); });
-    each("Ceil", "32f", [&](const Export& f) { expect_row<uint32_t>(f, {r.in}, {r.ceil}, 0); });
-    each("Trunc", "32f", [&](const Export& f) { expect_row<uint32_t>(f, {r.in}, {r.trunc}, 0); });
-    each("Round", "32f", [&](const Export& f) { expect_row<uint32_t>(f, {r.in}, {r.round}, 0); });
+    each("Floor", "32f", [&](const Function& f) { expect_row<uint32_t>(f, {r.in}, {r.floor}, 0); });
+    each("Ceil", "32f", [&](const Function& f) { expect_row<uint32_t>(f, {r.in}, {r.ceil}, 0); });
+    each("Trunc", "32f", [&](const Function& f) { expect_row<uint32_t>(f, {r.in}, {r.trunc}, 0); });
+    each("Round", "32f", [&](const Function& f) { expect_row<uint32_t>(f, {r.in}, {r.round}, 0); });
   }
 }
 TEST(SpecialValues, ExpReportsItsSubnormalsByTheMiddleIndex) {
-  each("Exp", "64f", [](const Export& f) {
+  each("Exp", "64f", [](const Function& f) {
     for (const BandRow& row : kExp64Band) expect_row<uint64_t>(f, {bits(row.in)}, {}, row.code);
   });
 }
 
 // The status is the code of the last element reported, wherever in a block it stands.
 TEST(SpecialValues, TheLastReportDecides) {
-  each("Exp", "32f", [](const Export& f) {
+  each("Exp", "32f", [](const Function& f) {
     const float over = 100, under = -110, one = 1;
     float dst[9];
     for (const auto& [src, status] : std::initializer_list<std::pair<std::vector<float>, int>>{
@@ -245,8 +245,8 @@ TEST(SpecialValues, TheLastReportDecides) {
              {{under, over, one, one}, 12},
              {{one, over, one, one, under, one, one, one, one}, 17},
              {{one, under, one, one, one, one, one, one, over}, 12}}) {
-      const Arguments a{{src.data()}, {dst}, nullptr};
-      EXPECT_EQ(f.run(a, int32_t(src.size())), status);
+      const Arrays a{{src.data()}, {dst}, nullptr};
+      EXPECT_EQ(f.call(a, int32_t(src.size())), status);
     }
   });
 }
@@ -257,10 +257,10 @@ TEST(SpecialValues, InvOfBlocksAtTheEdgesOfTheSharedDivision) {
                               {1e-300, 1e-300, 1, 1},         {1, 4e-320, 1, 1},
                               {0x1p-75, 0x1p-75, 1, 1},       {0x1p-75, 0x1.0000001p-75, 1, 1},
                               {0x1p64, 0x1.fffffep63, 1, 1},  {0x1p64, 0x1.fffffdp63, 1, 1}};
-  each("Inv", "64f", [&](const Export& f) {
+  each("Inv", "64f", [&](const Function& f) {
     for (const auto& block : blocks) {
       double dst[4];
-      EXPECT_EQ(f.run({{block}, {dst}, nullptr}, 4), 0);
+      EXPECT_EQ(f.call({{block}, {dst}, nullptr}, 4), 0);
       for (int i = 0; i < 4; ++i) {
         const volatile double want = 1 / block[i];
         EXPECT_LE(steps_apart(bits(double(want)), bits(dst[i])), 1u) << block[i];
