@@ -522,6 +522,12 @@ static void write_elements(Target& target, const Function& function, const Outpu
       target.write(&destination[at], bytes);
 }
 
+void write_file(const std::string& path, const std::string& text) {
+  Target target(path);
+  target.write(text.data(), text.size());
+  target.finish();
+}
+
 void write_output(const std::string& path, Format format, const Function& function,
                   const Output& output, bool header) {
   Target target(path);
