@@ -90,6 +90,8 @@ static int run(const std::vector<std::string>& arguments) {
   add_apply(program);
   add_env(program);
   add_explain(program);
+  add_accuracy(program);
+  add_diff(program);
 
   // The parser takes the arguments in reverse.
   std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
