@@ -156,10 +156,9 @@ static Summary check_all(const std::string& pattern) {
       ++summary.pending;
   }
   if (summary.functions.empty())
-    throw Failure(summary.pending
-                      ? fmt::format("the {} functions that match '{}' are not built yet",
-                                    summary.pending, pattern)
-                      : fmt::format("no function matches '{}'", pattern));
+    throw Failure(fmt::format(
+        summary.pending ? "nothing that matches '{}' is built yet" : "no function matches '{}'",
+        pattern));
   return summary;
 }
 
@@ -188,7 +187,13 @@ static std::vector<std::string> remarks(const Checked& c, const Summary& summary
   };
   if (!c.present) return {bad("missing in the library")};
   std::vector<std::string> lines;
-  for (const std::string& failure : c.special.failures) lines.push_back(bad(failure));
+  constexpr size_t kShown = 4;
+  const auto& failures = c.special.failures;
+  for (size_t i = 0; i < failures.size() && i < kShown; ++i)
+    lines.push_back(bad(failures[i].substr(c.function->name.size())));  // which stands before it
+  if (failures.size() > kShown)
+    lines.push_back(
+        bad(fmt::format("... {} rows more (--json has them all)", failures.size() - kShown)));
   if (c.verdict == Verdict::differ)
     lines.push_back(bad(fmt::format("results differ from the published ones: hash {}, not {}",
                                     hash_text(c.hash), hash_text(*c.published))));
@@ -321,6 +326,7 @@ void add_check(CLI::App& program) {
   command
       ->add_option("--publish", options->publish,
                    "Write the hashes of all functions to this file, for a release")
+      ->type_name("FILE")
       ->excludes(pattern);
   command->footer(
       "Takes a few seconds and ends with exit code 0 when everything passed, otherwise 1.\n"
