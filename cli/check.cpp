@@ -156,9 +156,8 @@ static Summary check_all(const std::string& pattern) {
       ++summary.pending;
   }
   if (summary.functions.empty())
-    throw Failure(fmt::format(
-        summary.pending ? "nothing that matches '{}' is built yet" : "no function matches '{}'",
-        pattern));
+    throw Failure(summary.pending ? fmt::format("nothing that matches '{}' is built yet", pattern)
+                                  : fmt::format("no function matches '{}'", pattern));
   return summary;
 }
 
