@@ -50,12 +50,12 @@ constexpr uint64_t F(float x) { return std::bit_cast<uint32_t>(x); }
 #define ROW_2_1_1(x, scalar, y, code) ROW(2_1_1, x, scalar, y, 0, code)
 #define ROW_1_2(x, y1, y2, code) ROW(1_2, x, 0, y1, y2, code)
 #define ROUNDED(family, type, x, y) OF(family, type, ALL) ROW_1_1(x, y, 0)
-#define ROUNDING(type, x, floor, ceil, trunc, round, nearest)         \
-  ROUNDED(Floor, type, x, floor)                                      \
-  ROUNDED(Ceil, type, x, ceil)                                        \
-  ROUNDED(Trunc, type, x, trunc)                                      \
-  ROUNDED(Round, type, x, round) ROUNDED(NearbyInt, type, x, nearest) \
-      ROUNDED(Rint, type, x, nearest)
+#define ROUNDING(type, x, floor, ceil, trunc, round, nearest) \
+  ROUNDED(Floor, type, x, floor)                              \
+  ROUNDED(Ceil, type, x, ceil)                                \
+  ROUNDED(Trunc, type, x, trunc)                              \
+  ROUNDED(Round, type, x, round)                              \
+  ROUNDED(NearbyInt, type, x, nearest) ROUNDED(Rint, type, x, nearest)
 
 constexpr Line kLines[] = {
 #include "bench/special_values.def"
