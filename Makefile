@@ -10,7 +10,7 @@ JOBS = $(shell nproc)
 # What to build; empty for everything.
 TARGETS =
 
-.PHONY: help deps build run test slow test-slow asan bench perf install format clean
+.PHONY: help deps build run test slow test-slow asan bench perf hashes install format clean
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -49,6 +49,12 @@ bench: deps  ## measure cycles per element; BENCH='Exp --compare' chooses
 perf: deps   ## measure everything and renew the table of docs/performance.md
 	@$(MAKE) --no-print-directory build TARGETS=luxbench
 	tools/performance.sh $(BUILD)/bin
+
+hashes: deps ## renew the published hashes of all results, once every other test has passed
+	@$(MAKE) --no-print-directory build
+	ctest --preset fast --exclude-regex '^(published_hashes|check_test)$$'
+	$(BUILD)/bin/luxvm check --publish bench/result_hashes.def
+	@$(MAKE) --no-print-directory build
 
 install: deps  ## install under PREFIX (/usr/local), below DESTDIR if set
 	@$(MAKE) --no-print-directory build

@@ -37,5 +37,6 @@ void add_env(CLI::App& program);
 void add_explain(CLI::App& program);
 void add_accuracy(CLI::App& program);
 void add_diff(CLI::App& program);
+void add_check(CLI::App& program);
 
 #endif
