@@ -10,7 +10,7 @@ JOBS = $(shell nproc)
 # What to build; empty for everything.
 TARGETS =
 
-.PHONY: help deps build run test slow test-slow asan bench perf hashes install format clean
+.PHONY: help deps build run test slow test-slow asan accuracy accuracy-quick bench perf hashes install format clean
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -49,6 +49,14 @@ bench: deps  ## measure cycles per element; BENCH='Exp --compare' chooses
 perf: deps   ## measure everything and renew the table of docs/performance.md
 	@$(MAKE) --no-print-directory build TARGETS=luxbench
 	tools/performance.sh $(BUILD)/bin
+
+accuracy: deps  ## measure all errors, every single of the one-argument 32f functions, and renew docs/accuracy.md
+	@$(MAKE) --no-print-directory build TARGETS=luxvm
+	tools/accuracy.sh $(BUILD)/bin $(BUILD)/figures --exhaustive
+
+accuracy-quick: deps  ## the same by samples only, in minutes
+	@$(MAKE) --no-print-directory build TARGETS=luxvm
+	tools/accuracy.sh $(BUILD)/bin $(BUILD)/figures --samples 50000
 
 hashes: deps ## renew the published hashes of all results, once every other test has passed
 	@$(MAKE) --no-print-directory build
