@@ -35,5 +35,6 @@ void add_eval(CLI::App& program);
 void add_apply(CLI::App& program);
 void add_env(CLI::App& program);
 void add_explain(CLI::App& program);
+void add_bench(CLI::App& program);
 
 #endif
