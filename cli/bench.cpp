@@ -29,7 +29,7 @@ struct BenchOptions {
   std::vector<int32_t> threads{1}, offsets{0};
   std::string special, json, plot, from;
   bool large = false, compare = false, resume = false;
-  int32_t milliseconds = 60;
+  int32_t milliseconds = 60, passes = 1;
 };
 
 // ---- What the options say
@@ -408,7 +408,8 @@ static Json settings_json(const BenchOptions& options) {
   return {{"patterns", options.patterns}, {"n", options.lengths},
           {"threads", options.threads},   {"offset", options.offsets},
           {"special", options.special},   {"large", options.large},
-          {"compare", options.compare},   {"milliseconds", options.milliseconds}};
+          {"compare", options.compare},   {"milliseconds", options.milliseconds},
+          {"passes", options.passes}};
 }
 
 static Json document_for(const BenchOptions& options) {
@@ -471,10 +472,44 @@ static std::vector<BenchRow> rows_to_resume(const BenchOptions& options, const J
 // ---- The command
 // ------------------------------------------------------------------------------------
 
-static bool measured(const std::vector<BenchRow>& rows, const Function& function, int32_t threads) {
-  return std::any_of(rows.begin(), rows.end(), [&](const BenchRow& row) {
-    return row.function == &function && row.threads == threads;
+static void keep_lower(std::optional<Figure>& figure, const std::optional<Figure>& again) {
+  if (again && !(figure && figure->minimum <= again->minimum)) figure = again;
+}
+
+// Of every figure the pass with the lower minimum: the other one was disturbed more.
+static void merge(BenchRow& row, const BenchRow& again) {
+  std::optional<Figure> element = row.element;
+  keep_lower(element, again.element);
+  row.element = *element;
+  for (const auto figure :
+       {&BenchRow::plain, &BenchRow::one_call, &BenchRow::libm, &BenchRow::sleef})
+    keep_lower(row.*figure, again.*figure);
+  ++row.passes;
+}
+
+static BenchRow& add(std::vector<BenchRow>& rows, const BenchRow& row) {
+  const auto same = std::find_if(rows.begin(), rows.end(), [&](const BenchRow& other) {
+    return row.function == other.function && row.threads == other.threads && row.n == other.n &&
+           row.offset == other.offset;
   });
+  if (same == rows.end()) return rows.emplace_back(row);
+  merge(*same, row);
+  return *same;
+}
+
+static bool measured(const std::vector<BenchRow>& rows, const Function& function, int32_t threads,
+                     int32_t passes) {
+  return std::any_of(rows.begin(), rows.end(), [&](const BenchRow& row) {
+    return row.function == &function && row.threads == threads && row.passes >= passes;
+  });
+}
+
+static bool has_lengths(const std::vector<const Function*>& functions,
+                        const BenchOptions& options) {
+  for (const Function* function : functions)
+    for (int32_t threads : options.threads)
+      if (!lengths_for(options, *function, threads).empty()) return true;
+  return false;
 }
 
 // Before the work, not after it.
@@ -487,6 +522,13 @@ static void check_writable(const std::string& path) {
     throw Failure(fmt::format("cannot write to {}: {}", path, strerror(errno)));
 }
 
+// The last pass prints its rows; the ones before it only say on a terminal where they are.
+static void show_pass(const Function& function, int32_t pass, const BenchOptions& options) {
+  if (options.passes == 1 || !isatty(STDERR_FILENO)) return;
+  const std::string where = fmt::format("pass {} of {}: {}", pass, options.passes, function.name);
+  say(pass < options.passes ? fmt::format("\r{}\033[K", where) : "\r\033[K");
+}
+
 static void print_end(const BenchOptions& options, const Shown& shown,
                       const std::vector<BenchRow>& rows) {
   print_legend(options, shown);
@@ -496,6 +538,8 @@ static void print_end(const BenchOptions& options, const Shown& shown,
 static void measure_all(const BenchOptions& options) {
   check(options);
   const std::vector<const Function*> chosen = choose(options);
+  if (!has_lengths(chosen, options))
+    throw Failure("none of these functions ever threads here; `luxvm explain` says why");
   if (options.compare) bench::leave_out_sse2_variants();
 
   const Json document = document_for(options);
@@ -503,23 +547,23 @@ static void measure_all(const BenchOptions& options) {
   const bool quiet = options.json == "-";
   const Shown shown = shown_by(options, chosen);
   const std::vector<Column> columns = columns_for(options, shown);
+  const auto print_complete = [&](const BenchRow& row) {
+    if (!quiet && row.passes == options.passes) print_row(row, columns);
+  };
   if (!quiet) {
     print_machine(document, options);
     print_header(columns);
-    for (const BenchRow& row : rows) print_row(row, columns);
   }
-  const TakeRow take = [&](const BenchRow& row) {
-    rows.push_back(row);
-    if (!quiet) print_row(row, columns);
-  };
-  for (const Function* function : chosen)
-    for (int32_t threads : options.threads) {
-      if (measured(rows, *function, threads)) continue;
-      measure_in_child(*function, threads, options, take);
-      if (options.resume) write_rows(options.json, document, rows, false);
-    }
-  if (rows.empty())
-    throw Failure("none of these functions ever threads here; `luxvm explain` says why");
+  for (const BenchRow& row : rows) print_complete(row);
+  for (int32_t pass = 1; pass <= options.passes; ++pass)
+    for (const Function* function : chosen)
+      for (int32_t threads : options.threads) {
+        if (measured(rows, *function, threads, pass)) continue;
+        show_pass(*function, pass, options);
+        measure_in_child(*function, threads, options,
+                         [&](const BenchRow& row) { print_complete(add(rows, row)); });
+        if (options.resume) write_rows(options.json, document, rows, false);
+      }
   if (!quiet) print_end(options, shown, rows);
   if (!options.json.empty()) write_rows(options.json, document, rows, true);
   if (!options.plot.empty()) draw_bench(options.plot, rows);
@@ -592,6 +636,11 @@ void add_bench(CLI::App& program) {
   command->add_option("--milliseconds", options->milliseconds, "Time spent on one figure")
       ->capture_default_str()
       ->check(CLI::Range(1, 60'000));
+  command
+      ->add_option("--passes", options->passes,
+                   "Measure everything so often, at different times, and show the least disturbed")
+      ->capture_default_str()
+      ->check(CLI::Range(1, 100));
   command->add_option("--json", options->json,
                       "File for the figures; - writes them to the standard output, and no table");
   command->add_option("--plot", options->plot,

@@ -13,7 +13,7 @@ constexpr const char* kColours[] = {"#0072b2", "#d55e00", "#009e73", "#cc79a7",
                                     "#e69f00", "#56b4e9", "#000000", "#8c6d31"};
 
 constexpr char kCommon[] =
-    "set grid ytics lc rgb '#d8d8d8'\n"
+    "set grid ytics lc rgb '#c8c8c8'\n"
     "set tics nomirror scale 0.5\n"
     "set logscale y\n"
     "set ylabel 'core cycles per element'\n";
@@ -103,11 +103,13 @@ static void draw_curves(const std::string& path, const std::vector<BenchRow>& ro
           fmt::format(", $c{} using 1:3 with lines lw 1.5 dt 3 lc rgb '{}' notitle", i, colour);
   }
   if (libm) plots += ", NaN with lines lw 1.5 dt 3 lc rgb '#606060' title 'libm'";
-  draw_svg(path, 880, 480,
-           fmt::format("{}set logscale x\nset format x '10^{{%T}}'\n"
-                       "set grid xtics lc rgb '#d8d8d8'\n"
-                       "set xlabel 'elements'\nset key outside right top noenhanced\n{}plot {}\n",
-                       kCommon, data, plots));
+  draw_svg(
+      path, 880, 480,
+      fmt::format(
+          "{}set logscale x\nset format x '%.0s%c'\n"
+          "set grid xtics lc rgb '#c8c8c8'\n"
+          "set xlabel 'elements'\nset key outside right top Left reverse noenhanced\n{}plot {}\n",
+          kCommon, data, plots));
 }
 
 // ---- Bars ---------------------------------------------------------------------------------------
@@ -198,11 +200,11 @@ static void draw_bars(const std::string& path, const std::vector<BenchRow>& rows
     data += fmt::format("$goals << END\n{}END\n", goals);
     plots += ", $goals using 1:2:3 with xerrorbars pt -1 lw 2 lc rgb '#000000' title 'goal'";
   }
-  const int pixels = std::clamp(140 + int(clusters.size() * (shown.size() * 7 + 6)), 420, 1500);
+  const int pixels = std::clamp(140 + int(clusters.size() * (shown.size() * 7 + 6)), 560, 1500);
   draw_svg(path, pixels, 460,
            fmt::format("{}set boxwidth {:.4f}\nset errorbars 0\n"
                        "set xtics rotate by -45 ({}) noenhanced\nset xrange [-0.7:{}]\n"
-                       "set key outside top center horizontal\n{}plot {}\n",
+                       "set key outside top center horizontal Left reverse samplen 2\n{}plot {}\n",
                        kCommon, width * 0.94, labels, double(clusters.size()) - 0.3, data, plots));
 }
 

@@ -69,6 +69,7 @@ Json row_json(const BenchRow& row) {
             {"offset", row.offset},
             {"large", row.large},
             {"special_elements", row.special_elements},
+            {"passes", row.passes},
             {"reports", row.reports},
             {"cycles", figure_json(row.element)}};
   for (const auto& [name, figure] : kOptionalFigures)
@@ -94,6 +95,7 @@ BenchRow row_from_json(const Json& json) {
   row.offset = json.at("offset");
   row.large = json.at("large");
   row.special_elements = json.at("special_elements");
+  row.passes = json.at("passes");
   row.reports = json.at("reports");
   row.element = figure_from_json(json.at("cycles"));
   for (const auto& [name, figure] : kOptionalFigures)

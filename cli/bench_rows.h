@@ -17,6 +17,7 @@ struct BenchRow {
   const Function* function = nullptr;
   int32_t n = 0, threads = 1, offset = 0;
   int32_t special_elements = 0;
+  int32_t passes = 1;             // that the figures are the best of
   bool large = false;             // arguments beyond the fast reduction
   bool split = false;             // over threads
   Json reports = Json::object();  // how many of each code one call gave
