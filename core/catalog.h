@@ -125,4 +125,9 @@ inline constexpr Function kFunctions[] = {
 // All of them, in the order of the list.
 using catalog_detail::kFunctions;
 
+// A block of four shares one division, so neighbours may move the last bit.
+constexpr bool neighbours_matter(const Function& f) {
+  return f.is("Inv", "64f") || f.is("Div", "64f");
+}
+
 #endif

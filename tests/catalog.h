@@ -15,11 +15,6 @@ inline const std::vector<Function> kCatalog = [] {
   return built;
 }();
 
-// A block of four shares one division, so neighbours may move the last bit.
-inline bool neighbours_matter(const Function& f) {
-  return f.is("Inv", "64f") || f.is("Div", "64f");
-}
-
 // Arguments for which a family computes without any exception but inexact, under either sign of
 // rounding: the interval of every source.
 struct Interval {
