@@ -5,12 +5,11 @@
 PRESET = release
 BUILD = build/$(PRESET)
 PREFIX = /usr/local
-BENCH =
 JOBS = $(shell nproc)
 # What to build; empty for everything.
 TARGETS =
 
-.PHONY: help deps build run test slow test-slow asan accuracy accuracy-quick bench perf hashes install format clean
+.PHONY: help deps build run test slow test-slow asan accuracy accuracy-quick bench hashes install format clean
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -42,13 +41,9 @@ asan: deps   ## build with the sanitizers and run the tests under them
 	@$(MAKE) --no-print-directory build PRESET=asan-ubsan
 	ctest --preset asan-ubsan
 
-bench: deps  ## measure cycles per element; BENCH='Exp --compare' chooses
-	@$(MAKE) --no-print-directory build TARGETS=luxbench
-	$(BUILD)/bin/luxbench $(BENCH)
-
-perf: deps   ## measure everything and renew the table of docs/performance.md
-	@$(MAKE) --no-print-directory build TARGETS=luxbench
-	tools/performance.sh $(BUILD)/bin
+bench: deps  ## measure every function and renew docs/performance.md
+	@$(MAKE) --no-print-directory build TARGETS=luxvm
+	tools/performance.py $(BUILD)/bin/luxvm docs/performance.md --figures $(BUILD)/figures
 
 accuracy: deps  ## measure all errors, every single of the one-argument 32f functions, and renew docs/accuracy.md
 	@$(MAKE) --no-print-directory build TARGETS=luxvm

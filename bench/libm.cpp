@@ -6,7 +6,11 @@
 
 #include <math.h>
 #include <stdlib.h>
+#include <string.h>
 #include <unistd.h>
+
+#include <fstream>
+#include <vector>
 
 namespace bench {
 namespace {
@@ -101,7 +105,7 @@ LIBM_FUNCTIONS
 
 struct Row {
   std::string_view family, type;
-  Loop loop;
+  void (*run)(const Arrays& arrays, int32_t len, int32_t times);
 };
 
 constexpr Row kRows[] = {
@@ -109,18 +113,42 @@ constexpr Row kRows[] = {
 #define COMPLEX_STEPS(F, single_step, double_step) {#F, "32fc", F##_32fc}, {#F, "64fc", F##_64fc},
     LIBM_FUNCTIONS};
 
-}  // namespace
+constexpr char kTunables[] = "GLIBC_TUNABLES", kWithoutSse2[] = "glibc.cpu.hwcaps=-SSE2";
 
-Loop find_libm_loop(const Function& function) {
-  for (const Row& row : kRows)
-    if (function.is(row.family, row.type)) return row.loop;
-  return nullptr;
+// What this process was started with.
+std::vector<std::string> command_line() {
+  std::ifstream file("/proc/self/cmdline");
+  std::vector<std::string> arguments;
+  for (std::string argument; std::getline(file, argument, '\0');) arguments.push_back(argument);
+  return arguments;
 }
 
-void leave_out_sse2_variants(char** argv) {
-  if (getenv("GLIBC_TUNABLES")) return;
-  setenv("GLIBC_TUNABLES", "glibc.cpu.hwcaps=-SSE2", 1);
-  execv("/proc/self/exe", argv);
+}  // namespace
+
+Peer find_libm(const Function& function) {
+  for (const Row& row : kRows)
+    if (function.is(row.family, row.type)) return {"libm", row.run};
+  return {};
+}
+
+bool sse2_variants_left_out() {
+  const char* const tunables = getenv(kTunables);
+  return tunables && strstr(tunables, kWithoutSse2);
+}
+
+void leave_out_sse2_variants() {
+  if (sse2_variants_left_out()) return;
+  const std::vector<std::string> arguments = command_line();
+  if (arguments.empty()) return;
+  const char* const set = getenv(kTunables);
+  const std::string before = set ? set : "";
+  setenv(kTunables, (before.empty() ? kWithoutSse2 : before + ":" + kWithoutSse2).c_str(), 1);
+  std::vector<char*> pointers;
+  for (const std::string& argument : arguments)
+    pointers.push_back(const_cast<char*>(argument.c_str()));
+  pointers.push_back(nullptr);
+  execv("/proc/self/exe", pointers.data());
+  before.empty() ? unsetenv(kTunables) : setenv(kTunables, before.c_str(), 1);
 }
 
 }  // namespace bench

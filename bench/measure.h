@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Core cycles per element of the library's exports, measured in place.
+// Core cycles of a loop, and what the library's exports are measured against.
 //
 // The time-stamp counter does not run at the core's clock. So every sample stands between two
 // calibrations, loops of dependent one-cycle instructions, and is dropped when the two disagree.
@@ -9,17 +9,26 @@
 
 #include "core/catalog.h"
 
-#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <string>
-#include <string_view>
-#include <vector>
 
 namespace bench {
 
-// Calls one function `times` times over `len` elements.
-using Loop = void (*)(const Arrays& arrays, int32_t len, int32_t times);
+// Not numbers when the clock never held still.
+struct Figure {
+  double minimum = std::numeric_limits<double>::quiet_NaN();
+  double median = std::numeric_limits<double>::quiet_NaN();
+  int32_t kept = 0;     // calibrated rounds that count
+  int32_t dropped = 0;  // those in which the clock did not hold still
+};
+
+// Core cycles of loop(1), from samples of loop(times) for about so long.
+Figure measure(const std::function<void(int32_t times)>& loop, int32_t milliseconds);
+
+// Ticks of the time-stamp counter per core cycle, now.
+double ticks_per_cycle();
 
 // How far from the exact value a result may be.
 struct Accuracy {
@@ -34,46 +43,28 @@ struct Goal {
 
 // Null when there is none.
 const Goal* find_goal(const Function& function);
+// For arrays of which every element is too large for the fast reduction.
+const Goal* find_large_argument_goal(const Function& function);
+// Cycles of a call with one element beyond the element's own work.
+double call_goal();
 
-// The C library's scalar function in a loop over the same arrays, or null.
-Loop find_libm_loop(const Function& function);
+// Another implementation; runs `times` times over the same arrays. Empty when there is none.
+struct Peer {
+  std::string name;
+  std::function<void(const Arrays& arrays, int32_t len, int32_t times)> run;
+};
 
-// The C library picks other variants of its functions on processors with SSE2. Start the program
+// The C library's scalar function in a loop.
+Peer find_libm(const Function& function);
+
+// The C library picks other variants of its functions on processors with SSE2. Starts the program
 // once more without them; returns when that has happened already or cannot be done.
-void leave_out_sse2_variants(char** argv);
+void leave_out_sse2_variants();
+bool sse2_variants_left_out();
 
-struct Options {
-  int32_t n = 2000;
-  int32_t special_every = 0;  // every how many elements a special one stands, 0 for none
-  int32_t offset = 0;         // bytes of every array beyond a cache line's start
-  int32_t milliseconds = 60;  // spent on one figure
-  bool compare = false;       // measure the C library's loop, too
-};
-
-// Not numbers when the clock never held still.
-struct Figure {
-  double minimum = std::numeric_limits<double>::quiet_NaN();
-  double median = std::numeric_limits<double>::quiet_NaN();
-};
-
-struct Result {
-  const Function* function = nullptr;
-  const Goal* goal = nullptr;
-  Figure element;      // cycles per element
-  Figure single_call;  // cycles per call with one element
-  bool has_libm = false;
-  Figure libm;          // cycles per element of the C library's loop
-  int32_t kept = 0;     // calibrated rounds that count
-  int32_t dropped = 0;  // those in which the clock did not hold still
-};
-
-// Number of threads: luxcoreSetNumThreads before the first call.
-Result measure(const Function& function, const Options& options);
-
-// Ticks of the time-stamp counter per core cycle, now.
-double ticks_per_cycle();
-
-std::string processor_name();
+// SLEEF's vector function of 16 bytes, where its shared library is installed and the processor has
+// SSE2: the most accurate one for the best grade, otherwise the one of 3.5 ulp if there is one.
+Peer find_sleef(const Function& function);
 
 }  // namespace bench
 

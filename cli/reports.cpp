@@ -3,6 +3,8 @@
 
 #include "luxvmk3.h"
 
+#include <dlfcn.h>
+
 #include <mutex>
 
 static std::mutex guard;
@@ -29,12 +31,32 @@ static int32_t take(int32_t code, int32_t index, const char* name) noexcept {
   return code;
 }
 
-int32_t noxsError(int32_t code, int32_t index, const float*, const float*, const float*,
-                  const float*, const char* name) {
+static int32_t take_single(int32_t code, int32_t index, const float*, const float*, const float*,
+                           const float*, const char* name) {
   return take(code, index, name);
 }
 
-int32_t noxdError(int32_t code, int32_t index, const double*, const double*, const double*,
-                  const double*, const char* name) {
+static int32_t take_double(int32_t code, int32_t index, const double*, const double*, const double*,
+                           const double*, const char* name) {
   return take(code, index, name);
+}
+
+static decltype(&noxsError) single_handler = take_single;
+static decltype(&noxdError) double_handler = take_double;
+
+int32_t noxsError(int32_t code, int32_t index, const float* src1, const float* src2,
+                  const float* dst1, const float* dst2, const char* name) {
+  return single_handler(code, index, src1, src2, dst1, dst2, name);
+}
+
+int32_t noxdError(int32_t code, int32_t index, const double* src1, const double* src2,
+                  const double* dst1, const double* dst2, const char* name) {
+  return double_handler(code, index, src1, src2, dst1, dst2, name);
+}
+
+void leave_reports_to_the_library() {
+  if (void* const next = dlsym(RTLD_NEXT, "noxsError"))
+    single_handler = reinterpret_cast<decltype(single_handler)>(next);
+  if (void* const next = dlsym(RTLD_NEXT, "noxdError"))
+    double_handler = reinterpret_cast<decltype(double_handler)>(next);
 }

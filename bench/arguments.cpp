@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: MIT
+#include "bench/arguments.h"
+
+#include <math.h>
+#include <string.h>
+
+#include <algorithm>
+#include <limits>
+#include <random>
+#include <stdexcept>
+
+namespace bench {
+namespace {
+
+constexpr size_t kPageBytes = 4096;
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+enum Spread { UNIFORM, LOG, SIGNED };
+
+struct Interval {
+  Spread spread;
+  double low, high;
+};
+
+struct Input {
+  std::string_view family;
+  bool complex;
+  Interval source[2];
+  int special_source;  // 1 or 2
+  double special;
+};
+
+constexpr Input kInputs[] = {
+#define INPUT(F, complex, s1, low1, high1, s2, low2, high2, source, special) \
+  {#F, complex, {{s1, low1, high1}, {s2, low2, high2}}, source, special},
+#define LUX_REAL_INPUT(F, ...) INPUT(F, false, __VA_ARGS__)
+#define LUX_COMPLEX_INPUT(F, ...) INPUT(F, true, __VA_ARGS__)
+#include "bench/intervals.def"
+#undef LUX_REAL_INPUT
+#undef LUX_COMPLEX_INPUT
+};
+
+struct LargeInput {
+  std::string_view family;
+  Interval source;
+};
+
+constexpr LargeInput kLargeInputs[] = {
+#define LUX_REAL_INPUT(...)
+#define LUX_COMPLEX_INPUT(...)
+#define LUX_LARGE_INPUT(F, spread, low, high) {#F, {spread, low, high}},
+#include "bench/intervals.def"
+};
+
+const Input& input_of(const Function& function) {
+  const Input* const found =
+      std::find_if(std::begin(kInputs), std::end(kInputs), [&](const Input& input) {
+        return input.family == function.family && input.complex == function.type.complex();
+      });
+  if (found == std::end(kInputs)) throw std::runtime_error("no input interval");
+  return *found;
+}
+
+const Interval* large_interval(const Function& function) {
+  for (const LargeInput& input : kLargeInputs)
+    if (input.family == function.family && !function.type.complex()) return &input.source;
+  return nullptr;
+}
+
+double draw(const Interval& interval, std::mt19937& random) {
+  std::uniform_real_distribution<double> unit(0, 1);
+  if (interval.spread == UNIFORM)
+    return interval.low + (interval.high - interval.low) * unit(random);
+  const double magnitude = interval.low * pow(interval.high / interval.low, unit(random));
+  return interval.spread == SIGNED && unit(random) < 0.5 ? -magnitude : magnitude;
+}
+
+void put(char* to, const ElementType& type, double value) {
+  const float narrow = float(value);
+  if (type.width == 8)
+    memcpy(to, &value, 8);
+  else
+    memcpy(to, &narrow, 4);
+}
+
+}  // namespace
+
+bool has_large_arguments(const Function& function) { return large_interval(function) != nullptr; }
+
+// The arrays stand a quarter of a page apart modulo a page: no load then waits for a store to an
+// array whose address agrees in the low twelve bits.
+Arguments::Arguments(const Function& function, const Filling& filling) {
+  const ElementType& type = function.type;
+  const size_t size = size_t(filling.n) * size_t(type.bytes());
+  const size_t stride = (size / kPageBytes + 2) * kPageBytes + kPageBytes / 4;
+  // The compared functions take the scalar, too, so there is always a second source.
+  const size_t count = function.shape.destinations == 2 ? 4 : 3;
+  bytes_.resize(count * stride + 2 * kPageBytes + size_t(filling.offset));
+  char* base = bytes_.data();
+  base += -reinterpret_cast<uintptr_t>(base) % kPageBytes;
+  base += filling.offset;
+  const auto place = [&](size_t array) { return base + array * stride; };
+
+  const Input& input = input_of(function);
+  std::mt19937 random(20);
+  for (int source = 0; source < 2; ++source) {
+    const Share share = input.special_source == source + 1 ? filling.special : Share{};
+    const Interval& interval =
+        filling.large && source == 0 ? *large_interval(function) : input.source[source];
+    char* to = place(size_t(source));
+    for (int32_t i = 0; i < filling.n; ++i)
+      for (int part = 0; part < type.parts; ++part, to += type.width)
+        put(to, type, share.holds(i) ? input.special : draw(interval, random));
+  }
+  arrays = {{place(0), place(1)}, {place(2), count == 4 ? place(3) : nullptr}, place(1)};
+}
+
+}  // namespace bench

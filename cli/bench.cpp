@@ -1,0 +1,672 @@
+// SPDX-License-Identifier: MIT
+//
+// luxvm bench: core cycles per element, beside the goals and other implementations.
+#include "bench/arguments.h"
+#include "cli/bench_rows.h"
+#include "cli/files.h"
+#include "cli/machine.h"
+#include "cli/reports.h"
+#include "luxcore.h"
+
+#include <dlfcn.h>
+#include <fmt/chrono.h>
+#include <gnu/libc-version.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <ctime>
+#include <fstream>
+#include <functional>
+
+constexpr int32_t kMostElements = 20'000'000;
+constexpr char kAroundThreshold[] = "threshold";
+
+struct BenchOptions {
+  std::vector<std::string> patterns, lengths{"2000"};
+  std::vector<int32_t> threads{1}, offsets{0};
+  std::string special, json, plot, from;
+  bool large = false, compare = false, resume = false;
+  int32_t milliseconds = 60, passes = 1;
+};
+
+// ---- What the options say
+// -------------------------------------------------------------------------
+
+static double number_in(const std::string& text, const std::string& what) {
+  size_t used = 0;
+  double value = NAN;
+  try {
+    value = std::stod(text, &used);
+  } catch (const std::exception&) {
+  }
+  if (used != text.size() || !std::isfinite(value))
+    throw Failure(fmt::format("{} is no {}", text.empty() ? "''" : text, what));
+  return value;
+}
+
+static int32_t length_in(const std::string& text) {
+  const double value = number_in(text, "number of elements");
+  if (value < 1 || value > kMostElements || value != std::floor(value))
+    throw Failure(fmt::format("--n takes whole numbers from 1 to {}, A:B or {}, not {}",
+                              kMostElements, kAroundThreshold, text));
+  return int32_t(value);
+}
+
+// A:B is A, B and 1, 2, 5 times the powers of ten between them.
+static std::vector<int32_t> lengths_in(const std::string& text) {
+  const size_t colon = text.find(':');
+  if (colon == std::string::npos) return {length_in(text)};
+  const int32_t first = length_in(text.substr(0, colon)), last = length_in(text.substr(colon + 1));
+  if (first > last) throw Failure(fmt::format("--n {} begins above its end", text));
+  std::vector<int32_t> lengths{first};
+  for (int64_t power = 1; power <= last; power *= 10)
+    for (int64_t length : {power, 2 * power, 5 * power})
+      if (length > first && length < last) lengths.push_back(int32_t(length));
+  if (last > first) lengths.push_back(last);
+  return lengths;
+}
+
+// "1%" or "100": one element in so many.
+static bench::Share share_in(const std::string& text) {
+  if (text.empty()) return {};
+  constexpr int64_t kParts = 1'000'000;
+  const bool percent = text.back() == '%';
+  const double value = number_in(percent ? text.substr(0, text.size() - 1) : text,
+                                 "percentage or count for --special");
+  if (percent && value > 0 && value <= 100) {
+    const int64_t special = std::llround(value / 100 * kParts);
+    if (special > 0) return {special, kParts};
+  }
+  if (!percent && value >= 1 && value <= kMostElements && value == std::floor(value))
+    return {1, int64_t(value)};
+  throw Failure(fmt::format(
+      "--special takes a percentage above 0 (1%), or COUNT for one element in COUNT, not {}",
+      text));
+}
+
+// Half the length from which the call is split, the last length that is not, the first that is, and
+// on. Empty when it never is.
+static std::vector<int32_t> lengths_around_threshold(const Function& function, int32_t threads) {
+  const int32_t threshold = min_n(function, threads);
+  if (threshold == kNever) return {};
+  const int64_t last_whole = std::max<int64_t>(threshold, int64_t(threads) * 100);
+  std::vector<int32_t> lengths;
+  for (int64_t length :
+       {last_whole / 2, last_whole, last_whole + 1, 2 * last_whole, 4 * last_whole})
+    if (length >= 1 && length <= kMostElements) lengths.push_back(int32_t(length));
+  return lengths;
+}
+
+static std::vector<int32_t> lengths_for(const BenchOptions& options, const Function& function,
+                                        int32_t threads) {
+  std::vector<int32_t> all;
+  for (const std::string& text : options.lengths) {
+    const auto some =
+        text == kAroundThreshold ? lengths_around_threshold(function, threads) : lengths_in(text);
+    all.insert(all.end(), some.begin(), some.end());
+  }
+  return all;
+}
+
+static bool wanted(const Function& function, const BenchOptions& options) {
+  return options.patterns.empty() ||
+         std::any_of(options.patterns.begin(), options.patterns.end(),
+                     [&](const auto& pattern) { return name_matches(function, pattern); });
+}
+
+static std::vector<const Function*> choose(const BenchOptions& options) {
+  std::vector<const Function*> chosen;
+  size_t pending = 0;
+  for (const Function& function : kFunctions) {
+    if (!wanted(function, options)) continue;
+    if (options.large && !bench::has_large_arguments(function)) continue;
+    function.call ? chosen.push_back(&function) : void(++pending);
+  }
+  if (!chosen.empty()) return chosen;
+  const std::string which = options.large ? " with a path for large arguments" : "";
+  throw Failure(pending
+                    ? fmt::format("the {} functions{} that match are not built yet", pending, which)
+                    : fmt::format("no function{} matches; `luxvm list` shows them", which));
+}
+
+static void check(const BenchOptions& options) {
+  for (const std::string& text : options.lengths)
+    if (text != kAroundThreshold) lengths_in(text);
+  if (!share_in(options.special).special) return;
+  if (options.large) throw Failure("--large leaves no place for --special elements");
+}
+
+// ---- One process for each function and thread count
+// -------------------------------------------------
+
+static BenchRow measure_point(const Function& function, int32_t threads, int32_t n, int32_t offset,
+                              const BenchOptions& options) {
+  BenchRow row;
+  row.function = &function;
+  row.n = n;
+  row.threads = threads;
+  row.offset = offset;
+  row.large = options.large;
+  row.split = n > min_n(function, threads) && n > int64_t(threads) * 100;
+  const bench::Share share = share_in(options.special);
+  row.special_elements = int32_t(share.before(n));
+
+  const bench::Arguments arguments(function, {n, offset, share, options.large});
+  start_reports(0);
+  function.call(arguments.arrays, n);
+  for (const auto& [code, count] : take_reports().by_code)
+    row.reports[std::to_string(code)] = count;
+  leave_reports_to_the_library();
+
+  const auto calls = [&](const Arrays& arrays, int32_t length) {
+    Figure figure = bench::measure(
+        [&](int32_t times) {
+          for (; times > 0; --times) function.call(arrays, length);
+        },
+        options.milliseconds);
+    figure.minimum /= length;
+    figure.median /= length;
+    return figure;
+  };
+  const auto peer = [&](const bench::Peer& other) -> std::optional<Figure> {
+    if (!other.run) return {};
+    Figure figure = bench::measure([&](int32_t times) { other.run(arguments.arrays, n, times); },
+                                   options.milliseconds);
+    figure.minimum /= n;
+    figure.median /= n;
+    return figure;
+  };
+  row.element = calls(arguments.arrays, n);
+  if (row.goal() > 0) row.one_call = calls(arguments.arrays, 1);
+  if (share.special) {
+    const bench::Arguments plain(function, {n, offset, {}, false});
+    row.plain = calls(plain.arrays, n);
+  }
+  if (options.compare) {
+    row.libm = peer(bench::find_libm(function));
+    const bench::Peer sleef = bench::find_sleef(function);
+    row.sleef = peer(sleef);
+    row.sleef_name = sleef.name;
+  }
+  return row;
+}
+
+using TakeRow = std::function<void(const BenchRow& row)>;
+
+// The threshold of a function is fixed by its first call, and what crashes must not take the other
+// figures along: so a child measures and sends a line of JSON for each row.
+static void measure_in_child(const Function& function, int32_t threads, const BenchOptions& options,
+                             const TakeRow& take) {
+  int ends[2];
+  if (pipe(ends) != 0) throw Failure(fmt::format("cannot make a pipe: {}", strerror(errno)));
+  fflush(stdout);
+  const pid_t parent = getpid(), child = fork();
+  if (child < 0) throw Failure(fmt::format("cannot start a process: {}", strerror(errno)));
+  if (child == 0) {
+    close(ends[0]);
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (getppid() != parent) _exit(1);
+    FILE* const to = fdopen(ends[1], "w");
+    const auto send = [&](const Json& line) {
+      fmt::print(to, "{}\n", line.dump());
+      fflush(to);
+    };
+    try {
+      luxcoreSetNumThreads(threads);
+      for (int32_t offset : options.offsets)
+        for (int32_t n : lengths_for(options, function, threads))
+          send(row_json(measure_point(function, threads, n, offset, options)));
+    } catch (const std::bad_alloc&) {
+      send({{"error", "not enough memory for its arrays"}});
+    } catch (const std::exception& error) {
+      send({{"error", error.what()}});
+    }
+    _exit(0);
+  }
+  close(ends[1]);
+  const std::unique_ptr<FILE, int (*)(FILE*)> from(fdopen(ends[0], "r"), fclose);
+  std::string error;
+  char* line = nullptr;
+  size_t size = 0;
+  while (getline(&line, &size, from.get()) > 0) {
+    const Json json = Json::parse(line, nullptr, false);
+    if (json.is_discarded()) continue;
+    if (json.contains("error"))
+      error = json["error"];
+    else
+      take(row_from_json(json));
+  }
+  free(line);
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (WIFSIGNALED(status)) error = strsignal(WTERMSIG(status));
+  if (!error.empty()) throw Failure(fmt::format("{}: {}", function.name, error));
+}
+
+// ---- The table
+// --------------------------------------------------------------------------------------
+
+struct Column {
+  std::string title;
+  std::string (*text)(const BenchRow& row);
+};
+
+static std::string cycles(double value) {
+  return std::isnan(value) ? "?" : fmt::format("{:.{}f}", value, value < 99.995 ? 2 : 1);
+}
+
+static std::string optional_cycles(const std::optional<Figure>& figure) {
+  return figure ? cycles(figure->minimum) : "-";
+}
+
+static std::string ratio_text(const BenchRow& row, const std::optional<Figure>& peer) {
+  return peer ? fmt::format("{:.2f}", ratio(row, peer)) : "-";
+}
+
+struct Shown {
+  bool goals, sleef;
+};
+
+static Shown shown_by(const BenchOptions& options, const std::vector<const Function*>& functions) {
+  const auto any = [&](const auto& holds) {
+    return std::any_of(functions.begin(), functions.end(), holds);
+  };
+  BenchRow row;
+  row.n = options.lengths.size() == 1 ? std::atoi(options.lengths[0].c_str()) : 0;
+  row.special_elements = !options.special.empty();
+  row.large = options.large;
+  return {any([&](const Function* f) { return row.function = f, row.goal() > 0; }),
+          options.compare && any([](const Function* f) { return !!bench::find_sleef(*f).run; })};
+}
+
+// The columns that tell the rows of a run apart, and what was asked for.
+static std::vector<Column> columns_for(const BenchOptions& options, Shown shown) {
+  std::vector<Column> columns;
+  const auto add = [&](bool wanted, const char* title, std::string (*text)(const BenchRow&)) {
+    if (wanted) columns.push_back({title, text});
+  };
+  using Row = const BenchRow&;
+  add(options.lengths.size() > 1 || options.lengths[0].find_first_of(":t") != std::string::npos,
+      "n", [](Row r) { return std::to_string(r.n); });
+  add(options.threads.size() > 1, "threads", [](Row r) { return std::to_string(r.threads); });
+  add(options.threads.size() > 1 || options.threads[0] > 1, "split",
+      [](Row r) { return std::string(r.split ? "yes" : "no"); });
+  add(options.offsets.size() > 1, "offset", [](Row r) { return std::to_string(r.offset); });
+  add(true, "minimum", [](Row r) { return cycles(r.element.minimum); });
+  add(true, "median", [](Row r) { return cycles(r.element.median); });
+  add(shown.goals, "goal",
+      [](Row r) { return r.goal() > 0 ? fmt::format("{:g}", r.goal()) : "-"; });
+  add(shown.goals, "call+",
+      [](Row r) { return r.one_call ? fmt::format("{:.0f}", r.call_beyond_element()) : "-"; });
+  add(!options.special.empty(), "plain", [](Row r) { return optional_cycles(r.plain); });
+  add(!options.special.empty(), "special",
+      [](Row r) { return r.plain ? fmt::format("{:.0f}", r.cycles_of_a_special_element()) : "-"; });
+  add(options.compare, "libm", [](Row r) { return optional_cycles(r.libm); });
+  add(options.compare, "ratio", [](Row r) { return ratio_text(r, r.libm); });
+  add(shown.sleef, "SLEEF", [](Row r) { return optional_cycles(r.sleef); });
+  add(shown.sleef, "ratio", [](Row r) { return ratio_text(r, r.sleef); });
+  return columns;
+}
+
+static void print_machine(const Json& document, const BenchOptions& options) {
+  std::string text = fmt::format("{}, {:.3f} time-stamp ticks per core cycle",
+                                 document.value("processor", "unknown processor"),
+                                 document.value("ticks_per_cycle", NAN));
+  if (options.lengths.size() == 1) text += fmt::format(", n = {}", options.lengths[0]);
+  if (options.threads.size() == 1) text += fmt::format(", threads = {}", options.threads[0]);
+  if (options.offsets != std::vector<int32_t>{0} && options.offsets.size() == 1)
+    text += fmt::format(", offset = {}", options.offsets[0]);
+  if (!options.special.empty()) text += fmt::format(", special = {}", options.special);
+  if (options.large) text += ", large arguments";
+  fmt::print("{}\n\n", text);
+}
+
+static void print_header(const std::vector<Column>& columns) {
+  std::string line = fmt::format("{:<22}", "cycles per element");
+  for (const Column& column : columns) line += fmt::format(" {:>8}", column.title);
+  fmt::print("{}\n", paint(Colour::strong, line));
+}
+
+static Colour colour_of(const BenchRow& row) {
+  constexpr double kFarAbove = 1.15;
+  if (row.meets_goal()) return Colour::good;
+  return row.element.minimum <= kFarAbove * row.goal() ? Colour::warning : Colour::bad;
+}
+
+static void print_row(const BenchRow& row, const std::vector<Column>& columns) {
+  fmt::print("{:<22}", row.function->name);
+  for (const Column& column : columns) {
+    const std::string text = fmt::format(" {:>8}", column.text(row));
+    fmt::print("{}",
+               row.goal() > 0 && column.title == "minimum" ? paint(colour_of(row), text) : text);
+  }
+  if (row.element.dropped > row.element.kept)
+    fmt::print("{}", paint(Colour::warning, "  unsteady clock"));
+  fmt::print("\n");
+  fflush(stdout);
+}
+
+static void print_names(const char* what, const Json& names) {
+  if (names.empty()) return;
+  std::string list;
+  for (const Json& name : names)
+    list += (list.empty() ? "" : ", ") +
+            (name.is_array()
+                 ? fmt::format("{} than {}", name[0].get<std::string>(), name[1].get<std::string>())
+                 : name.get<std::string>());
+  fmt::print("{} {}\n", paint(Colour::warning, what), list);
+}
+
+static void print_legend(const BenchOptions& options, Shown shown) {
+  fmt::print("\n");
+  if (shown.goals)
+    fmt::print(
+        "call+    cycles of a call with one element beyond that element's work (goal {:g})\n",
+        bench::call_goal());
+  if (!options.special.empty())
+    fmt::print(
+        "plain    the same without special elements; special: cycles that each of them adds\n");
+  if (options.compare)
+    fmt::print("libm     a loop over the C library's scalar function{}\n",
+               bench::sse2_variants_left_out() ? ", without its SSE2 variants" : "");
+  if (shown.sleef)
+    fmt::print(
+        "SLEEF    its functions of 4 singles or 2 doubles, which use SSE2 and what else there "
+        "is\n");
+  if (options.compare) fmt::print("ratio    how many times as long it takes, by the minima\n");
+}
+
+static void print_summary(const BenchSummary& summary) {
+  if (summary.goals < 2) return;
+  fmt::print("goals    met by {} of {}\n", summary.met, summary.goals);
+  if (summary.mean_of)
+    fmt::print(
+        "mean     libm takes {:.2f} times as long (geometric mean over {} real A24 and A53)\n",
+        summary.mean_ratio, summary.mean_of);
+  print_names("slower than libm:", summary.slower_than_libm);
+  print_names("slower than a higher grade:", summary.lower_grade_slower);
+}
+
+// ---- The file
+// ---------------------------------------------------------------------------------------
+
+// What tells one build of the library from another.
+static std::string library_hash() {
+  Dl_info info;
+  if (!dladdr(reinterpret_cast<void*>(luxvmGetLibVersion), &info)) return "";
+  std::ifstream file(info.dli_fname, std::ios::binary);
+  uint64_t hash = 0xcbf29ce484222325;
+  for (char c; file.get(c);) hash = (hash ^ uint8_t(c)) * 0x100000001b3;
+  return fmt::format("{:016x}", hash);
+}
+
+static Json settings_json(const BenchOptions& options) {
+  return {{"patterns", options.patterns}, {"n", options.lengths},
+          {"threads", options.threads},   {"offset", options.offsets},
+          {"special", options.special},   {"large", options.large},
+          {"compare", options.compare},   {"milliseconds", options.milliseconds},
+          {"passes", options.passes}};
+}
+
+static Json document_for(const BenchOptions& options) {
+  const bool no_sse2 = bench::sse2_variants_left_out();
+  return {{"date", fmt::format("{:%Y-%m-%d}", fmt::localtime(std::time(nullptr)))},
+          {"processor", probe_machine().brand},
+          {"compiler", "GCC " __VERSION__},
+          {"libm", fmt::format("glibc {}{}", gnu_get_libc_version(),
+                               no_sse2 ? " without SSE2 variants" : "")},
+          {"library", library_hash()},
+          {"ticks_per_cycle", bench::ticks_per_cycle()},
+          {"settings", settings_json(options)}};
+}
+
+static void write_rows(const std::string& path, Json document, const std::vector<BenchRow>& rows,
+                       bool complete) {
+  document["complete"] = complete;
+  document["rows"] = Json::array();
+  for (const BenchRow& row : rows) document["rows"].push_back(row_json(row));
+  document["summary"] = summary_json(summarize(rows));
+  write_file(path, document.dump(1) + "\n");
+}
+
+static void take_settings(BenchOptions& options, const Json& document) {
+  const Json& settings = document.at("settings");
+  options.lengths = settings.at("n").get<std::vector<std::string>>();
+  options.threads = settings.at("threads").get<std::vector<int32_t>>();
+  options.offsets = settings.at("offset").get<std::vector<int32_t>>();
+  options.special = settings.at("special");
+  options.large = settings.at("large");
+  options.compare = settings.at("compare");
+}
+
+struct Earlier {
+  Json document;
+  std::vector<BenchRow> rows;
+};
+
+static Earlier read_rows(const std::string& path) {
+  std::ifstream file(path);
+  if (!file) throw Failure(fmt::format("cannot read {}: {}", path, strerror(errno)));
+  try {
+    Earlier earlier{Json::parse(file), {}};
+    for (const Json& row : earlier.document.at("rows")) earlier.rows.push_back(row_from_json(row));
+    return earlier;
+  } catch (const Json::exception&) {
+    throw Failure(fmt::format("{} is not a file that `luxvm bench --json` wrote", path));
+  }
+}
+
+// The rows of an interrupted run, if it is the same run of the same library.
+static std::vector<BenchRow> rows_to_resume(const BenchOptions& options, const Json& document) {
+  if (!options.resume || access(options.json.c_str(), F_OK) != 0) return {};
+  Earlier earlier = read_rows(options.json);
+  for (const char* key : {"library", "processor", "settings", "libm"})
+    if (earlier.document.value(key, Json()) != document[key]) return {};
+  return earlier.document.value("complete", true) ? std::vector<BenchRow>() : earlier.rows;
+}
+
+// ---- The command
+// ------------------------------------------------------------------------------------
+
+static void keep_lower(std::optional<Figure>& figure, const std::optional<Figure>& again) {
+  if (again && !(figure && figure->minimum <= again->minimum)) figure = again;
+}
+
+// Of every figure the pass with the lower minimum: the other one was disturbed more.
+static void merge(BenchRow& row, const BenchRow& again) {
+  std::optional<Figure> element = row.element;
+  keep_lower(element, again.element);
+  row.element = *element;
+  for (const auto figure :
+       {&BenchRow::plain, &BenchRow::one_call, &BenchRow::libm, &BenchRow::sleef})
+    keep_lower(row.*figure, again.*figure);
+  ++row.passes;
+}
+
+static BenchRow& add(std::vector<BenchRow>& rows, const BenchRow& row) {
+  const auto same = std::find_if(rows.begin(), rows.end(), [&](const BenchRow& other) {
+    return row.function == other.function && row.threads == other.threads && row.n == other.n &&
+           row.offset == other.offset;
+  });
+  if (same == rows.end()) return rows.emplace_back(row);
+  merge(*same, row);
+  return *same;
+}
+
+static bool measured(const std::vector<BenchRow>& rows, const Function& function, int32_t threads,
+                     int32_t passes) {
+  return std::any_of(rows.begin(), rows.end(), [&](const BenchRow& row) {
+    return row.function == &function && row.threads == threads && row.passes >= passes;
+  });
+}
+
+static bool has_lengths(const std::vector<const Function*>& functions,
+                        const BenchOptions& options) {
+  for (const Function* function : functions)
+    for (int32_t threads : options.threads)
+      if (!lengths_for(options, *function, threads).empty()) return true;
+  return false;
+}
+
+// Before the work, not after it.
+static void check_writable(const std::string& path) {
+  if (is_standard_stream(path)) return;
+  const size_t slash = path.find_last_of('/');
+  const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+  const bool exists = access(path.c_str(), F_OK) == 0;
+  if (access(exists ? path.c_str() : folder.c_str(), W_OK) != 0)
+    throw Failure(fmt::format("cannot write to {}: {}", path, strerror(errno)));
+}
+
+// The last pass prints its rows; the ones before it only say on a terminal where they are.
+static void show_pass(const Function& function, int32_t pass, const BenchOptions& options) {
+  if (options.passes == 1 || !isatty(STDERR_FILENO)) return;
+  const std::string where = fmt::format("pass {} of {}: {}", pass, options.passes, function.name);
+  say(pass < options.passes ? fmt::format("\r{}\033[K", where) : "\r\033[K");
+}
+
+static void print_end(const BenchOptions& options, const Shown& shown,
+                      const std::vector<BenchRow>& rows) {
+  print_legend(options, shown);
+  print_summary(summarize(rows));
+}
+
+static void measure_all(const BenchOptions& options) {
+  check(options);
+  const std::vector<const Function*> chosen = choose(options);
+  if (!has_lengths(chosen, options))
+    throw Failure("none of these functions ever threads here; `luxvm explain` says why");
+  if (options.compare) bench::leave_out_sse2_variants();
+
+  const Json document = document_for(options);
+  std::vector<BenchRow> rows = rows_to_resume(options, document);
+  const bool quiet = options.json == "-";
+  const Shown shown = shown_by(options, chosen);
+  const std::vector<Column> columns = columns_for(options, shown);
+  const auto print_complete = [&](const BenchRow& row) {
+    if (!quiet && row.passes == options.passes) print_row(row, columns);
+  };
+  if (!quiet) {
+    print_machine(document, options);
+    print_header(columns);
+  }
+  for (const BenchRow& row : rows) print_complete(row);
+  for (int32_t pass = 1; pass <= options.passes; ++pass)
+    for (const Function* function : chosen)
+      for (int32_t threads : options.threads) {
+        if (measured(rows, *function, threads, pass)) continue;
+        show_pass(*function, pass, options);
+        measure_in_child(*function, threads, options,
+                         [&](const BenchRow& row) { print_complete(add(rows, row)); });
+        if (options.resume) write_rows(options.json, document, rows, false);
+      }
+  if (!quiet) print_end(options, shown, rows);
+  if (!options.json.empty()) write_rows(options.json, document, rows, true);
+  if (!options.plot.empty()) draw_bench(options.plot, rows);
+}
+
+// The figures of an earlier run, as if they had just been measured.
+static void show_earlier(BenchOptions options) {
+  Earlier earlier = read_rows(options.from);
+  take_settings(options, earlier.document);
+  std::vector<BenchRow> rows;
+  std::vector<const Function*> chosen;
+  for (const BenchRow& row : earlier.rows) {
+    if (!wanted(*row.function, options)) continue;
+    rows.push_back(row);
+    chosen.push_back(row.function);
+  }
+  if (rows.empty()) throw Failure(fmt::format("{} holds no function that matches", options.from));
+  if (options.json != "-") {
+    Shown shown = shown_by(options, chosen);
+    shown.sleef = std::any_of(rows.begin(), rows.end(), [](const auto& r) { return !!r.sleef; });
+    const std::vector<Column> columns = columns_for(options, shown);
+    print_machine(earlier.document, options);
+    print_header(columns);
+    for (const BenchRow& row : rows) print_row(row, columns);
+    print_end(options, shown, rows);
+  }
+  if (!options.json.empty())
+    write_rows(options.json, earlier.document, rows, earlier.document.value("complete", true));
+  if (!options.plot.empty()) draw_bench(options.plot, rows);
+}
+
+static void run_bench(const BenchOptions& options) {
+  if (options.resume && is_standard_stream(options.json))
+    throw Failure("--resume needs the file of --json");
+  if (is_standard_stream(options.plot) && !options.plot.empty())
+    throw Failure("--plot needs the name of a file");
+  check_writable(options.json);
+  check_writable(options.plot);
+  options.from.empty() ? measure_all(options) : show_earlier(options);
+}
+
+void add_bench(CLI::App& program) {
+  auto options = std::make_shared<BenchOptions>();
+  CLI::App* command =
+      program.add_subcommand("bench", "Measure core cycles per element of the functions");
+  command->add_option("pattern", options->patterns,
+                      "Parts of names, or globs over whole names; every function by default");
+  command
+      ->add_option("--n", options->lengths,
+                   "Elements of each array: numbers, A:B for 1-2-5 steps from A to B, or "
+                   "threshold for lengths around that from which calls are split; 2000 by default")
+      ->delimiter(',')
+      ->allow_extra_args(false);
+  command->add_option("--threads", options->threads, "Threads that a call may use; 1 by default")
+      ->delimiter(',')
+      ->allow_extra_args(false)
+      ->check(CLI::Range(1, 1024));
+  command->add_option("--special", options->special,
+                      "Special elements among them: a percentage (1%), or COUNT for one in COUNT");
+  command
+      ->add_option("--offset", options->offsets,
+                   "Bytes of every array beyond a cache line's start; 0 by default")
+      ->delimiter(',')
+      ->allow_extra_args(false)
+      ->check(CLI::Range(0, 4096));
+  command->add_flag("--large", options->large,
+                    "Arguments that all miss the fast reduction of sine, cosine and tangent");
+  command->add_flag("--compare", options->compare,
+                    "Also the C library's scalar function in a loop, and SLEEF if it is installed");
+  command->add_option("--milliseconds", options->milliseconds, "Time spent on one figure")
+      ->capture_default_str()
+      ->check(CLI::Range(1, 60'000));
+  command
+      ->add_option("--passes", options->passes,
+                   "Measure everything so often, at different times, and show the least disturbed")
+      ->capture_default_str()
+      ->check(CLI::Range(1, 100));
+  command->add_option("--json", options->json,
+                      "File for the figures; - writes them to the standard output, and no table");
+  command->add_option("--plot", options->plot,
+                      "SVG file for bars, or for curves where there are several lengths");
+  command->add_flag("--resume", options->resume,
+                    "Write the --json file after each function, and go on where the same run was "
+                    "interrupted");
+  command->add_option("--from", options->from,
+                      "Measure nothing: show the figures of this --json file");
+  command->footer(
+      "Figures are core cycles per element, the least and the median of many samples. The "
+      "time-stamp\n"
+      "counter does not run at the core's clock, so each group of samples stands between two\n"
+      "calibrations and is dropped when they disagree. Arguments are those of the family's "
+      "typical\n"
+      "interval. Goals hold for arrays of about 2000 elements, in cache, none of them special.\n"
+      "Examples:\n"
+      "  luxvm bench --compare                        every function, beside the C library\n"
+      "  luxvm bench Exp --n 1:1000000 --plot exp.svg cycles over the length\n"
+      "  luxvm bench Exp_64f --special 1%             what special elements cost\n"
+      "  luxvm bench 32f --special 4                  one in every four\n"
+      "  luxvm bench Div --offset 0,1,4               arrays at odd addresses\n"
+      "  luxvm bench Inv_32f_A24 --n threshold --threads 1,2\n"
+      "JSON: date, processor, compiler, libm, library (a hash of it), ticks_per_cycle, settings,\n"
+      "complete, rows, summary. Of a row, cycles, plain, one_call, libm and sleef each have "
+      "minimum,\n"
+      "median, and how many rounds were kept and dropped; reports counts codes of one call.");
+  command->callback([options] { run_bench(*options); });
+}

@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: MIT
+#include "cli/bench_rows.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+
+static const bench::Goal* goal_of(const BenchRow& row) {
+  const bool typical = row.n >= 1000 && row.n <= 4000 && row.special_elements == 0;
+  if (!typical) return nullptr;
+  return row.large ? bench::find_large_argument_goal(*row.function)
+                   : bench::find_goal(*row.function);
+}
+
+double BenchRow::goal() const {
+  const bench::Goal* found = goal_of(*this);
+  return found ? found->cycles : 0;
+}
+
+// By the two decimals that are shown.
+bool BenchRow::meets_goal() const { return std::round(element.minimum * 100) <= goal() * 100; }
+
+double BenchRow::cycles_of_a_special_element() const {
+  return (element.minimum - plain->minimum) * n / special_elements;
+}
+
+double BenchRow::call_beyond_element() const { return one_call->minimum - element.minimum; }
+
+double ratio(const BenchRow& row, const std::optional<Figure>& peer) {
+  return peer->minimum / row.element.minimum;
+}
+
+// A figure that is no number becomes null.
+static Json figure_json(const Figure& figure) {
+  return {{"minimum", figure.minimum},
+          {"median", figure.median},
+          {"kept", figure.kept},
+          {"dropped", figure.dropped}};
+}
+
+static Figure figure_from_json(const Json& json) {
+  Figure figure;
+  if (json.at("minimum").is_number()) figure.minimum = json["minimum"];
+  if (json.at("median").is_number()) figure.median = json["median"];
+  figure.kept = json.at("kept");
+  figure.dropped = json.at("dropped");
+  return figure;
+}
+
+struct OptionalFigure {
+  const char* name;
+  std::optional<Figure> BenchRow::*figure;
+};
+
+constexpr OptionalFigure kOptionalFigures[] = {{"plain", &BenchRow::plain},
+                                               {"one_call", &BenchRow::one_call},
+                                               {"libm", &BenchRow::libm},
+                                               {"sleef", &BenchRow::sleef}};
+
+Json row_json(const BenchRow& row) {
+  const Function& f = *row.function;
+  Json json{{"name", f.name},
+            {"family", f.family},
+            {"type", f.type.name},
+            {"grade", f.grade.empty() ? Json() : Json(f.grade)},
+            {"n", row.n},
+            {"threads", row.threads},
+            {"split", row.split},
+            {"offset", row.offset},
+            {"large", row.large},
+            {"special_elements", row.special_elements},
+            {"passes", row.passes},
+            {"reports", row.reports},
+            {"cycles", figure_json(row.element)}};
+  for (const auto& [name, figure] : kOptionalFigures)
+    if (row.*figure) json[name] = figure_json(*(row.*figure));
+  if (row.sleef) json["sleef_function"] = row.sleef_name;
+  if (row.plain) json["cycles_of_a_special_element"] = row.cycles_of_a_special_element();
+  if (row.one_call) json["call_beyond_element"] = row.call_beyond_element();
+  if (row.goal() > 0) {
+    json["goal"] = row.goal();
+    json["met"] = row.meets_goal();
+  }
+  if (row.libm) json["libm_ratio"] = ratio(row, row.libm);
+  if (row.sleef) json["sleef_ratio"] = ratio(row, row.sleef);
+  return json;
+}
+
+BenchRow row_from_json(const Json& json) {
+  BenchRow row;
+  row.function = &find_function(json.at("name"));
+  row.n = json.at("n");
+  row.threads = json.at("threads");
+  row.split = json.at("split");
+  row.offset = json.at("offset");
+  row.large = json.at("large");
+  row.special_elements = json.at("special_elements");
+  row.passes = json.at("passes");
+  row.reports = json.at("reports");
+  row.element = figure_from_json(json.at("cycles"));
+  for (const auto& [name, figure] : kOptionalFigures)
+    if (json.contains(name)) row.*figure = figure_from_json(json[name]);
+  row.sleef_name = json.value("sleef_function", "");
+  return row;
+}
+
+static bool is_lower_grade(const Function& lower, const Function& higher) {
+  return lower.family == higher.family && lower.type.name == higher.type.name && lower.graded() &&
+         lower.variant > higher.variant;
+}
+
+BenchSummary summarize(const std::vector<BenchRow>& rows) {
+  BenchSummary summary;
+  double logarithms = 0;
+  for (const BenchRow& row : rows) {
+    if (row.goal() == 0) continue;
+    const Function& f = *row.function;
+    ++summary.goals;
+    summary.met += row.meets_goal();
+    if (row.one_call && row.call_beyond_element() > bench::call_goal())
+      summary.calls_above_goal.push_back(f.name);
+    if (row.libm && f.graded() && ratio(row, row.libm) <= 1)
+      summary.slower_than_libm.push_back(f.name);
+    if (row.libm && f.variant == 0 && !f.type.complex()) {
+      logarithms += std::log(ratio(row, row.libm));
+      ++summary.mean_of;
+    }
+    for (const BenchRow& other : rows)
+      if (other.goal() > 0 && other.large == row.large && is_lower_grade(f, *other.function) &&
+          row.element.minimum > other.element.minimum * (1 + kNoise))
+        summary.lower_grade_slower.push_back({f.name, other.function->name});
+  }
+  if (summary.mean_of > 0) summary.mean_ratio = std::exp(logarithms / summary.mean_of);
+  return summary;
+}
+
+Json summary_json(const BenchSummary& summary) {
+  Json json{{"goals", summary.goals},
+            {"met", summary.met},
+            {"mean_libm_ratio", summary.mean_ratio},
+            {"mean_of", summary.mean_of},
+            {"slower_than_libm", summary.slower_than_libm},
+            {"lower_grade_slower", summary.lower_grade_slower},
+            {"calls_above_goal", summary.calls_above_goal}};
+  if (summary.mean_of == 0) json["mean_libm_ratio"] = nullptr;
+  return json;
+}

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+//
+// What `luxvm bench` measured: its rows, their JSON and what they say together.
+#ifndef LUX_CLI_BENCH_ROWS_H
+#define LUX_CLI_BENCH_ROWS_H
+
+#include "bench/measure.h"
+#include "cli/catalog.h"
+#include "cli/cli.h"
+
+#include <optional>
+
+using bench::Figure;
+
+// One function over arrays of one length. Figures are core cycles per element, but one_call.
+struct BenchRow {
+  const Function* function = nullptr;
+  int32_t n = 0, threads = 1, offset = 0;
+  int32_t special_elements = 0;
+  int32_t passes = 1;             // that the figures are the best of
+  bool large = false;             // arguments beyond the fast reduction
+  bool split = false;             // over threads
+  Json reports = Json::object();  // how many of each code one call gave
+  Figure element;
+  std::optional<Figure> plain;     // without the special elements
+  std::optional<Figure> one_call;  // cycles of a call with one element
+  std::optional<Figure> libm, sleef;
+  std::string sleef_name;
+
+  // On about 2000 elements none of which is special; 0: none.
+  double goal() const;
+  bool meets_goal() const;
+  double cycles_of_a_special_element() const;
+  double call_beyond_element() const;
+};
+
+double ratio(const BenchRow& row, const std::optional<Figure>& peer);
+
+Json row_json(const BenchRow& row);
+BenchRow row_from_json(const Json& json);
+
+// Over the rows that stand beside a goal.
+struct BenchSummary {
+  int goals = 0, met = 0;
+  double mean_ratio = 0;  // geometric, of the real functions' best grades to the C library; 0: none
+  int mean_of = 0;
+  Json slower_than_libm = Json::array();    // names of graded exports
+  Json lower_grade_slower = Json::array();  // by more than kNoise: [lower, higher]
+  Json calls_above_goal = Json::array();
+};
+
+constexpr double kNoise = 0.05;  // measurements of one computation differ by less
+
+BenchSummary summarize(const std::vector<BenchRow>& rows);
+Json summary_json(const BenchSummary& summary);
+
+// Cycles over the length where a function was measured at several, otherwise a bar for each export.
+void draw_bench(const std::string& path, const std::vector<BenchRow>& rows);
+
+#endif

@@ -1,0 +1,269 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""luxvm bench and the page made from it, nothing of it timed: bench_cli_test.py BIN_DIR SOURCE_DIR"""
+import json
+import os
+import re
+import signal
+import subprocess
+import sys
+import time
+import unittest
+
+from cli_test import BIN, SOURCE, Cli, luxvm
+
+QUICK = ("--milliseconds", 1)
+
+
+def figure(minimum, median=None):
+    return {"minimum": minimum, "median": median or minimum, "kept": 5, "dropped": 0}
+
+
+def row(name, minimum, **more):
+    _, family, type_name, *grade = re.split("luxs|_", name)
+    return {"name": name, "family": family, "type": type_name, "grade": (grade or [None])[0],
+            "n": 2000, "threads": 1, "split": False, "offset": 0, "large": False,
+            "special_elements": 0, "passes": 1, "reports": {}, "cycles": figure(minimum, minimum + 1)} | more
+
+
+def document(rows, **settings):
+    return {"date": "2020-02-02", "processor": "Test Processor", "compiler": "GCC 1.2",
+            "libm": "glibc 3.4", "library": "0", "ticks_per_cycle": 0.5, "complete": True,
+            "settings": {"patterns": [], "n": ["2000"], "threads": [1], "offset": [0],
+                         "special": "", "large": False, "compare": True,
+                         "milliseconds": 7, "passes": 2} | settings, "rows": rows}
+
+
+EXPONENTIALS = [
+    row("luxsExp_32f_A11", 9, libm=figure(27), one_call=figure(50)),
+    row("luxsExp_32f_A24", 8, libm=figure(32), sleef=figure(4), sleef_function="f",
+        one_call=figure(100)),
+    row("luxsExp_64f_A50", 20, libm=figure(19), one_call=figure(50)),
+    row("luxsExp_64f_A53", 20.004, libm=figure(180.036), one_call=figure(50)),
+    row("luxsFloor_64f", 5, libm=figure(4), one_call=figure(50)),
+]
+
+
+class Bench(Cli):
+    def json_of(self, *arguments, **options):
+        return json.loads(self.fine("bench", *arguments, "--json", "-", *QUICK, **options).stdout)
+
+    def write(self, name, content):
+        return self.file(name, json.dumps(content))
+
+
+class Measuring(Bench):
+    def test_refusals(self):
+        no_json = self.file("no.json", '{"rows": 5}')
+        for words, arguments in [
+            ("whole numbers from 1", ["--n", "0"]), ("whole numbers from 1", ["--n", "1.5"]),
+            ("x is no number of elements", ["--n", "5,x"]), ("above its end", ["--n", "9:5"]),
+            ("percentage", ["--special", "0%"]), ("percentage", ["--special", "101%"]),
+            ("percentage", ["--special", "0.5"]), ("ten is no", ["--special", "ten"]),
+            ("no function matches", ["nothing_like_it"]),
+            ("with a path for large arguments", ["Inv", "--large"]),
+            ("no place for --special", ["--large", "--special", "1%"]),
+            ("cannot write to", ["Inv", "--json", self.dir / "none" / "a.json"]),
+            ("cannot write to", ["Inv", "--plot", self.dir / "none" / "a.svg"]),
+            ("needs the name of a file", ["Inv", "--plot", "-"]),
+            ("--resume needs the file", ["Inv", "--resume"]),
+            ("ever threads", ["Floor_32f", "--n", "threshold"]),
+            ("cannot read", ["--from", self.dir / "none"]),
+            ("is not a file that", ["--from", no_json]),
+        ]:
+            with self.subTest(arguments=arguments):
+                self.refused(words, "bench", *arguments)
+        self.assertGreater(luxvm("bench", "--threads", "0").returncode, 100)  # a usage error
+        self.assertGreater(luxvm("bench", "--offset", "-1").returncode, 100)
+
+    def test_rows_and_fields(self):
+        result = self.json_of("Inv_64f_A53", "luxsModf_32f", "--n", "3,1000:4000", "--offset", "0,1")
+        lengths = [3, 1000, 2000, 4000]
+        self.assertEqual([(r["name"], r["offset"], r["n"]) for r in result["rows"]],
+                         [(name, offset, n) for name in ("luxsInv_64f_A53", "luxsModf_32f")
+                          for offset in (0, 1) for n in lengths])
+        for r in result["rows"]:
+            self.assertEqual("goal" in r, r["n"] >= 1000)
+            if "goal" in r:
+                self.assertEqual(r["met"], round(r["cycles"]["minimum"], 2) <= r["goal"])
+            if r["cycles"]["kept"]:
+                self.assertGreater(r["cycles"]["minimum"], 0)
+                self.assertGreaterEqual(r["cycles"]["median"], r["cycles"]["minimum"])
+        self.assertTrue(result["complete"])
+        for key in ("date", "processor", "compiler", "libm", "library", "ticks_per_cycle"):
+            self.assertTrue(result[key], key)
+
+    def test_special_elements_are_there(self):
+        """A zero divisor is reported once each, so the reports count what was placed."""
+        for name, special, n, count in [("luxsInv_32f_A24", "1%", 2000, 20),
+                                        ("luxsDiv_64f_A53", "4", 1001, 250),
+                                        ("luxsInv_64f_A50", "0.05%", 10000, 5),
+                                        ("luxsInv_64f_A50", "100%", 50, 50),
+                                        ("luxsDiv_32f_A24", "1000", 400000, 400)]:
+            for threads in (1, 2):
+                [r] = self.json_of(name, "--special", special, "--n", n, "--threads", threads)["rows"]
+                self.assertEqual((r["special_elements"], r["reports"]), (count, {"18": count}), name)
+                self.assertIn("cycles_of_a_special_element", r)
+        [r] = self.json_of("luxsInv_32f_A24")["rows"]
+        self.assertEqual((r["special_elements"], r["reports"]), (0, {}))
+        self.assertNotIn("plain", r)
+
+    def test_lengths_around_the_threshold(self):
+        explained = json.loads(self.fine("explain", "luxsInv_32f_A24", "--n", 1, "--threads", 2,
+                                         "--json").stdout)
+        if explained["threshold"] is None:
+            self.skipTest("threading is off on this machine")
+        rows = self.json_of("luxsInv_32f_A24", "--n", "threshold", "--threads", "1,2")["rows"]
+        t = max(explained["threshold"], 200)
+        self.assertEqual([(r["n"], r["split"]) for r in rows if r["threads"] == 2],
+                         [(t // 2, False), (t, False), (t + 1, True), (2 * t, True), (4 * t, True)])
+
+    def test_compare_starts_anew_without_sse2_variants(self):
+        for tunables in (None, "glibc.malloc.check=0"):
+            environment = {k: v for k, v in os.environ.items() if k != "GLIBC_TUNABLES"}
+            if tunables:
+                environment["GLIBC_TUNABLES"] = tunables
+            result = self.json_of("Exp_32f_A24", "Inv_32f_A24", "--compare", env=environment)
+            self.assertIn("without SSE2", result["libm"])
+            inverse, exponential = result["rows"]
+            self.assertNotIn("libm", inverse)
+            self.assertAlmostEqual(exponential["libm_ratio"], exponential["libm"]["minimum"] /
+                                   exponential["cycles"]["minimum"])
+
+    def test_resumed_run_keeps_what_is_there(self):
+        path = self.dir / "a.json"
+        run = ("bench", "Inv_32f", *QUICK, "--passes", 2, "--json", path, "--resume")
+        self.fine(*run)
+        whole = json.loads(path.read_text())
+
+        def interrupted(**changes):
+            part = json.loads(json.dumps(whole)) | {"complete": False} | changes
+            part["rows"] = part["rows"][:2]
+            part["rows"][1]["passes"] = 1
+            for r in part["rows"]:
+                r["cycles"]["minimum"] = 12345.0
+            path.write_text(json.dumps(part))
+            self.fine(*run)
+            after = json.loads(path.read_text())
+            self.assertTrue(after["complete"])
+            self.assertEqual([r["name"] for r in after["rows"]], [r["name"] for r in whole["rows"]])
+            self.assertEqual([r["passes"] for r in after["rows"]], [2] * len(whole["rows"]))
+            return [r["cycles"]["minimum"] == 12345.0 for r in after["rows"]]
+
+        self.assertEqual(interrupted(), [True, False, False])
+        for other in ({"library": "another build's"}, {"complete": True},
+                      {"settings": whole["settings"] | {"special": "1%"}}):
+            self.assertFalse(any(interrupted(**other)))
+
+    def test_interrupted_run_leaves_whole_files(self):
+        for resume in ([], ["--resume"]):
+            path = self.dir / "a.json"
+            process = subprocess.Popen([BIN / "luxvm", "bench", "--json", path, *resume],
+                                       stdout=subprocess.PIPE)
+            while b"luxs" not in process.stdout.readline():
+                pass
+            deadline = time.time() + 30
+            while resume and not path.exists() and time.time() < deadline:
+                time.sleep(0.01)
+            process.send_signal(signal.SIGINT)
+            process.stdout.read()
+            process.stdout.close()
+            self.assertEqual(process.wait(30), -signal.SIGINT)
+            self.assertEqual([p.name for p in self.dir.iterdir()], ["a.json"] if resume else [])
+            if resume:
+                self.assertFalse(json.loads(path.read_text())["complete"])
+
+
+class Showing(Bench):
+    def test_table_and_summary_of_known_figures(self):
+        path = self.write("a.json", document(EXPONENTIALS))
+        text = self.fine("bench", "--from", path).stdout.decode()
+        lines = {line.split()[0]: line.split() for line in text.splitlines() if line.strip()}
+        self.assertEqual(lines["luxsExp_32f_A24"][1:],
+                         ["8.00", "9.00", "8.1", "92", "32.00", "4.00", "4.00", "0.50"])
+        self.assertEqual(lines["luxsExp_64f_A53"][-4:], ["180.0", "9.00", "-", "-"])
+        self.assertIn("met by 3 of 5", text)  # 20.004 shows as 20.00
+        self.assertIn("6.00 times as long (geometric mean over 2", text)
+        self.assertIn("slower than libm: luxsExp_64f_A50\n", text)
+        self.assertIn("slower than a higher grade: luxsExp_32f_A11 than luxsExp_32f_A24\n", text)
+        self.assertIn("Test Processor", text)
+        part = json.loads(self.fine("bench", "Exp_64f", "--from", path, "--json", "-").stdout)
+        self.assertEqual([r["name"] for r in part["rows"]], ["luxsExp_64f_A50", "luxsExp_64f_A53"])
+        self.assertAlmostEqual(part["summary"]["mean_libm_ratio"], 9)
+
+    def test_plots(self):
+        lengths = [row("luxsExp_64f_A53", 20, n=n, threads=t) for t in (1, 2) for n in (10, 100)]
+        for rows, words in [(EXPONENTIALS, ["Exp 32f", "Floor 64f", "libm", "SLEEF", "goal"]),
+                            (lengths, ["Exp_64f_A53 T=1", "Exp_64f_A53 T=2", "elements"])]:
+            path, picture = self.write("a.json", document(rows)), self.dir / "a.svg"
+            self.fine("bench", "--from", path, "--plot", picture)
+            svg = picture.read_text()
+            self.assertTrue(svg.startswith("<?xml") and svg.rstrip().endswith("</svg>"))
+            for word in words:
+                self.assertIn(f">{word}<", re.sub(r"<tspan[^>]*>|</tspan>", "", svg)
+                              .replace("\t", "").replace("> ", ">").replace(" <", "<"))
+
+    def test_plots_that_cannot_be_drawn(self):
+        path, picture = self.write("a.json", document(EXPONENTIALS)), self.dir / "a.svg"
+        many = [row(f"luxsExp_64f_A53", 1, n=n, offset=o) for o in range(17) for n in (1, 2)]
+        for words, options, rows in [("gnuplot, which is not installed", {"env": {"PATH": "/"}}, 0),
+                                     ("17 curves are too many", {}, many)]:
+            path = self.write("a.json", document(rows or EXPONENTIALS))
+            result = luxvm("bench", "--from", path, "--plot", picture, **options)
+            self.assertEqual(result.returncode, 1)
+            self.assertIn(words, result.stderr.decode())
+            self.assertEqual([p.name for p in self.dir.iterdir()], ["a.json"])
+
+
+class Page(Bench):
+    def make(self, documents):
+        figures = self.dir / "figures"
+        figures.mkdir(exist_ok=True)
+        for name, content in documents.items():
+            path = self.write("raw.json", content)  # through luxvm, which adds what it derives
+            self.fine("bench", "--from", path, "--json", figures / f"{name}.json")
+        page = self.file("page.md", "Prose stays.\n<!-- figures -->\nold figures\n")
+        subprocess.run([sys.executable, SOURCE / "tools/performance.py", BIN / "luxvm", page,
+                        "--figures", figures, "--no-measuring"], check=True, timeout=60,
+                       stdout=subprocess.DEVNULL)
+        return page.read_text()
+
+    def test_page_of_known_figures(self):
+        special = [row("luxsFloor_64f", 6, plain=figure(5), special_elements=20)]
+        blocks = [row("luxsFloor_64f", 10, plain=figure(5), special_elements=500)]
+        offset = [row("luxsFloor_64f", 5 + o, offset=o) for o in (0, 1)]
+        text = self.make({
+            "all": document(EXPONENTIALS), "special": document(special, special="1%"),
+            "blocks": document(blocks, special="4"), "offset": document(offset, offset=[0, 1]),
+            "length_64f": document([row("luxsFloor_64f", 5, n=n) for n in (1, 10)], n=["1:10"]),
+            "threads": document([row("luxsExp_64f_A53", 25, n=5000, threads=2, split=True)],
+                                n=["threshold"], threads=[1, 2])})
+        self.assertTrue(text.startswith("Prose stays.\n<!-- figures -->\n"))
+        self.assertNotIn("old figures", text)
+        for words in ["2020-02-02 on Test Processor (0.500", "GCC 1.2", "glibc 3.4",
+                      "- Goals met: 3 of 5.", "6.00 times as long",
+                      "Not faster than the C library's loop (Hypot need not be): `luxsExp_64f_A50`.",
+                      "5 %: `luxsExp_32f_A11` than `luxsExp_32f_A24`.",
+                      "| `luxsExp_32f_A24` | 8.00 | 9.00 | 8.1 | yes | 92 | 32.00 | 4.00 | 4.00 | 0.50 |",
+                      "| `luxsFloor_64f` | 5.00 | 6.00 | 4.5 | no | 45 | 4.00 | 0.80 |\n",
+                      "| `luxsFloor_64f` | 5.00 | 6.00 | 100 | 10.00 | 20 |",
+                      "| `luxsFloor_64f` | 5.00 | 6.00 |\n",
+                      "| `luxsExp_64f_A53` | 5000 | 2 | yes | 25.00 | 26.00 |",
+                      "`luxvm bench --compare --milliseconds 7 --passes 2`"]:
+            self.assertIn(words, text)
+        pictures = re.findall(r"\]\((plots/\S+)\)", text)
+        self.assertEqual(pictures, ["plots/speed_32f.svg", "plots/speed_64f.svg",
+                                    "plots/length_64f.svg"])
+        for picture in pictures:
+            self.assertIn("</svg>", (self.dir / picture).read_text())
+
+    def test_all_is_well(self):
+        good = [row("luxsExp_32f_A24", 5, libm=figure(50), one_call=figure(50))]
+        text = self.make({"all": document(good)})
+        for words in ["Every graded export is faster", "No lower grade is slower", "Every call with"]:
+            self.assertIn(words, text)
+        self.assertNotIn("SLEEF", text)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1], verbosity=1)
