@@ -7,7 +7,8 @@
 // their own units for their errors. That margin is checked against MPFR on one argument in 4096,
 // and a result whose error comes within it of the ten worst, or of no plain class, is measured with
 // MPFR itself. So no worst case can hide behind the quick values, and those that are listed are
-// exact.
+// exact. (A result that equals its quick value counts as free of error: the functions without any
+// error need no MPFR then.)
 #ifndef LUX_BENCH_ACCURACY_EXHAUSTIVE_H
 #define LUX_BENCH_ACCURACY_EXHAUSTIVE_H
 
