@@ -47,8 +47,9 @@ static std::vector<Group> chosen(const AccuracyOptions& options) {
     groups.back().push_back(&f);
   }
   if (groups.empty())
-    throw Failure(pending ? fmt::format("none of the {} functions with such a name is built yet", pending)
-                          : "no function has such a name; `luxvm list` shows them all");
+    throw Failure(
+        pending ? fmt::format("none of the {} functions with such a name is built yet", pending)
+                : "no function has such a name; `luxvm list` shows them all");
   return groups;
 }
 
@@ -73,6 +74,8 @@ static void set_range(AccuracyOptions& options) {
 }
 
 // ---- Measuring
+
+namespace {
 
 class Run {
  public:
@@ -99,9 +102,9 @@ class Run {
 
  private:
   std::string key() const {
-    std::string text = fmt::format("accuracy {} {} {} {} {}", options_.sampling.samples,
-                                   options_.sampling.seed, options_.sampling.low,
-                                   options_.sampling.high, options_.exhaustive);
+    std::string text =
+        fmt::format("accuracy {} {} {} {} {}", options_.sampling.samples, options_.sampling.seed,
+                    options_.sampling.low, options_.sampling.high, options_.exhaustive);
     for (const Group& group : groups_)
       for (const Function* f : group) text += fmt::format(" {}", f->name);
     return text;
@@ -118,7 +121,8 @@ class Run {
     for (size_t g = 0; g < group.size(); ++g) {
       Json entry = bench::report_of(*group[g], statistics[g], exhaustive);
       const bench::SpecialOutcome special = bench::check_special_values(*group[g]);
-      entry["special_values"] = {{"cases", special.cases}, {"failures", special.failures}};
+      entry["special_values"] = {
+          {"rows", special.rows}, {"cases", special.cases}, {"failures", special.failures}};
       entries.push_back(entry);
     }
     finished[name] = entries;
@@ -143,9 +147,9 @@ class Run {
     if (arguments.empty()) throw Failure("no argument lies in that range");
     Progress progress(fmt::format("{}/{} {}", index + 1, groups_.size(), label(group)),
                       arguments.size(), Progress::kShare);
-    const auto statistics =
-        bench::survey(group, arguments, options_.processors,
-                      [&](uint64_t done, uint64_t) { progress.reach(done); }, Interrupt::requested);
+    const auto statistics = bench::survey(
+        group, arguments, options_.processors,
+        [&](uint64_t done, uint64_t) { progress.reach(done); }, Interrupt::requested);
     stop_if_interrupted();
     return statistics;
   }
@@ -172,6 +176,8 @@ class Run {
   Checkpoint checkpoint_;
 };
 
+}  // namespace
+
 // ---- Showing
 
 static std::string verdict(const Json& entry, const char* key) {
@@ -192,7 +198,7 @@ static std::string joined(const Json& arguments) {
 static std::string special_text(const Json& entry) {
   const Json& special = entry["special_values"];
   const size_t failures = special["failures"].size();
-  const std::string cases = fmt::format("{} rows", special["cases"].get<int>());
+  const std::string cases = fmt::format("{} rows", special["rows"].get<int>());
   return failures ? paint(Colour::bad, fmt::format("{}, {} WRONG", cases, failures)) : cases;
 }
 
@@ -217,8 +223,8 @@ static void show_line(const Json& entry) {
   fflush(stdout);
 }
 
-static void show_details(const Json& entry) {
-  fmt::print("\n{}: {}, {} results\n", paint(Colour::strong, entry["name"].get<std::string>()),
+static void show_details(const std::string& names, const Json& entry) {
+  fmt::print("\n{}: {}, {} results\n", paint(Colour::strong, names),
              entry["method"].get<std::string>(), entry["count"].get<uint64_t>());
   fmt::print("  relative error at most 2^{:.2f}; {:.4f} ulp among subnormal results\n",
              std::log2(entry["max_relative"].get<double>()),
@@ -241,14 +247,34 @@ static void show_details(const Json& entry) {
   const double count = entry["count"];
   for (const Json& part : entry["histogram"])
     if (const double share = part["count"].get<double>() / count; share > 0)
-      fmt::print("    {:<10} {:9.4f}%  {}\n",
-                 part["up_to"].is_null() ? "beyond" : fmt::format("{:g}", part["up_to"].get<double>()),
-                 100 * share, std::string(size_t(std::lround(40 * share)), '#'));
+      fmt::print(
+          "    {:<10} {:9.4f}%  {}\n",
+          part["up_to"].is_null() ? "beyond" : fmt::format("{:g}", part["up_to"].get<double>()),
+          100 * share, std::string(size_t(std::lround(40 * share)), '#'));
   fmt::print("  first argument          results    max ulp       mean  at\n");
   for (const Json& range : entry["ranges"])
     fmt::print("    {:<18} {:>10} {:>10.4f} {:>10.4f}  {}\n", range["range"].get<std::string>(),
                range["count"].get<uint64_t>(), range["max_ulp"].get<double>(),
-               range["mean_ulp"].get<double>(), joined(range["arguments"]));
+               range["mean_ulp"].get<double>(),
+               range["max_ulp"] == 0 ? "" : joined(range["arguments"]));
+}
+
+// Grades with the same errors are shown once.
+static void show_details(const Json& functions) {
+  for (size_t i = 0; i < functions.size(); ++i) {
+    std::string names = functions[i]["name"];
+    const auto same = [&](size_t k) {
+      return functions[k]["family"] == functions[i]["family"] &&
+             functions[k]["type"] == functions[i]["type"] &&
+             functions[k]["worst"] == functions[i]["worst"] &&
+             functions[k]["ranges"] == functions[i]["ranges"];
+    };
+    size_t last = i;
+    while (last + 1 < functions.size() && same(last + 1))
+      names += ", " + functions[++last]["grade"].get<std::string>();
+    show_details(names, functions[i]);
+    i = last;
+  }
 }
 
 // ---- Drawing
@@ -276,8 +302,9 @@ static std::string panel(const std::vector<Json>& grades, size_t number) {
   double most = 0;
   for (size_t g = 0; g < grades.size(); ++g) {
     const Json& envelope = grades[g]["envelope"];
-    const bool repeated = std::any_of(grades.begin(), grades.begin() + int64_t(g),
-                                      [&](const Json& other) { return other["envelope"] == envelope; });
+    const bool repeated =
+        std::any_of(grades.begin(), grades.begin() + int64_t(g),
+                    [&](const Json& other) { return other["envelope"] == envelope; });
     if (repeated) continue;
     const std::string name = fmt::format("$d{}_{}", number, g);
     data += name + " << END\n";
@@ -298,7 +325,8 @@ static std::string panel(const std::vector<Json>& grades, size_t number) {
              "set title '{} {}'\nset xtics ({}) font ',8' rotate by -45\nset yrange [{}:{:g}]\n"
              "{}\n{}\n",
              grades[0]["family"].get<std::string>(), grades[0]["type"].get<std::string>(),
-             axis_ticks(width), most > 16 ? "0.01" : "0", most > 16 ? 2 * most : std::max(0.6, 1.15 * most),
+             axis_ticks(width), most > 16 ? "0.01" : "0",
+             most > 16 ? 2 * most : std::max(0.6, 1.15 * most),
              most > 16 ? "set logscale y" : "unset logscale y", plots);
 }
 
@@ -317,7 +345,8 @@ static void plot_accuracy(const std::string& path, const Json& functions) {
       "place)'\nset grid\nset key top right font ',8'\nset xrange [0:1]\nset tics font ',8'\n",
       rows, columns);
   for (size_t i = 0; i < panels.size(); ++i) commands += panel(panels[i], i);
-  draw_svg(path, columns == 1 ? 800 : 420 * columns, columns == 1 ? 450 : 60 + 240 * rows, commands);
+  draw_svg(path, columns == 1 ? 800 : 420 * columns, columns == 1 ? 450 : 60 + 240 * rows,
+           commands);
 }
 
 // ---- The command
@@ -334,16 +363,17 @@ static int accuracy(AccuracyOptions options) {
   const Json functions = run.measure(show_line);
   std::vector<std::string> families;
   for (const Json& entry : functions) families.push_back(entry["family"]);
-  const bool one = std::count(families.begin(), families.end(), families[0]) == int64_t(families.size());
-  if (options.details || one)
-    for (const Json& entry : functions) show_details(entry);
+  const bool one =
+      std::count(families.begin(), families.end(), families[0]) == int64_t(families.size());
+  if (options.details || one) show_details(functions);
   if (!options.json.empty()) {
-    Json document{{"kind", "luxvm accuracy"},
-                  {"library", {{"version", luxvmk3_version_text()}, {"digest", library_digest()}}},
-                  {"date", fmt::format("{:%Y-%m-%d}", fmt::localtime(time(nullptr)))},
-                  {"samples", options.sampling.samples},
-                  {"seed", options.sampling.seed},
-                  {"functions", functions}};
+    Json document{
+        {"kind", "luxvm accuracy"},
+        {"library", {{"version", luxvmGetLibVersion()->version}, {"digest", library_digest()}}},
+        {"date", fmt::format("{:%Y-%m-%d}", fmt::localtime(time(nullptr)))},
+        {"samples", options.sampling.samples},
+        {"seed", options.sampling.seed},
+        {"functions", functions}};
     if (!options.range.empty()) document["range"] = options.range;
     write_whole(options.json, document.dump(1) + "\n");
   }
@@ -364,10 +394,11 @@ void add_accuracy(CLI::App& program) {
       "accuracy", "Measure errors against exact values, beside what is promised");
   command->add_option("pattern", options->patterns,
                       "Parts of names, or globs over the whole name (default: everything)");
-  auto* samples = command->add_option("--samples", options->sampling.samples,
-                                      "Arguments per function, besides the steps of its method")
-                      ->capture_default_str()
-                      ->check(CLI::Range(100, 50'000'000));
+  command
+      ->add_option("--samples", options->sampling.samples,
+                   "Arguments per function, besides the steps of its method")
+      ->capture_default_str()
+      ->check(CLI::Range(100, 50'000'000));
   command->add_flag("--exhaustive", options->exhaustive,
                     "All 2^32 arguments of the one-argument 32f functions (others are sampled)");
   command->add_option("--range", options->range, "Only first arguments between A and B")
@@ -382,7 +413,6 @@ void add_accuracy(CLI::App& program) {
   command->add_option("--processors", options->processors, "To work on (default: all)")
       ->check(CLI::Range(1, 1024));
   command->add_flag("--fresh", options->fresh, "Start anew even if an earlier run was interrupted");
-  (void)samples;
   command->footer(
       "The error is the full distance to the exact value (MPFR, MPC) in units of the last place\n"
       "of the exact value's binade; those of the subnormals are the smallest. Results of another\n"

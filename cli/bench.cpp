@@ -3,12 +3,12 @@
 // luxvm bench: core cycles per element, beside the goals and other implementations.
 #include "bench/arguments.h"
 #include "cli/bench_rows.h"
+#include "cli/checkpoint.h"
 #include "cli/files.h"
 #include "cli/machine.h"
 #include "cli/reports.h"
 #include "luxcore.h"
 
-#include <dlfcn.h>
 #include <fmt/chrono.h>
 #include <gnu/libc-version.h>
 #include <signal.h>
@@ -394,16 +394,6 @@ static void print_summary(const BenchSummary& summary) {
 // ---- The file
 // ---------------------------------------------------------------------------------------
 
-// What tells one build of the library from another.
-static std::string library_hash() {
-  Dl_info info;
-  if (!dladdr(reinterpret_cast<void*>(luxvmGetLibVersion), &info)) return "";
-  std::ifstream file(info.dli_fname, std::ios::binary);
-  uint64_t hash = 0xcbf29ce484222325;
-  for (char c; file.get(c);) hash = (hash ^ uint8_t(c)) * 0x100000001b3;
-  return fmt::format("{:016x}", hash);
-}
-
 static Json settings_json(const BenchOptions& options) {
   return {{"patterns", options.patterns}, {"n", options.lengths},
           {"threads", options.threads},   {"offset", options.offsets},
@@ -419,7 +409,7 @@ static Json document_for(const BenchOptions& options) {
           {"compiler", "GCC " __VERSION__},
           {"libm", fmt::format("glibc {}{}", gnu_get_libc_version(),
                                no_sse2 ? " without SSE2 variants" : "")},
-          {"library", library_hash()},
+          {"library", library_digest()},
           {"ticks_per_cycle", bench::ticks_per_cycle()},
           {"settings", settings_json(options)}};
 }

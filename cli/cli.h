@@ -35,6 +35,8 @@ void add_eval(CLI::App& program);
 void add_apply(CLI::App& program);
 void add_env(CLI::App& program);
 void add_explain(CLI::App& program);
+void add_accuracy(CLI::App& program);
+void add_diff(CLI::App& program);
 void add_bench(CLI::App& program);
 
 #endif

@@ -91,6 +91,8 @@ static int run(const std::vector<std::string>& arguments) {
   add_apply(program);
   add_env(program);
   add_explain(program);
+  add_accuracy(program);
+  add_diff(program);
   add_bench(program);
 
   // The parser takes the arguments in reverse.

@@ -11,8 +11,8 @@
 class Progress {
  public:
   enum Unit { kBytes, kShare };
-  // A total of 0 means unknown: only the bytes are shown. A share of the work comes with an estimate
-  // of the time left.
+  // A total of 0 means unknown: only the bytes are shown. A share of the work comes with an
+  // estimate of the time left.
   Progress(std::string label, uint64_t total, Unit unit = kBytes);
   ~Progress();
   Progress(const Progress&) = delete;

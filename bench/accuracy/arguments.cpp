@@ -437,6 +437,10 @@ class Generator {
 
 }  // namespace
 
+std::vector<Argument> make_arguments(const Function& function, const Sampling& sampling) {
+  return Generator(function, sampling).make();
+}
+
 // Writing x = m 2^q with an integer m below 2^p, the distance of x from the nearest multiple of
 // pi/2 is that of m (2^q 2/pi) from the nearest integer: the denominators of the convergents of
 // that number are where it is smallest, and multiples of them come next.

@@ -12,7 +12,7 @@
 namespace bench {
 
 struct Sampling {
-  int samples = 100'000;  // about; all step points come on top of it
+  int samples = 200'000;  // about; all step points come on top of it
   uint64_t seed = 1;
   double low = -HUGE_VAL, high = HUGE_VAL;  // of the first argument, of its real part when complex
 

@@ -92,16 +92,43 @@ Quick find_quick(const Function& function) {
   return nullptr;
 }
 
-// Powers of two, and how many units in the last place make 1, by exponent field of a single.
+// By exponent field of a single: the binade's least number, and how many units in the last place
+// make 1.
 struct Scale {
-  Wide binade[256], units[256];
+  double binade[256], units[256];
   Scale() {
     for (int field = 0; field < 256; ++field) {
       const int exponent = std::max(field, 1) - 127;
-      binade[field] = ldexpl(1, exponent);
-      units[field] = ldexpl(1, 23 - exponent);
+      binade[field] = ldexp(1, exponent);
+      units[field] = ldexp(1, 23 - exponent);
     }
   }
+};
+
+// The class of the histogram. Nearly all errors are below 1 and spread evenly, so that branches
+// would be guessed wrong: integers are compared instead, in steps of 2^-24, which the quick values
+// allow.
+class Classes {
+ public:
+  Classes() {
+    for (int i = 0; i < kBelowOne; ++i) edges_[i] = int32_t(kHistogram[i] * 0x1p24);
+  }
+  int of(Wide ulp) const {
+    if (ulp <= 1) {
+      const int32_t steps = int32_t(lrintl(ulp * 0x1p24L));
+      int c = 0;
+      for (const int32_t edge : edges_) c += steps > edge;
+      return c;
+    }
+    int c = kBelowOne;
+    while (c < kClasses - 1 && ulp > kHistogram[c]) ++c;
+    return c;
+  }
+
+ private:
+  static constexpr int kBelowOne =
+      int(std::find(std::begin(kHistogram), std::end(kHistogram), 1) - std::begin(kHistogram)) + 1;
+  int32_t edges_[kBelowOne];
 };
 
 // The tenth worst error of a grade as far as any thread knows it: only what reaches it needs MPFR.
@@ -180,6 +207,7 @@ class Exhauster {
     Statistics::Range part;
     Wide sum = 0, largest = 0;
     uint64_t* const classes = statistics.classes;
+    double relative_step = statistics.max_relative * 0x1p23;
     double floor = floors_[g].raise(statistics.threshold());
     for (uint32_t i = 0; i < kBlock; ++i) {
       const Wide exact = exact_[k][i];
@@ -192,22 +220,24 @@ class Exhauster {
         ulp *= field > 1 ? 2 : 1;
       else if (field < 255 && fabsl(exact) >= 2 * scale_.binade[field] && field < 254)
         ulp /= 2;
-      // A NaN fails the first comparison.
+      if (input_[i] << 1 > 0xFF000000 && got[i] << 1 > 0xFF000000) continue;  // NaN of a NaN
+      // A NaN fails the comparison.
       const bool plain =
           field < 255 && fabsl(exact) < 0x1.fffffp127L && (exact != 0 || got[i] << 1);
-      if (!plain || !(ulp + 2 * kMargin < floor)) {
+      if (!plain && same_limit(got[i], exact)) {
+        ulp = 0;
+      } else if (!plain || !(ulp + 2 * kMargin < floor)) {
         ulp = measure_exactly(Case{{input_[i]}, got[i], k, 0}, statistics);
         if (ulp < 0) continue;
         floor = floors_[g].raise(statistics.threshold());
-      } else if (ulp > statistics.max_relative * 0x1p23) {  // a unit is at most 2^-23 of the value
+      } else if (ulp > relative_step) {  // a unit is at most 2^-23 of the value
         const Wide relative = off / fmaxl(fabsl(exact), 0x1p-126L);
         statistics.max_relative = std::max(statistics.max_relative, double(relative));
+        relative_step = statistics.max_relative * 0x1p23;
       }
       ++part.count;
       sum += ulp;
-      int c = 0;
-      while (c < kClasses - 1 && ulp > kHistogram[c]) ++c;
-      ++classes[c];
+      ++classes[classes_.of(ulp)];
       if (ulp > largest) {
         largest = ulp;
         part.worst = {input_[i]};
@@ -223,6 +253,13 @@ class Exhauster {
       float& bin = statistics.envelope[size_t(envelope_bin(first, 4))];
       bin = std::max(bin, float(largest));
     }
+  }
+
+  // Both NaN, both zero, or both infinite by the same sign: no distance.
+  static bool same_limit(uint32_t got, Wide exact) {
+    if (isnan(exact)) return is_nan(got, 4);
+    if (signbit(exact) != bool(got >> 31)) return false;
+    return exact == 0 ? got << 1 == 0 : is_infinite(got, 4) && fabsl(exact) >= 0x1p128L;
   }
 
   // The error with MPFR, or below 0 when there is none to count.
@@ -252,7 +289,8 @@ class Exhauster {
   Quick quick_;
   Oracle oracle_;
   int results_;
-  Scale scale_;
+  const Scale scale_;
+  const Classes classes_;
   uint32_t input_[kBlock];
   std::vector<std::array<std::vector<uint32_t>, 2>> outputs_;
   Wide exact_[2][kBlock];

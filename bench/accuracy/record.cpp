@@ -8,9 +8,7 @@
 namespace bench {
 namespace {
 
-Json raw(const Case& found) {
-  return {found.argument, found.got, found.result, found.ulp};
-}
+Json raw(const Case& found) { return {found.argument, found.got, found.result, found.ulp}; }
 Case case_of(const Json& raw) { return {raw[0], raw[1], raw[2], raw[3]}; }
 
 Json raw(const std::vector<Case>& cases) {
@@ -56,9 +54,7 @@ Json judged(const Statistics& statistics, const Accuracy& bound) {
 
 }  // namespace
 
-std::string hex(uint64_t bits, int width) {
-  return fmt::format("0x{:0{}X}", bits, 2 * width);
-}
+std::string hex(uint64_t bits, int width) { return fmt::format("0x{:0{}X}", bits, 2 * width); }
 
 Json record_of(const Statistics& s) {
   Json ranges = Json::array();
@@ -142,8 +138,7 @@ Json report_of(const Function& function, const Statistics& s, bool exhaustive) {
               {"guarantee", judged(s, guarantee(function))}};
   if (function.type.complex()) report["max_normwise"] = finite(s.max_normwise);
   if (const Goal* goal = find_goal(function)) report["goal"] = judged(s, goal->accuracy);
-  if (s.beside > 0)
-    report["exceptions"] = {{"count", s.beside}, {"max_ulp", finite(s.max_beside)}};
+  if (s.beside > 0) report["exceptions"] = {{"count", s.beside}, {"max_ulp", finite(s.max_beside)}};
   report["worst"] = reported(function, s.worst);
   if (s.mismatches > 0) report["mismatched"] = reported(function, s.mismatched);
   report["histogram"] = histogram;

@@ -17,8 +17,8 @@ Statistics statistics_of(const Json& record);
 Json record_of(const Exhaustion& exhaustion);
 Exhaustion exhaustion_of(const Json& record);
 
-// One function's entry: largest error with its argument, mean, histogram, the ten worst, the same by
-// range of the first argument, guarantee and goal.
+// One function's entry: largest error with its argument, mean, histogram, the ten worst, the same
+// by range of the first argument, guarantee and goal.
 Json report_of(const Function& function, const Statistics& statistics, bool exhaustive);
 
 std::string hex(uint64_t bits, int width);
