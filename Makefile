@@ -9,7 +9,7 @@ JOBS = $(shell nproc)
 # What to build; empty for everything.
 TARGETS =
 
-.PHONY: help deps build run test slow test-slow asan bench install format clean
+.PHONY: help deps build run test slow test-slow asan accuracy accuracy-quick bench hashes install format clean
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -43,7 +43,21 @@ asan: deps   ## build with the sanitizers and run the tests under them
 
 bench: deps  ## measure every function and renew docs/performance.md
 	@$(MAKE) --no-print-directory build TARGETS=luxvm
-	tools/performance.py $(BUILD)/bin/luxvm docs/performance.md --figures $(BUILD)/figures
+	tools/performance.py $(BUILD)/bin/luxvm docs/performance.md --figures $(BUILD)/speed
+
+accuracy: deps  ## measure all errors, every single of the one-argument 32f functions, and renew docs/accuracy.md
+	@$(MAKE) --no-print-directory build TARGETS=luxvm
+	tools/accuracy.sh $(BUILD)/bin $(BUILD)/figures --exhaustive
+
+accuracy-quick: deps  ## the same by samples only, in minutes
+	@$(MAKE) --no-print-directory build TARGETS=luxvm
+	tools/accuracy.sh $(BUILD)/bin $(BUILD)/figures --samples 50000
+
+hashes: deps ## renew the published hashes of all results, once every other test has passed
+	@$(MAKE) --no-print-directory build
+	ctest --preset fast --exclude-regex '^(published_hashes|check_test)$$'
+	$(BUILD)/bin/luxvm check --publish bench/result_hashes.def
+	@$(MAKE) --no-print-directory build
 
 install: deps  ## install under PREFIX (/usr/local), below DESTDIR if set
 	@$(MAKE) --no-print-directory build

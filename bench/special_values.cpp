@@ -50,11 +50,12 @@ constexpr uint64_t F(float x) { return std::bit_cast<uint32_t>(x); }
 #define ROW_2_1_1(x, scalar, y, code) ROW(2_1_1, x, scalar, y, 0, code)
 #define ROW_1_2(x, y1, y2, code) ROW(1_2, x, 0, y1, y2, code)
 #define ROUNDED(family, type, x, y) OF(family, type, ALL) ROW_1_1(x, y, 0)
-#define ROUNDING(type, x, floor, ceil, trunc, round, nearest)   \
-  ROUNDED(Floor, type, x, floor)                                \
-  ROUNDED(Ceil, type, x, ceil)                                  \
-  ROUNDED(Trunc, type, x, trunc) ROUNDED(Round, type, x, round) \
-      ROUNDED(NearbyInt, type, x, nearest) ROUNDED(Rint, type, x, nearest)
+#define ROUNDING(type, x, floor, ceil, trunc, round, nearest) \
+  ROUNDED(Floor, type, x, floor)                              \
+  ROUNDED(Ceil, type, x, ceil)                                \
+  ROUNDED(Trunc, type, x, trunc)                              \
+  ROUNDED(Round, type, x, round)                              \
+  ROUNDED(NearbyInt, type, x, nearest) ROUNDED(Rint, type, x, nearest)
 
 constexpr Line kLines[] = {
 #include "bench/special_values.def"
@@ -73,19 +74,18 @@ constexpr bool fits(const Number& number, int width) {
 // A row of another shape than its functions have, a pattern too long for them, a heading that
 // stands for no function: the number of the first such line, 0 when there is none.
 constexpr int first_wrong_line() {
-  const Function* function = nullptr;
+  constexpr int kNone = int(std::size(kFunctions));
+  int at = kNone;
   for (const Line& line : kLines) {
     if (line.shape.empty()) {
-      function = nullptr;
-      for (const Function& f : kFunctions)
-        if (!function && applies(line, f)) function = &f;
-      if (!function) return line.number;
+      for (at = 0; at < kNone && !applies(line, kFunctions[at]);) ++at;
+      if (at == kNone) return line.number;
       continue;
     }
-    if (!function || line.shape != function->shape.name) return line.number;
+    if (at == kNone || line.shape != kFunctions[at].shape.name) return line.number;
     for (int k = 0; k < 2; ++k)
-      if (!fits(line.argument[k], function->type.width) ||
-          !fits(line.result[k], function->type.width))
+      if (!fits(line.argument[k], kFunctions[at].type.width) ||
+          !fits(line.result[k], kFunctions[at].type.width))
         return line.number;
   }
   return 0;

@@ -38,5 +38,6 @@ void add_explain(CLI::App& program);
 void add_accuracy(CLI::App& program);
 void add_diff(CLI::App& program);
 void add_bench(CLI::App& program);
+void add_check(CLI::App& program);
 
 #endif

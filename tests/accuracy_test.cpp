@@ -1,159 +1,253 @@
 // SPDX-License-Identifier: MIT
 //
-// Errors of the graded functions in units of the last place of the exact result, computed with MPFR
-// at 200 bits.
+// Every built function keeps to its guarantee and reaches its goal on a sample of arguments; and
+// the measurement itself: distances, exact values, hard arguments, and that a faulty kernel is
+// found.
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
-#include <vector>
+#include <algorithm>
+#include <string>
 
+#include "bench/accuracy/exhaustive.h"
+#include "bench/accuracy/promises.h"
+#include "bench/accuracy/record.h"
 #include "tests/catalog.h"
-#include "tests/mpfr_number.h"
+#include "tests/support.h"
 
-constexpr int kBits = 200;
+using bench::Argument;
+using bench::Case;
+using bench::Oracle;
+using bench::Real;
+using bench::Statistics;
 
-struct Span {
-  double low, high;
-  int count;
-};
-// What a function is measured against: the exact function, the worst error that its documentation
-// states (normal results, subnormal results), the intervals that deserve a close look.
-struct Measure {
-  std::string_view family, type;
-  void (*exact)(mpfr_t result, const mpfr_t x, const mpfr_t y);
-  double ulps, subnormal_ulps;
-  int per_exponent;  // random arguments for every exponent of each source
-  std::vector<Span> spans;
-  std::vector<double> steps;  // points where the method changes: both neighbours are tried
-};
+constexpr std::atomic<bool> kGoOn{false};
 
-static void inv(mpfr_t r, const mpfr_t x, const mpfr_t) { mpfr_ui_div(r, 1, x, MPFR_RNDN); }
-static void div(mpfr_t r, const mpfr_t x, const mpfr_t y) { mpfr_div(r, x, y, MPFR_RNDN); }
-static void exp(mpfr_t r, const mpfr_t x, const mpfr_t) { mpfr_exp(r, x, MPFR_RNDN); }
+// ---- The functions
 
-static const Measure kMeasures[] = {
-    {"Inv", "32f", inv, 0.5, 0.5, 400, {{1, 2, 40000}}, {0x1p-126, 0x1p-128, 0x1p126}},
-    {"Div", "32f", div, 0.5, 0.5, 400, {{1, 2, 40000}}, {0x1p-126, 0x1p126}},
-    {"Inv", "64f", inv, 0.502, 0.502, 60, {{1, 2, 60000}, {0.5, 4, 60000}}, {0x1p-1022, 0x1p1022}},
-    {"Div", "64f", div, 0.502, 0.502, 60, {{1, 2, 60000}, {0.5, 4, 60000}}, {0x1p-1022, 0x1p1022}},
-    {"Exp",
-     "32f",
-     exp,
-     0.612,
-     0.612,
-     60,
-     {{-1, 1, 60000}, {-104, 89, 100000}, {-104, -87, 20000}, {-0.02, 0.02, 20000}},
-     {0, 88.72283935546875, -88.72283935546875, -103.97207641601562, -0x1.5d589ep+6}},
-    {"Exp",
-     "64f",
-     exp,
-     0.80,
-     0.66,
-     20,
-     {{-1, 1, 60000}, {-745.2, 709.8, 100000}, {-745.2, -708.39, 20000}, {-1e-4, 1e-4, 20000}},
-     {0, 708.39599609375, -708.39599609375, 709.7827128933841, -708.3964185322642,
-      -745.1332191019412}},
-};
+class Accuracy : public testing::TestWithParam<std::vector<const Function*>> {};
 
-// The full distance of what was computed from the exact value, which may be out of range.
-template <class U>
-static double ulps_off(U got, const mpfr_t exact) {
-  constexpr int p = Format<U>::mantissa + 1, least = 2 - Format<U>::bias;
-  if (mpfr_nan_p(exact) || is_nan(got)) return mpfr_nan_p(exact) && is_nan(got) ? 0 : INFINITY;
-  mpfr_t g, unit;
-  mpfr_inits2(kBits, g, unit, nullptr);
-  if ((got & ~kSign<U>) == kInfinity<U>) {  // stands for the first value beyond the range
-    mpfr_set_si_2exp(g, got & kSign<U> ? -1 : 1, Format<U>::bias + 1, MPFR_RNDN);
-    if (mpfr_inf_p(exact)) mpfr_set(g, exact, MPFR_RNDN);
-  } else {
-    set_exact(g, got);
+static std::vector<std::vector<const Function*>> groups() {
+  std::vector<std::vector<const Function*>> all;
+  for (const Function& f : kFunctions) {
+    if (!f.call) continue;
+    if (all.empty() || !all.back()[0]->is(f.family, f.type.name)) all.emplace_back();
+    all.back().push_back(&f);
   }
-  double off = 0;
-  if (mpfr_equal_p(g, exact)) {
-    off = mpfr_zero_p(exact) && bool(mpfr_signbit(exact)) != bool(got & kSign<U>) ? INFINITY : 0;
-  } else if (mpfr_inf_p(exact)) {
-    off = INFINITY;
-  } else if (!mpfr_zero_p(exact) && mpfr_get_exp(exact) > Format<U>::bias + 1) {
-    off = (got & ~kSign<U>) == kInfinity<U> ? 0 : INFINITY;
-  } else {
-    const int exponent = mpfr_zero_p(exact) ? least : std::max<int>(mpfr_get_exp(exact), least);
-    mpfr_set_ui_2exp(unit, 1, exponent - p, MPFR_RNDN);
-    mpfr_sub(g, g, exact, MPFR_RNDN);
-    mpfr_div(g, g, unit, MPFR_RNDA);
-    off = std::fabs(mpfr_get_d(g, MPFR_RNDA));
-  }
-  mpfr_clears(g, unit, nullptr);
-  return off;
+  return all;
 }
 
-template <class U>
-static U pattern_of(double x) {
-  if constexpr (sizeof(U) == 8) return bits(x);
-  const volatile float narrow = float(x);
-  return U(bits(float(narrow)));
+INSTANTIATE_TEST_SUITE_P(All, Accuracy, testing::ValuesIn(groups()), [](const auto& info) {
+  return std::string(info.param[0]->family) + "_" + std::string(info.param[0]->type.name);
+});
+
+TEST_P(Accuracy, KeepsToGuaranteeAndGoal) {
+  const auto& grades = GetParam();
+  bench::Sampling sampling;
+  sampling.samples = grades[0]->type.complex() ? 3000 : 20'000;
+  const auto arguments = bench::make_arguments(*grades[0], sampling);
+  const auto statistics = bench::survey(grades, arguments, 2, nullptr, kGoOn);
+  for (size_t g = 0; g < grades.size(); ++g) {
+    const Statistics& s = statistics[g];
+    const std::string worst = s.worst.empty() ? "-" : bench::hex(s.worst[0].argument[0], 8);
+    const bench::Accuracy guaranteed = bench::guarantee(*grades[g]);
+    const bench::Goal* const goal = bench::find_goal(*grades[g]);
+    EXPECT_EQ(s.mismatches, 0u) << grades[g]->name << " first at "
+                                << bench::hex(s.mismatched[0].argument[0], 8) << ": "
+                                << bench::hex(s.mismatched[0].got, 8);
+    EXPECT_TRUE(bench::within(s, guaranteed))
+        << grades[g]->name << ": " << s.max_ulp() << " ulp at " << worst << ", not "
+        << bench::text_of(guaranteed);
+    EXPECT_TRUE(!goal || bench::within(s, goal->accuracy))
+        << grades[g]->name << ": " << s.max_ulp() << " ulp at " << worst << ", not "
+        << bench::text_of(goal->accuracy);
+  }
 }
 
-template <class U>
-static std::vector<U> arguments(const Measure& m, uint64_t seed) {
-  Random random{seed};
-  std::vector<U> all;
-  for (int k = 0; k < m.per_exponent; ++k)
-    for (U e = 0; e < U(2 * Format<U>::bias + 1); ++e) {
-      constexpr int bits = Format<U>::mantissa;
-      all.push_back((U(random.next()) & (kSign<U> | ((U(1) << bits) - 1))) | e << bits);
+// ---- Distances
+
+TEST(UlpError, IsTheFullDistanceInTheExactValuesBinade) {
+  const struct {
+    uint64_t got;
+    int width;
+    const char* exact;
+    double ulp;
+    bool mismatch;
+  } rows[] = {
+      {0x3F800000, 4, "0x1.000001p0", 0.5, false},    // midway above 1
+      {0x3F800000, 4, "0x0.ffffff8p0", 0.5, false},   // below 1 the unit is half as large
+      {0x3F800001, 4, "0x0.ffffffp0", 3, false},      //
+      {0x3F800000, 4, "1", 0, false},                 //
+      {0xBF800000, 4, "1", 16777216, false},          // a wrong sign is far, not a mismatch
+      {0x00000001, 4, "0x1p-150", 0.5, false},        // subnormals: units of the least
+      {0x00000000, 4, "0x1p-150", 0.5, false},        //
+      {0x80000000, 4, "0x1p-150", 0.5, false},        // any zero is as far
+      {0x00000000, 4, "-0", 0, true},                 // but an exact zero has a sign
+      {0x7F800000, 4, "0x1.ffffffp127", 0.5, false},  // infinity stands for 2^128
+      {0x7F7FFFFF, 4, "0x1.ffffffp127", 0.5, false},  //
+      {0x7F7FFFFF, 4, "0x1p128", 1, false},           //
+      {0x7F800000, 4, "0x1p999", 0, false},           //
+      {0xFF800000, 4, "0x1p999", 0, true},            //
+      {0x7F7FFFFF, 4, "inf", 0, true},                // a pole must be met
+      {0x7FC00000, 4, "1", 0, true},                  //
+      {0x3F800000, 4, "nan", 0, true},                //
+      {0x7FC00000, 4, "nan", 0, false},               //
+      {0x3FF0000000000001, 8, "1", 1, false},         //
+      {0x3FF0000000000000, 8, "0x1.00000000000004p0", 0.25, false},
+      {0x0000000000000003, 8, "0x1.4p-1073", 0.5, false},
+  };
+  for (const auto& row : rows) {
+    Real exact(120);
+    mpfr_strtofr(exact, row.exact, nullptr, 0, MPFR_RNDN);
+    const bench::Error error = bench::error_of(row.got, row.width, exact);
+    EXPECT_EQ(error.mismatch, row.mismatch) << std::hex << row.got << " for " << row.exact;
+    EXPECT_DOUBLE_EQ(error.ulp, row.ulp) << std::hex << row.got << " for " << row.exact;
+  }
+}
+
+// ---- Exact values
+
+static const Function& named(std::string_view name) {
+  return *std::find_if(std::begin(kFunctions), std::end(kFunctions),
+                       [&](const Function& f) { return f.name == name; });
+}
+
+TEST(Oracle, KnowsEveryFunction) {
+  for (const Function& f : kFunctions) EXPECT_NO_THROW(Oracle{f}) << f.name;
+}
+
+TEST(Oracle, AgreesWithKnownValues) {
+  const struct {
+    const char* name;
+    double x, y;
+    const char* first;
+    const char* second;
+  } rows[] = {
+      {"luxsInvCbrt_64f_A53", -8, 0, "-0.5", nullptr},
+      {"luxsSinCos_64f_A53", 1, 0, "0.84147098480789650665250232163029899962256306079837",
+       "0.54030230586813971740093660744297660373231042061792"},
+      {"luxsModf_64f", -2.75, 0, "-2", "-0.75"},
+      {"luxsRint_64f", 2.5, 0, "2", nullptr},
+      {"luxsAtan2_64f_A53", -1, 0, "-1.5707963267948966192313216916397514420985846996876", nullptr},
+      {"luxsPowx_64f_A53", 2, 0.5, "1.4142135623730950488016887242096980785696718753769", nullptr},
+      // Abramowitz and Stegun's table of the error function, by its inverse.
+      {"luxsErfInv_64f_A53", 0.84270079294971489, 0, "1.0000000000000000536", nullptr},
+      // A component each: log(-1 + 0i) = i pi.
+      {"luxsLn_64fc_A53", -1, 0, "0", "3.1415926535897932384626433832795028841971693993751"},
+  };
+  for (const auto& row : rows) {
+    Oracle oracle(named(row.name));
+    oracle.evaluate({bits(row.x), bits(row.y)});
+    for (const auto& [k, text] : {std::pair{0, row.first}, std::pair{1, row.second}}) {
+      if (!text) continue;
+      Real want(160), distance(160);
+      mpfr_strtofr(want, text, nullptr, 10, MPFR_RNDN);
+      mpfr_sub(distance, oracle.exact(k), want, MPFR_RNDN);
+      EXPECT_LT(std::abs(mpfr_get_d(distance, MPFR_RNDN)), 1e-17) << row.name << " part " << k;
     }
-  for (const Span& span : m.spans)
-    for (int k = 0; k < span.count; ++k)
-      all.push_back(pattern_of<U>(span.low + (span.high - span.low) * random.unit()));
-  for (const double step : m.steps)
-    for (int k = -8; k <= 8; ++k) all.push_back(pattern_of<U>(step) + U(k));
-  for (size_t i = all.size(); i-- > 1;) std::swap(all[i], all[random.next() % (i + 1)]);
-  return all;
-}
-
-template <class U>
-static void measure(const Function& f, const Measure& m) {
-  const std::vector<U> x = arguments<U>(m, 1), y = arguments<U>(m, 2);
-  std::vector<U> out(x.size());
-  f.call({{x.data(), y.data()}, {out.data()}, nullptr}, int32_t(x.size()));
-  mpfr_t a, b, exact;
-  mpfr_inits2(kBits, a, b, exact, nullptr);
-  double worst = 0;
-  size_t worst_at = 0;
-  int failures = 0;
-  for (size_t i = 0; i < x.size() && failures < 10; ++i) {
-    set_exact(a, x[i]);
-    set_exact(b, y[i]);
-    m.exact(exact, a, b);
-    const bool subnormal = mpfr_regular_p(exact) && mpfr_get_exp(exact) < 2 - Format<U>::bias;
-    const double off = ulps_off(out[i], exact);
-    if (off > worst) worst = off, worst_at = i;
-    if (off <= (subnormal ? m.subnormal_ulps : m.ulps)) continue;
-    ++failures;
-    ADD_FAILURE() << f.name << "(0x" << std::hex << x[i] << (f.shape.sources > 1 ? ", 0x" : "")
-                  << (f.shape.sources > 1 ? testing::PrintToString(y[i]) : "") << "): got 0x"
-                  << out[i] << ", wanted 0x" << stored<U>(exact) << ", " << off << " ulp off";
   }
-  printf("%-20s worst error %.4f ulp at 0x%llx (%zu arguments)\n", f.name.data(), worst,
-         (unsigned long long)x[worst_at], x.size());
-  mpfr_clears(a, b, exact, nullptr);
 }
 
-class Accuracy : public testing::TestWithParam<Function> {};
-static std::vector<Function> graded_reals() {
-  std::vector<Function> all;
-  for (const Function& f : kCatalog)
-    if (f.graded() && f.type.width == f.type.bytes()) all.push_back(f);
-  return all;
+TEST(Oracle, InverseErrorFunctionUndoesTheErrorFunction) {
+  Oracle inverse(named("luxsErfInv_64f_A53"));
+  for (const double x : {1e-300, 1e-9, 0.3, 0.5, 0.75, 0.999, 1 - 0x1p-53, -0.6}) {
+    inverse.evaluate({bits(x)});
+    Real back(144);
+    mpfr_erf(back, inverse.exact(0), MPFR_RNDN);
+    mpfr_div_d(back, back, x, MPFR_RNDN);
+    mpfr_sub_ui(back, back, 1, MPFR_RNDN);
+    EXPECT_LT(std::abs(mpfr_get_d(back, MPFR_RNDN)), 0x1p-130) << x;
+  }
 }
-INSTANTIATE_TEST_SUITE_P(All, Accuracy, testing::ValuesIn(graded_reals()),
-                         [](const auto& info) { return std::string(info.param.name.substr(4)); });
 
-TEST_P(Accuracy, StaysWithinItsBound) {
-  const Function& f = GetParam();
-  for (const Measure& m : kMeasures)
-    if (f.is(m.family, m.type))
-      return f.type.width == 4 ? measure<uint32_t>(f, m) : measure<uint64_t>(f, m);
-  ADD_FAILURE() << f.name << " has no measure";
+TEST(HardArguments, IncludeTheDoubleNearestToAMultipleOfHalfPi) {
+  const auto found = bench::nearest_to_pi_multiples(849, 8);
+  EXPECT_TRUE(std::count(found.begin(), found.end(), bits(6381956970095103.0 * 0x1p797)));
+  for (int exponent = 0; exponent < 1024; exponent += 31)
+    for (const uint64_t x : bench::nearest_to_pi_multiples(exponent, 8))
+      EXPECT_EQ(int(x >> 52) - 1023, exponent);
+}
+
+// ---- Faults
+
+// The exponential, spoiled.
+template <class Fault>
+static Function spoiled(std::string_view name, Fault) {
+  static const Function* right;
+  right = &named(name);
+  Function f = *right;
+  f.call = [](const Arrays& arrays, int32_t len) {
+    const Status status = right->call(arrays, len);
+    for (int32_t i = 0; i < len; ++i)
+      Fault()(static_cast<const uint32_t*>(arrays.source[0])[i], i,
+              static_cast<uint32_t*>(arrays.destination[0])[i]);
+    return status;
+  };
+  return f;
+}
+
+template <class Fault>
+static Statistics survey_of(Fault fault) {
+  const Function f = spoiled("luxsExp_32f_A24", fault);
+  bench::Sampling sampling;
+  sampling.samples = 20'000;
+  return bench::survey({&f}, bench::make_arguments(f, sampling), 2, nullptr, kGoOn)[0];
+}
+
+TEST(Survey, FindsAWrongLane) {
+  const Statistics s = survey_of([](uint32_t x, int32_t i, uint32_t& y) {
+    if (i % 4 == 2 && x >> 23 == 0x7F) y += 2;  // [1, 2)
+  });
+  EXPECT_GT(s.max_ulp(), 1.4);
+}
+TEST(Survey, FindsAWrongBound) {  // the last argument with a finite result
+  const Statistics s = survey_of([](uint32_t x, int32_t, uint32_t& y) {
+    if (x == 0x42B17217) y = 0x7F800000;
+  });
+  EXPECT_GT(s.max_ulp(), 100);
+  EXPECT_EQ(s.worst[0].argument[0], 0x42B17217u);
+}
+TEST(Survey, FindsAWrongBinade) {
+  const Statistics s = survey_of([](uint32_t x, int32_t, uint32_t& y) {
+    if (x >> 23 == 127 + 256 - 20) y += 2;  // -2^-20
+  });
+  EXPECT_GT(s.max_ulp(), 1.4);
+  const auto is_there = [](const Case& c) { return c.argument[0] >> 23 == 127 + 256 - 20; };
+  EXPECT_TRUE(is_there(s.worst[0]));
+}
+TEST(Survey, CountsResultsOfAnotherClassApart) {
+  const Statistics s = survey_of([](uint32_t x, int32_t, uint32_t& y) {
+    if (x >> 20 == 0x412) y = 0x7FC00000;
+  });
+  EXPECT_GT(s.mismatches, 0u);
+  EXPECT_LT(s.max_ulp(), 0.62);
+  EXPECT_FALSE(bench::within(s, {bench::Accuracy::kUlp, 1}));
+}
+
+TEST(Exhaustive, FindsOneWrongResultAndGoesOnWhereItStopped) {
+  const Function f = spoiled("luxsExp_32f_A24", [](uint32_t x, int32_t, uint32_t& y) {
+    if (x == 0x3F812345) y += 3;
+  });
+  const std::vector<const Function*> grades{&f};
+  const auto two_slices = [] {
+    bench::Exhaustion exhaustion;
+    exhaustion.done.assign(bench::Exhaustion::kSlices, true);
+    // One of results, one of NaNs.
+    exhaustion.done[0x3F812345u >> 22] = exhaustion.done[0x7FC00000u >> 22] = false;
+    return exhaustion;
+  };
+  bench::Exhaustion whole = two_slices();
+  bench::exhaust(grades, whole, 1, nullptr, nullptr, kGoOn);
+  EXPECT_EQ(whole.statistics[0].worst[0].argument[0], 0x3F812345u);
+  EXPECT_GT(whole.statistics[0].max_ulp(), 2.4);
+  EXPECT_EQ(whole.statistics[0].count, 1u << 22);
+
+  bench::Exhaustion halves = two_slices();
+  std::atomic<bool> stop{false};
+  bench::exhaust(
+      grades, halves, 1, [&](uint64_t, uint64_t) { stop = true; }, nullptr, stop);
+  EXPECT_EQ(std::count(halves.done.begin(), halves.done.end(), false), 1);
+  halves = bench::exhaustion_of(bench::Json::parse(bench::record_of(halves).dump()));
+  bench::exhaust(grades, halves, 1, nullptr, nullptr, kGoOn);
+  EXPECT_EQ(bench::report_of(f, halves.statistics[0], true).dump(),
+            bench::report_of(f, whole.statistics[0], true).dump());
 }

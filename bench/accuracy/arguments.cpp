@@ -139,6 +139,15 @@ class Generator {
     if (chance(0.125)) significand = chance(0.5) ? below(3) : ones - below(3);
     return (chance(0.5) ? layout(width_).sign() : 0) | exponent << mantissa | significand;
   }
+  // Number i of a sequence that visits every exponent with either sign in turn.
+  uint64_t stratum(int i) {
+    if (!sampling_.whole_line()) return any();
+    const auto [mantissa, bias] = layout(width_);
+    const uint64_t significand = any() & ((uint64_t(1) << mantissa) - 1);
+    const int fields = 2 * bias + 1;
+    return (i / fields % 2 ? layout(width_).sign() : 0) | uint64_t(i % fields) << mantissa |
+           significand;
+  }
   uint64_t any(int part = 0) {
     if (part == 0 && !sampling_.whole_line())
       return at_position(low_ + int64_t(random_() % uint64_t(high_ - low_ + 1)), width_);
@@ -281,7 +290,7 @@ class Generator {
   void fill_one(int count) {
     const bool trigonometric = function_.family == "Sin" || function_.family == "Cos" ||
                                function_.family == "SinCos" || function_.family == "Tan";
-    for (int i = 0; i < count * 7 / 20; ++i) add(with(any()));
+    for (int i = 0; i < count * 7 / 20; ++i) add(with(stratum(i)));
     for (int i = 0; i < count * 11 / 20; ++i) add(with(dense()));
     for (int i = 0; i < count / 200; ++i) add_edge(with(mixed(0)), 0);
     for (int i = 0; i < count / 20; ++i) add_near_midpoint(with(mixed(0)));
