@@ -32,8 +32,7 @@ struct BenchOptions {
   int32_t milliseconds = 60, passes = 1;
 };
 
-// ---- What the options say
-// -------------------------------------------------------------------------
+// ---- What the options say --------------------------------------------------------------------
 
 static double number_in(const std::string& text, const std::string& what) {
   size_t used = 0;
@@ -139,8 +138,7 @@ static void check(const BenchOptions& options) {
   if (options.large) throw Failure("--large leaves no place for --special elements");
 }
 
-// ---- One process for each function and thread count
-// -------------------------------------------------
+// ---- One process for each function and thread count ------------------------------------------
 
 static BenchRow measure_point(const Function& function, int32_t threads, int32_t n, int32_t offset,
                               const BenchOptions& options) {
@@ -247,8 +245,7 @@ static void measure_in_child(const Function& function, int32_t threads, const Be
   if (!error.empty()) throw Failure(fmt::format("{}: {}", function.name, error));
 }
 
-// ---- The table
-// --------------------------------------------------------------------------------------
+// ---- The table -------------------------------------------------------------------------------
 
 struct Column {
   std::string title;
@@ -391,8 +388,7 @@ static void print_summary(const BenchSummary& summary) {
   print_names("slower than a higher grade:", summary.lower_grade_slower);
 }
 
-// ---- The file
-// ---------------------------------------------------------------------------------------
+// ---- The file --------------------------------------------------------------------------------
 
 static Json settings_json(const BenchOptions& options) {
   return {{"patterns", options.patterns}, {"n", options.lengths},
@@ -459,8 +455,7 @@ static std::vector<BenchRow> rows_to_resume(const BenchOptions& options, const J
   return earlier.document.value("complete", true) ? std::vector<BenchRow>() : earlier.rows;
 }
 
-// ---- The command
-// ------------------------------------------------------------------------------------
+// ---- The command -----------------------------------------------------------------------------
 
 static void keep_lower(std::optional<Figure>& figure, const std::optional<Figure>& again) {
   if (again && !(figure && figure->minimum <= again->minimum)) figure = again;

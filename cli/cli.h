@@ -37,7 +37,7 @@ void add_env(CLI::App& program);
 void add_explain(CLI::App& program);
 void add_accuracy(CLI::App& program);
 void add_diff(CLI::App& program);
-void add_bench(CLI::App& program);
 void add_check(CLI::App& program);
+void add_bench(CLI::App& program);
 
 #endif

@@ -84,8 +84,8 @@ static int run(const std::vector<std::string>& arguments) {
       "  luxvm eval luxsExp_64f_A53 1 -745 inf\n"
       "  luxvm apply luxsInv_32f_A24 --in numbers.txt --out inverses.txt\n"
       "  luxvm explain luxsExp_32f_A24 --n 1000000 --threads 2\n"
-      "  luxvm bench Exp --compare\n"
       "  luxvm check\n"
+      "  luxvm bench Exp --compare\n"
       "`luxvm COMMAND --help` tells more about each command.");
   add_list(program);
   add_eval(program);
@@ -94,8 +94,8 @@ static int run(const std::vector<std::string>& arguments) {
   add_explain(program);
   add_accuracy(program);
   add_diff(program);
-  add_bench(program);
   add_check(program);
+  add_bench(program);
 
   // The parser takes the arguments in reverse.
   std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
