@@ -43,7 +43,7 @@ asan: deps   ## build with the sanitizers and run the tests under them
 
 bench: deps  ## measure every function and renew docs/performance.md
 	@$(MAKE) --no-print-directory build TARGETS=luxvm
-	tools/performance.py $(BUILD)/bin/luxvm docs/performance.md --figures $(BUILD)/figures
+	tools/performance.py $(BUILD)/bin/luxvm docs/performance.md --figures $(BUILD)/speed
 
 accuracy: deps  ## measure all errors, every single of the one-argument 32f functions, and renew docs/accuracy.md
 	@$(MAKE) --no-print-directory build TARGETS=luxvm

@@ -3,12 +3,12 @@
 // luxvm bench: core cycles per element, beside the goals and other implementations.
 #include "bench/arguments.h"
 #include "cli/bench_rows.h"
+#include "cli/checkpoint.h"
 #include "cli/files.h"
 #include "cli/machine.h"
 #include "cli/reports.h"
 #include "luxcore.h"
 
-#include <dlfcn.h>
 #include <fmt/chrono.h>
 #include <gnu/libc-version.h>
 #include <signal.h>
@@ -32,8 +32,7 @@ struct BenchOptions {
   int32_t milliseconds = 60, passes = 1;
 };
 
-// ---- What the options say
-// -------------------------------------------------------------------------
+// ---- What the options say --------------------------------------------------------------------
 
 static double number_in(const std::string& text, const std::string& what) {
   size_t used = 0;
@@ -139,8 +138,7 @@ static void check(const BenchOptions& options) {
   if (options.large) throw Failure("--large leaves no place for --special elements");
 }
 
-// ---- One process for each function and thread count
-// -------------------------------------------------
+// ---- One process for each function and thread count ------------------------------------------
 
 static BenchRow measure_point(const Function& function, int32_t threads, int32_t n, int32_t offset,
                               const BenchOptions& options) {
@@ -247,8 +245,7 @@ static void measure_in_child(const Function& function, int32_t threads, const Be
   if (!error.empty()) throw Failure(fmt::format("{}: {}", function.name, error));
 }
 
-// ---- The table
-// --------------------------------------------------------------------------------------
+// ---- The table -------------------------------------------------------------------------------
 
 struct Column {
   std::string title;
@@ -391,18 +388,7 @@ static void print_summary(const BenchSummary& summary) {
   print_names("slower than a higher grade:", summary.lower_grade_slower);
 }
 
-// ---- The file
-// ---------------------------------------------------------------------------------------
-
-// What tells one build of the library from another.
-static std::string library_hash() {
-  Dl_info info;
-  if (!dladdr(reinterpret_cast<void*>(luxvmGetLibVersion), &info)) return "";
-  std::ifstream file(info.dli_fname, std::ios::binary);
-  uint64_t hash = 0xcbf29ce484222325;
-  for (char c; file.get(c);) hash = (hash ^ uint8_t(c)) * 0x100000001b3;
-  return fmt::format("{:016x}", hash);
-}
+// ---- The file --------------------------------------------------------------------------------
 
 static Json settings_json(const BenchOptions& options) {
   return {{"patterns", options.patterns}, {"n", options.lengths},
@@ -419,7 +405,7 @@ static Json document_for(const BenchOptions& options) {
           {"compiler", "GCC " __VERSION__},
           {"libm", fmt::format("glibc {}{}", gnu_get_libc_version(),
                                no_sse2 ? " without SSE2 variants" : "")},
-          {"library", library_hash()},
+          {"library", library_digest()},
           {"ticks_per_cycle", bench::ticks_per_cycle()},
           {"settings", settings_json(options)}};
 }
@@ -469,8 +455,7 @@ static std::vector<BenchRow> rows_to_resume(const BenchOptions& options, const J
   return earlier.document.value("complete", true) ? std::vector<BenchRow>() : earlier.rows;
 }
 
-// ---- The command
-// ------------------------------------------------------------------------------------
+// ---- The command -----------------------------------------------------------------------------
 
 static void keep_lower(std::optional<Figure>& figure, const std::optional<Figure>& again) {
   if (again && !(figure && figure->minimum <= again->minimum)) figure = again;

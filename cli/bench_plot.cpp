@@ -43,7 +43,7 @@ static std::string conditions(const BenchRow& row, const Varying& several) {
   return text;
 }
 
-// ---- Cycles over the length -------------------------------------------------------------------
+// ---- Cycles over the length ------------------------------------------------------------------
 
 struct Curve {
   std::string label;
@@ -112,7 +112,7 @@ static void draw_curves(const std::string& path, const std::vector<BenchRow>& ro
           kCommon, data, plots));
 }
 
-// ---- Bars ---------------------------------------------------------------------------------------
+// ---- Bars ------------------------------------------------------------------------------------
 
 // The bars of a family: its grades, then the others beside the best grade.
 struct Cluster {
