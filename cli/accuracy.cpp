@@ -5,6 +5,7 @@
 #include "bench/accuracy/record.h"
 #include "cli/catalog.h"
 #include "cli/checkpoint.h"
+#include "cli/files.h"
 #include "cli/numbers.h"
 #include "cli/plot.h"
 #include "cli/progress.h"
@@ -308,17 +309,22 @@ static std::string panel(const std::vector<Json>& grades, size_t number) {
     if (repeated) continue;
     const std::string name = fmt::format("$d{}_{}", number, g);
     data += name + " << END\n";
-    for (size_t i = 0; i < envelope.size(); ++i)
-      if (!envelope[i].is_null()) {
-        const double ulp = std::min(envelope[i].get<double>(), 1e6);
-        most = std::max(most, ulp);
-        data += fmt::format("{:.4f} {:.3g}\n", (double(i) + 0.5) / double(envelope.size()), ulp);
-      } else {
-        data += "\n";
-      }
+    for (size_t i = 0; i + 1 < envelope.size(); i += 2) {
+      double ulp = -1;
+      for (const size_t k : {i, i + 1})
+        if (!envelope[k].is_null()) ulp = std::max(ulp, std::min(envelope[k].get<double>(), 1e6));
+      most = std::max(most, ulp);
+      data += ulp < 0
+                  ? "\n"
+                  : fmt::format("{:.3f} {:.3g}\n", double(i + 1) / double(envelope.size()), ulp);
+    }
     data += "END\n";
+    std::string title;
+    for (size_t k = grades.size(); k-- > g;)
+      if (grades[k]["envelope"] == envelope)
+        title += (title.empty() ? "" : ", ") + grades[k]["grade"].get<std::string>();
     plots += fmt::format("{} {} using 1:2 with lines lw 1 title '{}'", plots.empty() ? "plot" : ",",
-                         name, grades[g]["grade"].get<std::string>());
+                         name, title);
   }
   return data +
          fmt::format(
@@ -333,11 +339,13 @@ static std::string panel(const std::vector<Json>& grades, size_t number) {
 static void plot_accuracy(const std::string& path, const Json& functions) {
   std::vector<std::vector<Json>> panels;
   for (const Json& entry : functions) {
+    if (entry["max_ulp"] == 0) continue;  // nothing to see
     if (panels.empty() || panels.back()[0]["family"] != entry["family"] ||
         panels.back()[0]["type"] != entry["type"])
       panels.emplace_back();
     panels.back().push_back(entry);
   }
+  if (panels.empty()) throw Failure("no errors to draw: all results are exact");
   const int columns = std::min<int>(3, int(panels.size()));
   const int rows = (int(panels.size()) + columns - 1) / columns;
   std::string commands = fmt::format(
@@ -368,14 +376,14 @@ static int accuracy(AccuracyOptions options) {
   if (options.details || one) show_details(functions);
   if (!options.json.empty()) {
     Json document{
-        {"kind", "luxvm accuracy"},
+        {"kind", "errors"},
         {"library", {{"version", luxvmGetLibVersion()->version}, {"digest", library_digest()}}},
         {"date", fmt::format("{:%Y-%m-%d}", fmt::localtime(time(nullptr)))},
         {"samples", options.sampling.samples},
         {"seed", options.sampling.seed},
         {"functions", functions}};
     if (!options.range.empty()) document["range"] = options.range;
-    write_whole(options.json, document.dump(1) + "\n");
+    write_file(options.json, document.dump(1) + "\n");
   }
   if (!options.plot.empty()) plot_accuracy(options.plot, functions);
   run.finish();

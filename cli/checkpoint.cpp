@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "cli/checkpoint.h"
+#include "cli/files.h"
 
 #include "luxvmk3.h"
 
@@ -32,18 +33,6 @@ static bool read_whole(const std::string& path, std::string& text) {
   return true;
 }
 
-void write_whole(const std::string& path, const std::string& text) {
-  const std::string partial = path + ".partial";
-  std::ofstream file(partial, std::ios::binary);
-  file << text;
-  file.close();
-  if (!file || rename(partial.c_str(), path.c_str()) != 0) {
-    const std::string reason = strerror(errno);
-    std::remove(partial.c_str());
-    throw Failure(fmt::format("cannot write {}: {}", path, reason));
-  }
-}
-
 Checkpoint::Checkpoint(const std::string& run, bool fresh)
     : content(Json::object()),
       path_(state_folder() / fmt::format("{:016x}.json", fnv1a(run + '\n' + library_digest()))) {
@@ -57,7 +46,7 @@ Checkpoint::Checkpoint(const std::string& run, bool fresh)
   resumed_ = true;
 }
 
-void Checkpoint::save() const { write_whole(path_, content.dump()); }
+void Checkpoint::save() const { write_file(path_, content.dump()); }
 void Checkpoint::remove() const { std::remove(path_.c_str()); }
 
 std::atomic<bool> Interrupt::requested{false};

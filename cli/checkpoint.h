@@ -24,9 +24,6 @@ class Checkpoint {
   bool resumed_ = false;
 };
 
-// Writes the whole file beside its place and renames it.
-void write_whole(const std::string& path, const std::string& text);
-
 // Set by an interrupt from the keyboard or a request to end, while it exists. The second interrupt
 // ends the program as usual.
 class Interrupt {

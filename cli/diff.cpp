@@ -6,7 +6,6 @@
 #include <fmt/format.h>
 
 #include <fstream>
-#include <functional>
 #include <map>
 
 struct DiffOptions {
@@ -19,26 +18,35 @@ struct Change {
   bool worse;
 };
 
-static Json read_document(const std::string& path) {
+// The figures of a file by what was measured, and whether they are speeds.
+struct Measurement {
+  bool speed = false;
+  std::map<std::string, Json> entries;
+};
+
+static Measurement read_measurement(const std::string& path) {
   std::ifstream file(path);
   if (!file) throw Failure(fmt::format("cannot read {}: {}", path, strerror(errno)));
-  Json document = Json::parse(file, nullptr, false);
-  if (!document.is_object() || !document.contains("kind") || !document.contains("functions"))
+  const Json document = Json::parse(file, nullptr, false);
+  Measurement measurement;
+  try {
+    measurement.speed = document.contains("rows");
+    for (const Json& entry : document.at(measurement.speed ? "rows" : "functions")) {
+      std::string name = entry.at("name");
+      // A function may have been timed in several ways.
+      for (const char* key : {"n", "threads", "offset", "special_elements"})
+        if (measurement.speed) name += fmt::format(" {} {}", key, entry.at(key).dump());
+      if (measurement.speed && entry.value("large", false)) name += " large";
+      measurement.entries[name] = entry;
+    }
+  } catch (const nlohmann::json::exception&) {
     throw Failure(
         fmt::format("{} was not written by `luxvm accuracy --json` or `luxvm bench --json`", path));
-  return document;
-}
-
-static std::map<std::string, Json> by_name(const Json& document) {
-  std::map<std::string, Json> all;
-  for (const Json& entry : document["functions"]) all[entry.at("name")] = entry;
-  return all;
+  }
+  return measurement;
 }
 
 // ---- What counts as worse
-
-using Compare = std::function<void(const std::string& name, const Json& before, const Json& after,
-                                   std::vector<Change>& changes)>;
 
 static void compare_number(const std::string& name, const char* what, double before, double after,
                            double tolerance, std::vector<Change>& changes) {
@@ -69,37 +77,38 @@ static void compare_accuracy(const std::string& name, const Json& before, const 
 
 static void compare_speed(const std::string& name, const Json& before, const Json& after,
                           double percent, std::vector<Change>& changes) {
-  const double was = before.at("cycles").at("minimum"), is = after.at("cycles").at("minimum");
+  const Json &was_json = before.at("cycles").at("minimum"),
+             &is_json = after.at("cycles").at("minimum");
+  if (!was_json.is_number() || !is_json.is_number()) return;  // the clock never held still
+  const double was = was_json, is = is_json;
   compare_number(name, "cycles per element", was, is, was * percent / 100, changes);
 }
 
 // ---- The command
 
 static void diff(const DiffOptions& options) {
-  const Json before = read_document(options.before), after = read_document(options.after);
-  const std::string kind = before["kind"];
-  if (kind != after["kind"])
-    throw Failure(fmt::format("{} holds {} figures, {} holds {} figures", options.before, kind,
-                              options.after, after["kind"].get<std::string>()));
-  if (kind != "luxvm accuracy" && kind != "luxvm bench")
-    throw Failure(fmt::format("{}: unknown kind of figures '{}'", options.before, kind));
-  const auto olds = by_name(before), news = by_name(after);
+  const Measurement before = read_measurement(options.before),
+                    after = read_measurement(options.after);
+  if (before.speed != after.speed)
+    throw Failure(fmt::format("{} holds {}, {} holds {}", options.before,
+                              before.speed ? "speeds" : "errors", options.after,
+                              after.speed ? "speeds" : "errors"));
   std::vector<Change> changes;
   size_t compared = 0;
-  for (const auto& [name, entry] : olds) {
-    const auto found = news.find(name);
-    if (found == news.end()) {
+  for (const auto& [name, entry] : before.entries) {
+    const auto found = after.entries.find(name);
+    if (found == after.entries.end()) {
       changes.push_back({name, "no longer measured", true});
       continue;
     }
     ++compared;
-    if (kind == "luxvm accuracy")
-      compare_accuracy(name, entry, found->second, options.ulp, changes);
-    else
+    if (before.speed)
       compare_speed(name, entry, found->second, options.percent, changes);
+    else
+      compare_accuracy(name, entry, found->second, options.ulp, changes);
   }
-  for (const auto& [name, entry] : news)
-    if (!olds.count(name)) changes.push_back({name, "new", false});
+  for (const auto& [name, entry] : after.entries)
+    if (!before.entries.count(name)) changes.push_back({name, "new", false});
   size_t worse = 0;
   for (const Change& change : changes) {
     worse += change.worse;

@@ -22,14 +22,16 @@ MARK = "<!-- figures -->"
 
 
 def measured(entry):
-    """The figure that is to be compared with the guarantee, in its terms."""
+    """The largest error, in the terms of the guarantee if these are not units in the last place."""
+    if entry["max_ulp"] == 0:
+        return "exact"
+    ulp = f"{entry['max_ulp']:.4f}" if entry["max_ulp"] < 1000 else f"{entry['max_ulp']:.3g}"
     bound = entry["guarantee"]["bound"]
-    ulp = f"{entry['max_ulp']:.4f}" if entry["max_ulp"] < 1000 else f"{entry['max_ulp']:.0f}"
-    for key, word in (("normwise", " normwise"), ("relative", "")):
-        if bound.startswith("2^-") and ("normwise" in bound) == (key == "normwise"):
-            value = entry["max_" + key]
-            return f"2^{math.log2(value):.2f}{word}" if value else "exact"
-    return "exact" if entry["max_ulp"] == 0 else ulp + " ulp"
+    if not bound.startswith("2^-"):
+        return ulp + " ulp"
+    normwise = bound.endswith("normwise")
+    value = entry["max_normwise" if normwise else "max_relative"]
+    return f"2^{math.log2(value):.2f}{' normwise' if normwise else ''} ({ulp} ulp)"
 
 
 def verdict(judged):
@@ -55,17 +57,15 @@ def row(entries):
     argument = " ".join(f"`{x}`" for x in worst) or "-"
     special = entry["special_values"]
     wrong = len(special["failures"])
-    return "| {} | {} | {} | {} | {} | {:.4f} | {} | {} | {} |".format(
+    return "| {} | {} | {} | {} | {:.4f} | {} | {} | {} |".format(
         entry["family"],
         grades,
         verdict(entry["guarantee"]),
-        measured(entry),
-        f"{entry['max_ulp']:.4f}" if entry["max_ulp"] < 1e6 else f"{entry['max_ulp']:.2g}",
+        measured(entry) + (", all arguments" if entry["method"] == "exhaustive" else ""),
         entry["mean_ulp"],
         argument,
         verdict(entry["goal"]) if "goal" in entry else "-",
-        f"{special['rows']}" + (f", **{wrong} wrong**" if wrong else "")
-        + (", all arguments" if entry["method"] == "exhaustive" else ""),
+        f"{special['rows']}" + (f", **{wrong} wrong**" if wrong else ""),
     )
 
 
@@ -73,8 +73,8 @@ def section(kind, entries):
     lines = [
         f"## {TYPES[kind]} ({kind})",
         "",
-        "| Function | Grades | Guaranteed | Measured | ulp | Mean ulp | At | Goal | Special rows |",
-        "|---|---|---|---|---|---|---|---|---|",
+        "| Function | Grades | Guaranteed | Measured | Mean ulp | At | Goal | Special rows |",
+        "|---|---|---|---|---|---|---|---|",
     ]
     lines += [row(group) for group in merged(entries)]
     beside = [e for e in entries if "exceptions" in e]
