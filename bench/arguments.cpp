@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "bench/arguments.h"
 
+#include "bench/intervals.h"
+
 #include <math.h>
 #include <string.h>
 
@@ -13,33 +15,6 @@ namespace bench {
 namespace {
 
 constexpr size_t kPageBytes = 4096;
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-enum Spread { UNIFORM, LOG, SIGNED };
-
-struct Interval {
-  Spread spread;
-  double low, high;
-};
-
-struct Input {
-  std::string_view family;
-  bool complex;
-  Interval source[2];
-  int special_source;  // 1 or 2
-  double special;
-};
-
-constexpr Input kInputs[] = {
-#define INPUT(F, complex, s1, low1, high1, s2, low2, high2, source, special) \
-  {#F, complex, {{s1, low1, high1}, {s2, low2, high2}}, source, special},
-#define LUX_REAL_INPUT(F, ...) INPUT(F, false, __VA_ARGS__)
-#define LUX_COMPLEX_INPUT(F, ...) INPUT(F, true, __VA_ARGS__)
-#include "bench/intervals.def"
-#undef LUX_REAL_INPUT
-#undef LUX_COMPLEX_INPUT
-};
 
 struct LargeInput {
   std::string_view family;
@@ -52,15 +27,6 @@ constexpr LargeInput kLargeInputs[] = {
 #define LUX_LARGE_INPUT(F, spread, low, high) {#F, {spread, low, high}},
 #include "bench/intervals.def"
 };
-
-const Input& input_of(const Function& function) {
-  const Input* const found =
-      std::find_if(std::begin(kInputs), std::end(kInputs), [&](const Input& input) {
-        return input.family == function.family && input.complex == function.type.complex();
-      });
-  if (found == std::end(kInputs)) throw std::runtime_error("no input interval");
-  return *found;
-}
 
 const Interval* large_interval(const Function& function) {
   for (const LargeInput& input : kLargeInputs)
@@ -102,7 +68,7 @@ Arguments::Arguments(const Function& function, const Filling& filling) {
   base += filling.offset;
   const auto place = [&](size_t array) { return base + array * stride; };
 
-  const Input& input = input_of(function);
+  const Typical& input = typical_of(function);
   std::mt19937 random(20);
   for (int source = 0; source < 2; ++source) {
     const Share share = input.special_source == source + 1 ? filling.special : Share{};

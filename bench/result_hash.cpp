@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "bench/result_hash.h"
 
+#include "bench/intervals.h"
+
 #include "luxcore.h"
 
 #include <algorithm>
@@ -13,24 +15,6 @@ namespace bench {
 namespace {
 
 // ---- What stands in lists
-
-enum Spread { UNIFORM, LOG, SIGNED };
-struct Interval {
-  Spread spread;
-  double low, high;
-};
-struct Typical {
-  std::string_view family;
-  bool complex;
-  Interval source[2];
-};
-constexpr Typical kTypical[] = {
-#define LUX_REAL_INPUT(F, s1, low1, high1, s2, low2, high2, number, special) \
-  {#F, false, {{s1, low1, high1}, {s2, low2, high2}}},
-#define LUX_COMPLEX_INPUT(F, s1, low1, high1, s2, low2, high2, number, special) \
-  {#F, true, {{s1, low1, high1}, {s2, low2, high2}}},
-#include "bench/intervals.def"
-};
 
 struct Kernels {
   std::string_view family, type;
@@ -138,11 +122,8 @@ constexpr int32_t kLongest = 1 << 20;  // to see whether threads change anything
 
 class Arguments {
  public:
-  explicit Arguments(const Function& f) : f(f), format(format_of(f.type)) {
-    typical_ = std::find_if(std::begin(kTypical), std::end(kTypical), [&](const Typical& t) {
-      return t.family == f.family && t.complex == f.type.complex();
-    });
-  }
+  explicit Arguments(const Function& f)
+      : f(f), format(format_of(f.type)), typical_(typical_of(f)) {}
 
   Batch typical(int32_t len) {
     Batch batch;
@@ -192,7 +173,7 @@ class Arguments {
   }
 
  private:
-  uint64_t ordinary(int source) { return draw(format, typical_->source[source], random); }
+  uint64_t ordinary(int source) { return draw(format, typical_.source[source], random); }
   uint64_t any_exponent() {
     return random.next() % 2 ? random.below(uint64_t(2 * format.bias + 1))
                              : uint64_t(format.bias - 4) + random.below(8);
@@ -200,7 +181,7 @@ class Arguments {
 
   const Function& f;
   const Format format;
-  const Typical* typical_;
+  const Typical& typical_;
   Random random{2026};
 };
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "bench/accuracy/arguments.h"
 
+#include "bench/intervals.h"
+
 #include <algorithm>
 #include <cmath>
 #include <random>
@@ -8,29 +10,6 @@
 
 namespace bench {
 namespace {
-
-enum Spread { UNIFORM, LOG, SIGNED };
-
-struct Interval {
-  Spread spread;
-  double low, high;
-};
-
-struct Typical {
-  std::string_view family;
-  bool complex;
-  Interval source[2];
-};
-
-constexpr double kInfinity = HUGE_VAL, kNaN = NAN;
-
-constexpr Typical kTypical[] = {
-#define INPUT(F, complex, s1, low1, high1, s2, low2, high2, source, special) \
-  {#F, complex, {{s1, low1, high1}, {s2, low2, high2}}},
-#define LUX_REAL_INPUT(F, ...) INPUT(F, false, __VA_ARGS__)
-#define LUX_COMPLEX_INPUT(F, ...) INPUT(F, true, __VA_ARGS__)
-#include "bench/intervals.def"
-};
 
 struct Step {
   enum Kind { kPoint, kGrid, kCells, kDense } kind;
@@ -71,9 +50,7 @@ class Generator {
         high_(position(nearest(std::min(sampling.high, largest()), width_), width_)),
         random_(sampling.seed),
         oracle_(function) {
-    for (const Typical& row : kTypical)
-      if (row.family == function.family && row.complex == function.type.complex())
-        std::copy(row.source, row.source + 2, typical_);
+    std::copy_n(typical_of(function).source, 2, typical_);
     for (const Step& step : kSteps)
       if (function.is(step.family, step.type))
         (step.kind == Step::kDense ? dense_ : steps_).push_back(step);
