@@ -4,7 +4,7 @@
 // each step, and where a fit is free against the error that its table states.
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <array>
 #include <cmath>
 #include <vector>
 
@@ -54,20 +54,22 @@ static Exact logarithm(const Base& base, const Exact& x) {
   base.logarithm(y.value, x.value, MPFR_RNDN);
   return y;
 }
-static Extended multiple_of_log2(const Base& base, int e) {
-  return Extended(e) * as<Extended>(logarithm(base, Exact(2)));
+static const Extended& log_of_2(const Base& base) {
+  static const Extended kTwo[] = {as<Extended>(logarithm(kBases[0], 2)),
+                                  as<Extended>(logarithm(kBases[1], 2))};
+  return kTwo[&base - kBases];
 }
 
 template <class U>
-static std::vector<U> run(const Export& f, const std::vector<U>& x) {
+static std::vector<U> run(const Function& f, const std::vector<U>& x) {
   std::vector<U> y(x.size());
-  f.run({{x.data()}, {y.data()}, nullptr}, int32_t(x.size()));
+  f.call({{x.data()}, {y.data()}, nullptr}, int32_t(x.size()));
   return y;
 }
 
 // Every element once in each lane of a pair whose other one is special.
 template <class U>
-static std::vector<U> run_beside(const Export& f, const std::vector<U>& x, U special) {
+static std::vector<U> run_beside(const Function& f, const std::vector<U>& x, U special) {
   std::vector<U> mixed, y;
   for (const U value : x) mixed.insert(mixed.end(), {value, special, special, value});
   mixed = run(f, mixed);
@@ -83,7 +85,7 @@ template <class U, class Run, class Holds>
 static void expect(const std::vector<U>& x, Run run, Holds holds) {
   for (const Base& base : kBases) {
     std::vector<U> checked;
-    for (const Export& f : kCatalog) {
+    for (const Function& f : kCatalog) {
       if (!f.is(base.family, sizeof(U) == 4 ? "32f" : "64f")) continue;
       const std::vector<U> y = run(f, x);
       if (y == checked) continue;
@@ -104,7 +106,7 @@ static void expect_in_pairs_and_alone(const std::vector<U>& x, Holds holds) {
   const std::vector<U> some(x.begin(), x.begin() + 1000);
   expect(
       some,
-      [](const Export& f, const std::vector<U>& x) {
+      [](const Function& f, const std::vector<U>& x) {
         std::vector<U> y;
         for (const U value : x) y.push_back(run<U>(f, {value})[0]);
         return y;
@@ -120,17 +122,30 @@ static Extended polynomial(const double (&a)[6], const Extended& t) {
   return sum * t;
 }
 
+struct Interval64 {
+  Extended high, low, reciprocal;  // each a double
+};
+static std::vector<Interval64> intervals(const Base& base) {
+  std::vector<Interval64> all;
+  for (int i = 0; i < 256; ++i) {
+    const Exact start(1 + i / 256.0), whole = logarithm(base, start);
+    const auto high = as<Double>(whole, MPFR_RNDZ), low = as<Double>(whole - as<Exact>(high));
+    all.push_back(
+        {as<Extended>(high), as<Extended>(low), as<Extended>(as<Double>(Exact(1) / start))});
+  }
+  return all;
+}
+
 static bool is_log_64f(const Base& base, uint64_t x, uint64_t y) {
+  static const std::vector<Interval64> kTables[] = {intervals(kBases[0]), intervals(kBases[1])};
   const auto one = number<Extended>(kOne<uint64_t>);
   if (x >> 44 == 0x3FEFF)
     return y == stored<uint64_t>(polynomial(base.near_one, number<Extended>(x) - one).value);
-  const Exact start(1 + double(x >> 44 & 255) / 256), whole = logarithm(base, start);
-  const auto high = as<Double>(whole, MPFR_RNDZ), low = as<Double>(whole - as<Exact>(high));
-  const auto f = number<Extended>((x & 0xFFFFFFFFFFF) | kOne<uint64_t>) - one;
-  const auto t = f * as<Extended>(as<Double>(Exact(1) / start));
-  const auto sum =
-      multiple_of_log2(base, int(x >> 52) - 1023) + as<Extended>(high) + as<Extended>(low);
-  return y == stored<uint64_t>((polynomial(base.main, t) + sum).value);
+  const auto& [high, low, reciprocal] = kTables[&base - kBases][x >> 44 & 255];
+  const Extended t = (number<Extended>((x & 0xFFFFFFFFFFF) | kOne<uint64_t>) - one) * reciprocal;
+  const Extended e(int(x >> 52) - 1023);
+  return y ==
+         stored<uint64_t>((polynomial(base.main, t) + (e * log_of_2(base) + high + low)).value);
 }
 
 // Every interval and exponent, crowded at the edges of the intervals and on both sides of 1.
@@ -155,7 +170,7 @@ TEST(Model, LogDoubleBesideSpecialElements) {
   for (const uint64_t special :
        {uint64_t(0), uint64_t(1), kInfinity<uint64_t>, kOne<uint64_t> - 1, kSign<uint64_t>})
     expect(
-        x, [=](const Export& f, const auto& x) { return run_beside(f, x, special); }, is_log_64f);
+        x, [=](const Function& f, const auto& x) { return run_beside(f, x, special); }, is_log_64f);
 }
 
 // ---- Single precision
@@ -165,8 +180,8 @@ static bool is_taylor_interval(uint32_t x) {
   return i == 0 || i == 255;
 }
 
-static bool is_taylor_32f(const Base& base, uint32_t x, uint32_t y) {
-  const bool last = x & 0x8000;
+using Cubic = std::array<Double, 4>;
+static Cubic taylor(const Base& base, bool last) {
   Exact e;
   mpfr_exp(e.value, Exact(1).value, MPFR_RNDN);
   const Exact unit = logarithm(base, e);  // 1 or log10(e)
@@ -175,10 +190,16 @@ static bool is_taylor_32f(const Base& base, uint32_t x, uint32_t y) {
   const Double c2 = coefficient(last ? -0.375 : -1.5), c1 = coefficient(last ? 1.5 : 3);
   const Double c0 = last ? as<Double>(logarithm(base, Exact(2)) - unit * Exact(11) / Exact(6))
                          : Double(0) - ((c3 + c2) + c1);
+  return {c0, c1, c2, c3};
+}
+
+static bool is_taylor_32f(const Base& base, uint32_t x, uint32_t y) {
+  static const Cubic kCubics[][2] = {{taylor(kBases[0], false), taylor(kBases[0], true)},
+                                     {taylor(kBases[1], false), taylor(kBases[1], true)}};
+  const auto& [c0, c1, c2, c3] = kCubics[&base - kBases][x >> 15 & 1];
   const auto z = number<Double>((x & 0x7FFFFF) | kOne<uint32_t>);
   Double multiple;
-  mpfr_mul_si(multiple.value, as<Extended>(logarithm(base, Exact(2))).value, int(x >> 23) - 127,
-              MPFR_RNDN);
+  mpfr_mul_si(multiple.value, log_of_2(base).value, int(x >> 23) - 127, MPFR_RNDN);
   return y == stored<uint32_t>((multiple + (((c3 * z + c2) * z + c1) * z + c0)).value);
 }
 
@@ -228,7 +249,7 @@ TEST(Model, LogSingleByTheProcessor) {
   for (const uint32_t special :
        {0u, 1u, kInfinity<uint32_t>, kInfinity<uint32_t> + 1, kSign<uint32_t>})
     expect(
-        x, [=](const Export& f, const auto& x) { return run_beside(f, x, special); },
+        x, [=](const Function& f, const auto& x) { return run_beside(f, x, special); },
         is_rounded_once);
   expect(subnormal, run<uint32_t>, is_rounded_once);
 }
