@@ -17,7 +17,7 @@ struct LogTable {
   struct {
     double c3, c2, c1, c0;
   } cubic[256];
-  double exponent[256];  // (field - 127) log 2
+  double exponent[256];  // (field - 127) log 2, since a memory operand costs nothing
   long double two;       // log 2
 };
 
@@ -38,6 +38,7 @@ constexpr uint32_t kDefaultNaN = kMinusInf | Format<float>::kQuiet;
   "cmpl %[normals], %[k]\n\t" \
   "jae 3f\n\t"
 
+// A cubic has 32 bytes.
 #define LOG_ELEMENT(lane)                     \
   "movl %[k], %[j]\n\t"                       \
   "shrl $10, %[j]\n\t"                        \
@@ -59,7 +60,8 @@ alignas(16) static const uint32_t kSplit[2][4] = {
     {kFraction, kFraction, kFraction, kFraction},
     {Format<float>::kOne, Format<float>::kOne, Format<float>::kOne, Format<float>::kOne}};
 
-// Six registers are all there are, so no instrumentation fits beside this.
+// Six registers are all there are, so no instrumentation fits beside this. Upper lane first: its
+// pattern is still in a register from the screening.
 __attribute__((no_sanitize("address", "undefined"))) static inline int32_t log_pairs(
     const LogTable& table, const float* src, float* dst, int32_t i, int32_t last) {
   float z[2];
@@ -68,30 +70,27 @@ __attribute__((no_sanitize("address", "undefined"))) static inline int32_t log_p
       "movaps (%[split]), %%xmm1\n\t"
       "movaps 16(%[split]), %%xmm2\n\t"
       "jmp 2f\n"
-      "1:\n\t"
+      "1:\n\t"  //
       LOG_SCREEN(0) LOG_SCREEN(1)
       "movlps (%[src],%[i],4), %%xmm0\n\t"
       "andps %%xmm1, %%xmm0\n\t"
       "orps %%xmm2, %%xmm0\n\t"
-      "movlps %%xmm0, %[z]\n\t"
-      LOG_ELEMENT(1)
-      LOG_LOAD(0)
-      LOG_ELEMENT(0)
+      "movlps %%xmm0, %[z]\n\t"  //
+      LOG_ELEMENT(1) LOG_LOAD(0) LOG_ELEMENT(0)
       "addl $2, %[i]\n"
       "2:\n\t"
       "cmpl %[last], %[i]\n\t"
       "jl 1b\n"
       "3:\n\t"
       : [i] "+r"(i), [z] "=o"(z), [k] "=&r"(k), [j] "=&r"(j)
-      : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&table),
-        [split] "[k]"(kSplit),
-        [exponent] "i"(offsetof(LogTable, exponent)),
-        [smallest] "i"(kSmallestNormal), [normals] "i"(kNormals)
+      : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&table), [split] "[k]"(kSplit),
+        [exponent] "i"(offsetof(LogTable, exponent)), [smallest] "i"(kSmallestNormal),
+        [normals] "i"(kNormals)
       : "cc", "xmm0", "xmm1", "xmm2", LUX_X87_STACK);
   return i;
 }
 
-// The same steps.
+// The steps of a pair for one element.
 static inline float log_normal(const LogTable& table, uint32_t x) {
   float z;
   store_bits(&z, (x & kFraction) | Format<float>::kOne);
@@ -113,6 +112,7 @@ static inline Status log_32f(const LogTable& table, const float* src, float* dst
       arrays, len, [&](int32_t i, int32_t last) { return log_pairs(table, src, dst, i, last); },
       [&](int32_t i, Status* status) {
         const uint32_t x = load_bits(src + i);
+        // Of the ordinary elements that come here, only an odd last one has no special neighbour.
         const bool alone = i % 2 == 0 && i + 1 == len;
         if (magnitude<float>(x) > Format<float>::kInf) {
           store_bits(dst + i, quieted<float>(x));
