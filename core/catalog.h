@@ -125,9 +125,10 @@ inline constexpr Function kFunctions[] = {
 // All of them, in the order of the list.
 using catalog_detail::kFunctions;
 
-// A block of four shares one division, so neighbours may move the last bit.
+// Neighbours may move the last bit: a block of four shares one division, and beside a special
+// element the single logarithms take the processor's.
 constexpr bool neighbours_matter(const Function& f) {
-  return f.is("Inv", "64f") || f.is("Div", "64f");
+  return f.is("Inv", "64f") || f.is("Div", "64f") || f.is("Ln", "32f") || f.is("Log10", "32f");
 }
 
 #endif

@@ -6,6 +6,7 @@
 
 #include <map>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -22,6 +23,7 @@ struct Report {
 };
 static std::mutex lock;
 static std::vector<Report> reports;
+static std::optional<double> replacement;  // for the reported element
 
 static int32_t keep(Report r) {
   const std::lock_guard guard(lock);
@@ -34,6 +36,7 @@ int32_t noxsError(int32_t code, int32_t index, const float* a1, const float* a2,
 }
 int32_t noxdError(int32_t code, int32_t index, const double* a1, const double* a2, const double* r1,
                   const double* r2, const char* name) {
+  if (replacement) const_cast<double*>(r1)[index] = *replacement;
   return keep({code, index, a1, a2, r1, r2, name});
 }
 
@@ -96,6 +99,30 @@ TEST(Interposed, ExpReportsItsCodesInOrder) {
     expect_reports<double>(f, {1, 710, -709, 1, -746}, {{12, 1}, {8, 2}, {17, 4}});
     expect_reports<double>(f, {kInf<double>, -kInf<double>, kNaN<double>, 709, -708.396}, {});
   }
+}
+
+TEST(Interposed, LogarithmsReportPolesAndNegativeArgumentsInOrder) {
+  for (const auto f : {luxsLn_32f_A11, luxsLn_32f_A21, luxsLn_32f_A24, luxsLog10_32f_A11,
+                       luxsLog10_32f_A21, luxsLog10_32f_A24}) {
+    expect_reports<float>(f, {-0.0f, -1, 1, 0, -1e-45f, 2, -kInf<float>},
+                          {{18, 0}, {19, 1}, {18, 3}, {19, 4}, {19, 6}});
+    expect_reports<float>(f, {1e-45f, kInf<float>, kNaN<float>, -kNaN<float>, 1}, {});
+  }
+  for (const auto f : {luxsLn_64f_A50, luxsLn_64f_A53, luxsLog10_64f_A50, luxsLog10_64f_A53}) {
+    expect_reports<double>(f, {-0.0, -1, 1, 0, -5e-324, 2, -kInf<double>},
+                           {{18, 0}, {19, 1}, {18, 3}, {19, 4}, {19, 6}});
+    expect_reports<double>(f, {5e-324, kInf<double>, kNaN<double>, -kNaN<double>, 0.9990}, {});
+  }
+}
+
+TEST(Interposed, AReportMaySetTheResult) {
+  replacement = 7;
+  for (const std::vector<double>& src : {std::vector<double>{-1}, {2, -1}, {-1, 2}, {2, 3, 0}}) {
+    std::vector<double> dst(src.size());
+    luxsLn_64f_A53(src.data(), dst.data(), int32_t(src.size()));
+    for (size_t i = 0; i < src.size(); ++i) EXPECT_EQ(dst[i] == 7, src[i] <= 0) << src[i];
+  }
+  replacement.reset();
 }
 
 TEST(Interposed, TheRoundingFunctionsReportNothing) {
