@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+//
+// Square root of single-precision arrays, packed, from the processor's estimate of 1/sqrt(x).
+//
+//   y = the estimate cut to 9 bits,  x = h + l with the 9 leading bits in h,
+//   e = (h y y - 1) + l y y, the relative error of y squared,  p = ((1 + e)^(-1/2) - 1) / e,
+//   sqrt(x) = (x y e p + l y) + h y, where h y and l y are exact.
+//
+// A zero is ordinary: its estimate is made finite. An infinity, a NaN, a subnormal or a negative
+// number makes the packed result infinite or a NaN, and its block goes one by one. A block with -0
+// does so too: under denormals-are-zero it looks like a negative subnormal, which must be reported.
+//
+// Worst error 0.8895 ulp, at 0x00802006 (every input, on an estimate that MEASURED).
+#include "kernels/explog/root_32f.h"
+
+constexpr uint32_t kDefaultNan = 0xFFC00000;
+
+static inline __m128 root(__m128 x) {
+  static const BitLanes magnitude_of_nine_bits = {{0x7FFF8000, 0x7FFF8000, 0x7FFF8000, 0x7FFF8000}};
+  static const BitLanes largest = {{0x7F7FFFFF, 0x7F7FFFFF, 0x7F7FFFFF, 0x7F7FFFFF}};
+  const __m128 cut = _mm_and_ps(_mm_rsqrt_ps(x), lanes_of(magnitude_of_nine_bits));
+  const __m128 y = _mm_min_ps(cut, lanes_of(largest));
+  const __m128 h = nine_bits(x);
+  const __m128 minus_l = _mm_sub_ps(h, x);  // +0 for either zero, so that -0 stays -0
+  const __m128 hy = _mm_mul_ps(h, y), minus_ly = _mm_mul_ps(minus_l, y);
+  const __m128 e =
+      _mm_sub_ps(_mm_sub_ps(_mm_mul_ps(hy, y), _mm_set1_ps(1.0f)), _mm_mul_ps(minus_ly, y));
+  const __m128 correction = _mm_mul_ps(_mm_mul_ps(_mm_mul_ps(x, y), e), series(e));
+  return _mm_add_ps(_mm_sub_ps(correction, minus_ly), hy);
+}
+
+static inline int32_t root_blocks(const float* src, float* dst, int32_t i, int32_t last) {
+  for (; i < last; i += 8) {
+    const __m128 low = root(load_lanes(src + i)), high = root(load_lanes(src + i + 4));
+    const __m128 sum = _mm_add_ps(low, high);  // of two numbers below 2^65
+    if (!all_finite(sum) || _mm_movemask_ps(_mm_or_ps(low, high))) break;
+    store_lanes(dst + i, low);
+    store_lanes(dst + i + 4, high);
+  }
+  return i;
+}
+
+static void sqrt_scalar(const Arrays<float>& arrays, int32_t i, Status* status) {
+  float* const y = arrays.dst1 + i;
+  const uint32_t x = load_bits(arrays.src1 + i);
+  const __m128 lane = _mm_load1_ps(arrays.src1 + i);
+  if (is_positive_normal(x)) {
+    _mm_store_ss(y, root(lane));
+  } else if (is_zero<float>(x) || x == Format<float>::kInf) {
+    store_bits(y, x);
+  } else if (magnitude<float>(x) > Format<float>::kInf) {
+    store_bits(y, quieted<float>(x));
+  } else if (x & Format<float>::kSign) {
+    store_bits(y, kDefaultNan);
+    _ErrorCall(arrays, LUX_DOMAIN, i, status);
+  } else {
+    const __m128 scaled = root(_mm_mul_ps(lane, _mm_set1_ps(0x1p26f)));
+    _mm_store_ss(y, _mm_mul_ps(scaled, _mm_set1_ps(0x1p-13f)));
+  }
+}
+
+static Status sqrt_32f(const float* src, float* dst, int32_t len) {
+  const Arrays<float> arrays = {src, src, dst, dst};
+  return run_kernel<SseNearest, 8>(
+      arrays, len, [=](int32_t first, int32_t last) { return root_blocks(src, dst, first, last); },
+      [&](int32_t i, Status* status) { sqrt_scalar(arrays, i, status); });
+}
+
+LUX_KERNELS_32F(Sqrt, 1_1, sqrt_32f)
