@@ -53,58 +53,55 @@ static inline void reduce_pair(const double* x, double* z, double* v) {
   _mm_store_ps(reinterpret_cast<float*>(v), masked(pair, kFractionAndParity, kHalfField));
 }
 
-#define ROOT_ELEMENT(lane, root)                                          \
-  "movl 4+8*" #lane                                                       \
-  "(%[src]), %[k]\n\t"                                                    \
-  "fldl 8*" #lane                                                         \
-  "+%[z]\n\t"                                                             \
-  "movl %[k], %[j]\n\t"                                                   \
-  "shrl $13, %[j]\n\t"                                                    \
-  "andl $127, %[j]\n\t"                                                   \
-  "fmull %c[c2](%[table],%[j],8)\n\t"                                     \
-  "faddl %c[c1](%[table],%[j],8)\n\t"                                     \
-  "fmull 8*" #lane                                                        \
-  "+%[z]\n\t"                                                             \
-  "faddl %c[c0](%[table],%[j],8)\n\t"                                     \
-  "movl %[k], %[j]\n\t"                                                   \
-  "shrl $20, %[j]\n\t"                                                    \
-  "andl $1, %[j]\n\t"                                                     \
-  "fmull %c[parity](%[table],%[j],8)\n\t" /* y */                         \
-  "fld %%st\n\t"                                                          \
-  "fmull 8*" #lane                                                        \
-  "+%[v]\n\t"                                                             \
-  "fmul %%st(1), %%st\n\t"                                                \
-  "fsubrs %c[three](%[table])\n\t"                                        \
-  "shrl $1, %[k]\n\t"                                                     \
-  "andl $0x7FF00000, %[k]\n\t"                                            \
-  "fmulp %%st, %%st(1)\n\t" /* 2 / sqrt(v) */ root(lane) "fstpl 8*" #lane \
-                                                         "(%[dst])\n\t"   \
-                                                         "addl %[k], 4+8*" #lane "(%[dst])\n\t"
-// k becomes (m - 1) << 20.
-#define FINISH_ROOT(lane) \
-  "fmull 8*" #lane        \
-  "+%[v]\n\t"             \
-  "subl $0x20000000, %[k]\n\t"
+#define ROOT_ELEMENT(lane, root)                        \
+  "movl 4+8*" #lane                                     \
+  "(%[src]), %[k]\n\t"                                  \
+  "fldl %[z" #lane                                      \
+  "]\n\t"                                               \
+  "movl %[k], %[j]\n\t"                                 \
+  "shrl $13, %[j]\n\t"                                  \
+  "andl $127, %[j]\n\t"                                 \
+  "fmull %c[c2](%[table],%[j],8)\n\t"                   \
+  "faddl %c[c1](%[table],%[j],8)\n\t"                   \
+  "fmull %[z" #lane                                     \
+  "]\n\t"                                               \
+  "faddl %c[c0](%[table],%[j],8)\n\t"                   \
+  "movl %[k], %[j]\n\t"                                 \
+  "shrl $20, %[j]\n\t"                                  \
+  "andl $1, %[j]\n\t"                                   \
+  "fmull %c[parity](%[table],%[j],8)\n\t" /* y */       \
+  "fld %%st\n\t"                                        \
+  "fmull %[v" #lane                                     \
+  "]\n\t"                                               \
+  "fmul %%st(1), %%st\n\t"                              \
+  "fsubrs %c[three](%[table])\n\t"                      \
+  "shrl $1, %[k]\n\t"                                   \
+  "andl $0x7FF00000, %[k]\n\t"                          \
+  "fmulp %%st, %%st(1)\n\t" root(lane) "fstpl 8*" #lane \
+                                       "(%[dst])\n\t"   \
+                                       "addl %[k], 4+8*" #lane "(%[dst])\n\t"
+// st is 2 / sqrt(v); k becomes (m - 1) << 20.
+#define FINISH_ROOT(lane) "fmull %[v" #lane "]\n\tsubl $0x20000000, %[k]\n\t"
 // k becomes (-m - 1) << 20.
-#define FINISH_INVERSE_ROOT(lane) \
-  "negl %[k]\n\t"                 \
-  "addl $0x1FE00000, %[k]\n\t"
+#define FINISH_INVERSE_ROOT(lane) "negl %[k]\n\taddl $0x1FE00000, %[k]\n\t"
 
-#define ROOT_ASSEMBLY(elements)                                                                    \
-  {                                                                                                \
-    using Table = decltype(static_const_table);                                                    \
-    uint32_t k, j;                                                                                 \
-    asm volatile(elements                                                                          \
-                 : [k] "=&r"(k), [j] "=&r"(j)                                                      \
-                 : [src] "r"(src), [dst] "r"(dst), [table] "r"(&static_const_table), [z] "o"(r.z), \
-                   [v] "o"(r.v), [c0] "i"(offsetof(Table, c0)), [c1] "i"(offsetof(Table, c1)),     \
-                   [c2] "i"(offsetof(Table, c2)), [parity] "i"(offsetof(Table, parity)),           \
-                   [three] "i"(offsetof(Table, three))                                             \
-                 : "cc", LUX_X87_STACK);                                                           \
+#define ROOT_LANES(elements)                                                                   \
+  {                                                                                            \
+    using Table = decltype(static_const_table);                                                \
+    uint32_t k, j;                                                                             \
+    asm volatile(                                                                              \
+        elements                                                                               \
+        : [k] "=&r"(k), [j] "=&r"(j)                                                           \
+        : [src] "r"(src), [dst] "r"(dst), [table] "r"(&static_const_table), [z0] "m"(r.z[0]),  \
+          [z1] "m"(r.z[1]), [z2] "m"(r.z[2]), [z3] "m"(r.z[3]), [v0] "m"(r.v[0]),              \
+          [v1] "m"(r.v[1]), [v2] "m"(r.v[2]), [v3] "m"(r.v[3]), [c0] "i"(offsetof(Table, c0)), \
+          [c1] "i"(offsetof(Table, c1)), [c2] "i"(offsetof(Table, c2)),                        \
+          [parity] "i"(offsetof(Table, parity)), [three] "i"(offsetof(Table, three))           \
+        : "cc", LUX_X87_STACK);                                                                \
   }
-#define ROOT_BLOCK(root)                                                          \
-  ROOT_ASSEMBLY(ROOT_ELEMENT(0, root) ROOT_ELEMENT(1, root) ROOT_ELEMENT(2, root) \
-                    ROOT_ELEMENT(3, root))
+#define ROOT_BLOCK(root)                                                       \
+  ROOT_LANES(ROOT_ELEMENT(0, root) ROOT_ELEMENT(1, root) ROOT_ELEMENT(2, root) \
+                 ROOT_ELEMENT(3, root))
 
 // Six registers are all there are, so no instrumentation fits beside the assembly.
 template <Root kKind>
@@ -128,9 +125,9 @@ __attribute__((no_sanitize("address", "undefined"), noinline)) static void root_
   _mm_store_ps(reinterpret_cast<float*>(r.z), masked(x, kFraction, kOneField));
   _mm_store_ps(reinterpret_cast<float*>(r.v), masked(x, kFractionAndParity, kHalfField));
   if constexpr (kKind == kRoot)
-    ROOT_ASSEMBLY(ROOT_ELEMENT(0, FINISH_ROOT))
+    ROOT_LANES(ROOT_ELEMENT(0, FINISH_ROOT))
   else
-    ROOT_ASSEMBLY(ROOT_ELEMENT(0, FINISH_INVERSE_ROOT))
+    ROOT_LANES(ROOT_ELEMENT(0, FINISH_INVERSE_ROOT))
 }
 
 // The sign bit is set when a high word is not that of a positive normal number.
