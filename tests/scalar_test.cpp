@@ -228,7 +228,7 @@ TEST(Scalar, ExtendedRootIsTheModel) {
     mpfr_sqrt(root.value, root.value, MPFR_RNDN);
     worst = std::max(worst, ulps(got, root));
   }
-  EXPECT_LE(worst, 0.53);
+  EXPECT_LE(worst, 0.502);
   RecordProperty("ulp", std::to_string(worst));
 }
 
@@ -293,7 +293,7 @@ TEST(Scalar, ExtendedInverseRootIsTheModelAndScalesItsOperand) {
     mpfr_rec_sqrt(root.value, root.value, MPFR_RNDN);
     worst = std::max(worst, ulps(got, root));
   }
-  EXPECT_LE(worst, 0.53);
+  EXPECT_LE(worst, 0.501);
   RecordProperty("ulp", std::to_string(worst));
 }
 
@@ -384,6 +384,6 @@ TEST(Scalar, ComplexRootIsAccurate) {
       worst = std::max(worst, std::fabs(mpfr_get_d(m.value, MPFR_RNDN)));
     }
   }
-  EXPECT_LE(worst, 0.51);
+  EXPECT_LE(worst, 0.501);
   RecordProperty("ulp", std::to_string(worst));
 }
