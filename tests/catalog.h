@@ -30,6 +30,9 @@ struct Export {
   bool is(std::string_view f, std::string_view t) const { return family == f && type == t; }
   // A block of four shares one division, so neighbours may move the last bit.
   bool neighbours_matter() const { return type == "64f" && (family == "Inv" || family == "Div"); }
+  // A block of eight with a special element is computed under the caller's x87 control word, and
+  // reported by code before index.
+  bool has_special_blocks() const { return type == "32f" && family == "InvSqrt"; }
 };
 
 template <class E>
