@@ -119,7 +119,7 @@ LUX_API Status luxsSqrt_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = 1 over the square root of src[i].
  *
- *  Accuracy: 32f at most 0.98 ulp, 0.995 ulp on any processor; 64f at most 0.79 ulp. All grades of
+ *  Accuracy: 32f at most 0.985 ulp, 0.995 ulp on any processor; 64f at most 0.79 ulp. All grades of
  *  a type are one computation.
  *  A zero gives the infinity of its sign with LUX_POLE; a negative number or -infinity a NaN,
  *  0xFFC00000 in 32f and 0x7FF8A5A55A5A5A5A in 64f, with LUX_DOMAIN; +infinity gives +0 and a NaN
@@ -220,7 +220,7 @@ LUX_API int32_t noxdError(int32_t code, int32_t index, const double* argument1,
 LUX_API float noxssqrt_scalar(float x);
 LUX_API double noxdsqrt_scalar(double x);
 
-/** The square root of an extended number, at most MEASURED ulp. Needs the x87 unit at 64-bit
+/** The square root of an extended number, at most 0.502 ulp. Needs the x87 unit at 64-bit
  *  precision, rounding to nearest, which it does not set. A zero and +infinity give themselves, a
  *  NaN comes out quiet; a negative number gives the default NaN and raises the invalid flag. */
 LUX_API long double noxsqrtl_scalar(long double x);

