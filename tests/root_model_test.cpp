@@ -163,6 +163,33 @@ TEST(Root, SquaresOfIntegers) {
 
 // ---- Blocks with special elements
 
+// Sixteens, eights and single elements give the same roots, whatever stands beside them.
+TEST(Root, SpecialSinglesDoNotTouchTheirNeighbours) {
+  constexpr int kLen = 45;
+  const struct {
+    uint32_t in, out;
+  } rows[] = {{0, 0},
+              {0x80000000, 0x80000000},
+              {0x00000001, 0x1A3504F3},
+              {0x7F800000, 0x7F800000},
+              {0x7F800001, 0x7FC00001},
+              {0xFFC00000, 0xFFC00000}};
+  Random random{8};
+  for (const auto& row : rows)
+    for (int at = 0; at < kLen; ++at) {
+      uint32_t x[kLen], y[kLen];
+      for (uint32_t& element : x) element = 0x00800000 + random.next() % 0x7F000000;
+      x[at] = row.in;
+      if (at % 3 == 0) x[(at + 20) % kLen] = 0;
+      EXPECT_EQ(luxsSqrt_32f_A24(reals(x), reals(y), kLen), LUX_OK);
+      for (int i = 0; i < kLen; ++i)
+        ASSERT_EQ(y[i], i == at     ? row.out
+                        : x[i] == 0 ? 0
+                                    : sqrt_32f(x[i]))
+            << std::hex << "0x" << row.in << std::dec << " at " << at << ", element " << i;
+    }
+}
+
 // A negative subnormal looks like -0 to the packed unit under denormals-are-zero; the report goes
 // by the bits.
 TEST(Root, DenormalsAreZeroHidesNoReport) {

@@ -9,6 +9,9 @@
 // out with a NaN. All of it is then computed on the x87 unit as 1 / sqrt(x), deliberately under the
 // caller's precision and rounding, and its zeros are reported before its negative numbers.
 //
+// Twelve packed operations, of which the processor starts three a cycle: no less than 1 cycle an
+// element, 1.1 with the test.
+//
 // Worst error 0.9846 ulp, at 0x0085B984 (every input, with the estimate of an Intel Xeon 6/207).
 #include "kernels/explog/root_32f.h"
 
@@ -56,24 +59,41 @@ static void special_element(const Arrays<float>& arrays, int32_t i, Status* stat
   if (is_negative(x)) _ErrorCall(arrays, LUX_DOMAIN, i, status);
 }
 
+// Sixteen a turn while nothing is special.
+static inline int32_t inverse_root_blocks(const Arrays<float>& arrays, int32_t i, int32_t last,
+                                          Status* status) {
+  const float* const src = arrays.src1;
+  float* const dst = arrays.dst1;
+  while (i < last) {
+    for (; i + kBlock < last; i += 2 * kBlock) {
+      const __m128 a = inverse_root(load_lanes(src + i)), b = inverse_root(load_lanes(src + i + 4)),
+                   c = inverse_root(load_lanes(src + i + 8)),
+                   d = inverse_root(load_lanes(src + i + 12));
+      if (!all_finite(_mm_add_ps(_mm_add_ps(a, b), _mm_add_ps(c, d)))) break;
+      store_lanes(dst + i, a);
+      store_lanes(dst + i + 4, b);
+      store_lanes(dst + i + 8, c);
+      store_lanes(dst + i + 12, d);
+    }
+    for (const int32_t end = i + 2 * kBlock < last ? i + 2 * kBlock : last; i < end; i += kBlock) {
+      const __m128 a = inverse_root(load_lanes(src + i)), b = inverse_root(load_lanes(src + i + 4));
+      if (all_finite(_mm_add_ps(a, b))) {
+        store_lanes(dst + i, a);
+        store_lanes(dst + i + 4, b);
+      } else {
+        special_block(arrays, i, status);
+      }
+    }
+  }
+  return i;
+}
+
 static Status invsqrt_32f(const float* src, float* dst, int32_t len) {
   const Arrays<float> arrays = {src, src, dst, dst};
   Status blocks = LUX_OK;
   const Status tail = run_kernel<SseNearest, kBlock>(
       arrays, len,
-      [&](int32_t i, int32_t last) {
-        for (; i < last; i += kBlock) {
-          const __m128 low = inverse_root(load_lanes(src + i));
-          const __m128 high = inverse_root(load_lanes(src + i + 4));
-          if (all_finite(_mm_add_ps(low, high))) {
-            store_lanes(dst + i, low);
-            store_lanes(dst + i + 4, high);
-          } else {
-            special_block(arrays, i, &blocks);
-          }
-        }
-        return i;
-      },
+      [&](int32_t i, int32_t last) { return inverse_root_blocks(arrays, i, last, &blocks); },
       [&](int32_t i, Status* status) {
         if (is_positive_normal(load_bits(src + i)))
           _mm_store_ss(dst + i, inverse_root(_mm_load1_ps(src + i)));

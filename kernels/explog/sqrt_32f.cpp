@@ -6,20 +6,30 @@
 //   e = (h y y - 1) + l y y, the relative error of y squared,  p = ((1 + e)^(-1/2) - 1) / e,
 //   sqrt(x) = (x y e p + l y) + h y, where h y and l y are exact.
 //
-// A zero is ordinary: its estimate is made finite. An infinity, a NaN, a subnormal or a negative
-// number makes the packed result infinite or a NaN, and its block goes one by one. A block with -0
-// does so too: under denormals-are-zero it looks like a negative subnormal, which must be reported.
+// A zero, an infinity, a NaN, a subnormal or a negative number makes the packed result infinite or
+// a NaN. Its sixteen elements are then done in eights with the estimate of a zero made finite, and
+// an eight that still comes out so goes one by one. An eight with -0 does too: under
+// denormals-are-zero it looks like a negative subnormal, which must be reported.
+//
+// Nineteen packed operations, of which the processor starts three a cycle: no less than 1.58 cycles
+// an element, 1.69 with the test.
 //
 // Worst error 0.7608 ulp, at 0x0169B52F (every input, with the estimate of an Intel Xeon 6/207).
 #include "kernels/explog/root_32f.h"
 
 constexpr uint32_t kDefaultNan = 0xFFC00000;
 
+enum Zeros { kNoZeros, kWithZeros };
+
+template <Zeros kZeros>
 static inline __m128 root(__m128 x) {
   static const BitLanes magnitude_of_nine_bits = {{0x7FFF8000, 0x7FFF8000, 0x7FFF8000, 0x7FFF8000}};
   static const BitLanes largest = {{0x7F7FFFFF, 0x7F7FFFFF, 0x7F7FFFFF, 0x7F7FFFFF}};
-  const __m128 cut = _mm_and_ps(_mm_rsqrt_ps(x), lanes_of(magnitude_of_nine_bits));
-  const __m128 y = _mm_min_ps(cut, lanes_of(largest));
+  __m128 y = _mm_rsqrt_ps(x);
+  if constexpr (kZeros == kWithZeros)
+    y = _mm_min_ps(_mm_and_ps(y, lanes_of(magnitude_of_nine_bits)), lanes_of(largest));
+  else
+    y = nine_bits(y);
   const __m128 h = nine_bits(x);
   const __m128 minus_l = _mm_sub_ps(h, x);  // +0 for either zero, so that -0 stays -0
   const __m128 hy = _mm_mul_ps(h, y), minus_ly = _mm_mul_ps(minus_l, y);
@@ -29,13 +39,27 @@ static inline __m128 root(__m128 x) {
   return _mm_add_ps(_mm_sub_ps(correction, minus_ly), hy);
 }
 
+// The sums that are tested are of numbers below 2^65.
 static inline int32_t root_blocks(const float* src, float* dst, int32_t i, int32_t last) {
-  for (; i < last; i += 8) {
-    const __m128 low = root(load_lanes(src + i)), high = root(load_lanes(src + i + 4));
-    const __m128 sum = _mm_add_ps(low, high);  // of two numbers below 2^65
-    if (!all_finite(sum) || _mm_movemask_ps(_mm_or_ps(low, high))) break;
-    store_lanes(dst + i, low);
-    store_lanes(dst + i + 4, high);
+  while (i < last) {
+    for (; i + 8 < last; i += 16) {
+      const __m128 a = root<kNoZeros>(load_lanes(src + i)),
+                   b = root<kNoZeros>(load_lanes(src + i + 4)),
+                   c = root<kNoZeros>(load_lanes(src + i + 8)),
+                   d = root<kNoZeros>(load_lanes(src + i + 12));
+      if (!all_finite(_mm_add_ps(_mm_add_ps(a, b), _mm_add_ps(c, d)))) break;
+      store_lanes(dst + i, a);
+      store_lanes(dst + i + 4, b);
+      store_lanes(dst + i + 8, c);
+      store_lanes(dst + i + 12, d);
+    }
+    for (const int32_t end = i + 16 < last ? i + 16 : last; i < end; i += 8) {
+      const __m128 a = root<kWithZeros>(load_lanes(src + i)),
+                   b = root<kWithZeros>(load_lanes(src + i + 4));
+      if (!all_finite(_mm_add_ps(a, b)) || _mm_movemask_ps(_mm_or_ps(a, b))) return i;
+      store_lanes(dst + i, a);
+      store_lanes(dst + i + 4, b);
+    }
   }
   return i;
 }
@@ -45,7 +69,7 @@ static void sqrt_scalar(const Arrays<float>& arrays, int32_t i, Status* status) 
   const uint32_t x = load_bits(arrays.src1 + i);
   const __m128 lane = _mm_load1_ps(arrays.src1 + i);
   if (is_positive_normal(x)) {
-    _mm_store_ss(y, root(lane));
+    _mm_store_ss(y, root<kNoZeros>(lane));
   } else if (is_zero<float>(x) || x == Format<float>::kInf) {
     store_bits(y, x);
   } else if (magnitude<float>(x) > Format<float>::kInf) {
@@ -54,7 +78,7 @@ static void sqrt_scalar(const Arrays<float>& arrays, int32_t i, Status* status) 
     store_bits(y, kDefaultNan);
     _ErrorCall(arrays, LUX_DOMAIN, i, status);
   } else {
-    const __m128 scaled = root(_mm_mul_ps(lane, _mm_set1_ps(0x1p26f)));
+    const __m128 scaled = root<kWithZeros>(_mm_mul_ps(lane, _mm_set1_ps(0x1p26f)));
     _mm_store_ss(y, _mm_mul_ps(scaled, _mm_set1_ps(0x1p-13f)));
   }
 }
