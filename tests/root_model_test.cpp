@@ -270,6 +270,8 @@ TEST(Root, OrderOfReports) {
        12,
        {{19, 7}, {18, 8}, {19, 9}, {18, 10}}},
       {{{3, 0xFFC00000}, {4, 0x7F800000}, {5, 0x00000001}}, 8, {}},
+      {{{3, 0x80000001}}, 16, {{19, 3}}},  // -infinity, not a NaN, as a packed result
+      {{{9, 0x807FFFFF}}, 24, {{19, 9}}},
   };
   for (const auto& row : rows)
     for (const bool in_place : {false, true}) {

@@ -6,8 +6,9 @@
 //   1/sqrt(x) = y + y (e p),  p = ((1 + e)^(-1/2) - 1) / e to third order.
 //
 // A block of eight that holds a zero, a subnormal, a negative number, an infinity or a NaN comes
-// out with a NaN. All of it is then computed on the x87 unit as 1 / sqrt(x), deliberately under the
-// caller's precision and rounding, and its zeros are reported before its negative numbers.
+// out with an infinity or a NaN. All of it is then computed on the x87 unit as 1 / sqrt(x),
+// deliberately under the caller's precision and rounding, and its zeros are reported before its
+// negative numbers.
 //
 // Twelve packed operations, of which the processor starts three a cycle: no less than 1 cycle an
 // element, 1.1 with the test.
@@ -59,6 +60,11 @@ static void special_element(const Arrays<float>& arrays, int32_t i, Status* stat
   if (is_negative(x)) _ErrorCall(arrays, LUX_DOMAIN, i, status);
 }
 
+// A special element gives a NaN, a negative subnormal -infinity.
+static inline bool above_zero(__m128 sum) {
+  return in_all_lanes(_mm_cmplt_ps(_mm_setzero_ps(), sum));
+}
+
 // Sixteen a turn while nothing is special.
 static inline int32_t inverse_root_blocks(const Arrays<float>& arrays, int32_t i, int32_t last,
                                           Status* status) {
@@ -69,7 +75,7 @@ static inline int32_t inverse_root_blocks(const Arrays<float>& arrays, int32_t i
       const __m128 a = inverse_root(load_lanes(src + i)), b = inverse_root(load_lanes(src + i + 4)),
                    c = inverse_root(load_lanes(src + i + 8)),
                    d = inverse_root(load_lanes(src + i + 12));
-      if (!all_finite(_mm_add_ps(_mm_add_ps(a, b), _mm_add_ps(c, d)))) break;
+      if (!above_zero(_mm_add_ps(_mm_add_ps(a, b), _mm_add_ps(c, d)))) break;
       store_lanes(dst + i, a);
       store_lanes(dst + i + 4, b);
       store_lanes(dst + i + 8, c);
@@ -77,7 +83,7 @@ static inline int32_t inverse_root_blocks(const Arrays<float>& arrays, int32_t i
     }
     for (const int32_t end = i + 2 * kBlock < last ? i + 2 * kBlock : last; i < end; i += kBlock) {
       const __m128 a = inverse_root(load_lanes(src + i)), b = inverse_root(load_lanes(src + i + 4));
-      if (all_finite(_mm_add_ps(a, b))) {
+      if (above_zero(_mm_add_ps(a, b))) {
         store_lanes(dst + i, a);
         store_lanes(dst + i + 4, b);
       } else {

@@ -41,10 +41,7 @@ static inline __m128 series(__m128 e) {
   return _mm_sub_ps(_mm_mul_ps(inner, e), _mm_set1_ps(0.5f));
 }
 
-static inline bool all_finite(__m128 x) {
-  static const BitLanes infinity = {{0x7F800000, 0x7F800000, 0x7F800000, 0x7F800000}};
-  return _mm_movemask_ps(_mm_cmplt_ps(x, lanes_of(infinity))) == 15;
-}
+static inline bool in_all_lanes(__m128 condition) { return _mm_movemask_ps(condition) == 15; }
 
 static inline bool is_positive_normal(uint32_t x) {
   return x - kSmallestNormal < Format<float>::kInf - kSmallestNormal;
