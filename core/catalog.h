@@ -131,4 +131,8 @@ constexpr bool neighbours_matter(const Function& f) {
   return f.is("Inv", "64f") || f.is("Div", "64f") || f.is("Ln", "32f") || f.is("Log10", "32f");
 }
 
+// A block of eight with a special element is computed under the caller's x87 control word, and
+// reported by code before index.
+constexpr bool has_special_blocks(const Function& f) { return f.is("InvSqrt", "32f"); }
+
 #endif

@@ -99,6 +99,42 @@ LUX_API Status luxsDiv_32f_A24(const float* src1, const float* src2, float* dst,
 LUX_API Status luxsDiv_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
 LUX_API Status luxsDiv_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
 
+/* ---- Square root and its reciprocal -----------------------------------------------------------
+ */
+
+/** dst[i] = the square root of src[i].
+ *
+ *  Accuracy: 32f at most 0.89 ulp, 0.99 ulp on any processor (it starts from the processor's own
+ *  estimate, so last bits may differ between processors); 64f at most 0.705 ulp. Squares of
+ *  integers give the integer. All grades of a type are one computation.
+ *  A zero gives itself, sign kept; +infinity itself; a NaN comes out quiet: no code. A negative
+ *  number or -infinity gives a NaN, 0xFFC00000 in 32f and 0x7FF8A5A55A5A5A5A in 64f, with
+ *  LUX_DOMAIN. Where denormals-are-zero is set, 32f promises results from 2^-90 to 2^120 only.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+LUX_API Status luxsSqrt_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsSqrt_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsSqrt_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsSqrt_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsSqrt_64f_A53(const double* src, double* dst, int32_t len);
+
+/** dst[i] = 1 over the square root of src[i].
+ *
+ *  Accuracy: 32f at most 0.985 ulp, 0.995 ulp on any processor; 64f at most 0.79 ulp. All grades of
+ *  a type are one computation.
+ *  A zero gives the infinity of its sign with LUX_POLE; a negative number or -infinity a NaN,
+ *  0xFFC00000 in 32f and 0x7FF8A5A55A5A5A5A in 64f, with LUX_DOMAIN; +infinity gives +0 and a NaN
+ *  comes out quiet: no code.
+ *  32f works in blocks of eight. A block that holds a zero, a subnormal, a negative number, an
+ *  infinity or a NaN is computed on the x87 unit under the caller's precision and rounding, so the
+ *  last bit of its ordinary results may differ; all its zeros are reported before its negative
+ *  numbers. Where denormals-are-zero is set, 32f promises results from 2^-90 to 2^120 only.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or the code of the last element reported. */
+LUX_API Status luxsInvSqrt_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsInvSqrt_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsInvSqrt_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsInvSqrt_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsInvSqrt_64f_A53(const double* src, double* dst, int32_t len);
+
 /* ---- Exponential ------------------------------------------------------------------------------
  */
 
@@ -201,6 +237,29 @@ LUX_API int32_t noxsError(int32_t code, int32_t index, const float* argument1,
 LUX_API int32_t noxdError(int32_t code, int32_t index, const double* argument1,
                           const double* argument2, const double* result1, const double* result2,
                           const char* name);
+
+/* ---- Scalar routines ---------------------------------------------------------------------------
+ *
+ * One number each, by value; nothing is reported. They keep no state.
+ */
+
+/** The correctly rounded square root, under any precision and rounding of the caller's x87 control
+ *  word, which comes back as it was. A zero and +infinity give themselves, a NaN comes out quiet; a
+ *  negative number gives a NaN, 0xFFC00000 and 0x7FF8A5A55A5A5A5A, and raises the x87 unit's
+ * invalid flag. */
+LUX_API float noxssqrt_scalar(float x);
+LUX_API double noxdsqrt_scalar(double x);
+
+/** The square root of an extended number, at most 0.502 ulp. Needs the x87 unit at 64-bit
+ *  precision, rounding to nearest, which it does not set. A zero and +infinity give themselves, a
+ *  NaN comes out quiet; a negative number gives the default NaN and raises the invalid flag. */
+LUX_API long double noxsqrtl_scalar(long double x);
+
+/** The magnitude: the sign cleared, also of zeros, infinities and NaNs. The extended one multiplies
+ *  by 1 or -1, so it rounds to the x87 unit's precision. */
+LUX_API float nox_sabs_scalar(float x);
+LUX_API double nox_dabs_scalar(double x);
+LUX_API long double noxfabsl_scalar(long double x);
 
 /* ---- Threading --------------------------------------------------------------------------------
  */

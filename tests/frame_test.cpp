@@ -88,9 +88,10 @@ static void expect_same(const Function& f, const unsigned char* got, const unsig
     }
 }
 
-static void expect_same(const Case& got, const Case& want, const std::string& what) {
+static void expect_same(const Case& got, const Case& want, const std::string& what,
+                        uint64_t steps = 0) {
   for (int k = 0; k < got.f.shape.destinations; ++k)
-    expect_same(got.f, got.dst[k].data(), want.dst[k].data(), got.len, what);
+    expect_same(got.f, got.dst[k].data(), want.dst[k].data(), got.len, what, steps);
 }
 
 static bool all_canaries(const unsigned char* begin, const unsigned char* end) {
@@ -143,10 +144,13 @@ TEST_P(Frame, EveryLengthGivesTheElementsOneByOne) {
       const Status one = f.call(a, 1);
       if (one != 0) last = one;
     }
-    EXPECT_EQ(status, f.counts ? len : last) << "length " << len;
+    if (has_special_blocks(f))
+      EXPECT_EQ(status != 0, last != 0) << "length " << len;
+    else
+      EXPECT_EQ(status, f.counts ? len : last) << "length " << len;
     for (int k = 0; k < f.shape.destinations; ++k)
       expect_same(f, whole.dst[k].data(), single.dst[k].data(), len, "against single elements",
-                  neighbours_matter(f));
+                  neighbours_matter(f) || has_special_blocks(f));
   }
 }
 
@@ -226,7 +230,7 @@ static void expect_kept(const Environment& e, Case& c, const Case& want, const s
   EXPECT_TRUE(empty) << what << ": values left on the x87 stack";
   EXPECT_EQ(after.control, e.control) << what << ": x87 control word";
   EXPECT_EQ(after.mxcsr & ~kAllFlags, e.mxcsr & ~kAllFlags) << what << ": MXCSR";
-  expect_same(c, want, what);
+  expect_same(c, want, what, has_special_blocks(c.f) ? 2 : 0);  // two roundings of the x87 unit
 }
 
 constexpr uint16_t kDirections[] = {0x000, 0x400, 0x800, 0xC00};

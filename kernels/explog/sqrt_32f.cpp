@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+//
+// Square root of single-precision arrays, packed, from the processor's estimate of 1/sqrt(x).
+//
+//   y = the estimate cut to 9 bits,  x = h + l with the 9 leading bits in h,
+//   e = (h y y - 1) + l y y, the relative error of y squared,  p = ((1 + e)^(-1/2) - 1) / e,
+//   sqrt(x) = (x y e p + l y) + h y, where h y and l y are exact.
+//
+// A zero, an infinity, a NaN, a subnormal or a negative number makes the packed result infinite or
+// a NaN. Its sixteen elements are then done in eights with the estimate of a zero made finite, and
+// an eight that still comes out so goes one by one. An eight with -0 does too: under
+// denormals-are-zero it looks like a negative subnormal, which must be reported.
+//
+// Nineteen packed operations, of which the processor starts three a cycle: no less than 1.58 cycles
+// an element, 1.69 with the test.
+//
+// Worst error 0.7608 ulp, at 0x0169B52F (every input, with the estimate of an Intel Xeon 6/207).
+#include "kernels/explog/root_32f.h"
+
+constexpr uint32_t kDefaultNan = 0xFFC00000;
+
+enum Zeros { kNoZeros, kWithZeros };
+
+template <Zeros kZeros>
+static inline __m128 root(__m128 x) {
+  static const BitLanes magnitude_of_nine_bits = {{0x7FFF8000, 0x7FFF8000, 0x7FFF8000, 0x7FFF8000}};
+  static const BitLanes largest = {{0x7F7FFFFF, 0x7F7FFFFF, 0x7F7FFFFF, 0x7F7FFFFF}};
+  __m128 y = _mm_rsqrt_ps(x);
+  if constexpr (kZeros == kWithZeros)
+    y = _mm_min_ps(_mm_and_ps(y, lanes_of(magnitude_of_nine_bits)), lanes_of(largest));
+  else
+    y = nine_bits(y);
+  const __m128 h = nine_bits(x);
+  const __m128 minus_l = _mm_sub_ps(h, x);  // +0 for either zero, so that -0 stays -0
+  const __m128 hy = _mm_mul_ps(h, y), minus_ly = _mm_mul_ps(minus_l, y);
+  const __m128 e =
+      _mm_sub_ps(_mm_sub_ps(_mm_mul_ps(hy, y), _mm_set1_ps(1.0f)), _mm_mul_ps(minus_ly, y));
+  const __m128 correction = _mm_mul_ps(_mm_mul_ps(_mm_mul_ps(x, y), e), series(e));
+  return _mm_add_ps(_mm_sub_ps(correction, minus_ly), hy);
+}
+
+// A sum of ordinary roots stays below 2^66. Without zeros in view a special element gives +infinity
+// or a NaN, with them also -infinity.
+static inline bool below_infinity(__m128 sum) {
+  static const BitLanes infinity = {{0x7F800000, 0x7F800000, 0x7F800000, 0x7F800000}};
+  return in_all_lanes(_mm_cmplt_ps(sum, lanes_of(infinity)));
+}
+
+static inline int32_t root_blocks(const float* src, float* dst, int32_t i, int32_t last) {
+  while (i < last) {
+    for (; i + 8 < last; i += 16) {
+      const __m128 a = root<kNoZeros>(load_lanes(src + i)),
+                   b = root<kNoZeros>(load_lanes(src + i + 4)),
+                   c = root<kNoZeros>(load_lanes(src + i + 8)),
+                   d = root<kNoZeros>(load_lanes(src + i + 12));
+      if (!below_infinity(_mm_add_ps(_mm_add_ps(a, b), _mm_add_ps(c, d)))) break;
+      store_lanes(dst + i, a);
+      store_lanes(dst + i + 4, b);
+      store_lanes(dst + i + 8, c);
+      store_lanes(dst + i + 12, d);
+    }
+    for (const int32_t end = i + 16 < last ? i + 16 : last; i < end; i += 8) {
+      const __m128 a = root<kWithZeros>(load_lanes(src + i)),
+                   b = root<kWithZeros>(load_lanes(src + i + 4));
+      if (!below_infinity(_mm_add_ps(a, b)) || _mm_movemask_ps(_mm_or_ps(a, b))) return i;
+      store_lanes(dst + i, a);
+      store_lanes(dst + i + 4, b);
+    }
+  }
+  return i;
+}
+
+static void sqrt_scalar(const Arrays<float>& arrays, int32_t i, Status* status) {
+  float* const y = arrays.dst1 + i;
+  const uint32_t x = load_bits(arrays.src1 + i);
+  const __m128 lane = _mm_load1_ps(arrays.src1 + i);
+  if (is_positive_normal(x)) {
+    _mm_store_ss(y, root<kNoZeros>(lane));
+  } else if (is_zero<float>(x) || x == Format<float>::kInf) {
+    store_bits(y, x);
+  } else if (magnitude<float>(x) > Format<float>::kInf) {
+    store_bits(y, quieted<float>(x));
+  } else if (x & Format<float>::kSign) {
+    store_bits(y, kDefaultNan);
+    _ErrorCall(arrays, LUX_DOMAIN, i, status);
+  } else {
+    const __m128 scaled = root<kWithZeros>(_mm_mul_ps(lane, _mm_set1_ps(0x1p26f)));
+    _mm_store_ss(y, _mm_mul_ps(scaled, _mm_set1_ps(0x1p-13f)));
+  }
+}
+
+static Status sqrt_32f(const float* src, float* dst, int32_t len) {
+  const Arrays<float> arrays = {src, src, dst, dst};
+  return run_kernel<SseNearest, 8>(
+      arrays, len, [=](int32_t first, int32_t last) { return root_blocks(src, dst, first, last); },
+      [&](int32_t i, Status* status) { sqrt_scalar(arrays, i, status); });
+}
+
+LUX_KERNELS_32F(Sqrt, 1_1, sqrt_32f)

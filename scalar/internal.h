@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+//
+// What the complex and the extended functions share and nobody else sees.
+#ifndef LUX_SCALAR_INTERNAL_H
+#define LUX_SCALAR_INTERNAL_H
+
+#include "core/bits.h"
+#include "luxvmk3.h"
+
+// ---- Classes of doubles, by bits alone: no exception, and no passage through the x87 unit, hence
+// the references. Each gives 1 or 0.
+
+static inline int _nox_internal_isinf(const double& x) {
+  const Words w = load_words(&x);
+  return (w.upper & 0x7FFFFFFF) == 0x7FF00000 && w.lower == 0;
+}
+
+static inline int _nox_internal_isninf(const double& x) {
+  const Words w = load_words(&x);
+  return w.upper == 0xFFF00000 && w.lower == 0;
+}
+
+static inline int _nox_internal_ispinf(const double& x) {
+  const Words w = load_words(&x);
+  return w.upper == 0x7FF00000 && w.lower == 0;
+}
+
+static inline int _nox_internal_isnan(const double& x) {
+  const Words w = load_words(&x);
+  return (w.upper & 0x7FF00000) == 0x7FF00000 && ((w.upper & 0x000FFFFF) || w.lower);
+}
+
+static inline int _nox_internal_iszero(const double& x) {
+  const Words w = load_words(&x);
+  return (w.upper & 0x7FFFFFFF) == 0 && w.lower == 0;
+}
+
+static inline int _nox_internal_isnegzero(const double& x) {
+  const Words w = load_words(&x);
+  return w.upper == 0x80000000 && w.lower == 0;
+}
+
+static inline int _nox_internal_isnzfinite(const double& x) {
+  const Words w = load_words(&x);
+  return (w.upper & 0x7FF00000) != 0x7FF00000 && ((w.upper & 0x7FFFFFFF) || w.lower);
+}
+
+// ---- Square roots. They need 64-bit precision and rounding to nearest, which they do not set.
+
+// 1 / sqrt(*x) of a positive finite number. A very small or large *x comes back scaled, as its
+// caller expects.
+extern "C" long double __invsqrtl(long double* x);
+
+// Principal square root of re + i im. Squares of doubles cannot leave the extended range, so
+// nothing is scaled. At re <= 0 with im = 0 the caller treats zeros and the sign of the cut.
+static inline Lux64fc _nox_internal_csqrt(double re, double im) {
+  const long double x = re, y = im, m = noxsqrtl_scalar(x * x + y * y);
+  Lux64fc root;
+  if (re > 0) {
+    const long double u = noxsqrtl_scalar(0.5L * m + 0.5L * x);
+    root.re = store_f64(double(u));
+    root.im = store_f64(double(0.5L * y / u));
+  } else {
+    const long double v = noxsqrtl_scalar(0.5L * m - 0.5L * x);
+    root.im = store_f64(double(v));
+    root.re = store_f64(double(0.5L * y / v));
+    if (root.re < 0) root.re = -root.re;
+  }
+  // Deliberate order of the tests: a NaN leaves with its sign inverted when im is a NaN.
+  if (im >= 0 ? root.im < 0 : !(root.im <= 0)) root.im = -root.im;
+  return root;
+}
+
+#endif
