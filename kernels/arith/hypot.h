@@ -5,14 +5,15 @@
 //
 //   s = a short 1/sqrt(M), from the parity of D's exponent and its top eight fraction bits,
 //   g = M s, h = s/2,  three times  r = 1/2 - g h, h = h + h r, g = g + g r,
-//   d = M - g^2 exactly,  sqrt(D) = (g + d h) 2^k, rounded to the element type.
+//   d = M - g^2 rounded once,  sqrt(D) = (g + d h) 2^k, rounded to the element type.
 //
 //   ordinary elements   blocks of eight; k is added to the exponent of the stored result, which is
 //                       the same as multiplying because the result is a normal number
 //   others              one by one
 //
-// The three steps take the seed's error far below 2^-53, and g + d h is the root of D correctly
-// rounded.
+// The seed's relative error e goes to 1.5 e^2 in a step, which leaves g and h the errors of their
+// last roundings. No D is known for which g + d h is not the correctly rounded root of M; a test
+// tries the hardest.
 #ifndef LUX_KERNELS_ARITH_HYPOT_H
 #define LUX_KERNELS_ARITH_HYPOT_H
 
