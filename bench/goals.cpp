@@ -33,9 +33,9 @@ constexpr Row kRows[] = {
 
 }  // namespace
 
-const Goal* find_goal(std::string_view family, std::string_view type, std::string_view grade) {
+const Goal* find_goal(const Function& function) {
   for (const Row& row : kRows)
-    if (row.family == family && row.type == type && row.grade == grade) return &row.goal;
+    if (function.is(row.family, row.type) && function.grade == row.grade) return &row.goal;
   return nullptr;
 }
 

@@ -15,18 +15,18 @@ using Complex32 = _Complex float;
 using Complex64 = _Complex double;
 
 // One body for every shape: STEP(i) computes element i.
-#define LOOP(name, E, STEP)                                                    \
-  void name(const Arrays& arrays, int32_t len, int32_t times) {                \
-    [[maybe_unused]] const E* const src1 = static_cast<const E*>(arrays.src1); \
-    [[maybe_unused]] const E* const src2 = static_cast<const E*>(arrays.src2); \
-    [[maybe_unused]] E* const dst1 = static_cast<E*>(arrays.dst1);             \
-    [[maybe_unused]] E* const dst2 = static_cast<E*>(arrays.dst2);             \
-    for (; times > 0; --times) {                                               \
-      for (int32_t i = 0; i < len; ++i) {                                      \
-        STEP;                                                                  \
-      }                                                                        \
-      asm volatile("" ::: "memory");                                           \
-    }                                                                          \
+#define LOOP(name, E, STEP)                                                         \
+  void name(const Arrays& arrays, int32_t len, int32_t times) {                     \
+    [[maybe_unused]] const E* const src1 = static_cast<const E*>(arrays.source[0]); \
+    [[maybe_unused]] const E* const src2 = static_cast<const E*>(arrays.source[1]); \
+    [[maybe_unused]] E* const dst1 = static_cast<E*>(arrays.destination[0]);        \
+    [[maybe_unused]] E* const dst2 = static_cast<E*>(arrays.destination[1]);        \
+    for (; times > 0; --times) {                                                    \
+      for (int32_t i = 0; i < len; ++i) {                                           \
+        STEP;                                                                       \
+      }                                                                             \
+      asm volatile("" ::: "memory");                                                \
+    }                                                                               \
   }
 
 // C++ hides the C library's complex functions; __builtin_csqrt and so on call them.
@@ -111,9 +111,9 @@ constexpr Row kRows[] = {
 
 }  // namespace
 
-Loop find_libm_loop(std::string_view family, std::string_view type) {
+Loop find_libm_loop(const Function& function) {
   for (const Row& row : kRows)
-    if (row.family == family && row.type == type) return row.loop;
+    if (function.is(row.family, row.type)) return row.loop;
   return nullptr;
 }
 

@@ -37,8 +37,8 @@ struct Selection {
   std::string json_file, markdown_file;
 };
 
-bool selected(const bench::Export& function, const Selection& selection) {
-  if (!function.loop) return false;
+bool selected(const Function& function, const Selection& selection) {
+  if (!function.call) return false;
   return selection.patterns.empty() ||
          std::any_of(selection.patterns.begin(), selection.patterns.end(),
                      [&](const auto& pattern) {
@@ -79,7 +79,7 @@ double mean_ratio(const std::vector<Result>& results) {
   int count = 0;
   for (const Result& result : results) {
     const auto& grade = result.function->grade;
-    const bool real = result.function->type == "32f" || result.function->type == "64f";
+    const bool real = !result.function->type.complex();
     if (!result.has_libm || !real || (grade != "A24" && grade != "A53")) continue;
     sum += log(libm_ratio(result));
     ++count;
@@ -148,8 +148,8 @@ std::string as_markdown(const std::vector<Result>& results, const Options& optio
 }
 
 void run(const Options& options, const Selection& selection) {
-  const auto& all = bench::exports();
-  if (std::none_of(all.begin(), all.end(), [&](const auto& f) { return selected(f, selection); }))
+  if (std::none_of(std::begin(kFunctions), std::end(kFunctions),
+                   [&](const auto& f) { return selected(f, selection); }))
     throw std::runtime_error("no built function has such a name");
   if (luxcoreSetNumThreads(selection.threads) != LUXCORE_OK)
     throw std::runtime_error("the thread count must be at least 1");
@@ -158,7 +158,7 @@ void run(const Options& options, const Selection& selection) {
              selection.threads == 1 ? "" : "s", bench::ticks_per_cycle());
   print_header(options);
   std::vector<Result> results;
-  for (const bench::Export& function : all) {
+  for (const Function& function : kFunctions) {
     if (!selected(function, selection)) continue;
     results.push_back(bench::measure(function, options));
     print_row(results.back(), options);

@@ -49,11 +49,10 @@ constexpr Input kInputs[] = {
 #include "bench/intervals.def"
 };
 
-const Input& input_of(const Export& function) {
-  const bool complex = function.element == Type::fc32 || function.element == Type::fc64;
+const Input& input_of(const Function& function) {
   const Input* const found =
       std::find_if(std::begin(kInputs), std::end(kInputs), [&](const Input& input) {
-        return input.family == function.family && input.complex == complex;
+        return input.family == function.family && input.complex == function.type.complex();
       });
   if (found == std::end(kInputs)) throw std::runtime_error("no input interval");
   return *found;
@@ -71,9 +70,8 @@ double draw(const Interval& interval, std::mt19937& random) {
 // whose address agrees in the low twelve bits.
 class Memory {
  public:
-  Memory(const Export& function, const Options& options) {
-    const bool wide = function.element == Type::f64 || function.element == Type::fc64;
-    const bool complex = function.element == Type::fc32 || function.element == Type::fc64;
+  Memory(const Function& function, const Options& options) {
+    const bool wide = function.type.width == 8, complex = function.type.complex();
     const size_t parts = size_t(options.n) * (complex ? 2 : 1);
     const size_t stride = (parts * (wide ? 8 : 4) / kPageBytes + 2) * kPageBytes + kPageBytes / 4;
     bytes_.resize(4 * stride + 2 * kPageBytes + size_t(options.offset));
@@ -92,7 +90,7 @@ class Memory {
         put(to, i, wide, special ? input.special : draw(interval, random));
       }
     }
-    arrays = {base, base + stride, base + 2 * stride, base + 3 * stride};
+    arrays = {{base, base + stride}, {base + 2 * stride, base + 3 * stride}, base + stride};
   }
 
   Arrays arrays;
@@ -115,9 +113,10 @@ double now() {
   return double(time.tv_sec) + 1e-9 * double(time.tv_nsec);
 }
 
-uint64_t ticks(Loop loop, const Arrays& arrays, int32_t len, int32_t times) {
+template <class Loop>
+uint64_t ticks(const Loop& loop, int32_t times) {
   const uint64_t start = __rdtsc();
-  loop(arrays, len, times);
+  loop(times);
   return __rdtsc() - start;
 }
 
@@ -140,15 +139,16 @@ bool close(double a, double b) { return fabs(a - b) <= kClockTolerance * b; }
 
 // Cycles per call. A round counts when the clock before and after it agree with each other and with
 // that of most rounds: a disturbed calibration would show too few cycles.
-Samples measure_loop(Loop loop, const Arrays& arrays, int32_t len, int32_t milliseconds) {
-  loop(arrays, len, 1);
+template <class Loop>
+Samples measure_loop(const Loop& loop, int32_t milliseconds) {
+  loop(1);
   uint64_t one_call = std::numeric_limits<uint64_t>::max();
-  for (int i = 0; i < 5; ++i) one_call = std::min(one_call, ticks(loop, arrays, len, 1));
+  for (int i = 0; i < 5; ++i) one_call = std::min(one_call, ticks(loop, 1));
   one_call = std::max<uint64_t>(one_call, 1);
   const int32_t times = int32_t(std::max<uint64_t>(kSampleTicks / one_call, 1));
   const size_t samples_per_round = size_t(std::clamp<uint64_t>(
       kSamplesPerRound * kSampleTicks / (one_call * times), 1, kSamplesPerRound));
-  loop(arrays, len, times);
+  loop(times);
 
   Samples samples;
   std::vector<Round> rounds;
@@ -159,7 +159,7 @@ Samples measure_loop(Loop loop, const Arrays& arrays, int32_t len, int32_t milli
     if (spent > 20 * limit || (spent > limit && rounds.size() >= kLeastRounds)) break;
     std::vector<double> taken(samples_per_round);
     const double before = ticks_per_cycle();
-    for (double& sample : taken) sample = double(ticks(loop, arrays, len, times)) / times;
+    for (double& sample : taken) sample = double(ticks(loop, times)) / times;
     const double after = ticks_per_cycle();
     if (!close(before, after)) {
       ++samples.dropped;
@@ -207,23 +207,28 @@ double ticks_per_cycle() {
   return double(least) / (kTurns * kLinks);
 }
 
-Result measure(const Export& function, const Options& options) {
+Result measure(const Function& function, const Options& options) {
   Result result;
   result.function = &function;
-  result.goal = find_goal(function.family, function.type, function.grade);
+  result.goal = find_goal(function);
   const Memory memory(function, options);
-  const auto take = [&](Loop loop, int32_t len) {
-    const Samples samples = measure_loop(loop, memory.arrays, len, options.milliseconds);
+  const auto take = [&](int32_t len, const auto& loop) {
+    const Samples samples = measure_loop(loop, options.milliseconds);
     result.kept += samples.kept;
     result.dropped += samples.dropped;
     return per_element(samples.figure, len);
   };
-  result.element = take(function.loop, options.n);
-  result.single_call = take(function.loop, 1);
-  const Loop libm = options.compare ? find_libm_loop(function.family, function.type) : nullptr;
+  const auto take_calls = [&](int32_t len) {
+    return take(len, [&](int32_t times) {
+      for (; times > 0; --times) function.call(memory.arrays, len);
+    });
+  };
+  result.element = take_calls(options.n);
+  result.single_call = take_calls(1);
+  const Loop libm = options.compare ? find_libm_loop(function) : nullptr;
   if (libm) {
     result.has_libm = true;
-    result.libm = take(libm, options.n);
+    result.libm = take(options.n, [&](int32_t times) { libm(memory.arrays, options.n, times); });
   }
   return result;
 }

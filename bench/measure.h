@@ -7,6 +7,8 @@
 #ifndef LUX_BENCH_MEASURE_H
 #define LUX_BENCH_MEASURE_H
 
+#include "core/catalog.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -16,30 +18,8 @@
 
 namespace bench {
 
-struct Arrays {
-  const void* src1;
-  const void* src2;  // for a scalar argument: where it is
-  void* dst1;
-  void* dst2;
-};
-
 // Calls one function `times` times over `len` elements.
 using Loop = void (*)(const Arrays& arrays, int32_t len, int32_t times);
-
-enum class Type { f32, f64, fc32, fc64 };
-
-struct Export {
-  std::string_view name;    // luxsExp_32f_A24
-  std::string_view family;  // Exp
-  std::string_view type;    // 32f
-  std::string_view grade;   // A24, empty for an exact function
-  std::string_view shape;   // 1_1
-  Type element;
-  Loop loop;  // null: not built
-};
-
-// Every export of the function list, in its order.
-const std::vector<Export>& exports();
 
 // How far from the exact value a result may be.
 struct Accuracy {
@@ -53,10 +33,10 @@ struct Goal {
 };
 
 // Null when there is none.
-const Goal* find_goal(std::string_view family, std::string_view type, std::string_view grade);
+const Goal* find_goal(const Function& function);
 
-// The C library's scalar function in a loop over the same arrays, or null. `grade` does not matter.
-Loop find_libm_loop(std::string_view family, std::string_view type);
+// The C library's scalar function in a loop over the same arrays, or null.
+Loop find_libm_loop(const Function& function);
 
 // The C library picks other variants of its functions on processors with SSE2. Start the program
 // once more without them; returns when that has happened already or cannot be done.
@@ -77,7 +57,7 @@ struct Figure {
 };
 
 struct Result {
-  const Export* function = nullptr;
+  const Function* function = nullptr;
   const Goal* goal = nullptr;
   Figure element;      // cycles per element
   Figure single_call;  // cycles per call with one element
@@ -88,7 +68,7 @@ struct Result {
 };
 
 // Number of threads: luxcoreSetNumThreads before the first call.
-Result measure(const Export& function, const Options& options);
+Result measure(const Function& function, const Options& options);
 
 // Ticks of the time-stamp counter per core cycle, now.
 double ticks_per_cycle();

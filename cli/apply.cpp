@@ -42,8 +42,8 @@ static Run perform(const Function& function, const Input& input, const std::stri
   for (int i = 0; i < function.shape.destinations; ++i)
     output.destinations[i].resize(input.sources[0].size());
   const Arrays arrays{{input.sources[0].data(), input.sources[1].data()},
-                      scalar.data(),
-                      {output.destinations[0].data(), output.destinations[1].data()}};
+                      {output.destinations[0].data(), output.destinations[1].data()},
+                      scalar.data()};
   Run run{};
   run.len = int32_t(input.sources[0].size() / size_t(function.type.bytes()));
   // A process's first call settles the threshold, which asks the processor and takes long. A call

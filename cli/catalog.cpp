@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "cli/catalog.h"
 #include "cli/cli.h"
-#include "core/shapes.h"
 
 #include <fmt/format.h>
 #include <fnmatch.h>
@@ -9,61 +8,6 @@
 #include <algorithm>
 #include <numeric>
 #include <tuple>
-
-constexpr ElementType kType_32f{"32f", 's', 4, 1};
-constexpr ElementType kType_64f{"64f", 'd', 8, 1};
-constexpr ElementType kType_32fc{"32fc", 'c', 4, 2};
-constexpr ElementType kType_64fc{"64fc", 'z', 8, 2};
-
-constexpr Shape kShape_1_1{"1_1", 1, false, 1};
-constexpr Shape kShape_2_1{"2_1", 2, false, 1};
-constexpr Shape kShape_1_2{"1_2", 1, false, 2};
-constexpr Shape kShape_2_1_1{"2_1_1", 1, true, 1};
-
-template <class E, auto function>
-static Status call_1_1(const Arrays& a, int32_t len) {
-  return function(static_cast<const E*>(a.source[0]), static_cast<E*>(a.destination[0]), len);
-}
-
-template <class E, auto function>
-static Status call_2_1(const Arrays& a, int32_t len) {
-  return function(static_cast<const E*>(a.source[0]), static_cast<const E*>(a.source[1]),
-                  static_cast<E*>(a.destination[0]), len);
-}
-
-template <class E, auto function>
-static Status call_1_2(const Arrays& a, int32_t len) {
-  return function(static_cast<const E*>(a.source[0]), static_cast<E*>(a.destination[0]),
-                  static_cast<E*>(a.destination[1]), len);
-}
-
-template <class E, auto function>
-static Status call_2_1_1(const Arrays& a, int32_t len) {
-  return function(static_cast<const E*>(a.source[0]), *static_cast<const E*>(a.scalar),
-                  static_cast<E*>(a.destination[0]), len);
-}
-
-static std::vector<Function> make_catalog() {
-  constexpr bool STATUS = false, COUNT = true;
-  std::vector<Function> all;
-#define LUX_GRADED(family, type, grade, letter, shape, row, variant)                 \
-  all.push_back({"luxs" #family "_" #type "_" #grade, #family, #grade, kType_##type, \
-                 kShape_##shape, row, variant, STATUS,                               \
-                 call_##shape<LUX_ELEMENT_##type, luxs##family##_##type##_##grade>});
-#define LUX_PENDING(family, type, grade, letter, shape, row, variant)                \
-  all.push_back({"luxs" #family "_" #type "_" #grade, #family, #grade, kType_##type, \
-                 kShape_##shape, row, variant, STATUS, nullptr});
-#define LUX_EXACT(family, type, letter, shape, returns)                                       \
-  all.push_back({"luxs" #family "_" #type, #family, "", kType_##type, kShape_##shape, -1, -1, \
-                 returns, call_##shape<LUX_ELEMENT_##type, luxs##family##_##type>});
-#include "core/functions.def"
-  return all;
-}
-
-const std::vector<Function>& catalog() {
-  static const std::vector<Function> all = make_catalog();
-  return all;
-}
 
 static std::string lower(std::string_view text) {
   std::string result(text);
@@ -105,13 +49,12 @@ static bool nearer(const Function& a, const Function& b, const std::string& want
 }
 
 const Function& find_function(const std::string& name) {
-  const auto& all = catalog();
-  for (const Function& function : all)
+  for (const Function& function : kFunctions)
     if (function.name == name) return function;
 
   const std::string wanted = lower(std::string_view(name).substr(0, 64));
   const Function& nearest =
-      *std::min_element(all.begin(), all.end(),
+      *std::min_element(std::begin(kFunctions), std::end(kFunctions),
                         [&](const Function& a, const Function& b) { return nearer(a, b, wanted); });
   const bool close = !wanted.empty() && distance(nearest, wanted) <= 2 + wanted.size() / 3;
   throw Failure(fmt::format("there is no function '{}'; {}`luxvm list` shows them all",
@@ -133,7 +76,7 @@ bool name_matches(const Function& function, const std::string& pattern) {
   if (pattern.find_first_of("*?[") == std::string::npos)
     return bare(function).find(lower(pattern)) != std::string::npos ||
            lower(function.name).find(lower(pattern)) == 0;
-  return fnmatch(pattern.c_str(), function.name.c_str(), FNM_CASEFOLD) == 0;
+  return fnmatch(pattern.c_str(), function.name.data(), FNM_CASEFOLD) == 0;
 }
 
 int32_t min_n(const Function& function, int32_t threads) {

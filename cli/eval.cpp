@@ -71,8 +71,8 @@ static Call prepare(const EvalOptions& options) {
 static void perform(Call& call) {
   start_reports(call.len);
   const Arrays arrays{{call.sources[0].data(), call.sources[1].data()},
-                      call.scalar.data(),
-                      {call.destinations[0].data(), call.destinations[1].data()}};
+                      {call.destinations[0].data(), call.destinations[1].data()},
+                      call.scalar.data()};
   call.status = call.function.call(arrays, call.len);
   call.reports = take_reports();
 }

@@ -167,10 +167,10 @@ static void explain(ExplainOptions options) {
   const Machine machine = probe_machine();
   const Decision decision = decide(function, options, machine);
   if (options.json) return print_json(decision_json(function, decision, machine));
-  fmt::print("{}  shape {}{}\n", paint(Colour::strong, function.name), function.shape.name,
-             function.row < 0
-                 ? ""
-                 : fmt::format(", cost row {}, variant {}", function.row, function.variant));
+  fmt::print(
+      "{}  shape {}{}\n", paint(Colour::strong, std::string(function.name)), function.shape.name,
+      function.row < 0 ? ""
+                       : fmt::format(", cost row {}, variant {}", function.row, function.variant));
   if (function.row >= 0) {
     print_topology(machine);
     print_cost(machine);

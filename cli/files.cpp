@@ -153,7 +153,7 @@ static bool is_header(const std::vector<std::string_view>& fields) {
   });
 }
 
-static size_t column_index(const std::string& wanted, const std::string& name, size_t width,
+static size_t column_index(const std::string& wanted, std::string_view name, size_t width,
                            const std::vector<std::string>& header) {
   const auto named = std::find(header.begin(), header.end(), wanted);
   if (named != header.end()) return size_t(named - header.begin());
@@ -172,7 +172,7 @@ static size_t column_index(const std::string& wanted, const std::string& name, s
                                   fmt::join(header, ", ")));
 }
 
-static std::vector<size_t> choose_columns(const InputFile& file, const std::string& name,
+static std::vector<size_t> choose_columns(const InputFile& file, std::string_view name,
                                           size_t needed, size_t width,
                                           const std::vector<std::string>& header,
                                           const Function& function) {
@@ -324,7 +324,7 @@ static bool parse_npy_header(const std::string& bytes, NpyHeader& header) {
   return true;
 }
 
-static void check_npy(const NpyHeader& header, const std::string& name, size_t size,
+static void check_npy(const NpyHeader& header, std::string_view name, size_t size,
                       const Function& function) {
   const std::string wanted = npy_type(function.type);
   if (header.type != wanted)
@@ -520,6 +520,12 @@ static void write_elements(Target& target, const Function& function, const Outpu
   for (size_t at = 0; at < first.size(); at += bytes)
     for (const std::string& destination : output.destinations)
       target.write(&destination[at], bytes);
+}
+
+void write_file(const std::string& path, const std::string& text) {
+  Target target(path);
+  target.write(text.data(), text.size());
+  target.finish();
 }
 
 void write_output(const std::string& path, Format format, const Function& function,

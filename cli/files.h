@@ -35,7 +35,9 @@ Format format_of(const std::string& path, Format otherwise);
 // What a function needs from a file; a Failure says what is wrong with it, and where.
 Input read_input(const InputFile& file, const Function& function);
 
-// Complete or not at all: a regular file is written beside its place and renamed into it.
+// Both complete or not at all: a regular file is written beside its place and renamed into it. The
+// standard output when the path is empty or "-".
+void write_file(const std::string& path, const std::string& text);
 void write_output(const std::string& path, Format format, const Function& function,
                   const Output& output, bool header);
 

@@ -24,7 +24,7 @@ static void print_line(const Function& f) {
 static void list(const std::string& pattern, bool all, bool json) {
   std::vector<const Function*> shown;
   size_t pending = 0;
-  for (const Function& function : catalog()) {
+  for (const Function& function : kFunctions) {
     if (!name_matches(function, pattern)) continue;
     if (function.call || all)
       shown.push_back(&function);

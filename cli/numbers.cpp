@@ -93,8 +93,9 @@ void parse_element(const std::string& text, const ElementType& type, std::string
 
 std::string parse_scalar(const std::string& text, const Function& function) {
   if (function.shape.scalar && text.empty())
-    throw Failure(function.name + " needs its scalar: --scalar VALUE");
-  if (!function.shape.scalar && !text.empty()) throw Failure(function.name + " takes no scalar");
+    throw Failure(std::string(function.name) + " needs its scalar: --scalar VALUE");
+  if (!function.shape.scalar && !text.empty())
+    throw Failure(std::string(function.name) + " takes no scalar");
   std::string bytes;
   if (function.shape.scalar) parse_element(text, function.type, bytes);
   return bytes;

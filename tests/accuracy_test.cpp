@@ -113,10 +113,10 @@ static std::vector<U> arguments(const Measure& m, uint64_t seed) {
 }
 
 template <class U>
-static void measure(const Export& f, const Measure& m) {
+static void measure(const Function& f, const Measure& m) {
   const std::vector<U> x = arguments<U>(m, 1), y = arguments<U>(m, 2);
   std::vector<U> out(x.size());
-  f.run({{x.data(), y.data()}, {out.data()}, nullptr}, int32_t(x.size()));
+  f.call({{x.data(), y.data()}, {out.data()}, nullptr}, int32_t(x.size()));
   mpfr_t a, b, exact;
   mpfr_inits2(kBits, a, b, exact, nullptr);
   double worst = 0;
@@ -131,29 +131,29 @@ static void measure(const Export& f, const Measure& m) {
     if (off > worst) worst = off, worst_at = i;
     if (off <= (subnormal ? m.subnormal_ulps : m.ulps)) continue;
     ++failures;
-    ADD_FAILURE() << f.name << "(0x" << std::hex << x[i] << (f.sources > 1 ? ", 0x" : "")
-                  << (f.sources > 1 ? testing::PrintToString(y[i]) : "") << "): got 0x" << out[i]
-                  << ", wanted 0x" << stored<U>(exact) << ", " << off << " ulp off";
+    ADD_FAILURE() << f.name << "(0x" << std::hex << x[i] << (f.shape.sources > 1 ? ", 0x" : "")
+                  << (f.shape.sources > 1 ? testing::PrintToString(y[i]) : "") << "): got 0x"
+                  << out[i] << ", wanted 0x" << stored<U>(exact) << ", " << off << " ulp off";
   }
-  printf("%-20s worst error %.4f ulp at 0x%llx (%zu arguments)\n", f.name, worst,
+  printf("%-20s worst error %.4f ulp at 0x%llx (%zu arguments)\n", f.name.data(), worst,
          (unsigned long long)x[worst_at], x.size());
   mpfr_clears(a, b, exact, nullptr);
 }
 
-class Accuracy : public testing::TestWithParam<Export> {};
-static std::vector<Export> graded_reals() {
-  std::vector<Export> all;
-  for (const Export& f : kCatalog)
-    if (f.graded() && f.part == f.size) all.push_back(f);
+class Accuracy : public testing::TestWithParam<Function> {};
+static std::vector<Function> graded_reals() {
+  std::vector<Function> all;
+  for (const Function& f : kCatalog)
+    if (f.graded() && f.type.width == f.type.bytes()) all.push_back(f);
   return all;
 }
 INSTANTIATE_TEST_SUITE_P(All, Accuracy, testing::ValuesIn(graded_reals()),
-                         [](const auto& info) { return std::string(info.param.name + 4); });
+                         [](const auto& info) { return std::string(info.param.name.substr(4)); });
 
 TEST_P(Accuracy, StaysWithinItsBound) {
-  const Export& f = GetParam();
+  const Function& f = GetParam();
   for (const Measure& m : kMeasures)
     if (f.is(m.family, m.type))
-      return f.part == 4 ? measure<uint32_t>(f, m) : measure<uint64_t>(f, m);
+      return f.type.width == 4 ? measure<uint32_t>(f, m) : measure<uint64_t>(f, m);
   ADD_FAILURE() << f.name << " has no measure";
 }

@@ -279,34 +279,35 @@ TEST(Decision, TheLowestGradeNeverThreads) {
   EXPECT_FALSE(splits(luxsInv_32f_A11, 1000000));
 }
 
-TEST(Decision, BadArgumentsOfAnExportNeverThread) {
+TEST(Decision, BadArraysOfAnExportNeverThread) {
   impose(kEightPackages);
-  for (const Export& f : kCatalog) {
+  for (const Function& f : kCatalog) {
     if (f.counts) continue;
-    EXPECT_EQ(f.run({}, 0), LUX_BAD_LENGTH) << f.name;
-    EXPECT_EQ(f.run({{}, {}, "0123456789abcdef"}, 100000), LUX_NULL_POINTER) << f.name;
+    EXPECT_EQ(f.call({}, 0), LUX_BAD_LENGTH) << f.name;
+    EXPECT_EQ(f.call({{}, {}, "0123456789abcdef"}, 100000), LUX_NULL_POINTER) << f.name;
   }
 }
 
-static std::vector<unsigned char> run_all(const Export& f, int32_t threads, int32_t len) {
+static std::vector<unsigned char> run_all(const Function& f, int32_t threads, int32_t len) {
   threads_omp_of_n_lux = threads;
   std::vector<unsigned char> data[5];
   Random random{3};
   for (auto& d : data) {
-    d.resize(size_t(len) * f.size);
-    for (size_t at = 0; at < d.size(); at += f.part) {
-      const uint64_t x = f.part == 4 ? random.pattern<uint32_t>() : random.pattern<uint64_t>();
-      memcpy(&d[at], &x, f.part);
+    d.resize(size_t(len) * f.type.bytes());
+    for (size_t at = 0; at < d.size(); at += f.type.width) {
+      const uint64_t x =
+          f.type.width == 4 ? random.pattern<uint32_t>() : random.pattern<uint64_t>();
+      memcpy(&d[at], &x, f.type.width);
     }
   }
-  f.run({{data[0].data(), data[1].data()}, {data[2].data(), data[3].data()}, data[4].data()}, len);
+  f.call({{data[0].data(), data[1].data()}, {data[2].data(), data[3].data()}, data[4].data()}, len);
   data[2].insert(data[2].end(), data[3].begin(), data[3].end());
   return data[2];
 }
 
 TEST(Results, AreTheSameForAnyNumberOfThreads) {
   impose(kEightPackages);
-  for (const Export& f : kCatalog) {
+  for (const Function& f : kCatalog) {
     constexpr int32_t kLen = 20011;  // above every threshold for two threads
     run_all(f, 2, 1);                // fixes the threshold
     const auto serial = run_all(f, 0, kLen);

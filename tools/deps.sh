@@ -3,7 +3,7 @@
 # Install what the build, the tests and the examples need, on Debian 12. Does nothing when all is there.
 set -eu
 
-packages="cmake make g++-multilib binutils python3 python3-mpmath
+packages="cmake make g++-multilib binutils python3 python3-mpmath gnuplot-nox
   libcli11-dev nlohmann-json3-dev
   libfmt-dev:i386 libgtest-dev:i386 libgmock-dev:i386 libmpfr-dev:i386 libmpc-dev:i386"
 
@@ -23,7 +23,7 @@ missing() {
 
 command -v apt-get >/dev/null && command -v dpkg-query >/dev/null || fail "this is no Debian system.
 Install by its own means: CMake 3.25, a g++ that builds with -m32, Python 3 with mpmath, CLI11,
-nlohmann-json, and the 32-bit x86 libraries fmt, GoogleTest with GoogleMock, MPFR and MPC."
+nlohmann-json, gnuplot, and the 32-bit x86 libraries fmt, GoogleTest with GoogleMock, MPFR and MPC."
 
 wanted=$(missing)
 [ -n "$wanted" ] || exit 0

@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: MIT
+#include "bench/accuracy/oracle.h"
+
+#include <mpc.h>
+
+#include <cmath>
+#include <stdexcept>
+#include <string>
+
+namespace bench {
+
+struct OracleRow {
+  std::string_view family;
+  Oracle::RealFunction real;
+  Oracle::ComplexFunction complex;
+};
+
+namespace {
+
+constexpr int kGuardBits = 32;
+
+class Complex {
+ public:
+  explicit Complex(int precision) { mpc_init2(value_, precision); }
+  Complex(int precision, mpfr_srcptr re, mpfr_srcptr im) : Complex(precision) {
+    mpc_set_fr_fr(value_, re, im, MPC_RNDNN);
+  }
+  ~Complex() { mpc_clear(value_); }
+  Complex(const Complex&) = delete;
+  operator mpc_ptr() { return value_; }
+
+ private:
+  mpc_t value_;
+};
+
+template <auto function>
+void real_unary(mpfr_ptr r, mpfr_ptr, mpfr_srcptr x, mpfr_srcptr) {
+  function(r, x, MPFR_RNDN);
+}
+template <auto function>
+void real_binary(mpfr_ptr r, mpfr_ptr, mpfr_srcptr x, mpfr_srcptr y) {
+  function(r, x, y, MPFR_RNDN);
+}
+template <auto function>
+void rounding(mpfr_ptr r, mpfr_ptr, mpfr_srcptr x, mpfr_srcptr) {
+  function(r, x);
+}
+template <auto function>
+void complex_unary(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
+  Complex z(int(mpfr_get_prec(re)), parts[0], parts[1]);
+  function(z, z, MPC_RNDNN);
+  mpc_real(re, z, MPFR_RNDN);
+  mpc_imag(im, z, MPFR_RNDN);
+}
+
+void inv(mpfr_ptr r, mpfr_ptr, mpfr_srcptr x, mpfr_srcptr) { mpfr_ui_div(r, 1, x, MPFR_RNDN); }
+
+void inv_cbrt(mpfr_ptr r, mpfr_ptr, mpfr_srcptr x, mpfr_srcptr) {
+  Real root(int(mpfr_get_prec(r)) + kGuardBits);
+  mpfr_cbrt(root, x, MPFR_RNDN);
+  mpfr_ui_div(r, 1, root, MPFR_RNDN);
+}
+
+void sin_cos(mpfr_ptr sine, mpfr_ptr cosine, mpfr_srcptr x, mpfr_srcptr) {
+  mpfr_sin_cos(sine, cosine, x, MPFR_RNDN);
+}
+
+// First the whole, then the fraction.
+void modf(mpfr_ptr whole, mpfr_ptr fraction, mpfr_srcptr x, mpfr_srcptr) {
+  mpfr_modf(whole, fraction, x, MPFR_RNDN);
+}
+
+// Newton's method with the second-order term (Halley), which triples the correct digits: 7, 21, 63.
+// Near +-1 the difference is that of erfc, so that nothing cancels.
+void erf_inv(mpfr_ptr r, mpfr_ptr, mpfr_srcptr x, mpfr_srcptr) {
+  if (mpfr_nan_p(x) || mpfr_cmpabs_ui(x, 1) > 0) return mpfr_set_nan(r);
+  if (mpfr_cmpabs_ui(x, 1) == 0) return mpfr_set_inf(r, mpfr_sgn(x));
+  if (mpfr_zero_p(x)) {
+    mpfr_set(r, x, MPFR_RNDN);
+    return;
+  }
+  const int precision = int(mpfr_get_prec(r)) + kGuardBits;
+  Real y(precision), a(precision), tail(precision), step(precision), slope(precision);
+  mpfr_abs(a, x, MPFR_RNDN);
+  mpfr_ui_sub(tail, 1, a, MPFR_RNDN);  // exact: x has few bits
+  const bool far = mpfr_cmp_d(a, 0.5) > 0;
+  // erfc(y) = tail: y is about the root of -ln(tail y sqrt(pi)).
+  if (far) {
+    mpfr_log(step, tail, MPFR_RNDN);
+    const double minus_log = -mpfr_get_d(step, MPFR_RNDN);
+    double start = std::sqrt(minus_log);
+    for (int i = 0; i < 30; ++i)
+      start = (start + std::sqrt(std::max(0.1, minus_log - std::log(start * 1.7724538509)))) / 2;
+    mpfr_set_d(y, start, MPFR_RNDN);
+  } else {
+    mpfr_mul_d(y, a, 0.886226925452758, MPFR_RNDN);
+  }
+  for (int i = 0; i < 40; ++i) {
+    if (far) {
+      mpfr_erfc(step, y, MPFR_RNDN);
+      mpfr_sub(step, tail, step, MPFR_RNDN);
+    } else {
+      mpfr_erf(step, y, MPFR_RNDN);
+      mpfr_sub(step, step, a, MPFR_RNDN);
+    }
+    // slope = 2 exp(-y^2) / sqrt(pi); step = difference / slope / (1 + y difference / slope)
+    mpfr_const_pi(slope, MPFR_RNDN);
+    mpfr_sqrt(slope, slope, MPFR_RNDN);
+    mpfr_mul(step, step, slope, MPFR_RNDN);
+    mpfr_sqr(slope, y, MPFR_RNDN);
+    mpfr_exp(slope, slope, MPFR_RNDN);
+    mpfr_mul(step, step, slope, MPFR_RNDN);
+    mpfr_div_ui(step, step, 2, MPFR_RNDN);
+    mpfr_mul(slope, y, step, MPFR_RNDN);
+    mpfr_add_ui(slope, slope, 1, MPFR_RNDN);
+    mpfr_div(step, step, slope, MPFR_RNDN);
+    mpfr_sub(y, y, step, MPFR_RNDN);
+    if (mpfr_zero_p(static_cast<mpfr_srcptr>(step)) ||
+        mpfr_get_exp(step) < mpfr_get_exp(y) - precision / 2)
+      break;
+  }
+  mpfr_copysign(r, y, x, MPFR_RNDN);
+}
+
+void complex_log10(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
+  complex_unary<mpc_log10>(re, im, parts);
+}
+
+void complex_pow(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
+  const int precision = int(mpfr_get_prec(re));
+  Complex z(precision, parts[0], parts[1]), w(precision, parts[2], parts[3]);
+  mpc_pow(z, z, w, MPC_RNDNN);
+  mpc_real(re, z, MPFR_RNDN);
+  mpc_imag(im, z, MPFR_RNDN);
+}
+
+#define BOTH(F, name) \
+  { #F, real_unary < mpfr_##name>, complex_unary < mpc_##name> }
+#define UNARY(F, name) \
+  { #F, real_unary < mpfr_##name>, nullptr }
+#define BINARY(F, name) \
+  { #F, real_binary < mpfr_##name>, nullptr }
+#define ROUNDING(F, name) \
+  { #F, rounding < mpfr_##name>, nullptr }
+constexpr OracleRow kRows[] = {
+    {"Inv", inv, nullptr},
+    BINARY(Div, div),
+    BOTH(Sqrt, sqrt),
+    UNARY(InvSqrt, rec_sqrt),
+    UNARY(Cbrt, cbrt),
+    {"InvCbrt", inv_cbrt, nullptr},
+    {"Pow", real_binary<mpfr_pow>, complex_pow},
+    {"Powx", real_binary<mpfr_pow>, complex_pow},
+    BOTH(Exp, exp),
+    BOTH(Ln, log),
+    {"Log10", real_unary<mpfr_log10>, complex_log10},
+    BOTH(Cos, cos),
+    BOTH(Sin, sin),
+    {"SinCos", sin_cos, nullptr},
+    BOTH(Tan, tan),
+    BOTH(Acos, acos),
+    BOTH(Asin, asin),
+    BOTH(Atan, atan),
+    BINARY(Atan2, atan2),
+    BOTH(Cosh, cosh),
+    BOTH(Sinh, sinh),
+    BOTH(Tanh, tanh),
+    BOTH(Acosh, acosh),
+    BOTH(Asinh, asinh),
+    BOTH(Atanh, atanh),
+    UNARY(Erf, erf),
+    UNARY(Erfc, erfc),
+    {"ErfInv", erf_inv, nullptr},
+    BINARY(Hypot, hypot),
+    ROUNDING(Floor, floor),
+    ROUNDING(Ceil, ceil),
+    ROUNDING(Trunc, trunc),
+    ROUNDING(Round, round),
+    // The current direction, which is to nearest wherever accuracy is measured.
+    ROUNDING(NearbyInt, roundeven),
+    ROUNDING(Rint, roundeven),
+    {"Modf", modf, nullptr},
+};
+
+int precision_of(const Function& function) { return function.type.width == 4 ? 96 : 144; }
+
+}  // namespace
+
+int Oracle::arguments(const Function& function) {
+  return function.type.parts * (function.shape.sources + (function.shape.scalar ? 1 : 0));
+}
+
+int Oracle::results(const Function& function) {
+  return function.type.parts * function.shape.destinations;
+}
+
+Oracle::Oracle(const Function& function)
+    : width_(function.type.width),
+      arguments_(arguments(function)),
+      first_(precision_of(function)),
+      second_(precision_of(function)),
+      argument_{Real(53), Real(53), Real(53), Real(53)} {
+  for (const OracleRow& row : kRows)
+    if (row.family == function.family) {
+      real_ = row.real;
+      complex_ = row.complex;
+    }
+  if (function.type.complex() ? !complex_ : !real_)
+    throw std::logic_error("no exact values for " + std::string(function.name));
+  if (!function.type.complex()) complex_ = nullptr;
+}
+
+void Oracle::evaluate(const Argument& argument) {
+  for (int i = 0; i < arguments_; ++i) set_exact(argument_[i], argument[size_t(i)], width_);
+  if (complex_) {
+    const mpfr_srcptr parts[] = {argument_[0], argument_[1], argument_[2], argument_[3]};
+    complex_(first_, second_, parts);
+  } else {
+    real_(first_, second_, argument_[0], argument_[1]);
+  }
+}
+
+}  // namespace bench

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#include "bench/accuracy/promises.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+
+namespace bench {
+
+Accuracy guarantee(const Function& function) {
+  if (!function.graded()) return {Accuracy::kExact, 0};
+  const bool power = function.family == "Pow" || function.family == "Powx";
+  if (function.type.complex() && power)
+    return find_goal(function)->accuracy;  // a component of a power may cancel without limit
+  if (function.grade == "A11") return {Accuracy::kRelativeBits, 11};
+  if (function.grade == "A21") return {Accuracy::kRelativeBits, 21};
+  if (function.grade == "A50") return {Accuracy::kUlp, 4};
+  return {Accuracy::kUlp, 1};
+}
+
+bool within(const Statistics& statistics, const Accuracy& bound) {
+  constexpr double kRounding = 0.00005;
+  if (statistics.mismatches > 0) return false;
+  switch (bound.kind) {
+    case Accuracy::kUlp:
+      return statistics.max_ulp() < bound.value + kRounding;
+    case Accuracy::kRelativeBits:
+      return statistics.max_relative <= std::exp2(-bound.value);
+    case Accuracy::kNormwiseBits:
+      return statistics.max_normwise <= std::exp2(-bound.value);
+    default:
+      return statistics.max_ulp() == 0;
+  }
+}
+
+std::string text_of(const Accuracy& accuracy) {
+  switch (accuracy.kind) {
+    case Accuracy::kUlp:
+      return fmt::format("{:g} ulp", accuracy.value);
+    case Accuracy::kRelativeBits:
+      return fmt::format("2^-{:g}", accuracy.value);
+    case Accuracy::kNormwiseBits:
+      return fmt::format("2^-{:g} normwise", accuracy.value);
+    default:
+      return "exact";
+  }
+}
+
+bool promised(const Function&, const Argument&) { return true; }
+
+}  // namespace bench

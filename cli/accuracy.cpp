@@ -1,0 +1,398 @@
+// SPDX-License-Identifier: MIT
+//
+// luxvm accuracy: measured errors beside what is promised.
+#include "bench/accuracy/promises.h"
+#include "bench/accuracy/record.h"
+#include "cli/catalog.h"
+#include "cli/checkpoint.h"
+#include "cli/numbers.h"
+#include "cli/plot.h"
+#include "cli/progress.h"
+#include "bench/special_values.h"
+#include "luxcore.h"
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <ctime>
+#include <map>
+#include <optional>
+#include <thread>
+
+struct AccuracyOptions {
+  std::vector<std::string> patterns;
+  bench::Sampling sampling;
+  std::string range, plot, json;
+  bool exhaustive = false, details = false, fresh = false;
+  int processors = 0;
+};
+
+// The grades of one family and type: they share arguments and exact values.
+using Group = std::vector<const Function*>;
+
+static std::vector<Group> chosen(const AccuracyOptions& options) {
+  std::vector<Group> groups;
+  size_t pending = 0;
+  for (const Function& f : kFunctions) {
+    if (!std::any_of(options.patterns.begin(), options.patterns.end(),
+                     [&](const std::string& pattern) { return name_matches(f, pattern); }))
+      continue;
+    if (!f.call) {
+      ++pending;
+      continue;
+    }
+    if (groups.empty() || !groups.back()[0]->is(f.family, f.type.name)) groups.emplace_back();
+    groups.back().push_back(&f);
+  }
+  if (groups.empty())
+    throw Failure(pending ? fmt::format("none of the {} functions with such a name is built yet", pending)
+                          : "no function has such a name; `luxvm list` shows them all");
+  return groups;
+}
+
+static double bound_of_range(const std::string& text) {
+  uint64_t bits = 0;
+  std::string why;
+  if (!parse_real(text, 8, bits, why) || bench::is_nan(bits, 8))
+    throw Failure(fmt::format("--range: {} is no number", in_quotes(text)));
+  return bench::as_double(bits, 8);
+}
+
+static void set_range(AccuracyOptions& options) {
+  if (options.range.empty()) return;
+  const size_t colon = options.range.find(':');
+  if (colon == std::string::npos)
+    throw Failure("--range takes two numbers with a colon between them, such as -1:1");
+  options.sampling.low = bound_of_range(options.range.substr(0, colon));
+  options.sampling.high = bound_of_range(options.range.substr(colon + 1));
+  if (!(options.sampling.low < options.sampling.high))
+    throw Failure("--range: the first number must be below the second");
+  if (options.exhaustive) throw Failure("--range cannot be combined with --exhaustive");
+}
+
+// ---- Measuring
+
+class Run {
+ public:
+  Run(const AccuracyOptions& options, std::vector<Group> groups)
+      : options_(options), groups_(std::move(groups)), checkpoint_(key(), options.fresh) {
+    if (checkpoint_.resumed())
+      say(fmt::format("going on where an earlier run was interrupted ({} of {} done)\n",
+                      checkpoint_.content.value("finished", Json::object()).size(),
+                      groups_.size()));
+  }
+
+  Json measure(const std::function<void(const Json&)>& show) {
+    Json functions = Json::array();
+    for (size_t i = 0; i < groups_.size(); ++i) {
+      const Json entries = measure_group(groups_[i], i);
+      for (const Json& entry : entries) {
+        show(entry);
+        functions.push_back(entry);
+      }
+    }
+    return functions;
+  }
+  void finish() const { checkpoint_.remove(); }
+
+ private:
+  std::string key() const {
+    std::string text = fmt::format("accuracy {} {} {} {} {}", options_.sampling.samples,
+                                   options_.sampling.seed, options_.sampling.low,
+                                   options_.sampling.high, options_.exhaustive);
+    for (const Group& group : groups_)
+      for (const Function* f : group) text += fmt::format(" {}", f->name);
+    return text;
+  }
+
+  Json measure_group(const Group& group, size_t index) {
+    Json& finished = checkpoint_.content["finished"];
+    const std::string name(group[0]->name);
+    if (finished.contains(name)) return finished[name];
+    const bool exhaustive = options_.exhaustive && bench::has_exhaustive_run(*group[0]);
+    const std::vector<bench::Statistics> statistics =
+        exhaustive ? exhaust(group) : sample(group, index);
+    Json entries = Json::array();
+    for (size_t g = 0; g < group.size(); ++g) {
+      Json entry = bench::report_of(*group[g], statistics[g], exhaustive);
+      const bench::SpecialOutcome special = bench::check_special_values(*group[g]);
+      entry["special_values"] = {{"cases", special.cases}, {"failures", special.failures}};
+      entries.push_back(entry);
+    }
+    finished[name] = entries;
+    checkpoint_.content.erase("partial");
+    checkpoint_.save();
+    return entries;
+  }
+
+  static std::string label(const Group& group) {
+    return fmt::format("{} {}", group[0]->family, group[0]->type.name);
+  }
+
+  void stop_if_interrupted() const {
+    if (Interrupt::requested)
+      throw Failure(fmt::format("interrupted; the same command goes on from here (kept in {})",
+                                checkpoint_.path()));
+  }
+
+  std::vector<bench::Statistics> sample(const Group& group, size_t index) {
+    const std::vector<bench::Argument> arguments =
+        bench::make_arguments(*group[0], options_.sampling);
+    if (arguments.empty()) throw Failure("no argument lies in that range");
+    Progress progress(fmt::format("{}/{} {}", index + 1, groups_.size(), label(group)),
+                      arguments.size(), Progress::kShare);
+    const auto statistics =
+        bench::survey(group, arguments, options_.processors,
+                      [&](uint64_t done, uint64_t) { progress.reach(done); }, Interrupt::requested);
+    stop_if_interrupted();
+    return statistics;
+  }
+
+  std::vector<bench::Statistics> exhaust(const Group& group) {
+    Json& partial = checkpoint_.content["partial"];
+    bench::Exhaustion exhaustion;
+    if (partial.is_object()) exhaustion = bench::exhaustion_of(partial);
+    Progress progress(label(group), bench::Exhaustion::kSlices, Progress::kShare);
+    bench::exhaust(
+        group, exhaustion, options_.processors,
+        [&](uint64_t done, uint64_t) { progress.reach(done); },
+        [&] {
+          partial = bench::record_of(exhaustion);
+          checkpoint_.save();
+        },
+        Interrupt::requested);
+    stop_if_interrupted();
+    return exhaustion.statistics;
+  }
+
+  const AccuracyOptions& options_;
+  std::vector<Group> groups_;
+  Checkpoint checkpoint_;
+};
+
+// ---- Showing
+
+static std::string verdict(const Json& entry, const char* key) {
+  if (!entry.contains(key)) return "-";
+  const Json& judged = entry[key];
+  const bool met = judged["met"];
+  return paint(met ? Colour::good : Colour::bad,
+               fmt::format("{:<16}", judged["bound"].get<std::string>() + (met ? "" : " MISSED")));
+}
+
+static std::string joined(const Json& arguments) {
+  std::string text;
+  for (const Json& argument : arguments)
+    text += (text.empty() ? "" : " ") + argument.get<std::string>();
+  return text;
+}
+
+static std::string special_text(const Json& entry) {
+  const Json& special = entry["special_values"];
+  const size_t failures = special["failures"].size();
+  const std::string cases = fmt::format("{} rows", special["cases"].get<int>());
+  return failures ? paint(Colour::bad, fmt::format("{}, {} WRONG", cases, failures)) : cases;
+}
+
+static void show_header() {
+  fmt::print("{}\n", paint(Colour::strong,
+                           fmt::format("{:<22} {:>11} {:>9} {:>8} {:<16} {:<16} {:<13} {}",
+                                       "function", "results", "max ulp", "mean", "guaranteed",
+                                       "goal", "special", "largest error at")));
+}
+
+static void show_line(const Json& entry) {
+  const Json& worst = entry["worst"];
+  fmt::print("{:<22} {:>11} {:>9.4f} {:>8.4f} {} {} {:<13} {}\n", entry["name"].get<std::string>(),
+             entry["count"].get<uint64_t>(), entry["max_ulp"].get<double>(),
+             entry["mean_ulp"].get<double>(), verdict(entry, "guarantee"), verdict(entry, "goal"),
+             special_text(entry), worst.empty() ? "-" : joined(worst[0]["arguments"]));
+  if (const uint64_t wrong = entry["mismatches"]; wrong > 0)
+    fmt::print("  {}\n", paint(Colour::bad,
+                               fmt::format("{} results of the wrong class (NaN, infinity, sign of "
+                                           "zero), first at {}",
+                                           wrong, joined(entry["mismatched"][0]["arguments"]))));
+  fflush(stdout);
+}
+
+static void show_details(const Json& entry) {
+  fmt::print("\n{}: {}, {} results\n", paint(Colour::strong, entry["name"].get<std::string>()),
+             entry["method"].get<std::string>(), entry["count"].get<uint64_t>());
+  fmt::print("  relative error at most 2^{:.2f}; {:.4f} ulp among subnormal results\n",
+             std::log2(entry["max_relative"].get<double>()),
+             entry["max_ulp_subnormal_results"].get<double>());
+  if (entry.contains("max_normwise"))
+    fmt::print("  distance in the plane at most 2^{:.2f} of the result\n",
+               std::log2(entry["max_normwise"].get<double>()));
+  if (entry.contains("exceptions"))
+    fmt::print("  {} results among the documented exceptions, up to {:.4g} ulp\n",
+               entry["exceptions"]["count"].get<uint64_t>(),
+               entry["exceptions"]["max_ulp"].get<double>());
+  for (const Json& failure : entry["special_values"]["failures"])
+    fmt::print("  {}\n", paint(Colour::bad, failure.get<std::string>()));
+  fmt::print("  ten worst             ulp  result  (nearest number)\n");
+  for (const Json& worst : entry["worst"])
+    fmt::print("    {:<20} {:.6f}  {}  ({})\n", joined(worst["arguments"]),
+               worst["ulp"].get<double>(), worst["result"].get<std::string>(),
+               worst["nearest"].get<std::string>());
+  fmt::print("  error up to    share\n");
+  const double count = entry["count"];
+  for (const Json& part : entry["histogram"])
+    if (const double share = part["count"].get<double>() / count; share > 0)
+      fmt::print("    {:<10} {:9.4f}%  {}\n",
+                 part["up_to"].is_null() ? "beyond" : fmt::format("{:g}", part["up_to"].get<double>()),
+                 100 * share, std::string(size_t(std::lround(40 * share)), '#'));
+  fmt::print("  first argument          results    max ulp       mean  at\n");
+  for (const Json& range : entry["ranges"])
+    fmt::print("    {:<18} {:>10} {:>10.4f} {:>10.4f}  {}\n", range["range"].get<std::string>(),
+               range["count"].get<uint64_t>(), range["max_ulp"].get<double>(),
+               range["mean_ulp"].get<double>(), joined(range["arguments"]));
+}
+
+// ---- Drawing
+
+// Where a number stands on the line of all of them, 0 to 1.
+static double place(double x, int width) {
+  return (double(bench::position(bench::nearest(x, width), width)) /
+              double(bench::layout(width).infinity()) +
+          1) /
+         2;
+}
+
+static std::string axis_ticks(int width) {
+  const double far = width == 4 ? 1e30 : 1e250, middle = width == 4 ? 1e-15 : 1e-125;
+  std::string ticks;
+  for (const double x : {-far, -1.0, -middle, 0.0, middle, 1.0, far})
+    ticks += fmt::format("{}\"{:g}\" {:.5f}", ticks.empty() ? "" : ", ", x, place(x, width));
+  return ticks;
+}
+
+// A panel per family and type, a line per grade whose results differ.
+static std::string panel(const std::vector<Json>& grades, size_t number) {
+  const int width = grades[0]["type"].get<std::string>().substr(0, 2) == "32" ? 4 : 8;
+  std::string data, plots;
+  double most = 0;
+  for (size_t g = 0; g < grades.size(); ++g) {
+    const Json& envelope = grades[g]["envelope"];
+    const bool repeated = std::any_of(grades.begin(), grades.begin() + int64_t(g),
+                                      [&](const Json& other) { return other["envelope"] == envelope; });
+    if (repeated) continue;
+    const std::string name = fmt::format("$d{}_{}", number, g);
+    data += name + " << END\n";
+    for (size_t i = 0; i < envelope.size(); ++i)
+      if (!envelope[i].is_null()) {
+        const double ulp = std::min(envelope[i].get<double>(), 1e6);
+        most = std::max(most, ulp);
+        data += fmt::format("{:.4f} {:.3g}\n", (double(i) + 0.5) / double(envelope.size()), ulp);
+      } else {
+        data += "\n";
+      }
+    data += "END\n";
+    plots += fmt::format("{} {} using 1:2 with lines lw 1 title '{}'", plots.empty() ? "plot" : ",",
+                         name, grades[g]["grade"].get<std::string>());
+  }
+  return data +
+         fmt::format(
+             "set title '{} {}'\nset xtics ({}) font ',8' rotate by -45\nset yrange [{}:{:g}]\n"
+             "{}\n{}\n",
+             grades[0]["family"].get<std::string>(), grades[0]["type"].get<std::string>(),
+             axis_ticks(width), most > 16 ? "0.01" : "0", most > 16 ? 2 * most : std::max(0.6, 1.15 * most),
+             most > 16 ? "set logscale y" : "unset logscale y", plots);
+}
+
+static void plot_accuracy(const std::string& path, const Json& functions) {
+  std::vector<std::vector<Json>> panels;
+  for (const Json& entry : functions) {
+    if (panels.empty() || panels.back()[0]["family"] != entry["family"] ||
+        panels.back()[0]["type"] != entry["type"])
+      panels.emplace_back();
+    panels.back().push_back(entry);
+  }
+  const int columns = std::min<int>(3, int(panels.size()));
+  const int rows = (int(panels.size()) + columns - 1) / columns;
+  std::string commands = fmt::format(
+      "set multiplot layout {},{} title 'largest error over the first argument (units in the last "
+      "place)'\nset grid\nset key top right font ',8'\nset xrange [0:1]\nset tics font ',8'\n",
+      rows, columns);
+  for (size_t i = 0; i < panels.size(); ++i) commands += panel(panels[i], i);
+  draw_svg(path, columns == 1 ? 800 : 420 * columns, columns == 1 ? 450 : 60 + 240 * rows, commands);
+}
+
+// ---- The command
+
+static int accuracy(AccuracyOptions options) {
+  set_range(options);
+  if (options.patterns.empty()) options.patterns = {"luxs*"};
+  if (options.processors == 0)
+    options.processors = int(std::max(1u, std::thread::hardware_concurrency()));
+  luxcoreSetNumThreads(1);  // the work is divided here
+  const Interrupt interrupt;
+  Run run(options, chosen(options));
+  show_header();
+  const Json functions = run.measure(show_line);
+  std::vector<std::string> families;
+  for (const Json& entry : functions) families.push_back(entry["family"]);
+  const bool one = std::count(families.begin(), families.end(), families[0]) == int64_t(families.size());
+  if (options.details || one)
+    for (const Json& entry : functions) show_details(entry);
+  if (!options.json.empty()) {
+    Json document{{"kind", "luxvm accuracy"},
+                  {"library", {{"version", luxvmk3_version_text()}, {"digest", library_digest()}}},
+                  {"date", fmt::format("{:%Y-%m-%d}", fmt::localtime(time(nullptr)))},
+                  {"samples", options.sampling.samples},
+                  {"seed", options.sampling.seed},
+                  {"functions", functions}};
+    if (!options.range.empty()) document["range"] = options.range;
+    write_whole(options.json, document.dump(1) + "\n");
+  }
+  if (!options.plot.empty()) plot_accuracy(options.plot, functions);
+  run.finish();
+  const auto broken = std::count_if(functions.begin(), functions.end(), [](const Json& entry) {
+    return !entry["guarantee"]["met"].get<bool>() || !entry["special_values"]["failures"].empty();
+  });
+  if (broken > 0)
+    throw Failure(fmt::format("{} function{} not keep to the promised accuracy or special values",
+                              broken, broken == 1 ? " does" : "s do"));
+  return 0;
+}
+
+void add_accuracy(CLI::App& program) {
+  auto options = std::make_shared<AccuracyOptions>();
+  CLI::App* command = program.add_subcommand(
+      "accuracy", "Measure errors against exact values, beside what is promised");
+  command->add_option("pattern", options->patterns,
+                      "Parts of names, or globs over the whole name (default: everything)");
+  auto* samples = command->add_option("--samples", options->sampling.samples,
+                                      "Arguments per function, besides the steps of its method")
+                      ->capture_default_str()
+                      ->check(CLI::Range(100, 50'000'000));
+  command->add_flag("--exhaustive", options->exhaustive,
+                    "All 2^32 arguments of the one-argument 32f functions (others are sampled)");
+  command->add_option("--range", options->range, "Only first arguments between A and B")
+      ->type_name("A:B");
+  command->add_option("--seed", options->sampling.seed, "Of the random arguments")
+      ->capture_default_str();
+  command->add_option("--plot", options->plot, "Draw the largest error over the argument")
+      ->type_name("FILE.svg");
+  command->add_option("--json", options->json, "Write all figures to this file")->type_name("FILE");
+  command->add_flag("--details", options->details,
+                    "Ten worst, histogram and ranges of every function (default for one family)");
+  command->add_option("--processors", options->processors, "To work on (default: all)")
+      ->check(CLI::Range(1, 1024));
+  command->add_flag("--fresh", options->fresh, "Start anew even if an earlier run was interrupted");
+  (void)samples;
+  command->footer(
+      "The error is the full distance to the exact value (MPFR, MPC) in units of the last place\n"
+      "of the exact value's binade; those of the subnormals are the smallest. Results of another\n"
+      "class than the exact value's (NaN, infinity, sign of a zero) are counted apart.\n"
+      "An interrupted run goes on when the same command is given again.\n"
+      "Exit status 1 when a guarantee or a special value is not kept.\n"
+      "Examples:\n"
+      "  luxvm accuracy Exp_64f\n"
+      "  luxvm accuracy 'luxs*_32f_A24' --samples 20000 --json errors.json\n"
+      "  luxvm accuracy Exp_32f --exhaustive --plot exp.svg\n"
+      "  luxvm accuracy Exp_64f --range -1:1");
+  command->callback([options] { accuracy(*options); });
+}
