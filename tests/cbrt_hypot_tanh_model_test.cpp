@@ -23,10 +23,10 @@ template <class U>
 static void expect_results(std::string_view family, const std::vector<U>& x,
                            const std::vector<U>& y, const std::vector<U>& want) {
   std::vector<U> out(x.size());
-  for (const Export& f : kCatalog) {
+  for (const Function& f : kCatalog) {
     if (!f.is(family, sizeof(U) == 4 ? "32f" : "64f")) continue;
     for (const size_t len : {x.size(), size_t(67)}) {
-      EXPECT_EQ(f.run({{x.data(), y.data()}, {out.data()}, nullptr}, int32_t(len)), 0);
+      EXPECT_EQ(f.call({{x.data(), y.data()}, {out.data()}, nullptr}, int32_t(len)), 0);
       int failures = 0;
       for (size_t i = 0; i < len && failures < 10; ++i)
         if (out[i] != want[i] && !(is_special(x[i]) && is_special(y[i]) && same(out[i], want[i])))
