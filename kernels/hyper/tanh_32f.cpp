@@ -22,8 +22,8 @@ constexpr uint32_t kSeries = 0x3A83126F;   // 0.001
 constexpr uint32_t kOneFrom = 0x41200000;  // 10.0
 constexpr uint32_t kInf = Format<float>::kInf;
 
-// Writes what the block computes with; false when an element is too small or a NaN.
-static inline bool load_magnitudes(const float* x, float (&magnitudes)[4]) {
+// False when an element is too small or a NaN.
+static inline bool load_magnitudes(const float* x, float* magnitudes) {
   uint32_t outside = 0;
 #pragma GCC unroll 4
   for (int lane = 0; lane < 4; ++lane) {
@@ -71,17 +71,20 @@ static inline bool load_magnitudes(const float* x, float (&magnitudes)[4]) {
   "+%[y], %[j]\n\t"                          \
   "movl %[j], 4*" #lane "(%[dst])\n\t"
 
-static inline void tanh_block(const float* src, const float (&magnitudes)[4], float* dst) {
-  float v[4], y[4];
+// False, and nothing stored, when an element is too small or a NaN.
+static inline bool tanh_block(const float* src, float* dst) {
+  float a[4], v[4], y[4];
   uint32_t j;
   using Table = decltype(static_const_table);
+  if (!load_magnitudes(src, a)) return false;
   asm volatile(
       TANH_ELEMENT(0) TANH_ELEMENT(1) TANH_ELEMENT(2) TANH_ELEMENT(3)
       : [v] "=o"(v), [y] "=o"(y), [j] "=&r"(j)
-      : [a] "o"(magnitudes), [src] "r"(src), [dst] "r"(dst), [table] "r"(&static_const_table),
+      : [a] "o"(a), [src] "r"(src), [dst] "r"(dst), [table] "r"(&static_const_table),
         [shifter] "i"(offsetof(Table, shifter)), [s2] "i"(offsetof(Table, s2)),
         [c2] "i"(offsetof(Table, c2)), [s0] "i"(offsetof(Table, s0)), [c0] "i"(offsetof(Table, c0))
       : LUX_X87_STACK);
+  return true;
 }
 
 // 0.001 <= a < 10
@@ -107,9 +110,7 @@ static Status tanh_32f(const float* src, float* dst, int32_t len) {
   return run_kernel<X87Nearest<X87_DOUBLE>, 4>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        float magnitudes[4];
-        for (; i < last && load_magnitudes(src + i, magnitudes); i += 4)
-          tanh_block(src + i, magnitudes, dst + i);
+        while (i < last && tanh_block(src + i, dst + i)) i += 4;
         return i;
       },
       [=](int32_t i, Status*) {
