@@ -185,6 +185,50 @@ LUX_API Status luxsLog10_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API Status luxsLog10_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API Status luxsLog10_64f_A53(const double* src, double* dst, int32_t len);
 
+/* ---- Cube root --------------------------------------------------------------------------------
+ */
+
+/** dst[i] = cube root of src[i], with the sign of src[i].
+ *
+ *  Accuracy: 32f at most 0.607 ulp; all grades of a type are one computation.
+ *  Zeros, infinities and their signs pass, a NaN comes out quiet; subnormals have their cube root.
+ *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsCbrt_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCbrt_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCbrt_32f_A24(const float* src, float* dst, int32_t len);
+
+/* ---- Hypotenuse -------------------------------------------------------------------------------
+ */
+
+/** dst[i] = the square root of src1[i]^2 + src2[i]^2.
+ *
+ *  Accuracy: 32f at most 0.5001 ulp. 64f at most 1.23 ulp while the sum of the squares is a normal
+ *  double, also under A53: the sum is rounded to a double before its root is taken.
+ *  hypot(0, 0) is +0. A NaN in either source gives a quiet NaN, also beside an infinity; an infinity
+ *  beside a number or an infinity gives +infinity.
+ *  64f: a sum at or above 2^1024 gives 2^512, so hypot(1e300, 0) is 1.34e154. Two arguments that
+ *  are both below 2^-523 are scaled up first; a larger one whose sum of squares is below 2^-1022
+ *  gives a wrong result: hypot(2^-523, 0) is 1.05e-154.
+ *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsHypot_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsHypot_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsHypot_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsHypot_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
+LUX_API Status luxsHypot_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
+
+/* ---- Hyperbolic tangent -----------------------------------------------------------------------
+ */
+
+/** dst[i] = hyperbolic tangent of src[i].
+ *
+ *  Accuracy: 32f at most 0.762 ulp; all grades of a type are one computation.
+ *  Arguments up to 2^-126 in magnitude, zeros among them, pass as they are; from 10 on in magnitude,
+ *  infinities among them, the result is 1 with the sign of src[i]; a NaN comes out quiet.
+ *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsTanh_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsTanh_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsTanh_32f_A24(const float* src, float* dst, int32_t len);
+
 /* ---- Rounding to integers: exact, no grade, never threaded, nothing reported -------------------
  */
 
