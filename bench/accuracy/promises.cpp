@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace bench {
@@ -12,6 +13,7 @@ Accuracy guarantee(const Function& function) {
   const bool power = function.family == "Pow" || function.family == "Powx";
   if (function.type.complex() && power)
     return find_goal(function)->accuracy;  // a component of a power may cancel without limit
+  if (function.is("Hypot", "64f")) return {Accuracy::kUlp, 1.23};
   if (function.grade == "A11") return {Accuracy::kRelativeBits, 11};
   if (function.grade == "A21") return {Accuracy::kRelativeBits, 21};
   if (function.grade == "A50") return {Accuracy::kUlp, 4};
@@ -46,6 +48,12 @@ std::string text_of(const Accuracy& accuracy) {
   }
 }
 
-bool promised(const Function&, const Argument&) { return true; }
+bool promised(const Function& function, const Argument& argument) {
+  if (!function.is("Hypot", "64f")) return true;
+  // The sum of the squares must be a normal double, or both arguments so small that they are scaled.
+  const double x = std::fabs(as_double(argument[0], 8)), y = std::fabs(as_double(argument[1], 8));
+  const double larger = std::max(x, y);
+  return larger < 0x1p-523 || (larger >= 0x1p-511 && std::hypot(x, y) < 0x1p512);
+}
 
 }  // namespace bench
