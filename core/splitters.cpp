@@ -10,8 +10,10 @@
 // The GNU runtime ends a 32-bit process that asks for more threads than its address space holds.
 // A team smaller than the number of slices computes several slices a thread.
 static int32_t team_size(int32_t threads) {
+  constexpr int32_t kAlwaysFit = 64;
+  if (threads <= kAlwaysFit) return threads;  // without the system call
   const int32_t processors = omp_get_num_procs();
-  const int32_t most = processors > 64 ? processors : 64;
+  const int32_t most = processors > kAlwaysFit ? processors : kAlwaysFit;
   return threads < most ? threads : most;
 }
 
@@ -29,7 +31,7 @@ static bool may_start_threads() {
 
 template <class Slice>
 static Status run_slices(int32_t threads, int32_t len, Slice slice) {
-  if (threads < 1 || len / threads < 4) return slice(0, len);
+  if (threads <= 1 || len / threads < 4) return slice(0, len);  // one slice needs no region
 
   // Every slice but the last is whole blocks of the kernels' main loops.
   const int32_t chunk = len / threads & ~3;

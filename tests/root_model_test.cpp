@@ -104,9 +104,9 @@ template <class U>
 static void expect_model(std::string_view family, const std::vector<U>& x, U (*model)(U)) {
   std::vector<U> want(x.size()), out(x.size());
   for (size_t i = 0; i < x.size(); ++i) want[i] = model(x[i]);
-  for (const Export& f : kCatalog) {
+  for (const Function& f : kCatalog) {
     if (!f.is(family, sizeof(U) == 4 ? "32f" : "64f")) continue;
-    EXPECT_EQ(f.run({{x.data()}, {out.data()}, nullptr}, int32_t(x.size())), LUX_OK);
+    EXPECT_EQ(f.call({{x.data()}, {out.data()}, nullptr}, int32_t(x.size())), LUX_OK);
     int failures = 0;
     for (size_t i = 0; i < x.size() && failures < 10; ++i)
       if (out[i] != want[i])
