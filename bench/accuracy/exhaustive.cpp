@@ -246,6 +246,8 @@ class Exhauster {
           ulp *= field > 1 ? 2 : 1;
         else if (field < 254 && fabsl(exact) >= 2 * scale_.binade[field])
           ulp /= 2;
+        if (parts.exponent < -126)
+          statistics.max_subnormal = std::max(statistics.max_subnormal, double(ulp));
         settled = ulp == 0 || ulp + 2 * kMargin < floor;
         if (settled && ulp > relative_step) {  // a unit is at most 2^-23 of the value
           const Wide relative = off / fmaxl(fabsl(exact), 0x1p-126L);
