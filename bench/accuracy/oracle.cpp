@@ -55,6 +55,12 @@ void complex_unary(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
 
 void inv(mpfr_ptr r, mpfr_ptr, mpfr_srcptr x, mpfr_srcptr) { mpfr_ui_div(r, 1, x, MPFR_RNDN); }
 
+// As 1 / sqrt(x): the sign of a zero is kept.
+void inv_sqrt(mpfr_ptr r, mpfr_ptr, mpfr_srcptr x, mpfr_srcptr) {
+  if (mpfr_zero_p(x)) return mpfr_set_inf(r, mpfr_signbit(x) ? -1 : 1);
+  mpfr_rec_sqrt(r, x, MPFR_RNDN);
+}
+
 void inv_cbrt(mpfr_ptr r, mpfr_ptr, mpfr_srcptr x, mpfr_srcptr) {
   Real root(int(mpfr_get_prec(r)) + kGuardBits);
   mpfr_cbrt(root, x, MPFR_RNDN);
@@ -146,7 +152,7 @@ constexpr OracleRow kRows[] = {
     {"Inv", inv, nullptr},
     BINARY(Div, div),
     BOTH(Sqrt, sqrt),
-    UNARY(InvSqrt, rec_sqrt),
+    {"InvSqrt", inv_sqrt, nullptr},
     UNARY(Cbrt, cbrt),
     {"InvCbrt", inv_cbrt, nullptr},
     {"Pow", real_binary<mpfr_pow>, complex_pow},

@@ -53,7 +53,8 @@ std::string text_of(const Accuracy& accuracy) {
 
 bool promised(const Function& function, const Argument& argument) {
   if (!function.is("Hypot", "64f")) return true;
-  // The sum of the squares must be a normal double, or both arguments so small that they are scaled.
+  // The sum of the squares must be a normal double, or both arguments so small that they are
+  // scaled.
   const double x = std::fabs(as_double(argument[0], 8)), y = std::fabs(as_double(argument[1], 8));
   const double larger = std::max(x, y);
   return larger < 0x1p-523 || (larger >= 0x1p-511 && std::hypot(x, y) < 0x1p512);
