@@ -172,6 +172,52 @@ LUX_API int32_t noxdError(int32_t code, int32_t index, const double* argument1,
                           const double* argument2, const double* result1, const double* result2,
                           const char* name);
 
+/* ---- Large arguments of sine, cosine and tangent ----------------------------------------------
+ */
+
+/** One element of a trigonometric function, of any size: what the vector functions call for
+ *  elements beyond their own reduction. The function of src[index] goes to dst[index]; a null or
+ *  wrong pointer is not noticed. An infinity gives the default NaN and is reported to noxsError or
+ *  noxdError with LUX_DOMAIN and the name of the handler, such as "sSin_HA"; *status then becomes
+ *  LUX_DOMAIN and is otherwise left alone. A single NaN comes out quiet; a double NaN gives the
+ *  default NaN, and is reported like an infinity when its upper word is 0x7FF00000 without the
+ *  sign. HA, LA and A11 differ in the reported name only. */
+LUX_API void noxsSin_SC_HA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsSin_SC_LA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsSin_SC_A11(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsCos_SC_HA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsCos_SC_LA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsCos_SC_A11(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsSinCos_SC_HA(int32_t index, const float* src, float* dst_sin, float* dst_cos,
+                              int32_t* status);
+LUX_API void noxsSinCos_SC_LA(int32_t index, const float* src, float* dst_sin, float* dst_cos,
+                              int32_t* status);
+LUX_API void noxsSinCos_SC_A11(int32_t index, const float* src, float* dst_sin, float* dst_cos,
+                               int32_t* status);
+LUX_API void noxsTan_SC_HA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsTan_SC_LA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsTan_SC_A11(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxdSin_SC_HA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdSin_SC_LA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdSin_SC_A11(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdCos_SC_HA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdCos_SC_LA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdCos_SC_A11(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdSinCos_SC_HA(int32_t index, const double* src, double* dst_sin, double* dst_cos,
+                              int32_t* status);
+LUX_API void noxdSinCos_SC_LA(int32_t index, const double* src, double* dst_sin, double* dst_cos,
+                              int32_t* status);
+LUX_API void noxdSinCos_SC_A11(int32_t index, const double* src, double* dst_sin, double* dst_cos,
+                               int32_t* status);
+LUX_API void noxdTan_SC_HA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdTan_SC_LA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdTan_SC_A11(int32_t index, const double* src, double* dst, int32_t* status);
+
+/** The finite x less the multiple of pi/2 nearest to it, or one of the two nearest where they are
+ *  about equally far: reduced[0] + reduced[1], at most a little over pi/4 in magnitude. Returns the
+ *  multiple modulo 4. Wants the x87 unit to round to nearest with 53 bits or more. */
+LUX_API int32_t noxreduce_pio2d(double x, double* reduced);
+
 /* ---- Threading --------------------------------------------------------------------------------
  */
 
