@@ -119,6 +119,38 @@ LUX_API Status luxsExp_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API Status luxsExp_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API Status luxsExp_64f_A53(const double* src, double* dst, int32_t len);
 
+/* ---- Sine, cosine, tangent --------------------------------------------------------------------
+ */
+
+/** dst[i] = the sine of src[i], which is in radians and may have any size.
+ *
+ *  Accuracy: 64f at most 0.529 ulp, both grades are one computation. From 128000 on in magnitude at
+ *  most 0.52 ulp, and then so are the other elements of the same block of four.
+ *  sin(-x) is exactly -sin(x) and zeros keep their sign. An infinity gives the default NaN, code
+ *  LUX_DOMAIN; a 64f NaN gives the default NaN, and the code too when its upper word is 0x7FF00000
+ *  without the sign.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+LUX_API Status luxsSin_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsSin_64f_A53(const double* src, double* dst, int32_t len);
+
+/** dst[i] = the cosine of src[i], which is in radians and may have any size.
+ *
+ *  Accuracy, infinities and NaNs of 64f: as for Sin. The cosine of 0 is exactly 1.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+LUX_API Status luxsCos_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsCos_64f_A53(const double* src, double* dst, int32_t len);
+
+/** dst1[i] = the sine and dst2[i] = the cosine of src[i], which is in radians and may have any
+ *  size.
+ *
+ *  Accuracy: 64f A53 at most 0.51 ulp, A50 at most 4 ulp; from 128000 on in magnitude at most 0.52
+ *  ulp, and then so are the other elements of the same block of four.
+ *  The last bit may differ from what Sin and Cos give. Zeros give (that zero, 1). Infinities and
+ *  64f NaNs as for Sin, in both destinations.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+LUX_API Status luxsSinCos_64f_A50(const double* src, double* dst1, double* dst2, int32_t len);
+LUX_API Status luxsSinCos_64f_A53(const double* src, double* dst1, double* dst2, int32_t len);
+
 /* ---- Rounding to integers: exact, no grade, never threaded, nothing reported -------------------
  */
 
