@@ -151,6 +151,15 @@ LUX_API Status luxsCos_64f_A53(const double* src, double* dst, int32_t len);
 LUX_API Status luxsSinCos_64f_A50(const double* src, double* dst1, double* dst2, int32_t len);
 LUX_API Status luxsSinCos_64f_A53(const double* src, double* dst1, double* dst2, int32_t len);
 
+/** dst[i] = tangent of src[i], of any size.
+ *
+ *  Accuracy: A53 at most 0.51 ulp, A50 at most 4 ulp.
+ *  Zeros keep their sign. An infinity gives the default NaN, code LUX_DOMAIN; a NaN the default
+ *  NaN, without a code unless its upper word is 0x7FF00000 without the sign. No result overflows.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+LUX_API Status luxsTan_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsTan_64f_A53(const double* src, double* dst, int32_t len);
+
 /* ---- Rounding to integers: exact, no grade, never threaded, nothing reported -------------------
  */
 

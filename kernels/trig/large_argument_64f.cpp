@@ -12,11 +12,9 @@
 //
 //   sin(j pi/32 + z) = S + (S (cos z - 1) + C sin z), S and C from a table, Taylor series
 //   tan(j pi/32 + z) = (S + C tan z) / (C - S tan z)
-#include "kernels/trig/large_argument.h"
-
-#include "core/control.h"
-#include "kernels/trig/inverse_two_pi_table.h"
+#include "kernels/trig/large_handler.h"
 #include "kernels/trig/pi_32.h"
+#include "kernels/trig/turns.h"
 
 constexpr int32_t kTinyExponent = 771;    // biased: |x| < 2^-252
 constexpr int32_t kLargeExponent = 1040;  // biased: |x| >= 2^17
@@ -36,15 +34,6 @@ static inline Scaled scaled(Words x) {
   asm("shldl %%cl, %1, %0" : "+r"(upper) : "r"(x.lower), "c"(shift) : "cc");
   return {x.lower << shift, upper, exponent >> 3};
 }
-
-// Word i of the window of `count` words of 1/(2 pi) 2^(8 byte) modulo 1, the least significant
-// first.
-static inline uint32_t window_word(int32_t byte, int32_t count, int32_t i) {
-  return load_words(kInverseTwoPi + kFirstByte + 1 - byte - 4 * (count - i)).lower;
-}
-
-static inline uint64_t product(uint32_t a, uint32_t b) { return uint64_t(a) * b; }
-static inline uint32_t high(uint64_t a) { return uint32_t(a >> 32); }
 
 // |x| / (2 pi) modulo 1, in words, the most significant one last.
 constexpr int32_t kTurnWords = 8;
@@ -145,7 +134,7 @@ __attribute__((always_inline)) static inline Step large_step(const double* x) {
   return {int32_t((j ^ negative) - negative), f * unit.high + f * unit.low};
 }
 
-static inline Step step_of(const double* x) {
+__attribute__((always_inline)) static inline Step step_of(const double* x) {
   return biased_exponent(load_words(x)) < kLargeExponent ? nearest_step(*x) : large_step(x);
 }
 
@@ -176,8 +165,6 @@ static inline long double sine_of(uint32_t j, const Series& z) {
   return s.high + (s.low + (s.high * z.cosine1 + sum(pi_32_table.sine[(j & 63) + 16]) * z.sine));
 }
 
-#define LUX_SCALAR static __attribute__((noinline, regparm(3)))
-
 LUX_SCALAR long double _dSin(const double* x) {
   if (is_tiny(x)) return tiny_sine(*x);
   const Step step = step_of(x);
@@ -196,106 +183,18 @@ LUX_SCALAR long double _dTan(const double* x) {
 }
 
 // The sine; the cosine through the pointer.
-template <class E>
-LUX_SCALAR long double _dSinCos(const double* x, E* cosine) {
+LUX_SCALAR long double _dSinCos(const double* x, double* cosine) {
   if (is_tiny(x)) {
-    *cosine = E(1 - (long double)*x);
-    return tiny_sine(*x);
+    const double tiny = *x;  // the cosine may go to the same place
+    *cosine = double(1 - (long double)tiny);
+    return tiny_sine(tiny);
   }
   const Step step = step_of(x);
   const Series z = series(step.z);
-  *cosine = E(sine_of(uint32_t(step.j) + 16, z));
+  *cosine = double(sine_of(uint32_t(step.j) + 16, z));
   return sine_of(uint32_t(step.j), z);
 }
 
-// ---- The handlers
-
-static void call_error(int32_t index, const float* src, const float* dst1, const float* dst2,
-                       const char* name) {
-  noxsError(LUX_DOMAIN, index, src, src, dst1, dst2, name);
-}
-
-static void call_error(int32_t index, const double* src, const double* dst1, const double* dst2,
-                       const char* name) {
-  noxdError(LUX_DOMAIN, index, src, src, dst1, dst2, name);
-}
-
-static inline bool is_special(const float* x) {
-  return magnitude<float>(load_bits(x)) >= Format<float>::kInf;
-}
-
-static inline bool is_special(const double* x) {
-  return (load_words(x).upper & 0x7FF00000) == 0x7FF00000;
-}
-
-// Deliberate: of a double only the upper word is looked at, so a NaN may pass for an infinity.
-static inline bool is_infinite(const float* x) {
-  return magnitude<float>(load_bits(x)) == Format<float>::kInf;
-}
-
-static inline bool is_infinite(const double* x) {
-  return (load_words(x).upper & 0x7FFFFFFF) == 0x7FF00000;
-}
-
-static inline uint32_t nan_for(const float* x) {
-  return is_infinite(x) ? 0xFFC00000 : quieted<float>(load_bits(x));
-}
-
-static inline uint64_t nan_for(const double*) { return 0xFFF8000000000000; }
-
-template <class E>
-__attribute__((noinline, cold)) static void special(int32_t i, const E* src, E* dst1, E* dst2,
-                                                    int32_t* status, const char* name) {
-  const bool reported = is_infinite(src + i);
-  const auto nan = nan_for(src + i);
-  store_bits(dst1 + i, nan);
-  store_bits(dst2 + i, nan);
-  if (!reported) return;
-  call_error(i, src, dst1, dst2, name);
-  *status = LUX_DOMAIN;
-}
-
-template <class E, class Function>
-static inline void one_result(Function function, int32_t i, const E* src, E* dst, int32_t* status,
-                              const char* name) {
-  if (is_special(src + i)) return special(i, src, dst, dst, status, name);
-  const uint16_t control = x87_enter(X87_EXTENDED);
-  const double x = src[i];
-  dst[i] = E(function(&x));
-  x87_leave(control, X87_EXTENDED);
-}
-
-template <class E>
-static inline void two_results(int32_t i, const E* src, E* dst_sin, E* dst_cos, int32_t* status,
-                               const char* name) {
-  if (is_special(src + i)) return special(i, src, dst_sin, dst_cos, status, name);
-  const uint16_t control = x87_enter(X87_EXTENDED);
-  const double x = src[i];
-  dst_sin[i] = E(_dSinCos(&x, dst_cos + i));
-  x87_leave(control, X87_EXTENDED);
-}
-
-#define LUX_ONE_RESULT(letter, E, function, variant)                                            \
-  void nox##letter##function##_SC_##variant(int32_t i, const E* src, E* dst, int32_t* status) { \
-    one_result(_d##function, i, src, dst, status, #letter #function "_" #variant);              \
-  }
-
-#define LUX_TWO_RESULTS(letter, E, variant)                                              \
-  void nox##letter##SinCos_SC_##variant(int32_t i, const E* src, E* dst_sin, E* dst_cos, \
-                                        int32_t* status) {                               \
-    two_results(i, src, dst_sin, dst_cos, status, #letter "SinCos_" #variant);           \
-  }
-
-#define LUX_HANDLERS(variant)             \
-  LUX_ONE_RESULT(s, float, Sin, variant)  \
-  LUX_ONE_RESULT(s, float, Cos, variant)  \
-  LUX_ONE_RESULT(s, float, Tan, variant)  \
-  LUX_ONE_RESULT(d, double, Sin, variant) \
-  LUX_ONE_RESULT(d, double, Cos, variant) \
-  LUX_ONE_RESULT(d, double, Tan, variant) \
-  LUX_TWO_RESULTS(s, float, variant)      \
-  LUX_TWO_RESULTS(d, double, variant)
-
-LUX_HANDLERS(HA)
-LUX_HANDLERS(LA)
-LUX_HANDLERS(A11)
+LUX_HANDLERS(d, double, HA)
+LUX_HANDLERS(d, double, LA)
+LUX_HANDLERS(d, double, A11)
