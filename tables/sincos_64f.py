@@ -55,10 +55,11 @@ def sine(j):
 FITS = [("s53", s, rounded_fit(s, 3)), ("c53", c, rounded_fit(c, 3)),
         ("s50", s, rounded_fit(s, 2)), ("c50", c, rounded_fit(c, 2))]
 
-# The step in three parts, so that the first two times 23 bits of n are exact.
-p1 = tablegen.rounded(STEP, 41)
-p2 = tablegen.rounded(STEP - p1, 41)
-p3 = tablegen.rounded(STEP - p1 - p2, 53)
+# The step in three parts, of which the first two times 23 bits of n are exact. They are all
+# positive: zero times a negative one would turn a negative zero argument positive.
+p1 = mpmath.mpf(STEP, prec=41, rounding="d")
+p2 = mpmath.mpf(STEP - p1, prec=41, rounding="d")
+p3 = mpmath.mpf(STEP - p1 - p2, prec=53, rounding="d")
 
 body = "\n".join([
     "struct Pair {",

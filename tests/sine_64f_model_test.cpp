@@ -145,9 +145,9 @@ TEST(Block, GoesToTheHandlerAsAWhole) {
   const std::vector<double> pool = arguments(2200);
   for (const Function& f : functions()) {
     int told = 0;
-    for (const uint64_t outside :
-         {0x40FF400000000000, 0xC0FF400000000000, 0x7FEFFFFFFFFFFFFF, 0x7FF0000000000000,
-          0xFFF0000000000000, 0x7FF8000000000000, 0x7FF0000000000001, 0x7FF0000100000000})
+    for (const uint64_t outside : std::initializer_list<uint64_t>{
+             0x40FF400000000000, 0xC0FF400000000000, 0x7FEFFFFFFFFFFFFF, 0x7FF0000000000000,
+             0xFFF0000000000000, 0x7FF8000000000000, 0x7FF0000000000001, 0x7FF0000100000000})
       for (size_t start = 0; start < pool.size(); start += 11) {
         const int place = int(start / 11 % 11);
         std::vector<double> x(pool.begin() + start, pool.begin() + start + 11);
