@@ -125,9 +125,14 @@ inline constexpr Function kFunctions[] = {
 // All of them, in the order of the list.
 using catalog_detail::kFunctions;
 
-// A block of four shares one division, so neighbours may move the last bit.
-constexpr bool neighbours_matter(const Function& f) {
-  return f.is("Inv", "64f") || f.is("Div", "64f");
+// How many last places neighbours may move a result: where a block of four shares one division, and
+// where one element sends its whole block another way.
+constexpr uint64_t neighbours_matter(const Function& f) {
+  if (f.is("Inv", "64f") || f.is("Div", "64f")) return 1;
+  const bool turns =
+      f.family == "Sin" || f.family == "Cos" || f.family == "SinCos" || f.family == "Tan";
+  if (!turns || f.type.complex()) return 0;
+  return f.grade == "A24" || f.grade == "A53" ? 1 : 4;
 }
 
 #endif
