@@ -33,6 +33,7 @@ def tangent_error(fit):
 
 
 TANGENT = tangent_fit(5)
+SHORT_TANGENT = tangent_fit(4)
 STEP = parts(pi / 32, [43, 43, 53])
 remainder = abs(sum(STEP) - pi / 32)
 
@@ -55,9 +56,11 @@ body = "\n".join([
     "  double cosine2[4];  // z^2 to z^8",
     f"  double tangent3[5]; // z^3 to z^11; relative error of the tangent "
     f"{mpmath.nstr(tangent_error(TANGENT), 3)}",
+    f"  double short_tangent3[4]; // z^3 to z^9; {mpmath.nstr(tangent_error(SHORT_TANGENT), 3)}",
     "} pi_32_table = {",
     "    {",
-    *[f"        {tablegen.exact_pair(mpmath.sinpi(mpf(j) / 32))}," for j in range(80)],
+    "        {-0x0.0p+0, -0x0.0p+0},  // so that the tangent keeps the sign of a zero",
+    *[f"        {tablegen.exact_pair(mpmath.sinpi(mpf(j) / 32))}," for j in range(1, 80)],
     "    },",
     f"    {tablegen.double(32 / pi)},",
     f"    {literals(STEP)},",
@@ -65,6 +68,7 @@ body = "\n".join([
     f"    {literals(mpf((-1) ** k) / mpmath.factorial(2 * k + 1) for k in range(1, 5))},",
     f"    {literals(mpf((-1) ** k) / mpmath.factorial(2 * k) for k in range(1, 5))},",
     f"    {literals(TANGENT)},",
+    f"    {literals(SHORT_TANGENT)},",
     "};",
 ])
 tablegen.main("kernels/trig/pi_32_table.h", __file__, body)

@@ -134,7 +134,7 @@ __attribute__((always_inline)) static inline Step large_step(const double* x) {
   return {int32_t((j ^ negative) - negative), f * unit.high + f * unit.low};
 }
 
-static inline Step step_of(const double* x) {
+__attribute__((always_inline)) static inline Step step_of(const double* x) {
   return biased_exponent(load_words(x)) < kLargeExponent ? nearest_step(*x) : large_step(x);
 }
 

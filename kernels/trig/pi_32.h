@@ -24,13 +24,33 @@ static inline Step nearest_step(long double x) {
 
 static inline long double sum(const Pair& entry) { return (long double)entry.high + entry.low; }
 
+// The table through a pointer of unknown value: constants stay in memory, as operands, where the
+// compiler would otherwise keep them on the x87 stack and spill what else is there.
+static inline const decltype(pi_32_table)& table_in_memory() {
+  const auto* table = &pi_32_table;
+  asm("" : "+r"(table));
+  return *table;
+}
+
 // tan(j pi/32 + z) = (S + C tan z) / (C - S tan z); S and C are exactly 0 where they vanish.
 static inline long double tan_of(const Step& step) {
-  const double* const c = pi_32_table.tangent3;
+  const auto& table = table_in_memory();
+  const double* const c = table.tangent3;
   const uint32_t j = uint32_t(step.j) & 31;
   const long double z = step.z, z2 = z * z;
   const long double t = ((((c[4] * z2 + c[3]) * z2 + c[2]) * z2 + c[1]) * z2 + c[0]) * (z * z2) + z;
-  const long double sine = sum(pi_32_table.sine[j]), cosine = sum(pi_32_table.sine[j + 16]);
+  const long double sine = sum(table.sine[j]), cosine = sum(table.sine[j + 16]);
+  return (cosine * t + sine) / (cosine - sine * t);
+}
+
+// The same to 52 bits: table entries rounded to doubles, one term less.
+static inline long double short_tan_of(const Step& step) {
+  const auto& table = table_in_memory();
+  const double* const c = table.short_tangent3;
+  const uint32_t j = uint32_t(step.j) & 31;
+  const long double z = step.z, z2 = z * z;
+  const long double t = (((c[3] * z2 + c[2]) * z2 + c[1]) * z2 + c[0]) * (z * z2) + z;
+  const double sine = table.sine[j].high, cosine = table.sine[j + 16].high;
   return (cosine * t + sine) / (cosine - sine * t);
 }
 

@@ -16,9 +16,10 @@ static const struct {
   double sine3[4];    // Taylor: z^3 to z^9
   double cosine2[4];  // z^2 to z^8
   double tangent3[5]; // z^3 to z^11; relative error of the tangent 4.73e-20
+  double short_tangent3[4]; // z^3 to z^9; 5.66e-18
 } pi_32_table = {
     {
-        {0x0.0p+0, 0x0.0p+0},
+        {-0x0.0p+0, -0x0.0p+0},  // so that the tangent keeps the sign of a zero
         {0x1.917a6bc29b42cp-4, -0x1.e200000000000p-60},
         {0x1.8f8b83c69a60bp-3, -0x1.2700000000000p-57},
         {0x1.294062ed59f06p-2, -0x1.5d00000000000p-56},
@@ -105,6 +106,7 @@ static const struct {
     {-0x1.5555555555555p-3, 0x1.1111111111111p-7, -0x1.a01a01a01a01ap-13, 0x1.71de3a556c734p-19},
     {-0x1.0000000000000p-1, 0x1.5555555555555p-5, -0x1.6c16c16c16c17p-10, 0x1.a01a01a01a01ap-16},
     {0x1.5555555555555p-2, 0x1.1111111110f66p-3, 0x1.ba1ba1bf8436cp-5, 0x1.664f176bd823bp-6, 0x1.23240402a07e6p-7},
+    {0x1.555555555552bp-2, 0x1.111111122243ap-3, 0x1.ba1b7f21be7d7p-5, 0x1.6702ad1ca571ap-6},
 };
 
 #endif
