@@ -18,9 +18,11 @@ constexpr uint32_t kBoundA21 = 0x461D0000;  // 10048
 static void cosine_x87(const float* src, float* dst, int32_t count) {
   int32_t m[kChunk];
   double r[kChunk];
-  for (int32_t i = 0; i < count; ++i)
-    m[i] = 2 * nearest_integer((src[i] + kPiOver2) * kPi.inverse) - 1;
-  for (int32_t i = 0; i < count; ++i) r[i] = reduced(src[i], m[i], kHalfPi);
+  for (int32_t i = 0; i < count; ++i) {
+    store_nearest_integer(m + i, (src[i] + kPiOver2) * kPi.inverse);
+    m[i] = 2 * m[i] - 1;
+  }
+  reduce_pass(src, m, r, count, kHalfPi);
   for (int32_t i = 0; i < count; ++i)
     store_signed(dst + i, sine_polynomial<double>(r[i]), uint32_t(~m[i] & 2) << 30);
 }

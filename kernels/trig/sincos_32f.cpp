@@ -38,11 +38,11 @@ static void sine_and_cosine_x87(const float* src, float* dst1, float* dst2, int3
   double r[kChunk];
   bool small = true;
   for (int32_t i = 0; i < count; ++i) {
-    n[i] = nearest_integer(src[i] * kHalfPi.inverse);
+    store_nearest_integer(n + i, src[i] * kHalfPi.inverse);
     small &= within(load_bits(src + i), kTwoPartBound);
   }
   if (small)
-    for (int32_t i = 0; i < count; ++i) r[i] = reduced(src[i], n[i], kHalfPi);
+    reduce_pass(src, n, r, count, kHalfPi);
   else
     for (int32_t i = 0; i < count; ++i) r[i] = reduced_in_three(src[i], n[i]);
   for (int32_t i = 0; i < count; ++i) {

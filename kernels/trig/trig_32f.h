@@ -51,19 +51,30 @@ static inline Status run_trig(const Arrays<float>& a, int32_t len, InRange in_ra
   });
 }
 
+// r of one element, with high and low on the stack.
+// clang-format off
+#define REDUCE(load, n, x, store, r)                            \
+  load " " n "; fmul %%st(1), %%st; fsubrs " x "\n\t"           \
+  load " " n "; fmul %%st(3), %%st; fsubrp %%st, %%st(1)\n\t"   \
+  store " " r "\n\t"
+// clang-format on
+
 // ---- A24
 
 constexpr int32_t kChunk = 32;
 
-static inline int32_t nearest_integer(double t) {
-  int32_t n;
-  asm("fistpl %0" : "=m"(n) : "t"(t) : "st");
-  return n;
+static inline void store_nearest_integer(int32_t* n, double t) {
+  asm("fistpl %0" : "=m"(*n) : "t"(t) : "st");
 }
 
-static inline double reduced(float x, int32_t n, const Period& period) {
-  const double multiple = n;
-  return (x - multiple * period.high) - multiple * period.low;
+static inline void reduce_pass(const float* x, const int32_t* n, double* r, int32_t count,
+                               const Period& period) {
+  const long double high = load_extended(&period.high), low = load_extended(&period.low);
+  for (int32_t i = 0; i < count; ++i)
+    asm volatile(REDUCE("fildl", "%[n]", "%[x]", "fstpl", "%[r]")
+                 : [r] "=m"(r[i])
+                 : [x] "m"(x[i]), [n] "m"(n[i]), "t"(high), "u"(low)
+                 : "st(2)", "st(3)");
 }
 
 // Rounded to single, then given a sign.
@@ -148,18 +159,8 @@ static inline __m128 bit_mask(__m128 shifted, uint32_t bit) {
 
 static inline __m128 sign_where(__m128 mask) { return _mm_and_ps(mask, all_lanes(0x80000000)); }
 
-// st: high, low
-#define REDUCE_LANE(lane)    \
-  "flds 4*" #lane            \
-  "+%[n]\n\t"                \
-  "fmul %%st(1), %%st\n\t"   \
-  "fsubrs 4*" #lane          \
-  "(%[x])\n\t"               \
-  "flds 4*" #lane            \
-  "+%[n]\n\t"                \
-  "fmul %%st(3), %%st\n\t"   \
-  "fsubrp %%st, %%st(1)\n\t" \
-  "fstps 4*" #lane "(%[r])\n\t"
+#define REDUCE_LANE(lane) \
+  REDUCE("flds", "4*" #lane "+%[n]", "4*" #lane "(%[x])", "fstps", "4*" #lane "(%[r])")
 
 static inline void reduce_block(const float* x, __m128 multiple, Lanes* r, long double high,
                                 long double low) {
