@@ -205,12 +205,16 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
         return i;
       },
       [=](int32_t i) {
-        Lanes x = {}, r, y1, y2;
-        store_bits(x.lane, load_bits(a.src1 + i));
-        const Located at = locate(_mm_load_ps(x.lane));
-        reduce_block(x.lane, at.multiple, &r, load_extended(&period.high),
-                     load_extended(&period.low));
-        finish(at.shifted, _mm_load_ps(r.lane), y1.lane, y2.lane);
+        const long double high = load_extended(&period.high), low = load_extended(&period.low);
+        const Located at = locate(_mm_load_ss(a.src1 + i));
+        float n, r;
+        Lanes y1, y2;
+        _mm_store_ss(&n, at.multiple);
+        asm volatile(REDUCE("flds", "%[n]", "%[x]", "fstps", "%[r]")
+                     : [r] "=m"(r)
+                     : [x] "m"(a.src1[i]), [n] "m"(n), "t"(high), "u"(low)
+                     : "st(2)", "st(3)");
+        finish(at.shifted, _mm_load_ss(&r), y1.lane, y2.lane);
         store_bits(a.dst1 + i, load_bits(y1.lane));
         if (a.dst2 != a.dst1) store_bits(a.dst2 + i, load_bits(y2.lane));
       },
