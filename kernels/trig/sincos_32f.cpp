@@ -4,7 +4,7 @@
 // polynomial for either function, exchanged when n is odd, and the signs of the quadrant.
 //
 //   A24        |x| <= 1000000    53-bit precision; worst error 0.5630 ulp, at 0x46A350D2 (sine)
-//   A21, A11   |x| <= 1000000    single precision; worst error SC21
+//   A21, A11   |x| <= 1000000    single precision; worst error 1.9321 ulp, at 0x496A1A41 (sine)
 //   beyond                       the handlers of large arguments
 #include "kernels/trig/trig_32f.h"
 
@@ -25,7 +25,7 @@ static inline void polynomials(V r, V& sine, V& cosine) {
                         r2 * (C(-0x1.6c0c33a81bd97p-10) + r2 * C(0x1.99eb9c49f772ep-16)));
 }
 
-// From 2^19 on n high no longer fits 53 bits: with high in two pieces every product and difference
+// Beyond 2^19 n high no longer fits 53 bits: with high in two pieces every product and difference
 // but the last is exact again. Below, the result is the same as in two parts.
 static inline double reduced_in_three(float x, int32_t n) {
   constexpr double kTop = 0x1.921fb5p+0, kRest = kHalfPi.high - kTop;
