@@ -129,8 +129,10 @@ using catalog_detail::kFunctions;
 // where one element sends its whole block another way.
 constexpr uint64_t neighbours_matter(const Function& f) {
   if (f.is("Inv", "64f") || f.is("Div", "64f")) return 1;
-  if (f.family == "SinCos" && f.grade == "A50") return 4;
-  return f.family == "Sin" || f.family == "Cos" || f.family == "SinCos" ? 1 : 0;
+  const bool turns =
+      f.family == "Sin" || f.family == "Cos" || f.family == "SinCos" || f.family == "Tan";
+  if (!turns || f.type.complex()) return 0;
+  return f.grade == "A24" || f.grade == "A53" ? 1 : 4;
 }
 
 #endif

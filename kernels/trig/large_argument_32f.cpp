@@ -4,10 +4,9 @@
 // precision.
 //
 //   |x| < 2^17  x = j pi/32 + z by subtraction (kernels/trig/pi_32.h)
-//   beyond      x = m 2^(8b + s) with an integer m; m 2^s times 96 bits of 1/(2 pi) from 2^-(8b +
-//   1)
-//               on, modulo 1, is the fraction of a turn: six bits of j, the rest is z. No single is
-//               so near to a multiple of pi/2 that more bits were needed.
+//   beyond      x = m 2^(8b + s), m an integer; m 2^s times 96 bits of 1/(2 pi) from 2^-(8b + 1) on
+//               is, modulo 1, the fraction of a turn: six bits of j, the rest is z. No single is so
+//               near to a multiple of pi/2 that more bits were needed.
 //
 //   sin(j pi/32 + z) = S + (S (cos z - 1) + C sin z), S and C from a table, short series
 //   tan(j pi/32 + z) = (S + C tan z) / (C - S tan z)

@@ -5,10 +5,10 @@
 //
 //   tiny        x or 1, and inexact
 //   |x| < 2^17  x = j pi/32 + z by subtraction (kernels/trig/pi_32.h)
-//   beyond      x = m 2^(8b + s) with an integer m; m 2^s times the bits of 1/(2 pi) from 2^-(8b +
-//   1)
-//               on, modulo 1, is the fraction of a turn: six bits of j, the rest is z. Where x is
-//               within 2^-29 of a multiple of pi/2, by the pair of noxreduce_pio2d.
+//   beyond      x = m 2^(8b + s), m an integer; m 2^s times the bits of 1/(2 pi) from 2^-(8b + 1)
+//   on
+//               is, modulo 1, the fraction of a turn: six bits of j, the rest is z. Where x is
+//               within 2^-25 of a multiple of pi/2, z is the pair of noxreduce_pio2d.
 //
 //   sin(j pi/32 + z) = S + (S (cos z - 1) + C sin z), S and C from a table, Taylor series
 //   tan(j pi/32 + z) = (S + C tan z) / (C - S tan z)
@@ -51,8 +51,8 @@ static void turn(Words x, uint32_t (&sum)[kTurnWords]) {
   }
 }
 
-// The remainder is moved up to fill 110 bits, so that products of its upper digits with those of
-// pi/2 are exact at 53-bit precision and the error of the sum is about 2^-104 of it.
+// The fraction's leading 110 bits after its zeros are cut into digits so short that the products of
+// the upper ones with those of pi/2 are exact even at 53-bit precision.
 int32_t noxreduce_pio2d(double x, double* reduced) {
   const Words words = load_words(&x);
   const uint32_t negative = words.upper >> 31;
@@ -71,7 +71,7 @@ int32_t noxreduce_pio2d(double x, double* reduced) {
     word = (word ^ (0 - sign)) + carry;
     carry &= word == 0;
   }
-  // f is below 2^29 2^224. Whole words, then bits.
+  // Leading zeros go: whole words, then bits.
   int32_t scale = -30;
   while (f[7] == 0) {
     for (int32_t i = kTurnWords - 1; i > 0; --i) f[i] = f[i - 1];
@@ -90,7 +90,7 @@ int32_t noxreduce_pio2d(double x, double* reduced) {
   const double d1 = double(int32_t((w3 & 127) << 19 | w2 >> 13)) * 0x1p-19;
   const double d2 = double(int32_t((w2 & 0x1FFF) << 14 | w1 >> 18)) * 0x1p-46;
   const double d3 = double(int32_t((w1 & 0x3FFFF) << 13 | w0 >> 19)) * 0x1p-77;
-  const double p0 = 0x1.921fb5p+0, p1 = 0x1.110b46p-26, p2 = 0x1.1a62633145c07p-54;
+  const double p0 = kHalfPi[0], p1 = kHalfPi[1], p2 = kHalfPi[2];
   const double a = d0 * p0, b = d0 * p1 + d1 * p0;
   const double head = store_f64(a + b);
   const double low = (a - head) + b;

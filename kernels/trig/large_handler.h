@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // What the handlers of both types share: infinities and NaNs, reports, the control word. Their
-// files bring
-//
-//   is_special(x), is_infinite(x), nan_for(x)          of the element at x, by its bits
-//   _dSin(x), _dCos(x), _dTan(x), _dSinCos(x, cosine)   of a finite one
+// files bring _dSin(x), _dCos(x), _dTan(x) and _dSinCos(x, cosine) of the finite element at x.
 #ifndef LUX_KERNELS_TRIG_LARGE_HANDLER_H
 #define LUX_KERNELS_TRIG_LARGE_HANDLER_H
 

@@ -12,7 +12,9 @@ static inline uint32_t high(uint64_t a) { return uint32_t(a >> 32); }
 
 // Word i of the first `count` words of 1/(2 pi) 2^(8 byte) modulo 1, the least significant first.
 static inline uint32_t window_word(int32_t byte, int32_t count, int32_t i) {
-  return load_words(kInverseTwoPi + kFirstByte + 1 - byte - 4 * (count - i)).lower;
+  uint32_t word;
+  __builtin_memcpy(&word, kInverseTwoPi + kFirstByte + 1 - byte - 4 * (count - i), sizeof word);
+  return word;
 }
 
 #endif
