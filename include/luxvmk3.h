@@ -126,12 +126,11 @@ LUX_API Status luxsExp_64f_A53(const double* src, double* dst, int32_t len);
  *
  *  Accuracy: 32f A24 at most 0.802 ulp, A21 and A11 (one computation) at most 3.91 ulp.
  *  64f at most 0.529 ulp, both grades are one computation.
- *  32f beyond 500000 in magnitude (A24), 1000000 (A21, A11): 0.501 ulp, 64f from 128000 on: 0.52 ulp,
- *  and then so are the other elements of the same block of four.
- *  sin(-x) is exactly -sin(x) and zeros keep their sign. An infinity gives the default NaN, code
- *  LUX_DOMAIN. A NaN comes out quiet in 32f; in 64f it gives the default NaN, without a code unless
- *  its upper word is 0x7FF00000 without the sign.
- *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+ *  32f beyond 500000 in magnitude (A24), 1000000 (A21, A11): 0.501 ulp, 64f from 128000 on: 0.52
+ * ulp, and then so are the other elements of the same block of four. sin(-x) is exactly -sin(x) and
+ * zeros keep their sign. An infinity gives the default NaN, code LUX_DOMAIN. A NaN comes out quiet
+ * in 32f; in 64f it gives the default NaN, without a code unless its upper word is 0x7FF00000
+ * without the sign. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
 LUX_API Status luxsSin_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API Status luxsSin_32f_A21(const float* src, float* dst, int32_t len);
 LUX_API Status luxsSin_32f_A24(const float* src, float* dst, int32_t len);
@@ -144,8 +143,8 @@ LUX_API Status luxsSin_64f_A53(const double* src, double* dst, int32_t len);
  *  64f at most 0.529 ulp, both grades are one computation.
  *  32f beyond 500000 in magnitude (A24), 10048 (A21, A11): 0.501 ulp, 64f from 128000 on: 0.52 ulp,
  *  and then so are the other elements of the same block of four.
- *  The cosine of 0 is 1 in 64f and A24, and 1.0000001 in A21 and A11. Infinities and NaNs as for Sin.
- *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+ *  The cosine of 0 is 1 in 64f and A24, and 1.0000001 in A21 and A11. Infinities and NaNs as for
+ * Sin. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
 LUX_API Status luxsCos_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API Status luxsCos_32f_A21(const float* src, float* dst, int32_t len);
 LUX_API Status luxsCos_32f_A24(const float* src, float* dst, int32_t len);
@@ -156,11 +155,10 @@ LUX_API Status luxsCos_64f_A53(const double* src, double* dst, int32_t len);
  *  size.
  *
  *  Accuracy: 32f A24 at most 0.564 ulp, A21 and A11 (one computation) at most 1.94 ulp; 64f A53 at
- *  most 0.51 ulp, A50 at most 4 ulp. 32f beyond 1000000 in magnitude: 0.501 ulp, 64f from 128000 on:
- *  0.52 ulp, and then so are the other elements of the same block of four.
- *  The last bit may differ from what Sin and Cos give. Zeros give (that zero, 1). Infinities and NaNs
- *  as for Sin, in both.
- *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+ *  most 0.51 ulp, A50 at most 4 ulp. 32f beyond 1000000 in magnitude: 0.501 ulp, 64f from 128000
+ * on: 0.52 ulp, and then so are the other elements of the same block of four. The last bit may
+ * differ from what Sin and Cos give. Zeros give (that zero, 1). Infinities and NaNs as for Sin, in
+ * both. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
 LUX_API Status luxsSinCos_32f_A11(const float* src, float* dst1, float* dst2, int32_t len);
 LUX_API Status luxsSinCos_32f_A21(const float* src, float* dst1, float* dst2, int32_t len);
 LUX_API Status luxsSinCos_32f_A24(const float* src, float* dst1, float* dst2, int32_t len);
