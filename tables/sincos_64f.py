@@ -70,21 +70,21 @@ body = "\n".join([
       if name[0] == "s" else f"// {name}: error {mpmath.nstr(error(function, fit), 3)} in 1 - cos r"
       for name, function, fit in FITS],
     f"// Error of p1 + p2 + p3: {mpmath.nstr(p1 + p2 + p3 - STEP, 3)}.",
-    "static const struct {",
+    "alignas(64) static const struct {",
     "  double inv_step;    // 128/pi",
     "  double p1, p2, p3;  // pi/128 in parts of 41, 41 and 53 bits",
     *[f"  double {name}[{len(fit)}];" for name, function, fit in FITS],
+    "  Pair sine[320];     // sin(j pi/128), four entries a cache line",
     "  float one;",
-    "  Pair sine[320];  // sin(j pi/128)",
     "} static_const_table = {",
     f"    {tablegen.double(1 / STEP)},",
     *[f"    {tablegen.double(p)}," for p in (p1, p2, p3)],
     *["    {" + ", ".join(tablegen.double(value) for value in fit) + "},"
       for name, function, fit in FITS],
-    "    1.0f,",
     "    {",
     *[f"        {sine(j)}," for j in range(320)],
     "    },",
+    "    1.0f,",
     "};",
 ])
 tablegen.main("kernels/trig/sincos_64f_table.h", __file__, body)

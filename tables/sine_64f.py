@@ -85,19 +85,19 @@ body = "\n".join([
     f"// Largest error of the polynomials: {mpmath.nstr(errors[worst], 3)} ulp, in row {worst}; "
     f"of rows 1 to 63 {mpmath.nstr(max(errors[1:64]), 3)} ulp.",
     f"// Error of p12 + p3 + p4: {mpmath.nstr(P1 + P2 + P3 + P4 - PI, 3)}.",
-    "static const struct {",
+    "alignas(64) static const struct {",
     "  double inv_pi;       // 1/pi",
     "  double p12, p3, p4;  // pi in parts of 45, 22 and 53 bits",
     "  double rows;         // 127/pi",
     "  double half_pi;      // pi/2",
+    "  double c[65][5];     // C0 to C4",
     "  float half;",
-    "  double c[65][5];  // C0 to C4",
     "} static_const_table = {",
     *[f"    {tablegen.double(value)}," for value in (1 / PI, P1 + P2, P3, P4, STEPS / PI, PI / 2)],
-    "    0.5f,",
     "    {",
     *["        {" + ", ".join(tablegen.double(c) for c in coefficients) + "}," for coefficients in rows],
     "    },",
+    "    0.5f,",
     "};",
 ])
 tablegen.main("kernels/trig/sine_64f_table.h", __file__, body)

@@ -13,15 +13,15 @@ struct Pair {
 // s50: error 2.61e-17, relative to sin r
 // c50: error 1.83e-16 in 1 - cos r
 // Error of p1 + p2 + p3: -3.62e-43.
-static const struct {
+alignas(64) static const struct {
   double inv_step;    // 128/pi
   double p1, p2, p3;  // pi/128 in parts of 41, 41 and 53 bits
   double s53[3];
   double c53[3];
   double s50[2];
   double c50[2];
+  Pair sine[320];     // sin(j pi/128), four entries a cache line
   float one;
-  Pair sine[320];  // sin(j pi/128)
 } static_const_table = {
     0x1.45f306dc9c883p+5,
     0x1.921fb54442000p-6,
@@ -31,7 +31,6 @@ static const struct {
     {0x1.0000000000000p-1, -0x1.5555555549a1ap-5, 0x1.6c165c72859d8p-10},
     {-0x1.5555555544484p-3, 0x1.1110b7b9b4635p-7},
     {0x1.ffffffffc4523p-2, -0x1.5554b8fc71d61p-5},
-    1.0f,
     {
         {-0.0, -0.0},
         {0x1.92155f7a3667ep-6, -0x1.b000000000000p-64},
@@ -354,6 +353,7 @@ static const struct {
         {0x1.ff621e3796d7ep-1, -0x1.c600000000000p-57},
         {0x1.ffd886084cd0dp-1, -0x1.1380000000000p-55},
     },
+    1.0f,
 };
 
 #endif
