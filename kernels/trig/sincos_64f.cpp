@@ -14,15 +14,14 @@
 #include "kernels/trig/blocks_64f.h"
 #include "kernels/trig/sincos_64f_table.h"  // static_const_table
 
-// st: r^2, r; word: the offset of the table's entry.
-#define REDUCE(x, n)       \
-  LUX_REDUCE(x, n, "")     \
+// From r on top of the stack; word becomes the offset of the table's entry.
+#define SQUARE(n)          \
   "movl " n                \
   ", %[word]\n\t"          \
   "andl $255, %[word]\n\t" \
   "shll $4, %[word]\n\t"   \
   "fld %%st\n\t"           \
-  "fmul %%st, %%st\n\t"
+  "fmul %%st, %%st\n\t" /* r^2, r */
 
 // st: h, s
 #define POLYNOMIALS_A53                        \
@@ -98,9 +97,9 @@
   "fsubrl %c[cosine](%[table],%[word])\n\t"        \
   "fstpl " y2 "\n\t"
 
+// The element whose r is on top of the stack. Below it may stand that of the next one.
 #define ELEMENT(at, n, grade) \
-  REDUCE(#at "(%[src])", n)   \
-  POLYNOMIALS_##grade JOIN_##grade(#at "(%[src],%[dst1])", #at "(%[src],%[dst2])")
+  SQUARE(n) POLYNOMIALS_##grade JOIN_##grade(#at "(%[src],%[dst1])", #at "(%[src],%[dst2])")
 
 #define BLOCKS(grade) \
   asm volatile(                                                                             \
@@ -110,8 +109,15 @@
       LUX_STEPS("8(%[src])", "%[n1]", "")                                                    \
       LUX_STEPS("16(%[src])", "%[n2]", "")                                                   \
       LUX_STEPS("24(%[src])", "%[n3]", "")                                                   \
+      LUX_REDUCE("(%[src])", "%[n0]", "")                                                   \
+      LUX_REDUCE("8(%[src])", "%[n1]", "")                                                  \
+      "fxch\n\t"                                                                            \
       ELEMENT(0, "%[n0]", grade)                                                            \
+      LUX_REDUCE("16(%[src])", "%[n2]", "")                                                 \
+      "fxch\n\t"                                                                            \
       ELEMENT(8, "%[n1]", grade)                                                            \
+      LUX_REDUCE("24(%[src])", "%[n3]", "")                                                 \
+      "fxch\n\t"                                                                            \
       ELEMENT(16, "%[n2]", grade)                                                           \
       ELEMENT(24, "%[n3]", grade)                                                           \
       "addl $32, %[src]\n"                                                                  \
