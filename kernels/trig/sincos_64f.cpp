@@ -105,10 +105,10 @@
   asm volatile(                                                                             \
       "jmp 2f\n"                                                                            \
       "1:\n\t"                                                                              \
-      LUX_STEPS("(%[src])", "%[n0]", "")                                                     \
-      LUX_STEPS("8(%[src])", "%[n1]", "")                                                    \
-      LUX_STEPS("16(%[src])", "%[n2]", "")                                                   \
-      LUX_STEPS("24(%[src])", "%[n3]", "")                                                   \
+      LUX_STEPS("(%[src])", "%[n0]", "")                                                    \
+      LUX_STEPS("8(%[src])", "%[n1]", "")                                                   \
+      LUX_STEPS("16(%[src])", "%[n2]", "")                                                  \
+      LUX_STEPS("24(%[src])", "%[n3]", "")                                                  \
       LUX_REDUCE("(%[src])", "%[n0]", "")                                                   \
       LUX_REDUCE("8(%[src])", "%[n1]", "")                                                  \
       "fxch\n\t"                                                                            \
