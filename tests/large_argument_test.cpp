@@ -151,7 +151,7 @@ static void expect_accurate(const std::vector<Handler<E>>& handlers, double boun
   }
 }
 TEST(Handlers, AreAccurateForHardSingles) { expect_accurate<uint32_t>(kSingle, 0.501); }
-TEST(Handlers, AreAccurateForHardDoubles) { expect_accurate<uint64_t>(kDouble, 0.501); }
+TEST(Handlers, AreAccurateForHardDoubles) { expect_accurate<uint64_t>(kDouble, 0.502); }
 
 template <class U>
 struct Special {
@@ -257,5 +257,19 @@ TEST(Handlers, RaiseInexactForTinyArguments) {
       set({});
       h(0, &tiny, &first, &second, &status);
       EXPECT_EQ(x87_flags(), kInexact) << h.name << " of " << tiny;
+    }
+}
+
+TEST(Kernels, ReportUnderTheNameOfTheirHandler) {
+  struct {
+    Status (*function)(const double*, double*, int32_t);
+    const char* name;
+  } const kernels[] = {{luxsTan_64f_A53, "dTan_HA"}, {luxsTan_64f_A50, "dTan_LA"}};
+  for (const auto& [function, name] : kernels)
+    for (const int len : {6, 8, 9}) {
+      double src[9] = {1, 2e5, 0.5, -0.0, 3, HUGE_VAL, 4, 5, 6}, dst[9];
+      reports.clear();
+      EXPECT_EQ(function(src, dst, len), 19);
+      EXPECT_TRUE(reports == std::vector<Report>({{19, 5, src, src, dst, dst, name}})) << name;
     }
 }
