@@ -6,7 +6,8 @@
 // A24 computes on the x87 unit at 53-bit precision, in passes over up to 32 elements: one element
 // is a chain of operations that would leave the unit waiting. A21 and A11 are one computation on
 // four packed lanes; only n high and n low are subtracted on the x87 unit, at 64-bit precision, and
-// r is rounded to single.
+// r is rounded to single. Where n = 0, r = x exactly, so that small arguments need no path of their
+// own.
 #ifndef LUX_KERNELS_TRIG_TRIG_32F_H
 #define LUX_KERNELS_TRIG_TRIG_32F_H
 
