@@ -71,21 +71,16 @@ int32_t noxreduce_pio2d(double x, double* reduced) {
     word = (word ^ (0 - sign)) + carry;
     carry &= word == 0;
   }
-  // Leading zeros go: whole words, then bits.
-  int32_t scale = -30;
-  while (f[7] == 0) {
-    for (int32_t i = kTurnWords - 1; i > 0; --i) f[i] = f[i - 1];
-    f[0] = 0;
-    scale -= 32;
-  }
-  const int32_t zeros = __builtin_clz(f[7]);
+  int32_t last = kTurnWords - 1;
+  while (f[last] == 0) --last;
+  const int32_t zeros = __builtin_clz(f[last]);
   const auto word = [&](int32_t i) {
-    return uint32_t((uint64_t(f[i]) << 32 | f[i - 1]) << zeros >> 32);
+    return uint32_t((uint64_t(f[last - i]) << 32 | f[last - i - 1]) << zeros >> 32);
   };
-  const uint32_t w3 = word(7), w2 = word(6), w1 = word(5), w0 = word(4);
-  scale -= zeros;
+  const uint32_t w3 = word(0), w2 = word(1), w1 = word(2), w0 = word(3);
   sign ^= negative;
-  const double unit = double(power_of_two(scale)) * (sign ? -1.0 : 1.0);
+  const double unit =
+      double(power_of_two(32 * (last - kTurnWords) + 2 - zeros)) * (sign ? -1.0 : 1.0);
   const double d0 = double(int32_t(w3 >> 7)) * 0x1p7;
   const double d1 = double(int32_t((w3 & 127) << 19 | w2 >> 13)) * 0x1p-19;
   const double d2 = double(int32_t((w2 & 0x1FFF) << 14 | w1 >> 18)) * 0x1p-46;

@@ -38,7 +38,9 @@ static inline long double tan_of(const Step& step) {
   const double* const c = table.tangent3;
   const uint32_t j = uint32_t(step.j) & 31;
   const long double z = step.z, z2 = z * z;
-  const long double t = ((((c[4] * z2 + c[3]) * z2 + c[2]) * z2 + c[1]) * z2 + c[0]) * (z * z2) + z;
+  const long double z4 = z2 * z2;
+  const long double p = (c[4] * z4 + (c[3] * z2 + c[2])) * z4 + (c[1] * z2 + c[0]);
+  const long double t = p * (z * z2) + z;
   const long double sine = sum(table.sine[j]), cosine = sum(table.sine[j + 16]);
   return (cosine * t + sine) / (cosine - sine * t);
 }
@@ -49,7 +51,7 @@ static inline long double short_tan_of(const Step& step) {
   const double* const c = table.short_tangent3;
   const uint32_t j = uint32_t(step.j) & 31;
   const long double z = step.z, z2 = z * z;
-  const long double t = (((c[3] * z2 + c[2]) * z2 + c[1]) * z2 + c[0]) * (z * z2) + z;
+  const long double t = ((c[3] * z2 + c[2]) * (z2 * z2) + (c[1] * z2 + c[0])) * (z * z2) + z;
   const double sine = table.sine[j].high, cosine = table.sine[j + 16].high;
   return (cosine * t + sine) / (cosine - sine * t);
 }
