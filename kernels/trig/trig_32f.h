@@ -161,7 +161,7 @@ static inline __m128 bit_mask(__m128 shifted, uint32_t bit) {
 static inline __m128 sign_where(__m128 mask) { return _mm_and_ps(mask, all_lanes(0x80000000)); }
 
 #define REDUCE_LANE(lane) \
-  REDUCE("flds", "4*" #lane "+%[n]", "4*" #lane "(%[x])", "fstps", "4*" #lane "(%[r])")
+  REDUCE("flds", "4*" #lane "(%[n])", "4*" #lane "(%[x])", "fstps", "4*" #lane "(%[r])")
 
 static inline void reduce_block(const float* x, __m128 multiple, Lanes* r, long double high,
                                 long double low) {
@@ -169,7 +169,7 @@ static inline void reduce_block(const float* x, __m128 multiple, Lanes* r, long 
   _mm_store_ps(n.lane, multiple);
   asm volatile(REDUCE_LANE(0) REDUCE_LANE(1) REDUCE_LANE(2) REDUCE_LANE(3)
                : "=m"(*r)
-               : [x] "r"(x), [r] "r"(r), [n] "o"(n), "t"(high), "u"(low),
+               : [x] "r"(x), [r] "r"(r), [n] "r"(n.lane), "t"(high), "u"(low), "m"(n),
                  "m"(*reinterpret_cast<const UnalignedLanes*>(x))
                : "st(2)", "st(3)");
 }
