@@ -151,11 +151,11 @@ static inline Located nearest_multiple(__m128 t) {
   return {shifted, shifted - kShifter};
 }
 
-// All ones in the lanes where that bit of n is set. The exponent stays in place, so that normal
-// numbers are compared.
+// All ones in the lanes where that bit of n is set. The exponent of the sum stays in place, so that
+// normal numbers are compared; its pattern is no NaN, which would not survive an unoptimised build.
 static inline __m128 bit_mask(__m128 shifted, uint32_t bit) {
-  return _mm_cmpeq_ps(_mm_and_ps(shifted, all_lanes(0x7F800000 | bit)),
-                      all_lanes(0x4B000000 | bit));
+  const __m128 mask = all_lanes(0x4B000000 | bit);
+  return _mm_cmpeq_ps(_mm_and_ps(shifted, mask), mask);
 }
 
 static inline __m128 sign_where(__m128 mask) { return _mm_and_ps(mask, all_lanes(0x80000000)); }
