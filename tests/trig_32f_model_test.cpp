@@ -271,3 +271,21 @@ TEST(TrigModel, OneSpecialElementSendsItsBlockToTheHandler) {
     }
   }
 }
+
+// Nothing of a block that is handed over is converted to an integer, and NaNs pass unread.
+TEST(TrigModel, ElementsOutOfRangeRaiseNothingButInexact) {
+  for (const Family& family : kFamilies)
+    for (const Function& f : kCatalog) {
+      if (!covers(family, f)) continue;
+      for (const uint32_t special : {bits(1e30f), bits(-3e38f), 0x7FC00001u, 0x7F800001u})
+        for (int at = 0; at < 7; ++at) {
+          std::vector<uint32_t> x(7, bits(0.5f)), y1(7), y2(7);
+          x[at] = special;
+          set(Environment{});
+          f.call({{x.data()}, {y1.data(), y2.data()}, nullptr}, 7);
+          const uint32_t flags = x87_flags() | (environment().mxcsr & kAllFlags);
+          EXPECT_EQ(flags & ~kInexact, 0u)
+              << f.name << std::hex << " 0x" << special << " at " << at;
+        }
+    }
+}

@@ -6,7 +6,8 @@
 // A24 computes on the x87 unit at 53-bit precision, in passes over up to 32 elements: one element
 // is a chain of operations that would leave the unit waiting. A21 and A11 are one computation on
 // four packed lanes; only n high and n low are subtracted on the x87 unit, at 64-bit precision, and
-// r is rounded to single.
+// r is rounded to single. Where n = 0, r = x exactly, so that small arguments need no path of their
+// own.
 #ifndef LUX_KERNELS_TRIG_TRIG_32F_H
 #define LUX_KERNELS_TRIG_TRIG_32F_H
 
@@ -150,17 +151,17 @@ static inline Located nearest_multiple(__m128 t) {
   return {shifted, shifted - kShifter};
 }
 
-// All ones in the lanes where that bit of n is set. The exponent stays in place, so that normal
-// numbers are compared.
+// All ones in the lanes where that bit of n is set. The exponent of the sum stays in place, so that
+// normal numbers are compared; its pattern is no NaN, which would not survive an unoptimised build.
 static inline __m128 bit_mask(__m128 shifted, uint32_t bit) {
-  return _mm_cmpeq_ps(_mm_and_ps(shifted, all_lanes(0x7F800000 | bit)),
-                      all_lanes(0x4B000000 | bit));
+  const __m128 mask = all_lanes(0x4B000000 | bit);
+  return _mm_cmpeq_ps(_mm_and_ps(shifted, mask), mask);
 }
 
 static inline __m128 sign_where(__m128 mask) { return _mm_and_ps(mask, all_lanes(0x80000000)); }
 
 #define REDUCE_LANE(lane) \
-  REDUCE("flds", "4*" #lane "+%[n]", "4*" #lane "(%[x])", "fstps", "4*" #lane "(%[r])")
+  REDUCE("flds", "4*" #lane "(%[n])", "4*" #lane "(%[x])", "fstps", "4*" #lane "(%[r])")
 
 static inline void reduce_block(const float* x, __m128 multiple, Lanes* r, long double high,
                                 long double low) {
@@ -168,7 +169,7 @@ static inline void reduce_block(const float* x, __m128 multiple, Lanes* r, long 
   _mm_store_ps(n.lane, multiple);
   asm volatile(REDUCE_LANE(0) REDUCE_LANE(1) REDUCE_LANE(2) REDUCE_LANE(3)
                : "=m"(*r)
-               : [x] "r"(x), [r] "r"(r), [n] "o"(n), "t"(high), "u"(low),
+               : [x] "r"(x), [r] "r"(r), [n] "r"(n.lane), "t"(high), "u"(low), "m"(n),
                  "m"(*reinterpret_cast<const UnalignedLanes*>(x))
                : "st(2)", "st(3)");
 }
