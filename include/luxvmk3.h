@@ -305,6 +305,167 @@ LUX_API float nox_sabs_scalar(float x);
 LUX_API double nox_dabs_scalar(double x);
 LUX_API long double noxfabsl_scalar(long double x);
 
+/* ---- Sine, cosine, tangent --------------------------------------------------------------------
+ */
+
+/** dst[i] = the sine of src[i], which is in radians and may have any size.
+ *
+ *  Accuracy: 32f A24 at most 0.802 ulp, A21 and A11 (one computation) at most 3.91 ulp.
+ *  64f at most 0.529 ulp, both grades are one computation.
+ *  32f beyond 500000 in magnitude (A24), 1000000 (A21, A11): 0.501 ulp, 64f from 128000 on: 0.52
+ * ulp, and then so are the other elements of the same block of four. sin(-x) is exactly -sin(x) and
+ * zeros keep their sign. An infinity gives the default NaN, code LUX_DOMAIN. A NaN comes out quiet
+ * in 32f; in 64f it gives the default NaN, without a code unless its upper word is 0x7FF00000
+ * without the sign. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+LUX_API Status luxsSin_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsSin_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsSin_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsSin_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsSin_64f_A53(const double* src, double* dst, int32_t len);
+
+/** dst[i] = the cosine of src[i], which is in radians and may have any size.
+ *
+ *  Accuracy: 32f A24 at most 0.802 ulp, A21 and A11 (one computation) at most 2.89 ulp.
+ *  64f at most 0.529 ulp, both grades are one computation.
+ *  32f beyond 500000 in magnitude (A24), 10048 (A21, A11): 0.501 ulp, 64f from 128000 on: 0.52 ulp,
+ *  and then so are the other elements of the same block of four.
+ *  The cosine of 0 is 1 in 64f and A24, and 1.0000001 in A21 and A11. Infinities and NaNs as for
+ * Sin. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+LUX_API Status luxsCos_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCos_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCos_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCos_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsCos_64f_A53(const double* src, double* dst, int32_t len);
+
+/** dst1[i] = the sine and dst2[i] = the cosine of src[i], which is in radians and may have any
+ *  size.
+ *
+ *  Accuracy: 32f A24 at most 0.564 ulp, A21 and A11 (one computation) at most 1.94 ulp; 64f A53 at
+ *  most 0.51 ulp, A50 at most 4 ulp. 32f beyond 1000000 in magnitude: 0.501 ulp, 64f from 128000
+ * on: 0.52 ulp, and then so are the other elements of the same block of four. The last bit may
+ * differ from what Sin and Cos give. Zeros give (that zero, 1). Infinities and NaNs as for Sin, in
+ * both. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+LUX_API Status luxsSinCos_32f_A11(const float* src, float* dst1, float* dst2, int32_t len);
+LUX_API Status luxsSinCos_32f_A21(const float* src, float* dst1, float* dst2, int32_t len);
+LUX_API Status luxsSinCos_32f_A24(const float* src, float* dst1, float* dst2, int32_t len);
+LUX_API Status luxsSinCos_64f_A50(const double* src, double* dst1, double* dst2, int32_t len);
+LUX_API Status luxsSinCos_64f_A53(const double* src, double* dst1, double* dst2, int32_t len);
+
+/** dst[i] = the tangent of src[i], which is in radians and may have any size.
+ *
+ *  Accuracy: 32f A24 at most 0.937 ulp, A21 and A11 (one computation) at most 3.88 ulp.
+ *  32f beyond 128000 in magnitude (A24), 500000 (A21, A11): 0.501 ulp, and then so are the other
+ *  elements of the same block of four.
+ *  64f A53 at most 0.51 ulp, A50 at most 4 ulp.
+ *  Zeros keep their sign; no result overflows. An infinity gives the default NaN, code LUX_DOMAIN.
+ *  A NaN comes out quiet in 32f; in 64f it gives the default NaN, without a code unless its upper
+ *  word is 0x7FF00000 without the sign.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+LUX_API Status luxsTan_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsTan_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsTan_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsTan_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsTan_64f_A53(const double* src, double* dst, int32_t len);
+
+/* ---- Rounding to integers: exact, no grade, never threaded, nothing reported -------------------
+ */
+
+/** dst[i] = the largest integer not above src[i]. Zeros keep their sign, infinities pass, a NaN
+ * comes out quiet. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER; so do Ceil, Trunc and Round.
+ */
+LUX_API Status luxsFloor_32f(const float* src, float* dst, int32_t len);
+LUX_API Status luxsFloor_64f(const double* src, double* dst, int32_t len);
+
+/** dst[i] = the smallest integer not below src[i]; -1 < x < 0 gives -0. */
+LUX_API Status luxsCeil_32f(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCeil_64f(const double* src, double* dst, int32_t len);
+
+/** dst[i] = src[i] without its fraction; the sign stays, also on zeros. */
+LUX_API Status luxsTrunc_32f(const float* src, float* dst, int32_t len);
+LUX_API Status luxsTrunc_64f(const double* src, double* dst, int32_t len);
+
+/** dst[i] = src[i] rounded to the nearest integer, halves away from zero; the sign stays. */
+LUX_API Status luxsRound_32f(const float* src, float* dst, int32_t len);
+LUX_API Status luxsRound_64f(const double* src, double* dst, int32_t len);
+
+/** dst[i] = src[i] rounded to an integer in the rounding direction of the caller's x87 control
+ * word, ties to even when that is to-nearest; the sign stays. Checks nothing: returns 0 when `len`
+ * is below 1 and otherwise `len`, and null pointers are not tested. */
+LUX_API Status luxsNearbyInt_32f(const float* src, float* dst, int32_t len);
+LUX_API Status luxsNearbyInt_64f(const double* src, double* dst, int32_t len);
+
+/** The same function as NearbyInt, under its other name. */
+LUX_API Status luxsRint_32f(const float* src, float* dst, int32_t len);
+LUX_API Status luxsRint_64f(const double* src, double* dst, int32_t len);
+
+/** dst1[i] = the integer part of src[i], dst2[i] = its fractional part, both with the sign of
+ * src[i]. An infinity gives (infinity, signed zero), a NaN a quiet NaN in both. Returns LUX_OK,
+ * LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsModf_32f(const float* src, float* dst1, float* dst2, int32_t len);
+LUX_API Status luxsModf_64f(const double* src, double* dst1, double* dst2, int32_t len);
+
+/* ---- Reports ----------------------------------------------------------------------------------
+ */
+
+/** Receives every reported element: its code, its index relative to the slice that was computed,
+ * the first elements of the arrays (for one source or one destination the second pointer repeats
+ * the first) and a name, which is empty for most kernels. The library's own version raises the
+ * matching exception flag of the x87 unit; a program that defines these functions itself sees the
+ * reports instead. The result is not used by the library: it is the code. Called from several
+ * threads at once when a call is threaded. */
+LUX_API int32_t noxsError(int32_t code, int32_t index, const float* argument1,
+                          const float* argument2, const float* result1, const float* result2,
+                          const char* name);
+LUX_API int32_t noxdError(int32_t code, int32_t index, const double* argument1,
+                          const double* argument2, const double* result1, const double* result2,
+                          const char* name);
+
+/* ---- Large arguments of sine, cosine and tangent ----------------------------------------------
+ */
+
+/** One element of a trigonometric function, of any size: what the vector functions call for
+ *  elements beyond their own reduction. The function of src[index] goes to dst[index]; a null or
+ *  wrong pointer is not noticed. An infinity gives the default NaN and is reported to noxsError or
+ *  noxdError with LUX_DOMAIN and the name of the handler, such as "sSin_HA"; *status then becomes
+ *  LUX_DOMAIN and is otherwise left alone. A single NaN comes out quiet; a double NaN gives the
+ *  default NaN, and is reported like an infinity when its upper word is 0x7FF00000 without the
+ *  sign. HA, LA and A11 differ in the reported name only. */
+LUX_API void noxsSin_SC_HA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsSin_SC_LA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsSin_SC_A11(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsCos_SC_HA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsCos_SC_LA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsCos_SC_A11(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsSinCos_SC_HA(int32_t index, const float* src, float* dst_sin, float* dst_cos,
+                              int32_t* status);
+LUX_API void noxsSinCos_SC_LA(int32_t index, const float* src, float* dst_sin, float* dst_cos,
+                              int32_t* status);
+LUX_API void noxsSinCos_SC_A11(int32_t index, const float* src, float* dst_sin, float* dst_cos,
+                               int32_t* status);
+LUX_API void noxsTan_SC_HA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsTan_SC_LA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsTan_SC_A11(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxdSin_SC_HA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdSin_SC_LA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdSin_SC_A11(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdCos_SC_HA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdCos_SC_LA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdCos_SC_A11(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdSinCos_SC_HA(int32_t index, const double* src, double* dst_sin, double* dst_cos,
+                              int32_t* status);
+LUX_API void noxdSinCos_SC_LA(int32_t index, const double* src, double* dst_sin, double* dst_cos,
+                              int32_t* status);
+LUX_API void noxdSinCos_SC_A11(int32_t index, const double* src, double* dst_sin, double* dst_cos,
+                               int32_t* status);
+LUX_API void noxdTan_SC_HA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdTan_SC_LA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdTan_SC_A11(int32_t index, const double* src, double* dst, int32_t* status);
+
+/** The finite x less the multiple of pi/2 nearest to it, or one of the two nearest where they are
+ *  about equally far: reduced[0] + reduced[1], at most a little over pi/4 in magnitude. Returns the
+ *  multiple modulo 4. Wants the x87 unit to round to nearest with 53 bits or more. */
+LUX_API int32_t noxreduce_pio2d(double x, double* reduced);
+
 /* ---- Threading --------------------------------------------------------------------------------
  */
 
