@@ -135,6 +135,18 @@ LUX_API Status luxsInvSqrt_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API Status luxsInvSqrt_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API Status luxsInvSqrt_64f_A53(const double* src, double* dst, int32_t len);
 
+/* ---- Cube root --------------------------------------------------------------------------------
+ */
+
+/** dst[i] = cube root of src[i], with the sign of src[i].
+ *
+ *  Accuracy: 32f at most 0.607 ulp; all grades of a type are one computation.
+ *  Zeros, infinities and their signs pass, a NaN comes out quiet; subnormals have their cube root.
+ *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsCbrt_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCbrt_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCbrt_32f_A24(const float* src, float* dst, int32_t len);
+
 /* ---- Exponential ------------------------------------------------------------------------------
  */
 
@@ -184,126 +196,6 @@ LUX_API Status luxsLog10_32f_A21(const float* src, float* dst, int32_t len);
 LUX_API Status luxsLog10_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API Status luxsLog10_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API Status luxsLog10_64f_A53(const double* src, double* dst, int32_t len);
-
-/* ---- Cube root --------------------------------------------------------------------------------
- */
-
-/** dst[i] = cube root of src[i], with the sign of src[i].
- *
- *  Accuracy: 32f at most 0.607 ulp; all grades of a type are one computation.
- *  Zeros, infinities and their signs pass, a NaN comes out quiet; subnormals have their cube root.
- *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsCbrt_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsCbrt_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsCbrt_32f_A24(const float* src, float* dst, int32_t len);
-
-/* ---- Hypotenuse -------------------------------------------------------------------------------
- */
-
-/** dst[i] = the square root of src1[i]^2 + src2[i]^2.
- *
- *  Accuracy: 32f at most 0.5001 ulp. 64f at most 1.23 ulp while the sum of the squares is a normal
- *  double, also under A53: the sum is rounded to a double before its root is taken.
- *  hypot(0, 0) is +0. A NaN in either source gives a quiet NaN, also beside an infinity; an infinity
- *  beside a number or an infinity gives +infinity.
- *  64f: a sum at or above 2^1024 gives 2^512, so hypot(1e300, 0) is 1.34e154. Two arguments that
- *  are both below 2^-523 are scaled up first; a larger one whose sum of squares is below 2^-1022
- *  gives a wrong result: hypot(2^-523, 0) is 1.05e-154.
- *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsHypot_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsHypot_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsHypot_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsHypot_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
-LUX_API Status luxsHypot_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
-
-/* ---- Hyperbolic tangent -----------------------------------------------------------------------
- */
-
-/** dst[i] = hyperbolic tangent of src[i].
- *
- *  Accuracy: 32f at most 0.762 ulp; all grades of a type are one computation.
- *  Arguments up to 2^-126 in magnitude, zeros among them, pass as they are; from 10 on in magnitude,
- *  infinities among them, the result is 1 with the sign of src[i]; a NaN comes out quiet.
- *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsTanh_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsTanh_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsTanh_32f_A24(const float* src, float* dst, int32_t len);
-
-/* ---- Rounding to integers: exact, no grade, never threaded, nothing reported -------------------
- */
-
-/** dst[i] = the largest integer not above src[i]. Zeros keep their sign, infinities pass, a NaN
- * comes out quiet. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER; so do Ceil, Trunc and Round.
- */
-LUX_API Status luxsFloor_32f(const float* src, float* dst, int32_t len);
-LUX_API Status luxsFloor_64f(const double* src, double* dst, int32_t len);
-
-/** dst[i] = the smallest integer not below src[i]; -1 < x < 0 gives -0. */
-LUX_API Status luxsCeil_32f(const float* src, float* dst, int32_t len);
-LUX_API Status luxsCeil_64f(const double* src, double* dst, int32_t len);
-
-/** dst[i] = src[i] without its fraction; the sign stays, also on zeros. */
-LUX_API Status luxsTrunc_32f(const float* src, float* dst, int32_t len);
-LUX_API Status luxsTrunc_64f(const double* src, double* dst, int32_t len);
-
-/** dst[i] = src[i] rounded to the nearest integer, halves away from zero; the sign stays. */
-LUX_API Status luxsRound_32f(const float* src, float* dst, int32_t len);
-LUX_API Status luxsRound_64f(const double* src, double* dst, int32_t len);
-
-/** dst[i] = src[i] rounded to an integer in the rounding direction of the caller's x87 control
- * word, ties to even when that is to-nearest; the sign stays. Checks nothing: returns 0 when `len`
- * is below 1 and otherwise `len`, and null pointers are not tested. */
-LUX_API Status luxsNearbyInt_32f(const float* src, float* dst, int32_t len);
-LUX_API Status luxsNearbyInt_64f(const double* src, double* dst, int32_t len);
-
-/** The same function as NearbyInt, under its other name. */
-LUX_API Status luxsRint_32f(const float* src, float* dst, int32_t len);
-LUX_API Status luxsRint_64f(const double* src, double* dst, int32_t len);
-
-/** dst1[i] = the integer part of src[i], dst2[i] = its fractional part, both with the sign of
- * src[i]. An infinity gives (infinity, signed zero), a NaN a quiet NaN in both. Returns LUX_OK,
- * LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsModf_32f(const float* src, float* dst1, float* dst2, int32_t len);
-LUX_API Status luxsModf_64f(const double* src, double* dst1, double* dst2, int32_t len);
-
-/* ---- Reports ----------------------------------------------------------------------------------
- */
-
-/** Receives every reported element: its code, its index relative to the slice that was computed,
- * the first elements of the arrays (for one source or one destination the second pointer repeats
- * the first) and a name, which is empty for most kernels. The library's own version raises the
- * matching exception flag of the x87 unit; a program that defines these functions itself sees the
- * reports instead. The result is not used by the library: it is the code. Called from several
- * threads at once when a call is threaded. */
-LUX_API int32_t noxsError(int32_t code, int32_t index, const float* argument1,
-                          const float* argument2, const float* result1, const float* result2,
-                          const char* name);
-LUX_API int32_t noxdError(int32_t code, int32_t index, const double* argument1,
-                          const double* argument2, const double* result1, const double* result2,
-                          const char* name);
-
-/* ---- Scalar routines ---------------------------------------------------------------------------
- *
- * One number each, by value; nothing is reported. They keep no state.
- */
-
-/** The correctly rounded square root, under any precision and rounding of the caller's x87 control
- *  word, which comes back as it was. A zero and +infinity give themselves, a NaN comes out quiet; a
- *  negative number gives a NaN, 0xFFC00000 and 0x7FF8A5A55A5A5A5A, and raises the x87 unit's
- * invalid flag. */
-LUX_API float noxssqrt_scalar(float x);
-LUX_API double noxdsqrt_scalar(double x);
-
-/** The square root of an extended number, at most 0.502 ulp. Needs the x87 unit at 64-bit
- *  precision, rounding to nearest, which it does not set. A zero and +infinity give themselves, a
- *  NaN comes out quiet; a negative number gives the default NaN and raises the invalid flag. */
-LUX_API long double noxsqrtl_scalar(long double x);
-
-/** The magnitude: the sign cleared, also of zeros, infinities and NaNs. The extended one multiplies
- *  by 1 or -1, so it rounds to the x87 unit's precision. */
-LUX_API float nox_sabs_scalar(float x);
-LUX_API double nox_dabs_scalar(double x);
-LUX_API long double noxfabsl_scalar(long double x);
 
 /* ---- Sine, cosine, tangent --------------------------------------------------------------------
  */
@@ -366,6 +258,37 @@ LUX_API Status luxsTan_32f_A21(const float* src, float* dst, int32_t len);
 LUX_API Status luxsTan_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API Status luxsTan_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API Status luxsTan_64f_A53(const double* src, double* dst, int32_t len);
+
+/* ---- Hyperbolic tangent -----------------------------------------------------------------------
+ */
+
+/** dst[i] = hyperbolic tangent of src[i].
+ *
+ *  Accuracy: 32f at most 0.762 ulp; all grades of a type are one computation.
+ *  Arguments up to 2^-126 in magnitude, zeros among them, pass as they are; from 10 on in
+ * magnitude, infinities among them, the result is 1 with the sign of src[i]; a NaN comes out quiet.
+ *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsTanh_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsTanh_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsTanh_32f_A24(const float* src, float* dst, int32_t len);
+
+/* ---- Hypotenuse -------------------------------------------------------------------------------
+ */
+
+/** dst[i] = the square root of src1[i]^2 + src2[i]^2.
+ *
+ *  Accuracy: 32f at most 0.5001 ulp. 64f at most 1.23 ulp while the sum of the squares is a normal
+ *  double, also under A53: the sum is rounded to a double before its root is taken.
+ *  hypot(0, 0) is +0. A NaN in either source gives a quiet NaN, also beside an infinity; an
+ * infinity beside a number or an infinity gives +infinity. 64f: a sum at or above 2^1024 gives
+ * 2^512, so hypot(1e300, 0) is 1.34e154. Two arguments that are both below 2^-523 are scaled up
+ * first; a larger one whose sum of squares is below 2^-1022 gives a wrong result: hypot(2^-523, 0)
+ * is 1.05e-154. Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsHypot_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsHypot_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsHypot_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsHypot_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
+LUX_API Status luxsHypot_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
 
 /* ---- Rounding to integers: exact, no grade, never threaded, nothing reported -------------------
  */
@@ -465,6 +388,29 @@ LUX_API void noxdTan_SC_A11(int32_t index, const double* src, double* dst, int32
  *  about equally far: reduced[0] + reduced[1], at most a little over pi/4 in magnitude. Returns the
  *  multiple modulo 4. Wants the x87 unit to round to nearest with 53 bits or more. */
 LUX_API int32_t noxreduce_pio2d(double x, double* reduced);
+
+/* ---- Scalar routines ---------------------------------------------------------------------------
+ *
+ * One number each, by value; nothing is reported. They keep no state.
+ */
+
+/** The correctly rounded square root, under any precision and rounding of the caller's x87 control
+ *  word, which comes back as it was. A zero and +infinity give themselves, a NaN comes out quiet; a
+ *  negative number gives a NaN, 0xFFC00000 and 0x7FF8A5A55A5A5A5A, and raises the x87 unit's
+ * invalid flag. */
+LUX_API float noxssqrt_scalar(float x);
+LUX_API double noxdsqrt_scalar(double x);
+
+/** The square root of an extended number, at most 0.502 ulp. Needs the x87 unit at 64-bit
+ *  precision, rounding to nearest, which it does not set. A zero and +infinity give themselves, a
+ *  NaN comes out quiet; a negative number gives the default NaN and raises the invalid flag. */
+LUX_API long double noxsqrtl_scalar(long double x);
+
+/** The magnitude: the sign cleared, also of zeros, infinities and NaNs. The extended one multiplies
+ *  by 1 or -1, so it rounds to the x87 unit's precision. */
+LUX_API float nox_sabs_scalar(float x);
+LUX_API double nox_dabs_scalar(double x);
+LUX_API long double noxfabsl_scalar(long double x);
 
 /* ---- Threading --------------------------------------------------------------------------------
  */
