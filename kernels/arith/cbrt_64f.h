@@ -120,25 +120,25 @@ __attribute__((no_sanitize("address", "undefined"))) static inline int32_t cbrt_
   return i;
 }
 
-// The steps of a pair for one normal element.
+// The steps of a pair for one normal element, times 2^shift.
 template <bool kInverse>
-static inline double cbrt_normal(const CubeRootTable& table, uint64_t x) {
+static inline void cbrt_normal(const CubeRootTable& table, uint64_t x, int32_t shift, double* dst) {
   const uint32_t upper = uint32_t(x >> 32), exponent = upper >> 20 & 0x7FF;
   const uint32_t thirds = (kInverse ? 2047 - exponent : exponent) * kThird;
   const uint32_t j = upper >> 12 & 255, r = thirds >> 14 & 3, k = r << 8 | j;
   const long double t = (long double)int64_t(x & kLowFraction[0]) * table.reciprocal[j];
   long double p = table.p[0];
   for (int n = 1; n < 5; ++n) p = p * t + table.p[n];
-  double y = store_f64(double(p * t * table.high[k] + table.low[k] + table.high[k]));
-  const Words words = load_words(&y);
-  store_words(&y, {words.lower, words.upper + (thirds >> 16 << 20) - kBias + (upper & kSign)});
-  return y;
+  *dst = double(p * t * table.high[k] + table.low[k] + table.high[k]);
+  const uint32_t power = (thirds >> 16) + shift;
+  reinterpret_cast<WordInMemory*>(dst)[1] += (power << 20) - kBias + (upper & kSign);
 }
 
 template <bool kInverse>
-__attribute__((noinline, cold)) static double cbrt_subnormal(const CubeRootTable& table, double x) {
+__attribute__((noinline, cold)) static void cbrt_subnormal(const CubeRootTable& table, double x,
+                                                           double* dst) {
   const double scaled = store_f64(x * 0x1p54);  // exact
-  return cbrt_normal<kInverse>(table, load_bits(&scaled)) * (kInverse ? 0x1p18 : 0x1p-18);
+  cbrt_normal<kInverse>(table, load_bits(&scaled), kInverse ? 18 : -18, dst);
 }
 
 // Zeros, infinities and NaNs are `other`'s.
@@ -155,9 +155,9 @@ static inline Status cbrt_64f(const CubeRootTable& table, const Arrays<double>& 
         if (a >= Format<double>::kInf || a == 0)
           other(i, x, status);
         else if (a >> 32 < kSmallestNormal)
-          dst[i] = cbrt_subnormal<kInverse>(table, src[i]);
+          cbrt_subnormal<kInverse>(table, src[i], dst + i);
         else
-          dst[i] = cbrt_normal<kInverse>(table, x);
+          cbrt_normal<kInverse>(table, x, 0, dst + i);
       });
 }
 

@@ -14,17 +14,38 @@
 //   normal x      blocks of four
 //   subnormal x   x = +-n 2^-149 with an integer n: the same for 2 n, times 2^50
 //
-// Worst error from 1 to 2: A24 0.5053 ulp, at 0x3F8061DB; relative, A21 2^-23.49, at 0x3FE8032A, A11
-// 2^-14.93, at 0x3FCAC5C7.
+// Worst error from 1 to 2: A24 0.5053 ulp, at 0x3F8061DB; relative, A21 2^-23.49, at 0x3FE8032A,
+// A11 2^-14.93, at 0x3FCAC5C7.
 #include "kernels/arith/cbrt_32f.h"
 #include "kernels/arith/invcbrt_32f_table.h"  // static_const_table, kStart, kStep
 
+constexpr uint32_t kThirds = 0x5555;  // in 2^-16
+
 typedef __m64 __attribute__((may_alias)) HalfLanes;
 
-// The first estimate of |x| y^3 = c for two elements.
+// The first estimate for two elements, and the same for one, which can do without the MMX unit.
 static inline __m64 start(__m64 x) {
   const __m64 magnitudes = _mm_and_si64(x, _mm_set1_pi32(0x7FFFFFFF));
-  return _mm_sub_pi32(_mm_set1_pi32(kStart), _mm_mulhi_pu16(magnitudes, _mm_set1_pi32(0x55555555)));
+  return _mm_sub_pi32(_mm_set1_pi32(kStart),
+                      _mm_mulhi_pu16(magnitudes, _mm_set1_pi32(kThirds << 16 | kThirds)));
+}
+
+static inline uint32_t start(uint32_t x) {
+  const uint32_t a = magnitude<float>(x);
+  return kStart - ((a >> 16) * kThirds & 0xFFFF0000) - ((a & 0xFFFF) * kThirds >> 16);
+}
+
+// From the first estimate y, which has the sign of x.
+template <bool kRefined>
+static inline __m128 corrected(__m128 x, __m128 y) {
+  const __m128 c = _mm_mul_ps(_mm_mul_ps(x, y), _mm_mul_ps(y, y));
+  __m128 step = _mm_add_ps(_mm_mul_ps(_mm_set1_ps(kStep[2]), c), _mm_set1_ps(kStep[1]));
+  step = _mm_add_ps(_mm_mul_ps(step, c), _mm_set1_ps(kStep[0]));
+  y = _mm_mul_ps(y, step);
+  if (!kRefined) return y;
+  const __m128 cube = _mm_mul_ps(_mm_mul_ps(x, y), _mm_mul_ps(y, y));
+  const __m128 rest = _mm_sub_ps(_mm_set1_ps(1.0f), cube);
+  return _mm_add_ps(y, _mm_mul_ps(_mm_mul_ps(y, _mm_set1_ps(1.0f / 3)), rest));
 }
 
 template <bool kRefined>
@@ -33,19 +54,9 @@ static inline void packed_block(const float* src, __m128 x, float* dst) {
   const HalfLanes* const patterns = reinterpret_cast<const HalfLanes*>(src);
   half[0] = start(patterns[0]);
   half[1] = start(patterns[1]);
-  __m128 y = _mm_loadl_pi(_mm_setzero_ps(), half);
-  y = _mm_loadh_pi(y, half + 1);
-  y = _mm_or_ps(y, _mm_and_ps(x, four(Format<float>::kSign)));
-  const __m128 c = _mm_mul_ps(_mm_mul_ps(x, y), _mm_mul_ps(y, y));
-  __m128 step = _mm_add_ps(_mm_mul_ps(_mm_set1_ps(kStep[2]), c), _mm_set1_ps(kStep[1]));
-  step = _mm_add_ps(_mm_mul_ps(step, c), _mm_set1_ps(kStep[0]));
-  y = _mm_mul_ps(y, step);
-  if (kRefined) {
-    const __m128 cube = _mm_mul_ps(_mm_mul_ps(x, y), _mm_mul_ps(y, y));
-    const __m128 rest = _mm_sub_ps(_mm_set1_ps(1.0f), cube);
-    y = _mm_add_ps(y, _mm_mul_ps(_mm_mul_ps(y, _mm_set1_ps(1.0f / 3)), rest));
-  }
-  _mm_storeu_ps(dst, y);
+  const __m128 y = _mm_loadh_pi(_mm_loadl_pi(_mm_setzero_ps(), half), half + 1);
+  const __m128 sign = _mm_and_ps(x, four(Format<float>::kSign));
+  _mm_storeu_ps(dst, corrected<kRefined>(x, _mm_or_ps(y, sign)));
 }
 
 template <bool kRefined>
@@ -59,14 +70,20 @@ static inline int32_t packed_blocks(const float* src, float* dst, int32_t i, int
   return i;
 }
 
-// One element in the first lane, ones beside it.
+// Of a vector whose lanes are equal, or of which one lane counts, the compiler makes x87 code,
+// which rounds differently.
+static inline __m128 kept_packed(__m128 lanes) {
+  asm("" : "+x"(lanes));
+  return lanes;
+}
+
 template <bool kRefined>
-__attribute__((noinline)) static float packed_normal(uint32_t x) {
-  float lanes[4];
-  store_bits(lanes, x);
-  for (int lane = 1; lane < 4; ++lane) lanes[lane] = 1.0f;
-  packed_blocks<kRefined>(lanes, lanes, 0, 4);
-  return lanes[0];
+static inline float packed_normal(uint32_t x) {
+  const __m128 number = kept_packed(four(x));
+  const __m128 y = kept_packed(four(start(x) | (x & Format<float>::kSign)));
+  float root;
+  _mm_store_ss(&root, kept_packed(corrected<kRefined>(number, y)));
+  return root;
 }
 
 // The step for one element, with `normal` for the ordinary ones.
