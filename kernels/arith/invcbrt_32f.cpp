@@ -21,7 +21,7 @@
 
 constexpr uint32_t kThirds = 0x5555;  // in 2^-16
 
-typedef __m64 __attribute__((may_alias)) HalfLanes;
+typedef __m64 __attribute__((may_alias, aligned(1))) HalfLanes;
 
 // The first estimate for two elements, and the same for one, which can do without the MMX unit.
 static inline __m64 start(__m64 x) {
@@ -78,15 +78,14 @@ static inline __m128 kept_packed(__m128 lanes) {
 }
 
 template <bool kRefined>
-static inline float packed_normal(uint32_t x) {
+static inline void packed_normal(uint32_t x, float* dst) {
   const __m128 number = kept_packed(four(x));
   const __m128 y = kept_packed(four(start(x) | (x & Format<float>::kSign)));
-  float root;
-  _mm_store_ss(&root, kept_packed(corrected<kRefined>(number, y)));
-  return root;
+  _mm_store_ss(dst, kept_packed(corrected<kRefined>(number, y)));
 }
 
-// The step for one element, with `normal` for the ordinary ones.
+// The step for one element; `normal` computes the ordinary ones. The packed kernels use no x87
+// instruction.
 template <class Normal>
 static inline void inverse_cube_root(const Arrays<float>& arrays, int32_t i, Status* status,
                                      Normal normal) {
@@ -100,11 +99,12 @@ static inline void inverse_cube_root(const Arrays<float>& arrays, int32_t i, Sta
     store_bits(dst, sign | kExponent);
     _ErrorCall(arrays, LUX_POLE, i, status);
   } else if (a <= kFraction) {
-    const float doubled = store_f32(float(int32_t(2 * a)));
-    const float root = normal(load_bits(&doubled) | sign);
-    *dst = store_f32(root * 0x1p50f);
+    const int shift = __builtin_clz(a) - 8;
+    const uint32_t doubled = (uint32_t(150 - shift) << 23) + (a << shift);  // the number 2 a
+    normal(sign | doubled, dst);
+    store_bits(dst, load_bits(dst) + (50 << 23));
   } else {
-    *dst = normal(x);
+    normal(x, dst);
   }
 }
 
@@ -115,7 +115,7 @@ static Status table_driven(const float* src, float* dst, int32_t len) {
       [=](int32_t i, int32_t last) { return cbrt_blocks(static_const_table, src, dst, i, last); },
       [&](int32_t i, Status* status) {
         inverse_cube_root(arrays, i, status,
-                          [](uint32_t x) { return cbrt_normal(static_const_table, x); });
+                          [](uint32_t x, float* y) { *y = cbrt_normal(static_const_table, x); });
       });
 }
 
