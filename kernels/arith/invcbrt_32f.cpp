@@ -14,8 +14,8 @@
 //   normal x      blocks of four
 //   subnormal x   x = +-n 2^-149 with an integer n: the same for 2 n, times 2^50
 //
-// Worst error from 1 to 2: A24 0.5053 ulp, at 0x3F8061DB; relative, A21 2^-23.49, at 0x3FE8032A,
-// A11 2^-14.93, at 0x3FCAC5C7.
+// Worst error, every positive input: A24 0.5053 ulp, at 0x3F8061DB; A21 2^-23.16 of the result, at
+// 0x007CE41F; A11 2^-14.93, at 0x007D613C.
 #include "kernels/arith/cbrt_32f.h"
 #include "kernels/arith/invcbrt_32f_table.h"  // static_const_table, kStart, kStep
 
