@@ -4,8 +4,7 @@
 //
 //   A24        one of 256 quadratics, on the x87 unit; see kernels/arith/cbrt_32f.h
 //   A21, A11   packed. y from the pattern of x: a constant less a third of the exponent and
-//   fraction
-//              bits, taken in 16-bit words on the MMX unit, with the sign of x;
+//              fraction bits, taken in 16-bit words on the MMX unit, with the sign of x;
 //                y1 = y (s0 + s1 c + s2 c^2),  c = (x y) (y y)     relative error 2^-14.94
 //                y2 = y1 + y1 (1 - (x y1) (y1 y1)) / 3             A21 only
 //              The products in the second step err by at most 3 2^-24 together, of which a third
