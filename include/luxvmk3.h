@@ -140,12 +140,29 @@ LUX_API Status luxsInvSqrt_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = cube root of src[i], with the sign of src[i].
  *
- *  Accuracy: 32f at most 0.607 ulp; all grades of a type are one computation.
+ *  Accuracy: 32f at most 0.607 ulp, 64f at most 0.51 ulp; all grades of a type are one computation.
  *  Zeros, infinities and their signs pass, a NaN comes out quiet; subnormals have their cube root.
  *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API Status luxsCbrt_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API Status luxsCbrt_32f_A21(const float* src, float* dst, int32_t len);
 LUX_API Status luxsCbrt_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCbrt_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsCbrt_64f_A53(const double* src, double* dst, int32_t len);
+
+/** dst[i] = 1 over the cube root of src[i], with the sign of src[i].
+ *
+ *  Accuracy: 32f A24 at most 0.51 ulp, A21 and A11 within their relative errors of 2^-21 and 2^-11;
+ *  64f at most 0.51 ulp, both grades are one computation.
+ *  Special values:
+ *    +0 and -0 give +infinity and -infinity with LUX_POLE;
+ *    +infinity and -infinity give +0 and -0, a NaN comes out quiet: no code.
+ *  Subnormals are computed like any number.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or the code of the last element reported. */
+LUX_API Status luxsInvCbrt_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsInvCbrt_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsInvCbrt_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsInvCbrt_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsInvCbrt_64f_A53(const double* src, double* dst, int32_t len);
 
 /* ---- Exponential ------------------------------------------------------------------------------
  */
