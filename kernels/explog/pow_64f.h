@@ -25,7 +25,8 @@
 //   ordinary elements   blocks of four: x a positive normal number, y finite, |t| < 1022; n is
 //   added
 //                       to the exponent of the stored result, which is a normal number
-//   others              one by one as A53 in either grade, scaled before the only rounding
+//   others              one by one as A53 in either grade, scaled before the only rounding; but
+//                       what only its neighbours brought here comes out as in a block
 #ifndef LUX_KERNELS_EXPLOG_POW_64F_H
 #define LUX_KERNELS_EXPLOG_POW_64F_H
 
@@ -179,26 +180,35 @@ static inline Power exp2_of(const Reduced& t) {
   return {((table.e[0] * t.r + table.e[1]) * t.r + table.e[2]) * t.r * power + power, k};
 }
 
-// The power of a finite positive base, and a finite exponent, rounded once.
+// The power of a finite positive base, and a finite exponent, rounded once. An ordinary element
+// comes out the same as in a block.
+template <bool kLong>
 static uint64_t finite_pow(uint64_t x, const double* y) {
   constexpr int kFractionBits = Format<double>::kFractionBits;
   int32_t e = -Format<double>::kBias;
+  uint64_t normal = x;
   if (x >> kFractionBits == 0) {
     const int shift = __builtin_clzll(x) - 11;
-    x <<= shift;
+    normal <<= shift;
     e -= shift;
   }
-  e += int32_t(x >> kFractionBits);
-  double m, y_high;
-  store_bits(&m, (x & ((uint64_t(1) << kFractionBits) - 1)) | Format<double>::kOne);
-  store_bits(&y_high, load_bits(y) & 0xFFFFFFFF00000000u);
-  const Log log = log2_long(&m, upper_word(&m), e);
-  const long double about = (long double)log.high * *y;
-  if (about > 1500.0f) return Format<double>::kInf;
-  if (about < -1500.0f) return 0;
+  e += int32_t(normal >> kFractionBits);
+  double m;
+  store_bits(&m, (normal & ((uint64_t(1) << kFractionBits) - 1)) | Format<double>::kOne);
   Reduced t;
-  product(log, y, &y_high, &t);
-  const Power power = exp2_of<true>(t);
+  if constexpr (kLong) {
+    double y_high;
+    store_bits(&y_high, load_bits(y) & 0xFFFFFFFF00000000u);
+    const Log log = log2_long(&m, upper_word(&m), e);
+    const long double about = (long double)log.high * *y;
+    if (about > 1500.0f) return Format<double>::kInf;
+    if (about < -1500.0f) return 0;
+    product(log, y, &y_high, &t);
+  } else {
+    product(log2_short(&m, upper_word(&m), e), y, &t);
+    if (normal != x || !in_range(&t.grid)) return finite_pow<true>(x, y);
+  }
+  const Power power = exp2_of<kLong>(t);
   const double rounded = store_f64(double(power.value * power_of_two(power.k >> 13)));
   return load_bits(&rounded);
 }
@@ -257,7 +267,9 @@ static Status pow_64f(const Arrays<double>& arrays, Exponent y, int32_t len) {
         }
         return i;
       },
-      [&](int32_t i, Status* status) { pow_special(arrays, y.at(i), i, status, finite_pow); });
+      [&](int32_t i, Status* status) {
+        pow_special(arrays, y.at(i), i, status, finite_pow<kLong>);
+      });
 }
 
 #endif
