@@ -22,7 +22,7 @@
 // A50 takes log2 x and t as one extended number each and the powers of two as doubles: t's relative
 // error of 2^-62.5 is 2^-53 of the power, the two tables' 2^-53.
 //
-//   ordinary elements   blocks of four: x a positive normal number, y finite, |t| < 1022; n is
+//   ordinary elements   blocks of four: x a positive normal number, y finite, |t| < 1021; n is
 //   added
 //                       to the exponent of the stored result, which is a normal number
 //   others              one by one as A53 in either grade, scaled before the only rounding; but
@@ -154,9 +154,9 @@ static inline void product(long double log, const double* y, Reduced* t) {
   put(&t->r, whole - grid_point(&t->grid));
 }
 
-// |t| < 1022: the words are those of the shifter plus a small k.
+// |t| < 1021: the words are those of the shifter plus a small k.
 static inline bool in_range(const double* grid) {
-  constexpr uint32_t kShifter = 0x42680000, kBound = 1022 << 13;
+  constexpr uint32_t kShifter = 0x42680000, kBound = 1021 << 13;
   const Words words = load_words(grid);
   return words.lower + kBound < 2 * kBound && words.upper + (words.lower >> 31) == kShifter;
 }
