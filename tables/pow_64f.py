@@ -63,7 +63,7 @@ body = "\n".join([
     "  double e[3];      // e2 to e0",
     "  float c0_high;",
     "  float shifter;    // 1.5 2^39: its ulp as a double is 2^-13",
-    "} static_const_table = {",
+    "} extended_table = {",
     "    {",
     *[f"        {cell(r)}," for r in reciprocals],
     "    },",

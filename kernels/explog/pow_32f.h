@@ -27,14 +27,20 @@
 // relative error of 2^-21 becomes 2^-14.5 in t, the polynomial adds 2^-17.
 //
 //   ordinary elements   blocks of eight: x a positive normal number, y finite, |t| < 126
-//   others              one by one, on the x87 unit in every grade; subnormal results are rounded
-//                       once, from 53 bits
+//   others              one by one, on the x87 unit in every grade: negative bases as A24;
+//   subnormal
+//                       bases and results beyond |t| < 126 by pow_extended.h, rounded once; but
+//                       what only its neighbours brought here comes out as in a block
+//
+// Worst errors found: A24 0.5017 ulp at (0x3E6D0512, 0x41270251); relative A21 2^-22.5, A11 2^-15.0
+// (sampled).
 #ifndef LUX_KERNELS_EXPLOG_POW_32F_H
 #define LUX_KERNELS_EXPLOG_POW_32F_H
 
 #include <xmmintrin.h>
 
 #include "kernels/explog/pow_32f_table.h"  // static_const_table
+#include "kernels/explog/pow_extended.h"
 #include "kernels/explog/pow_special.h"
 
 constexpr int32_t kBlock = 8;
@@ -91,27 +97,33 @@ static inline Power exp2_of(double t) {
   return {((r + table.d1) * r + table.d0) * table.power[k & 255], k};
 }
 
-// The power of a finite positive base, and a finite exponent, rounded once.
+constexpr uint32_t kBound = 0x405F8000;  // upper word of 126.0
+
+// The power of a finite positive base, and a finite exponent, rounded once. An ordinary element
+// comes out the same as in a block; what lies at the edges of the range is computed so precisely
+// that infinity and zero begin where they should.
 static uint32_t finite_pow(uint32_t x, const float* y) {
-  int32_t shift = 0;
-  if (x < kSmallestNormal) {
-    shift = __builtin_clz(x) - 8;
-    x <<= shift;
+  float base;
+  if (x >= kSmallestNormal) {
+    store_bits(&base, (x & kFraction) | Format<float>::kOne);
+    const double t = store_f64(log2_of(base, x) * *y);
+    if ((upper_word(&t) & ~Format<float>::kSign) < kBound) {
+      const Power power = exp2_of(t);
+      base = store_f32(float(power.value * power_of_two(power.k >> 8)));
+      return load_bits(&base);
+    }
   }
-  float m;
-  store_bits(&m, (x & kFraction) | Format<float>::kOne);
-  double t = (log2_of(m, x) - shift) * *y;
-  if (t > 200.0f) t = 200.0f;  // far enough: infinity and zero by the last rounding
-  if (t < -200.0f) t = -200.0f;
-  const Power power = exp2_of(t);
-  const float rounded = store_f32(float(power.value * power_of_two(power.k >> 8)));
-  return load_bits(&rounded);
+  store_bits(&base, x);
+  const double wide = store_f64(base), exponent = store_f64(*y);
+  const X87Nearest<X87_EXTENDED> control;
+  base = store_f32(float(extended_pow(&wide, &exponent)));
+  control.leave();
+  return load_bits(&base);
 }
 
 // The results of eight are normal numbers. Stores nothing otherwise.
 template <class Exponent>
 static inline bool x87_block(const float* x, Exponent y, float* dst, int32_t i) {
-  constexpr uint32_t kBound = 0x405F8000;  // upper word of 126.0
   alignas(16) float m[kBlock];
   double t[kBlock];
   for (int lane = 0; lane < kBlock; lane += 4)
@@ -189,11 +201,11 @@ static inline __m128 powers_of_two(__m128 k) {
 }
 
 // x = 2^e (z + 1), sqrt(1/2) <= z + 1 < sqrt(2)
-struct Reduced {
+struct Base {
   __m128 e, z;
 };
 
-static inline Reduced reduce(__m128 x) {
+static inline Base reduce(__m128 x) {
   alignas(16) int32_t fields[4];
   _mm_store_ps(reinterpret_cast<float*>(fields), _mm_and_ps(x, everywhere(Format<float>::kInf)));
   const __m128 m = significands(x), above = _mm_cmplt_ps(all(0x1.6a09e6p+0f), m);

@@ -1,23 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
 // Powers of double-precision arrays: what Pow and Powx share; they differ in where the exponent
-// stands. On the x87 unit at 64-bit precision:
+// stands. On the x87 unit at 64-bit precision, by the method of pow_extended.h.
 //
-//   x = 2^e m, 1 <= m < 2, i = round(512 (m - 1)), z = m R[i] - 1 exactly (R has 11 bits),
-//   log2 x = (e + log2(1/R[i])) + c0 z + c1 z^2 + ... + c6 z^7,
-//   t = y log2 x, k = round(2^13 t), r = t - k/2^13, |r| <= 2^-14, k = (n 64 + j1) 128 + j0,
-//   2^t = 2^n (T + T r (e0 + r (e1 + r e2))), T = T1[j1] T0[j0].
-//
-//   R[0] = 1 and R[512] = 1/2, so that nothing cancels next to 1.
-//
-// A53 carries 70 bits of the logarithm and of t, since t reaches 1075:
-//
-//   z = zh + zl, zh a single; c0 = c0h + c0l, c0h a single: c0h zh is exact;
-//   lh = e + L + c0h zh rounded to a single, what it leaves is exact;
-//   ll = that + c0h zl + c0l z + c1 z^2 + ...: its roundings are 2^-73 of the logarithm;
-//   y = yh + yl, yh its leading 21 bits: yh lh and yl lh are exact, t = yh lh + (yl lh + y ll).
-//
-//   Fits and roundings together stay below 2^-62 of the power, 0.003 ulp.
+// A53 follows it to the letter: the power to 2^-62, 0.003 ulp, before the only rounding.
 //
 // A50 takes log2 x and t as one extended number each and the powers of two as doubles: t's relative
 // error of 2^-62.5 is 2^-53 of the power, the two tables' 2^-53.
@@ -27,12 +13,15 @@
 //                       to the exponent of the stored result, which is a normal number
 //   others              one by one as A53 in either grade, scaled before the only rounding; but
 //                       what only its neighbours brought here comes out as in a block
+//
+// Worst errors found: A53 0.5008 ulp at (0x3F9E3E3C992AA93C, 0xC01AACA448EAB9A4), A50 2.1343 ulp at
+// (0x3FEFFFFFFFFFFFEF, 0xC38DAE588C09E8CF) (sampled against 250 bits).
 #ifndef LUX_KERNELS_EXPLOG_POW_64F_H
 #define LUX_KERNELS_EXPLOG_POW_64F_H
 
 #include <xmmintrin.h>
 
-#include "kernels/explog/pow_64f_table.h"  // static_const_table
+#include "kernels/explog/pow_extended.h"
 #include "kernels/explog/pow_special.h"
 
 constexpr int32_t kBlock = 4;
@@ -70,85 +59,19 @@ static inline bool in_domain(const double* x, Exponent y, int32_t i) {
   return int32_t(any) >= 0;
 }
 
-// A bare store: the compiler must neither round in passing nor keep a copy that is not rounded.
-static inline void put(float* to, long double value) {
-  asm("fstps %0" : "=m"(*to) : "t"(value) : "st");
-}
-static inline void put(double* to, long double value) {
-  asm("fstpl %0" : "=m"(*to) : "t"(value) : "st");
-}
+static inline int32_t exponent_of(uint32_t upper) { return int32_t(upper >> 20) - 1023; }
 
-// The table by a pointer that the compiler takes for a new one at each element. It would load
-// constants once for several elements and spill them as extended numbers, at the price of four
-// operations each.
-static inline const auto& table_anew() {
-  const auto* table = &static_const_table;
-  asm volatile("" : "+r"(table));
-  return *table;
-}
-
-// ---- Logarithm of 2^e m; `upper` is a word with the fraction of m's upper word
-
-using Table = decltype(static_const_table);
-
-static inline const auto& cell_of(const Table& table, uint32_t upper) {
-  return table.cell[((upper & kFraction) + 0x400) >> 11];
-}
-
-// c2 z + ... + c6 z^5
-static inline long double upper_terms(const Table& table, long double z) {
-  const auto& c = table.c;
-  return ((((c[0] * z + c[1]) * z + c[2]) * z + c[3]) * z + c[4]) * z;
-}
-
-struct Log {
-  float high;
-  long double low;
-};
-
-static inline Log log2_long(const double* m, uint32_t upper, int32_t e) {
-  const Table& table = table_anew();
-  const auto& cell = cell_of(table, upper);
-  const long double z = (long double)*m * cell.reciprocal - 1.0f;
-  float z_high, high;
-  asm("fsts %0" : "=m"(z_high) : "t"(z));
-  const long double z_low = z - z_high;
-  long double low = ((upper_terms(table, z) + table.c1_high + table.c1_low) * z + table.c0_low) * z;
-  low += z_low * table.c0_high + cell.low;
-  const long double head = (long double)z_high * table.c0_high, whole = e + (long double)cell.high;
-  put(&high, whole + head);
-  return {high, ((whole - high) + head) + low};
-}
+// ---- A50: one extended number each
 
 static inline long double log2_short(const double* m, uint32_t upper, int32_t e) {
-  const Table& table = table_anew();
+  const ExtendedTable& table = table_anew();
   const auto& cell = cell_of(table, upper);
   const long double z = (long double)*m * cell.reciprocal - 1.0f;
   const long double tail = (upper_terms(table, z) + table.c1_high) * z + table.c0_low;
   return (tail + table.c0_high) * z + cell.low + (e + (long double)cell.high);
 }
 
-// ---- Product and power
-
-// k as the low word of a double, t = k/8192 + r.
-struct Reduced {
-  double grid, r;
-};
-
-static inline void put_grid(double* to, long double t) { put(to, t + static_const_table.shifter); }
-static inline long double grid_point(const double* grid) {
-  return *grid - (long double)static_const_table.shifter;
-}
-
-static inline void product(const Log& log, const double* y, const double* y_high, Reduced* t) {
-  const long double exponent = *y;
-  const long double high = (long double)*y_high * log.high;
-  const long double low = (exponent - *y_high) * log.high + exponent * log.low;
-  put_grid(&t->grid, high + low);
-  put(&t->r, (high - grid_point(&t->grid)) + low);
-}
-
-static inline void product(long double log, const double* y, Reduced* t) {
+static inline void product(long double log, const double* y, GridPoint* t) {
   const long double whole = log * *y;
   put_grid(&t->grid, whole);
   put(&t->r, whole - grid_point(&t->grid));
@@ -161,56 +84,25 @@ static inline bool in_range(const double* grid) {
   return words.lower + kBound < 2 * kBound && words.upper + (words.lower >> 31) == kShifter;
 }
 
-struct Power {
-  long double value;  // to be multiplied by 2^floor(k/8192)
-  int32_t k;
-};
-
+// An ordinary element comes out the same as in a block.
 template <bool kLong>
-static inline long double entry(const Pair& pair) {
-  return kLong ? (long double)pair.high + pair.low : (long double)pair.high;
-}
-
-template <bool kLong>
-static inline Power exp2_of(const Reduced& t) {
-  const Table& table = table_anew();
-  const int32_t k = int32_t(load_words(&t.grid).lower);
-  const long double power =
-      entry<kLong>(table.coarse[k >> 7 & 63]) * entry<kLong>(table.fine[k & 127]);
-  return {((table.e[0] * t.r + table.e[1]) * t.r + table.e[2]) * t.r * power + power, k};
-}
-
-// The power of a finite positive base, and a finite exponent, rounded once. An ordinary element
-// comes out the same as in a block.
-template <bool kLong>
-static uint64_t finite_pow(uint64_t x, const double* y) {
-  constexpr int kFractionBits = Format<double>::kFractionBits;
-  int32_t e = -Format<double>::kBias;
-  uint64_t normal = x;
-  if (x >> kFractionBits == 0) {
-    const int shift = __builtin_clzll(x) - 11;
-    normal <<= shift;
-    e -= shift;
+static uint64_t finite_pow(uint64_t pattern, const double* y) {
+  double x;
+  store_bits(&x, pattern);
+  const uint32_t upper = upper_word(&x);
+  if (!kLong && upper >= kSmallestNormal) {
+    double m;
+    store_bits(&m, (pattern & 0x000FFFFFFFFFFFFFu) | Format<double>::kOne);
+    GridPoint t;
+    product(log2_short(&m, upper, exponent_of(upper)), y, &t);
+    if (in_range(&t.grid)) {
+      const ScaledPower power = exp2_of<false>(t);
+      x = store_f64(double(power.value * power_of_two(power.k >> 13)));
+      return load_bits(&x);
+    }
   }
-  e += int32_t(normal >> kFractionBits);
-  double m;
-  store_bits(&m, (normal & ((uint64_t(1) << kFractionBits) - 1)) | Format<double>::kOne);
-  Reduced t;
-  if constexpr (kLong) {
-    double y_high;
-    store_bits(&y_high, load_bits(y) & 0xFFFFFFFF00000000u);
-    const Log log = log2_long(&m, upper_word(&m), e);
-    const long double about = (long double)log.high * *y;
-    if (about > 1500.0f) return Format<double>::kInf;
-    if (about < -1500.0f) return 0;
-    product(log, y, &y_high, &t);
-  } else {
-    product(log2_short(&m, upper_word(&m), e), y, &t);
-    if (normal != x || !in_range(&t.grid)) return finite_pow<true>(x, y);
-  }
-  const Power power = exp2_of<kLong>(t);
-  const double rounded = store_f64(double(power.value * power_of_two(power.k >> 13)));
-  return load_bits(&rounded);
+  x = store_f64(double(extended_pow(&x, y)));
+  return load_bits(&x);
 }
 
 // ---- Blocks. The results are normal numbers; nothing is stored otherwise.
@@ -221,12 +113,10 @@ static inline __m128 two_exponents(OneExponent<double> y, int32_t) {
   return _mm_movelh_ps(one, one);
 }
 
-static inline int32_t exponent_of(uint32_t upper) { return int32_t(upper >> 20) - 1023; }
-
 template <bool kLong, class Exponent>
 static inline bool pow_block(const double* x, Exponent y, double* dst, int32_t i) {
   alignas(16) double m[kBlock], y_high[kBlock];
-  Reduced t[kBlock];
+  GridPoint t[kBlock];
   for (int lane = 0; lane < kBlock; lane += 2) {
     store_two(m + lane, _mm_or_ps(_mm_and_ps(load_two(x + i + lane), pattern(kFractionMask)),
                                   pattern(kOnes)));
@@ -245,11 +135,11 @@ static inline bool pow_block(const double* x, Exponent y, double* dst, int32_t i
     }
   }
   bool ordinary = true;
-  for (const Reduced& each : t) ordinary &= in_range(&each.grid);
+  for (const GridPoint& each : t) ordinary &= in_range(&each.grid);
   if (!ordinary) return false;
 #pragma GCC unroll 4
   for (int lane = 0; lane < kBlock; ++lane) {
-    const Power power = exp2_of<kLong>(t[lane]);
+    const ScaledPower power = exp2_of<kLong>(t[lane]);
     put(dst + i + lane, power.value);
     reinterpret_cast<WordInMemory*>(dst + i + lane)[1] += uint32_t(power.k >> 13) << 20;
   }

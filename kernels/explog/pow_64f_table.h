@@ -20,7 +20,7 @@ static const struct {
   double e[3];      // e2 to e0
   float c0_high;
   float shifter;    // 1.5 2^39: its ulp as a double is 2^-13
-} static_const_table = {
+} extended_table = {
     {
         {0x0.0p+0, 0x0.0p+0, 0x1.0000000000000p+0},
         {0x1.71b0ea4200000p-9, 0x1.cbfb44c3b77a3p-42, 0x1.ff00000000000p-1},
