@@ -27,10 +27,7 @@
 // relative error of 2^-21 becomes 2^-14.5 in t, the polynomial adds 2^-17.
 //
 //   ordinary elements   blocks of eight: x a positive normal number, y finite, |t| < 126
-//   others              one by one, on the x87 unit in every grade: negative bases as A24;
-//   subnormal
-//                       bases and results beyond |t| < 126 by pow_extended.h, rounded once; but
-//                       what only its neighbours brought here comes out as in a block
+//   others              one by one in every grade by pow_extended.h, rounded once
 //
 // Worst errors found: A24 0.5017 ulp at (0x3E6D0512, 0x41270251); relative A21 2^-22.5, A11 2^-15.0
 // (sampled).
@@ -97,47 +94,37 @@ static inline Power exp2_of(double t) {
   return {((r + table.d1) * r + table.d0) * table.power[k & 255], k};
 }
 
-constexpr uint32_t kBound = 0x405F8000;  // upper word of 126.0
-
-// The power of a finite positive base, and a finite exponent, rounded once. An ordinary element
-// comes out the same as in a block; what lies at the edges of the range is computed so precisely
+// The power of a finite positive base, and a finite exponent, so precise before its only rounding
 // that infinity and zero begin where they should.
-static uint32_t finite_pow(uint32_t x, const float* y) {
-  float base;
-  if (x >= kSmallestNormal) {
-    store_bits(&base, (x & kFraction) | Format<float>::kOne);
-    const double t = store_f64(log2_of(base, x) * *y);
-    if ((upper_word(&t) & ~Format<float>::kSign) < kBound) {
-      const Power power = exp2_of(t);
-      base = store_f32(float(power.value * power_of_two(power.k >> 8)));
-      return load_bits(&base);
-    }
-  }
-  store_bits(&base, x);
-  const double wide = store_f64(base), exponent = store_f64(*y);
+static uint32_t finite_pow(uint32_t pattern, const float* y) {
+  float x;
+  store_bits(&x, pattern);
+  const double base = store_f64(x), exponent = store_f64(*y);
   const X87Nearest<X87_EXTENDED> control;
-  base = store_f32(float(extended_pow(&wide, &exponent)));
+  x = store_f32(float(extended_pow(&base, &exponent)));
   control.leave();
-  return load_bits(&base);
+  return load_bits(&x);
 }
 
-// The results of eight are normal numbers. Stores nothing otherwise.
-template <class Exponent>
-static inline bool x87_block(const float* x, Exponent y, float* dst, int32_t i) {
+// Eight or one whose results are normal numbers. Stores nothing otherwise.
+template <int kCount, class Exponent>
+static inline bool x87_ordinary(const float* x, Exponent y, float* dst, int32_t i) {
+  constexpr uint32_t kBound = 0x405F8000;  // upper word of 126.0
   alignas(16) float m[kBlock];
-  double t[kBlock];
-  for (int lane = 0; lane < kBlock; lane += 4)
-    _mm_store_ps(m + lane, significands(_mm_loadu_ps(x + i + lane)));
+  double t[kCount];
+  for (int lane = 0; lane < kCount; lane += 4)
+    _mm_store_ps(m + lane,
+                 significands(kCount == 1 ? _mm_load_ss(x + i) : _mm_loadu_ps(x + i + lane)));
 #pragma GCC unroll 8
-  for (int lane = 0; lane < kBlock; ++lane)
+  for (int lane = 0; lane < kCount; ++lane)
     t[lane] = log2_of(m[lane], load_bits(x + i + lane)) * *y.at(i + lane);
   uint32_t below = ~0u;
 #pragma GCC unroll 8
-  for (int lane = 0; lane < kBlock; ++lane)
+  for (int lane = 0; lane < kCount; ++lane)
     below &= (upper_word(t + lane) & ~Format<float>::kSign) - kBound;
   if (int32_t(below) >= 0) return false;
 #pragma GCC unroll 8
-  for (int lane = 0; lane < kBlock; ++lane) {
+  for (int lane = 0; lane < kCount; ++lane) {
     const Power power = exp2_of(t[lane]);
     const float value = store_f32(float(power.value));
     store_bits(dst + i + lane, load_bits(&value) + (uint32_t(power.k >> 8) << 23));
@@ -152,11 +139,14 @@ static Status pow_x87(const Arrays<float>& arrays, Exponent y, int32_t len) {
   return run_kernel<X87Nearest<X87_DOUBLE>, kBlock>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        for (; i < last && in_domain(x, y, i) && x87_block(x, y, dst, i); i += kBlock) {
-        }
+        while (i < last && in_domain(x, y, i) && x87_ordinary<kBlock>(x, y, dst, i)) i += kBlock;
         return i;
       },
-      [&](int32_t i, Status* status) { pow_special(arrays, y.at(i), i, status, finite_pow); });
+      [&](int32_t i, Status* status) {
+        const bool inside = int32_t(outside(x + i, y.at(i))) >= 0;
+        if (!inside || !x87_ordinary<1>(x, y, dst, i))
+          pow_special(arrays, y.at(i), i, status, finite_pow);
+      });
 }
 
 // ---- Packed

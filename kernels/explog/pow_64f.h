@@ -8,11 +8,9 @@
 // A50 takes log2 x and t as one extended number each and the powers of two as doubles: t's relative
 // error of 2^-62.5 is 2^-53 of the power, the two tables' 2^-53.
 //
-//   ordinary elements   blocks of four: x a positive normal number, y finite, |t| < 1021; n is
-//   added
-//                       to the exponent of the stored result, which is a normal number
-//   others              one by one as A53 in either grade, scaled before the only rounding; but
-//                       what only its neighbours brought here comes out as in a block
+//   ordinary elements   blocks of four: x a positive normal number, y finite, |t| < 1021;
+//                       n is added to the exponent of the stored result, a normal number
+//   others              one by one as A53 in either grade, scaled before the only rounding
 //
 // Worst errors found: A53 0.5008 ulp at (0x3F9E3E3C992AA93C, 0xC01AACA448EAB9A4), A50 2.1343 ulp at
 // (0x3FEFFFFFFFFFFFEF, 0xC38DAE588C09E8CF) (sampled against 250 bits).
@@ -84,47 +82,37 @@ static inline bool in_range(const double* grid) {
   return words.lower + kBound < 2 * kBound && words.upper + (words.lower >> 31) == kShifter;
 }
 
-// An ordinary element comes out the same as in a block.
-template <bool kLong>
 static uint64_t finite_pow(uint64_t pattern, const double* y) {
   double x;
   store_bits(&x, pattern);
-  const uint32_t upper = upper_word(&x);
-  if (!kLong && upper >= kSmallestNormal) {
-    double m;
-    store_bits(&m, (pattern & 0x000FFFFFFFFFFFFFu) | Format<double>::kOne);
-    GridPoint t;
-    product(log2_short(&m, upper, exponent_of(upper)), y, &t);
-    if (in_range(&t.grid)) {
-      const ScaledPower power = exp2_of<false>(t);
-      x = store_f64(double(power.value * power_of_two(power.k >> 13)));
-      return load_bits(&x);
-    }
-  }
   x = store_f64(double(extended_pow(&x, y)));
   return load_bits(&x);
 }
 
-// ---- Blocks. The results are normal numbers; nothing is stored otherwise.
+// ---- Ordinary elements, whole blocks or one. The results are normal numbers; nothing is stored
+// otherwise.
 
+static inline __m128 load_one(const double* from) {
+  return _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(from));
+}
 static inline __m128 two_exponents(EachExponent<double> y, int32_t i) { return load_two(y.y + i); }
 static inline __m128 two_exponents(OneExponent<double> y, int32_t) {
-  const __m128 one = _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(y.y));
+  const __m128 one = load_one(y.y);
   return _mm_movelh_ps(one, one);
 }
 
-template <bool kLong, class Exponent>
-static inline bool pow_block(const double* x, Exponent y, double* dst, int32_t i) {
-  alignas(16) double m[kBlock], y_high[kBlock];
-  GridPoint t[kBlock];
-  for (int lane = 0; lane < kBlock; lane += 2) {
-    store_two(m + lane, _mm_or_ps(_mm_and_ps(load_two(x + i + lane), pattern(kFractionMask)),
-                                  pattern(kOnes)));
-    if (kLong)
-      store_two(y_high + lane, _mm_and_ps(two_exponents(y, i + lane), pattern(kUpperMask)));
+template <bool kLong, int kCount, class Exponent>
+static inline bool pow_ordinary(const double* x, Exponent y, double* dst, int32_t i) {
+  alignas(16) double m[kCount + kCount % 2], y_high[kCount + kCount % 2];
+  GridPoint t[kCount];
+  for (int lane = 0; lane < kCount; lane += 2) {
+    const __m128 bases = kCount == 1 ? load_one(x + i) : load_two(x + i + lane);
+    const __m128 exponents = kCount == 1 ? load_one(y.at(i)) : two_exponents(y, i + lane);
+    store_two(m + lane, _mm_or_ps(_mm_and_ps(bases, pattern(kFractionMask)), pattern(kOnes)));
+    if (kLong) store_two(y_high + lane, _mm_and_ps(exponents, pattern(kUpperMask)));
   }
 #pragma GCC unroll 4
-  for (int lane = 0; lane < kBlock; ++lane) {
+  for (int lane = 0; lane < kCount; ++lane) {
     const uint32_t upper = upper_word(x + i + lane);
     const double* const exponent = y.at(i + lane);
     if constexpr (kLong) {
@@ -138,7 +126,7 @@ static inline bool pow_block(const double* x, Exponent y, double* dst, int32_t i
   for (const GridPoint& each : t) ordinary &= in_range(&each.grid);
   if (!ordinary) return false;
 #pragma GCC unroll 4
-  for (int lane = 0; lane < kBlock; ++lane) {
+  for (int lane = 0; lane < kCount; ++lane) {
     const ScaledPower power = exp2_of<kLong>(t[lane]);
     put(dst + i + lane, power.value);
     reinterpret_cast<WordInMemory*>(dst + i + lane)[1] += uint32_t(power.k >> 13) << 20;
@@ -153,12 +141,14 @@ static Status pow_64f(const Arrays<double>& arrays, Exponent y, int32_t len) {
   return run_kernel<X87Nearest<X87_EXTENDED>, kBlock>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        for (; i < last && in_domain(x, y, i) && pow_block<kLong>(x, y, dst, i); i += kBlock) {
-        }
+        while (i < last && in_domain(x, y, i) && pow_ordinary<kLong, kBlock>(x, y, dst, i))
+          i += kBlock;
         return i;
       },
       [&](int32_t i, Status* status) {
-        pow_special(arrays, y.at(i), i, status, finite_pow<kLong>);
+        const bool inside = int32_t(outside(x + i, y.at(i))) >= 0;
+        if (!inside || !pow_ordinary<kLong, 1>(x, y, dst, i))
+          pow_special(arrays, y.at(i), i, status, finite_pow);
       });
 }
 
