@@ -45,17 +45,31 @@ constexpr uint32_t kSmallestNormal = 0x00800000;  // 2^-126
 constexpr uint32_t kFraction = kSmallestNormal - 1;
 constexpr uint32_t kLargest = Format<float>::kInf - 1;
 
-// The sign bit tells whether x is no positive normal number or y is not finite.
-static inline uint32_t outside(const float* x, const float* y) {
+// The sign bit tells whether x is no positive normal number, or y is not finite.
+static inline uint32_t outside(const float* x) {
   const uint32_t u = load_bits(x);
-  return (u - kSmallestNormal) | (kLargest - u) | (kLargest - magnitude<float>(load_bits(y)));
+  return (u - kSmallestNormal) | (kLargest - u);
 }
+static inline uint32_t not_finite(const float* y) {
+  return kLargest - magnitude<float>(load_bits(y));
+}
+
+static inline uint32_t not_all_finite(EachExponent<float> y, int32_t i) {
+  uint32_t any = 0;
+  for (int lane = 0; lane < kBlock; ++lane) any |= not_finite(y.at(i + lane));
+  return any;
+}
+static inline uint32_t not_all_finite(OneExponent<float> y, int32_t) { return not_finite(y.y); }
 
 template <class Exponent>
 static inline bool in_domain(const float* x, Exponent y, int32_t i) {
-  uint32_t any = 0;
-  for (int lane = 0; lane < kBlock; ++lane) any |= outside(x + i + lane, y.at(i + lane));
+  uint32_t any = not_all_finite(y, i);
+  for (int lane = 0; lane < kBlock; ++lane) any |= outside(x + i + lane);
   return int32_t(any) >= 0;
+}
+
+static inline bool in_domain(const float* x, const float* y) {
+  return int32_t(outside(x) | not_finite(y)) >= 0;
 }
 
 static inline __m128 everywhere(uint32_t pattern) {
@@ -143,8 +157,7 @@ static Status pow_x87(const Arrays<float>& arrays, Exponent y, int32_t len) {
         return i;
       },
       [&](int32_t i, Status* status) {
-        const bool inside = int32_t(outside(x + i, y.at(i))) >= 0;
-        if (!inside || !x87_ordinary<1>(x, y, dst, i))
+        if (!in_domain(x + i, y.at(i)) || !x87_ordinary<1>(x, y, dst, i))
           pow_special(arrays, y.at(i), i, status, finite_pow);
       });
 }
@@ -282,7 +295,7 @@ static inline int32_t packed_blocks(const float* x, Exponent y, float* dst, int3
 // An ordinary element comes out the same whatever stands beside it.
 template <class Grade>
 static inline bool packed_element(const float* x, const float* y, float* dst) {
-  if (int32_t(outside(x, y)) < 0) return false;
+  if (!in_domain(x, y)) return false;
   const Split t = Grade::product(_mm_load1_ps(x), _mm_load1_ps(y));
   const bool ordinary = in_range(t.whole);
   if (ordinary) _mm_store_ss(dst, power<Grade>(t));

@@ -43,18 +43,31 @@ static inline void store_two(double* to, __m128 two) {
   _mm_store_ps(reinterpret_cast<float*>(to), two);
 }
 
-// The sign bit tells whether x is no positive normal number or y is not finite.
-static inline uint32_t outside(const double* x, const double* y) {
+// The sign bit tells whether x is no positive normal number, or y is not finite.
+static inline uint32_t outside(const double* x) {
   const uint32_t u = upper_word(x);
-  return (u - kSmallestNormal) | (kLargest - u) |
-         (kLargest - (upper_word(y) & ~Format<float>::kSign));
+  return (u - kSmallestNormal) | (kLargest - u);
 }
+static inline uint32_t not_finite(const double* y) {
+  return kLargest - (upper_word(y) & ~Format<float>::kSign);
+}
+
+static inline uint32_t not_all_finite(EachExponent<double> y, int32_t i) {
+  uint32_t any = 0;
+  for (int lane = 0; lane < kBlock; ++lane) any |= not_finite(y.at(i + lane));
+  return any;
+}
+static inline uint32_t not_all_finite(OneExponent<double> y, int32_t) { return not_finite(y.y); }
 
 template <class Exponent>
 static inline bool in_domain(const double* x, Exponent y, int32_t i) {
-  uint32_t any = 0;
-  for (int lane = 0; lane < kBlock; ++lane) any |= outside(x + i + lane, y.at(i + lane));
+  uint32_t any = not_all_finite(y, i);
+  for (int lane = 0; lane < kBlock; ++lane) any |= outside(x + i + lane);
   return int32_t(any) >= 0;
+}
+
+static inline bool in_domain(const double* x, const double* y) {
+  return int32_t(outside(x) | not_finite(y)) >= 0;
 }
 
 static inline int32_t exponent_of(uint32_t upper) { return int32_t(upper >> 20) - 1023; }
@@ -95,21 +108,37 @@ static uint64_t finite_pow(uint64_t pattern, const double* y) {
 static inline __m128 load_one(const double* from) {
   return _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(from));
 }
-static inline __m128 two_exponents(EachExponent<double> y, int32_t i) { return load_two(y.y + i); }
-static inline __m128 two_exponents(OneExponent<double> y, int32_t) {
-  const __m128 one = load_one(y.y);
-  return _mm_movelh_ps(one, one);
+
+// The leading 21 bits of y and the rest, from arrays or once for all.
+struct EachSplit {
+  EachExponent<double> y;
+  const double* at(int32_t i) const { return y.at(i); }
+};
+struct OneSplit {
+  OneExponent<double> y;
+  double high, low;
+  const double* at(int32_t i) const { return y.at(i); }
+};
+static inline EachSplit split(EachExponent<double> y) { return {y}; }
+static inline OneSplit split(OneExponent<double> y) {
+  OneSplit parts = {y, 0, 0};
+  store_bits(&parts.high, load_bits(y.y) & 0xFFFFFFFF00000000u);
+  put(&parts.low, (long double)*y.y - parts.high);
+  return parts;
 }
 
-template <bool kLong, int kCount, class Exponent>
-static inline bool pow_ordinary(const double* x, Exponent y, double* dst, int32_t i) {
+template <bool kLong, int kCount, class Split>
+static inline bool pow_ordinary(const double* x, const Split& y, double* dst, int32_t i) {
+  constexpr bool kEach = __is_same(Split, EachSplit);
   alignas(16) double m[kCount + kCount % 2], y_high[kCount + kCount % 2];
   GridPoint t[kCount];
   for (int lane = 0; lane < kCount; lane += 2) {
     const __m128 bases = kCount == 1 ? load_one(x + i) : load_two(x + i + lane);
-    const __m128 exponents = kCount == 1 ? load_one(y.at(i)) : two_exponents(y, i + lane);
     store_two(m + lane, _mm_or_ps(_mm_and_ps(bases, pattern(kFractionMask)), pattern(kOnes)));
-    if (kLong) store_two(y_high + lane, _mm_and_ps(exponents, pattern(kUpperMask)));
+    if constexpr (kLong && kEach) {
+      const __m128 exponents = kCount == 1 ? load_one(y.at(i)) : load_two(y.at(i + lane));
+      store_two(y_high + lane, _mm_and_ps(exponents, pattern(kUpperMask)));
+    }
   }
 #pragma GCC unroll 4
   for (int lane = 0; lane < kCount; ++lane) {
@@ -117,7 +146,10 @@ static inline bool pow_ordinary(const double* x, Exponent y, double* dst, int32_
     const double* const exponent = y.at(i + lane);
     if constexpr (kLong) {
       const Log log = log2_long(m + lane, upper, exponent_of(upper));
-      product(log, exponent, y_high + lane, t + lane);
+      if constexpr (kEach)
+        product(log, *exponent, y_high[lane], *exponent - (long double)y_high[lane], t + lane);
+      else
+        product(log, *exponent, y.high, y.low, t + lane);
     } else {
       product(log2_short(m + lane, upper, exponent_of(upper)), exponent, t + lane);
     }
@@ -141,13 +173,13 @@ static Status pow_64f(const Arrays<double>& arrays, Exponent y, int32_t len) {
   return run_kernel<X87Nearest<X87_EXTENDED>, kBlock>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        while (i < last && in_domain(x, y, i) && pow_ordinary<kLong, kBlock>(x, y, dst, i))
+        const auto parts = split(y);
+        while (i < last && in_domain(x, y, i) && pow_ordinary<kLong, kBlock>(x, parts, dst, i))
           i += kBlock;
         return i;
       },
       [&](int32_t i, Status* status) {
-        const bool inside = int32_t(outside(x + i, y.at(i))) >= 0;
-        if (!inside || !pow_ordinary<kLong, 1>(x, y, dst, i))
+        if (!in_domain(x + i, y.at(i)) || !pow_ordinary<kLong, 1>(x, split(y), dst, i))
           pow_special(arrays, y.at(i), i, status, finite_pow);
       });
 }

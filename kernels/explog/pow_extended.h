@@ -85,10 +85,9 @@ static inline long double grid_point(const double* grid) {
   return *grid - (long double)extended_table.shifter;
 }
 
-static inline void product(const Log& log, const double* y, const double* y_high, GridPoint* t) {
-  const long double exponent = *y;
-  const long double high = (long double)*y_high * log.high;
-  const long double low = (exponent - *y_high) * log.high + exponent * log.low;
+static inline void product(const Log& log, long double y, long double y_high, long double y_low,
+                           GridPoint* t) {
+  const long double high = y_high * log.high, low = y_low * log.high + y * log.low;
   put_grid(&t->grid, high + low);
   put(&t->r, (high - grid_point(&t->grid)) + low);
 }
@@ -131,7 +130,7 @@ static inline long double extended_pow(const double* x, const double* y) {
   if (about > 1500.0f) return power_of_two(1500);
   if (about < -1500.0f) return power_of_two(-1500);
   GridPoint t;
-  product(log, y, &y_high, &t);
+  product(log, *y, y_high, (long double)*y - y_high, &t);
   const ScaledPower power = exp2_of<true>(t);
   return power.value * power_of_two(power.k >> 13);
 }
