@@ -89,10 +89,11 @@ static Power power(const Extended& base, double y) {
   Double grid, r;
   if (kLong) {
     const Extended z_high = to<Extended>(to<Single>(z)), head = z_high * c0;
-    const Extended low = ((sum + Extended(table.c1_low)) * z + Extended(table.c0_low)) * z +
-                         ((z - z_high) * c0 + Extended(cell.low));
     const Extended log_high = to<Extended>(to<Single>(whole + head));
-    const Extended log_low = ((whole - log_high) + head) + low;
+    const Extended left = ((whole - log_high) + head) + (z - z_high) * c0;
+    const Extended log_low =
+        left +
+        (((sum + Extended(table.c1_low)) * z + Extended(table.c0_low)) * z + Extended(cell.low));
     Extended y_high;
     set_exact(y_high.value, bits(y) & 0xFFFFFFFF00000000);
     const Extended high = y_high * log_high;

@@ -122,7 +122,8 @@ struct OneSplit {
 static inline EachSplit split(EachExponent<double> y) { return {y}; }
 static inline OneSplit split(OneExponent<double> y) {
   OneSplit parts = {y, 0, 0};
-  store_bits(&parts.high, load_bits(y.y) & 0xFFFFFFFF00000000u);
+  _mm_storel_pi(reinterpret_cast<__m64*>(&parts.high),
+                _mm_and_ps(load_one(y.y), pattern(kUpperMask)));
   put(&parts.low, (long double)*y.y - parts.high);
   return parts;
 }

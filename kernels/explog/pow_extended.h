@@ -65,12 +65,12 @@ static inline Log log2_long(const double* m, uint32_t upper, int32_t e) {
   const long double z = (long double)*m * cell.reciprocal - 1.0f;
   float z_high, high;
   asm("fsts %0" : "=m"(z_high) : "t"(z));
-  const long double z_low = z - z_high;
-  long double low = ((upper_terms(table, z) + table.c1_high + table.c1_low) * z + table.c0_low) * z;
-  low += z_low * table.c0_high + cell.low;
   const long double head = (long double)z_high * table.c0_high, whole = e + (long double)cell.high;
   put(&high, whole + head);
-  return {high, ((whole - high) + head) + low};
+  const long double left = ((whole - high) + head) + (z - z_high) * table.c0_high;
+  const long double low =
+      ((upper_terms(table, z) + table.c1_high + table.c1_low) * z + table.c0_low) * z + cell.low;
+  return {high, left + low};
 }
 
 // ---- Product and power
