@@ -205,7 +205,7 @@ static uint32_t pow_packed(uint32_t x, uint32_t y) {
     rest = Single(0);
   }
   const Single whole = t + rest;
-  if (exceeds(whole, 126)) return pow_A24(x, y);
+  if (exceeds(whole, 125)) return pow_A24(x, y);
   const Single shifter(0x1.8p23), k = (whole + shifter) - shifter, r = (t - k) + rest;
   const Single fraction =
       kLong ? polynomial(singles::kLongExp, r) : polynomial(singles::kShortExp, r);

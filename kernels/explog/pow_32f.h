@@ -20,16 +20,17 @@
 //   its leading 12 bits times the exponent's leading 12 bits are exact, the other parts small.
 //   2^t by a polynomial of degree six, |r| <= 0.501.
 //
-//   The logarithm's relative error is below 2^-29, t's below 2^-22 at |t| < 126, and the
+//   The logarithm's relative error is below 2^-29, t's below 2^-22 at |t| < 125, and the
 //   polynomial's roundings are about 2^-23: below 2^-21 together.
 //
 // A11, packed: the same in plain single precision with shorter polynomials; the logarithm's
 // relative error of 2^-21 becomes 2^-14.5 in t, the polynomial adds 2^-17.
 //
-//   ordinary elements   blocks of eight: x a positive normal number, y finite, |t| < 126
+//   ordinary elements   blocks of eight: x a positive normal number, y finite, |t| < 126; packed
+//                       |t| < 125, since an error of t must not lift a subnormal result
 //   others              one by one in every grade by pow_extended.h, rounded once
 //
-// Worst errors found: A24 0.5017 ulp at (0x3E6D0512, 0x41270251); relative A21 2^-22.5, A11 2^-15.0
+// Worst errors found: A24 0.5017 ulp at (0x3E6D0512, 0x41270251); relative A21 2^-22.0, A11 2^-15.0
 // (sampled).
 #ifndef LUX_KERNELS_EXPLOG_POW_32F_H
 #define LUX_KERNELS_EXPLOG_POW_32F_H
@@ -263,7 +264,7 @@ struct A11 {
 
 static inline bool in_range(__m128 t) {
   const __m128 a = _mm_and_ps(t, everywhere(~Format<float>::kSign));
-  return _mm_movemask_ps(_mm_cmplt_ps(a, all(126.0f))) == 15;
+  return _mm_movemask_ps(_mm_cmplt_ps(a, all(125.0f))) == 15;
 }
 
 template <class Grade>
