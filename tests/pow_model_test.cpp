@@ -174,10 +174,9 @@ static Single polynomial(const float (&c)[kTerms], const Single& x) {
   return sum;
 }
 
-// What leaves the packed path is computed as A24.
 template <bool kLong>
 static uint32_t pow_packed(uint32_t x, uint32_t y) {
-  if (x < 0x00800000) return pow_A24(x, y);
+  if (x < 0x00800000) return extended_pow(x, y);
   Single base, exponent;
   set_exact(base.value, x);
   set_exact(exponent.value, y);
@@ -205,7 +204,7 @@ static uint32_t pow_packed(uint32_t x, uint32_t y) {
     rest = Single(0);
   }
   const Single whole = t + rest;
-  if (exceeds(whole, 125)) return pow_A24(x, y);
+  if (exceeds(whole, 125)) return extended_pow(x, y);
   const Single shifter(0x1.8p23), k = (whole + shifter) - shifter, r = (t - k) + rest;
   const Single fraction =
       kLong ? polynomial(singles::kLongExp, r) : polynomial(singles::kShortExp, r);
