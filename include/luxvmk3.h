@@ -164,6 +164,35 @@ LUX_API Status luxsInvCbrt_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API Status luxsInvCbrt_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API Status luxsInvCbrt_64f_A53(const double* src, double* dst, int32_t len);
 
+/* ---- Powers -----------------------------------------------------------------------------------
+ */
+
+/** dst[i] = src1[i] to the power src2[i].
+ *
+ *  Accuracy: 32f A24 at most 0.51 ulp; A21 a relative error of 2^-21, A11 of 2^-11, for subnormal
+ *  results at most one unit of the smallest subnormal; 64f A53 at most 0.51 ulp, A50 at most 4 ulp.
+ *  Subnormal results are rounded once.
+ *  Special values are those of the C standard's Annex F; a NaN comes out quiet: no code, and 1 to
+ *  any power and anything to the power 0 are 1. Reported are, with finite operands:
+ *    a zero to a negative power: the infinity, negative for -0 to an odd integer, with LUX_POLE;
+ *    a negative base with an exponent that is no integer: the default NaN with LUX_DOMAIN;
+ *    a result that rounds to an infinity: that infinity with LUX_OVERFLOW;
+ *    a result other than 0 that rounds to a zero: that zero with LUX_UNDERFLOW.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or the code of the last element reported. */
+LUX_API Status luxsPow_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsPow_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsPow_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsPow_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
+LUX_API Status luxsPow_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
+
+/** dst[i] = src[i] to the power scalar: what Pow gives, with one exponent for all elements.
+ *  Reports get the address of a copy of the exponent as the second source. */
+LUX_API Status luxsPowx_32f_A11(const float* src, float scalar, float* dst, int32_t len);
+LUX_API Status luxsPowx_32f_A21(const float* src, float scalar, float* dst, int32_t len);
+LUX_API Status luxsPowx_32f_A24(const float* src, float scalar, float* dst, int32_t len);
+LUX_API Status luxsPowx_64f_A50(const double* src, double scalar, double* dst, int32_t len);
+LUX_API Status luxsPowx_64f_A53(const double* src, double scalar, double* dst, int32_t len);
+
 /* ---- Exponential ------------------------------------------------------------------------------
  */
 
