@@ -204,11 +204,12 @@ LUX_API Status luxsCbrt_32f_A24(const float* src, float* dst, int32_t len);
  *
  *  Accuracy: 32f at most 0.5001 ulp. 64f at most 1.23 ulp while the sum of the squares is a normal
  *  double, also under A53: the sum is rounded to a double before its root is taken.
- *  hypot(0, 0) is +0. A NaN in either source gives a quiet NaN, also beside an infinity; an
- * infinity beside a number or an infinity gives +infinity. 64f: a sum at or above 2^1024 gives
- * 2^512, so hypot(1e300, 0) is 1.34e154. Two arguments that are both below 2^-523 are scaled up
- * first; a larger one whose sum of squares is below 2^-1022 gives a wrong result: hypot(2^-523, 0)
- * is 1.05e-154. Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+ *  hypot(0, 0) is +0. A NaN in either source gives a quiet NaN, also beside an infinity; an infinity
+ *  beside a number or an infinity gives +infinity.
+ *  64f: a sum at or above 2^1024 gives 2^512, so hypot(1e300, 0) is 1.34e154. Two arguments that
+ *  are both below 2^-523 are scaled up first; a larger one whose sum of squares is below 2^-1022
+ *  gives a wrong result: hypot(2^-523, 0) is 1.05e-154.
+ *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API Status luxsHypot_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
 LUX_API Status luxsHypot_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
 LUX_API Status luxsHypot_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
@@ -221,9 +222,10 @@ LUX_API Status luxsHypot_64f_A53(const double* src1, const double* src2, double*
 /** dst[i] = the angle in [0, pi] whose cosine is src[i].
  *
  *  Accuracy: A24 and A53 at most 1 ulp (measured 0.501), A21 relative error at most 2^-21, A11 at
- * most 2^-11; A50 is the same computation as A53. acos(1) is +0. A magnitude above 1, infinities
- * included, gives the default NaN with LUX_DOMAIN; a NaN comes out quiet. Returns LUX_OK,
- * LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+ *  most 2^-11; A50 is the same computation as A53.
+ *  acos(1) is +0. A magnitude above 1, infinities included, gives the default NaN with LUX_DOMAIN;
+ *  a NaN comes out quiet.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
 LUX_API Status luxsAcos_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API Status luxsAcos_32f_A21(const float* src, float* dst, int32_t len);
 LUX_API Status luxsAcos_32f_A24(const float* src, float* dst, int32_t len);
@@ -242,17 +244,16 @@ LUX_API Status luxsAsin_64f_A53(const double* src, double* dst, int32_t len);
 /** dst[i] = the angle in [-pi/2, pi/2] whose tangent is src[i].
  *
  *  Accuracy: A24 and A53 at most 1 ulp (measured 0.501), A21 relative error at most 2^-21, A11 at
- * most 2^-11; A50 is the same computation as A53. Zeros keep their sign, subnormals pass as they
- * are, infinities give pi/2 with their sign, a NaN comes out quiet. Nothing is reported. Returns
- * LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+ *  most 2^-11; A50 is the same computation as A53.
+ *  Zeros keep their sign, subnormals pass as they are, infinities give pi/2 with their sign, a NaN
+ *  comes out quiet. Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API Status luxsAtan_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API Status luxsAtan_32f_A21(const float* src, float* dst, int32_t len);
 LUX_API Status luxsAtan_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API Status luxsAtan_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API Status luxsAtan_64f_A53(const double* src, double* dst, int32_t len);
 
-/** dst[i] = the angle of the point x = src2[i], y = src1[i], in [-pi, pi], with the sign of
- * src1[i].
+/** dst[i] = the angle of the point x = src2[i], y = src1[i], in [-pi, pi], signed as src1[i].
  *
  *  Accuracy as for Atan; an angle too small for a normal number is off by at most one unit of the
  *  smallest subnormal. Special values, with the sign of src1[i]:
@@ -273,8 +274,8 @@ LUX_API Status luxsAtan2_64f_A53(const double* src1, const double* src2, double*
 /** dst[i] = hyperbolic tangent of src[i].
  *
  *  Accuracy: 32f at most 0.762 ulp; all grades of a type are one computation.
- *  Arguments up to 2^-126 in magnitude, zeros among them, pass as they are; from 10 on in
- * magnitude, infinities among them, the result is 1 with the sign of src[i]; a NaN comes out quiet.
+ *  Arguments up to 2^-126 in magnitude, zeros among them, pass as they are; from 10 on in magnitude,
+ *  infinities among them, the result is 1 with the sign of src[i]; a NaN comes out quiet.
  *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API Status luxsTanh_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API Status luxsTanh_32f_A21(const float* src, float* dst, int32_t len);

@@ -4,8 +4,8 @@
 // and a larger magnitude, and its arctangent.
 //
 // A24: the packed quotient chooses the cell alone; u = n/d is computed on the x87 unit. A21 and A11
-// stay packed; quotients below 2^-12 are their own arctangent there, so that nothing depends on how
-// the processor treats subnormal operands.
+// stay packed; arguments of Atan and quotients of Atan2 below 2^-12 pass as they are, so that
+// nothing depends on how the processor treats subnormal operands.
 #ifndef LUX_KERNELS_TRIG_ARCTANGENT_32F_H
 #define LUX_KERNELS_TRIG_ARCTANGENT_32F_H
 
@@ -34,11 +34,16 @@ static inline void arctangent_block(const Cases& cases, const Ratio& r, __m128 w
     dst[i] = inverse(kQuadratic, cases, double(n[i]) / d[i], cell + i, word + i);
 }
 
-// The angle between the axis of d and the point, then between that of the second source and it.
+// Where the result is the argument or the quotient itself.
+static inline __m128 is_tiny(__m128 x) { return _mm_cmplt_ps(x, _mm_set1_ps(0x1p-12f)); }
+
 template <const auto& kP>
-static inline __m128 packed_arctangent(const Ratio& r) {
-  const __m128 passes = _mm_cmplt_ps(r.q, _mm_set1_ps(0x1p-12f));
-  const __m128 y = select(passes, r.q, polynomial<kP>(r.q, _mm_mul_ps(r.q, r.q)));
+static inline __m128 packed_arctangent(__m128 q) {
+  return polynomial<kP>(q, _mm_mul_ps(q, q));
+}
+
+// The angle in the first quadrant from y, the angle between the point and the nearer axis.
+static inline __m128 from_axis(const Ratio& r, __m128 y) {
   return select(r.swapped, _mm_sub_ps(_mm_set1_ps(float(kHalfPi)), y), y);
 }
 

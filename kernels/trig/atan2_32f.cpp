@@ -93,7 +93,8 @@ static inline void block(const float* y, const float* x, float* dst) {
 template <const auto& kP, int kCount>
 static inline void packed(const float* y, const float* x, float* dst) {
   const Point p = load_point<kCount>(y, x);
-  const __m128 t = packed_arctangent<kP>(p.ratio);
+  const __m128 q = p.ratio.q, y1 = select(is_tiny(q), q, packed_arctangent<kP>(q));
+  const __m128 t = from_axis(p.ratio, y1);
   const __m128 left = _mm_sub_ps(_mm_set1_ps(kSinglePi), t);
   store_elements<kCount>(dst, _mm_or_ps(select(is_left(p), left, t), sign_of(p.y)));
 }

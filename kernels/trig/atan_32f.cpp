@@ -36,7 +36,9 @@ static inline void block(const float* src, float* dst) {
 template <const auto& kP, int kCount>
 static inline void packed(const float* src, float* dst) {
   const __m128 x = load_elements<kCount>(src);
-  const __m128 y = packed_arctangent<kP>(ratio_of(magnitude_of(x), _mm_set1_ps(1.0f)));
+  const __m128 a = magnitude_of(x);
+  const Ratio r = ratio_of(a, _mm_set1_ps(1.0f));
+  const __m128 y = select(is_tiny(a), a, from_axis(r, packed_arctangent<kP>(r.q)));
   store_elements<kCount>(dst, _mm_or_ps(y, sign_of(x)));
 }
 
