@@ -7,8 +7,8 @@
 //
 // A24: the root in two parts, packed: h is its leading 12 bits, whose square is exact, and
 // l = (z - h^2) / (sqrt z + h), so that h + l is sqrt z but for 2^-34. The rest goes through the
-// x87 unit. A21 and A11 stay packed, with the plain root; arguments below 2^-12 pass them as they
-// are, so that nothing depends on how the processor treats subnormal operands.
+// x87 unit. A21 and A11 stay packed, with the plain root; an arcsine below 2^-12 passes as it is,
+// so that nothing depends on how the processor treats subnormal operands.
 #ifndef LUX_KERNELS_TRIG_ARCSINE_32F_H
 #define LUX_KERNELS_TRIG_ARCSINE_32F_H
 

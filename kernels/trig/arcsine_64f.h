@@ -9,6 +9,10 @@
 // a - r grows evenly with the angle, between 1 and sqrt 2 times as fast, so one table serves all of
 // it and no path divides. The first angle is 0 and the last pi/2 exactly: there v is a and -r, and
 // small results keep their relative accuracy.
+//
+// The series is off by 2^-69 of v. The root, both products, their sum and the last two additions
+// round at 64 bits, each by at most a few 2^-64 of the result: together about 0.001 ulp beside the
+// last rounding.
 #ifndef LUX_KERNELS_TRIG_ARCSINE_64F_H
 #define LUX_KERNELS_TRIG_ARCSINE_64F_H
 

@@ -7,7 +7,9 @@
 //   t = (a d - b n) / (a n + b d),  angle = atan(n/d) + atan t,  |t| < 2^-6.9,
 //   atan t = t - t^3/3 + t^5/5 - t^7/7.
 //
-// The products are exact. Below 2^-8 nothing is turned, t = a/b; from 2^8 on pi/2, t = -b/a.
+// The products with a short n are exact. Below 2^-8 nothing is turned, t = a/b; from 2^8 on pi/2,
+// t = -b/a. The series moves a result by at most 2^-65.9 of it; the sums, the quotient and the last
+// two additions round at 64 bits: together about 0.0005 ulp beside the last rounding.
 #ifndef LUX_KERNELS_TRIG_ARCTANGENT_64F_H
 #define LUX_KERNELS_TRIG_ARCTANGENT_64F_H
 

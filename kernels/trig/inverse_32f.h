@@ -6,6 +6,10 @@
 //
 //   y = u ((c2 u + c1) u + c0), a quadratic of the cell k = round(512 u),
 //   result = constant + factor y, rounded once; the element's case chooses factor and constant.
+//
+// The quadratics are off by at most 2^-33.5 of y (their headers have the figures), the 53-bit steps
+// by less than 2^-50: 0.0014 ulp beside the last rounding. Cell 0 is 1 + c2 u^2, so small arguments
+// come out as they are.
 #ifndef LUX_KERNELS_TRIG_INVERSE_32F_H
 #define LUX_KERNELS_TRIG_INVERSE_32F_H
 
