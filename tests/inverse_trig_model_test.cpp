@@ -205,7 +205,7 @@ static uint32_t atan2_model(uint32_t y, uint32_t x, std::string_view grade) {
 
 static Extended odd_series(const double (&s)[3], const Extended& v) {
   const Extended w = v * v;
-  return v + ((Extended(s[0]) * w + Extended(s[1])) * w + Extended(s[2])) * w * v;
+  return v + ((Extended(s[0]) * w + Extended(s[1])) * w + Extended(s[2])) * (w * v);
 }
 static Extended sum(const double (&pair)[2]) { return Extended(pair[0]) + Extended(pair[1]); }
 
