@@ -80,9 +80,15 @@ static const void* loaded(std::string_view name) { return dlsym(RTLD_DEFAULT, na
 #define LUX_EACH_TYPE(letter)                                                         \
   "nox" #letter "MinN", "nox" #letter "Threading_1_1", "nox" #letter "Threading_2_1", \
       "nox" #letter "Threading_1_2", "nox" #letter "Threading_2_1_1"
+#define LUX_GRADES_OF(name) name "_HA", name "_LA", name "_A11"
+#define LUX_HANDLERS(prefix)                                      \
+  LUX_GRADES_OF(prefix "Sin_SC"), LUX_GRADES_OF(prefix "Cos_SC"), \
+      LUX_GRADES_OF(prefix "SinCos_SC"), LUX_GRADES_OF(prefix "Tan_SC")
 constexpr std::string_view kOtherExports[] = {
-    "luxvmGetLibVersion", "noxsError",      "noxdError",     LUX_EACH_TYPE(s),
-    LUX_EACH_TYPE(d),     LUX_EACH_TYPE(c), LUX_EACH_TYPE(z)};
+    "luxvmGetLibVersion", "noxsError",       "noxdError",       LUX_EACH_TYPE(s),
+    LUX_EACH_TYPE(d),     LUX_EACH_TYPE(c),  LUX_EACH_TYPE(z),  LUX_HANDLERS("noxs"),
+    LUX_HANDLERS("noxd"), "noxreduce_pio2d", "noxssqrt_scalar", "noxdsqrt_scalar",
+    "noxsqrtl_scalar",    "nox_sabs_scalar", "nox_dabs_scalar", "noxfabsl_scalar"};
 
 // This program's own noxsError and noxdError must not be taken for the library's.
 static std::vector<std::string> missing_exports(const std::string& library) {

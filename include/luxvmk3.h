@@ -135,6 +135,18 @@ LUX_API Status luxsInvSqrt_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API Status luxsInvSqrt_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API Status luxsInvSqrt_64f_A53(const double* src, double* dst, int32_t len);
 
+/* ---- Cube root --------------------------------------------------------------------------------
+ */
+
+/** dst[i] = cube root of src[i], with the sign of src[i].
+ *
+ *  Accuracy: 32f at most 0.607 ulp; all grades of a type are one computation.
+ *  Zeros, infinities and their signs pass, a NaN comes out quiet; subnormals have their cube root.
+ *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsCbrt_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCbrt_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCbrt_32f_A24(const float* src, float* dst, int32_t len);
+
 /* ---- Exponential ------------------------------------------------------------------------------
  */
 
@@ -185,36 +197,67 @@ LUX_API Status luxsLog10_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API Status luxsLog10_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API Status luxsLog10_64f_A53(const double* src, double* dst, int32_t len);
 
-/* ---- Cube root --------------------------------------------------------------------------------
+/* ---- Sine, cosine, tangent --------------------------------------------------------------------
  */
 
-/** dst[i] = cube root of src[i], with the sign of src[i].
+/** dst[i] = the sine of src[i], which is in radians and may have any size.
  *
- *  Accuracy: 32f at most 0.607 ulp; all grades of a type are one computation.
- *  Zeros, infinities and their signs pass, a NaN comes out quiet; subnormals have their cube root.
- *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsCbrt_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsCbrt_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsCbrt_32f_A24(const float* src, float* dst, int32_t len);
+ *  Accuracy: 32f A24 at most 0.802 ulp, A21 and A11 (one computation) at most 3.91 ulp.
+ *  64f at most 0.529 ulp, both grades are one computation.
+ *  32f beyond 500000 in magnitude (A24), 1000000 (A21, A11): 0.501 ulp, 64f from 128000 on: 0.52
+ * ulp, and then so are the other elements of the same block of four. sin(-x) is exactly -sin(x) and
+ * zeros keep their sign. An infinity gives the default NaN, code LUX_DOMAIN. A NaN comes out quiet
+ * in 32f; in 64f it gives the default NaN, without a code unless its upper word is 0x7FF00000
+ * without the sign. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+LUX_API Status luxsSin_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsSin_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsSin_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsSin_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsSin_64f_A53(const double* src, double* dst, int32_t len);
 
-/* ---- Hypotenuse -------------------------------------------------------------------------------
- */
-
-/** dst[i] = the square root of src1[i]^2 + src2[i]^2.
+/** dst[i] = the cosine of src[i], which is in radians and may have any size.
  *
- *  Accuracy: 32f at most 0.5001 ulp. 64f at most 1.23 ulp while the sum of the squares is a normal
- *  double, also under A53: the sum is rounded to a double before its root is taken.
- *  hypot(0, 0) is +0. A NaN in either source gives a quiet NaN, also beside an infinity; an infinity
- *  beside a number or an infinity gives +infinity.
- *  64f: a sum at or above 2^1024 gives 2^512, so hypot(1e300, 0) is 1.34e154. Two arguments that
- *  are both below 2^-523 are scaled up first; a larger one whose sum of squares is below 2^-1022
- *  gives a wrong result: hypot(2^-523, 0) is 1.05e-154.
- *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsHypot_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsHypot_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsHypot_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsHypot_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
-LUX_API Status luxsHypot_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
+ *  Accuracy: 32f A24 at most 0.802 ulp, A21 and A11 (one computation) at most 2.89 ulp.
+ *  64f at most 0.529 ulp, both grades are one computation.
+ *  32f beyond 500000 in magnitude (A24), 10048 (A21, A11): 0.501 ulp, 64f from 128000 on: 0.52 ulp,
+ *  and then so are the other elements of the same block of four.
+ *  The cosine of 0 is 1 in 64f and A24, and 1.0000001 in A21 and A11. Infinities and NaNs as for
+ * Sin. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+LUX_API Status luxsCos_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCos_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCos_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCos_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsCos_64f_A53(const double* src, double* dst, int32_t len);
+
+/** dst1[i] = the sine and dst2[i] = the cosine of src[i], which is in radians and may have any
+ *  size.
+ *
+ *  Accuracy: 32f A24 at most 0.564 ulp, A21 and A11 (one computation) at most 1.94 ulp; 64f A53 at
+ *  most 0.51 ulp, A50 at most 4 ulp. 32f beyond 1000000 in magnitude: 0.501 ulp, 64f from 128000
+ * on: 0.52 ulp, and then so are the other elements of the same block of four. The last bit may
+ * differ from what Sin and Cos give. Zeros give (that zero, 1). Infinities and NaNs as for Sin, in
+ * both. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+LUX_API Status luxsSinCos_32f_A11(const float* src, float* dst1, float* dst2, int32_t len);
+LUX_API Status luxsSinCos_32f_A21(const float* src, float* dst1, float* dst2, int32_t len);
+LUX_API Status luxsSinCos_32f_A24(const float* src, float* dst1, float* dst2, int32_t len);
+LUX_API Status luxsSinCos_64f_A50(const double* src, double* dst1, double* dst2, int32_t len);
+LUX_API Status luxsSinCos_64f_A53(const double* src, double* dst1, double* dst2, int32_t len);
+
+/** dst[i] = the tangent of src[i], which is in radians and may have any size.
+ *
+ *  Accuracy: 32f A24 at most 0.937 ulp, A21 and A11 (one computation) at most 3.88 ulp.
+ *  32f beyond 128000 in magnitude (A24), 500000 (A21, A11): 0.501 ulp, and then so are the other
+ *  elements of the same block of four.
+ *  64f A53 at most 0.51 ulp, A50 at most 4 ulp.
+ *  Zeros keep their sign; no result overflows. An infinity gives the default NaN, code LUX_DOMAIN.
+ *  A NaN comes out quiet in 32f; in 64f it gives the default NaN, without a code unless its upper
+ *  word is 0x7FF00000 without the sign.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+LUX_API Status luxsTan_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsTan_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsTan_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsTan_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsTan_64f_A53(const double* src, double* dst, int32_t len);
 
 /* ---- Inverse trigonometric functions ----------------------------------------------------------
  */
@@ -274,12 +317,30 @@ LUX_API Status luxsAtan2_64f_A53(const double* src1, const double* src2, double*
 /** dst[i] = hyperbolic tangent of src[i].
  *
  *  Accuracy: 32f at most 0.762 ulp; all grades of a type are one computation.
- *  Arguments up to 2^-126 in magnitude, zeros among them, pass as they are; from 10 on in magnitude,
- *  infinities among them, the result is 1 with the sign of src[i]; a NaN comes out quiet.
+ *  Arguments up to 2^-126 in magnitude, zeros among them, pass as they are; from 10 on in
+ * magnitude, infinities among them, the result is 1 with the sign of src[i]; a NaN comes out quiet.
  *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API Status luxsTanh_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API Status luxsTanh_32f_A21(const float* src, float* dst, int32_t len);
 LUX_API Status luxsTanh_32f_A24(const float* src, float* dst, int32_t len);
+
+/* ---- Hypotenuse -------------------------------------------------------------------------------
+ */
+
+/** dst[i] = the square root of src1[i]^2 + src2[i]^2.
+ *
+ *  Accuracy: 32f at most 0.5001 ulp. 64f at most 1.23 ulp while the sum of the squares is a normal
+ *  double, also under A53: the sum is rounded to a double before its root is taken.
+ *  hypot(0, 0) is +0. A NaN in either source gives a quiet NaN, also beside an infinity; an
+ * infinity beside a number or an infinity gives +infinity. 64f: a sum at or above 2^1024 gives
+ * 2^512, so hypot(1e300, 0) is 1.34e154. Two arguments that are both below 2^-523 are scaled up
+ * first; a larger one whose sum of squares is below 2^-1022 gives a wrong result: hypot(2^-523, 0)
+ * is 1.05e-154. Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsHypot_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsHypot_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsHypot_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsHypot_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
+LUX_API Status luxsHypot_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
 
 /* ---- Rounding to integers: exact, no grade, never threaded, nothing reported -------------------
  */
@@ -333,6 +394,52 @@ LUX_API int32_t noxsError(int32_t code, int32_t index, const float* argument1,
 LUX_API int32_t noxdError(int32_t code, int32_t index, const double* argument1,
                           const double* argument2, const double* result1, const double* result2,
                           const char* name);
+
+/* ---- Large arguments of sine, cosine and tangent ----------------------------------------------
+ */
+
+/** One element of a trigonometric function, of any size: what the vector functions call for
+ *  elements beyond their own reduction. The function of src[index] goes to dst[index]; a null or
+ *  wrong pointer is not noticed. An infinity gives the default NaN and is reported to noxsError or
+ *  noxdError with LUX_DOMAIN and the name of the handler, such as "sSin_HA"; *status then becomes
+ *  LUX_DOMAIN and is otherwise left alone. A single NaN comes out quiet; a double NaN gives the
+ *  default NaN, and is reported like an infinity when its upper word is 0x7FF00000 without the
+ *  sign. HA, LA and A11 differ in the reported name only. */
+LUX_API void noxsSin_SC_HA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsSin_SC_LA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsSin_SC_A11(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsCos_SC_HA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsCos_SC_LA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsCos_SC_A11(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsSinCos_SC_HA(int32_t index, const float* src, float* dst_sin, float* dst_cos,
+                              int32_t* status);
+LUX_API void noxsSinCos_SC_LA(int32_t index, const float* src, float* dst_sin, float* dst_cos,
+                              int32_t* status);
+LUX_API void noxsSinCos_SC_A11(int32_t index, const float* src, float* dst_sin, float* dst_cos,
+                               int32_t* status);
+LUX_API void noxsTan_SC_HA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsTan_SC_LA(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxsTan_SC_A11(int32_t index, const float* src, float* dst, int32_t* status);
+LUX_API void noxdSin_SC_HA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdSin_SC_LA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdSin_SC_A11(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdCos_SC_HA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdCos_SC_LA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdCos_SC_A11(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdSinCos_SC_HA(int32_t index, const double* src, double* dst_sin, double* dst_cos,
+                              int32_t* status);
+LUX_API void noxdSinCos_SC_LA(int32_t index, const double* src, double* dst_sin, double* dst_cos,
+                              int32_t* status);
+LUX_API void noxdSinCos_SC_A11(int32_t index, const double* src, double* dst_sin, double* dst_cos,
+                               int32_t* status);
+LUX_API void noxdTan_SC_HA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdTan_SC_LA(int32_t index, const double* src, double* dst, int32_t* status);
+LUX_API void noxdTan_SC_A11(int32_t index, const double* src, double* dst, int32_t* status);
+
+/** The finite x less the multiple of pi/2 nearest to it, or one of the two nearest where they are
+ *  about equally far: reduced[0] + reduced[1], at most a little over pi/4 in magnitude. Returns the
+ *  multiple modulo 4. Wants the x87 unit to round to nearest with 53 bits or more. */
+LUX_API int32_t noxreduce_pio2d(double x, double* reduced);
 
 /* ---- Scalar routines ---------------------------------------------------------------------------
  *

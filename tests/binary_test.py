@@ -18,6 +18,8 @@ FIXED |= {"nox_sabs_scalar", "nox_dabs_scalar", "noxfabsl_scalar"}
 FIXED |= {"noxssqrt_scalar", "noxdsqrt_scalar", "noxsqrtl_scalar"}
 FIXED |= {f"nox{t}MinN" for t in TYPES}
 FIXED |= {f"nox{t}Threading_{s}" for t in TYPES for s in SHAPES}
+FIXED |= {f"nox{t}{f}_SC_{v}" for t in "sd" for f in ("Sin", "Cos", "SinCos", "Tan")
+          for v in ("HA", "LA", "A11")} | {"noxreduce_pio2d"}
 CORE_NAMES = {"threads_omp_of_n_lux", "luxcoreSetNumThreads", "luxcoreGetNumThreads"}
 LIBC = {"getpid", "memcmp", "memcpy", "memset", "sched_getaffinity", "sysconf", "__errno_location",
         "__sched_cpucount", "__sched_cpualloc", "__sched_cpufree", "malloc", "free",

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+//
+// What the handlers of both types share: infinities and NaNs, reports, the control word. Their
+// files bring _dSin(x), _dCos(x), _dTan(x) and _dSinCos(x, cosine) of the finite element at x.
+#ifndef LUX_KERNELS_TRIG_LARGE_HANDLER_H
+#define LUX_KERNELS_TRIG_LARGE_HANDLER_H
+
+#include "core/bits.h"
+#include "core/control.h"
+#include "kernels/trig/large_argument.h"
+
+static inline void call_error(int32_t index, const float* src, const float* dst1, const float* dst2,
+                              const char* name) {
+  noxsError(LUX_DOMAIN, index, src, src, dst1, dst2, name);
+}
+
+static inline void call_error(int32_t index, const double* src, const double* dst1,
+                              const double* dst2, const char* name) {
+  noxdError(LUX_DOMAIN, index, src, src, dst1, dst2, name);
+}
+
+static inline bool is_special(const float* x) {
+  return magnitude<float>(load_bits(x)) >= Format<float>::kInf;
+}
+
+static inline bool is_special(const double* x) {
+  return (load_words(x).upper & 0x7FF00000) == 0x7FF00000;
+}
+
+static inline bool is_infinite(const float* x) {
+  return magnitude<float>(load_bits(x)) == Format<float>::kInf;
+}
+
+// Deliberate: only the upper word is looked at, so a NaN may pass for an infinity.
+static inline bool is_infinite(const double* x) {
+  return (load_words(x).upper & 0x7FFFFFFF) == 0x7FF00000;
+}
+
+static inline uint32_t nan_for(const float* x) {
+  return is_infinite(x) ? 0xFFC00000 : quieted<float>(load_bits(x));
+}
+
+static inline uint64_t nan_for(const double*) { return 0xFFF8000000000000; }
+
+template <class E>
+__attribute__((noinline, cold)) static void special(int32_t i, const E* src, E* dst1, E* dst2,
+                                                    int32_t* status, const char* name) {
+  const bool reported = is_infinite(src + i);
+  const auto nan = nan_for(src + i);
+  store_bits(dst1 + i, nan);
+  store_bits(dst2 + i, nan);
+  if (!reported) return;
+  call_error(i, src, dst1, dst2, name);
+  *status = LUX_DOMAIN;
+}
+
+// The functions are not inlined into their three handlers each.
+#define LUX_SCALAR static __attribute__((noinline, regparm(3)))
+
+template <class E, class Function>
+static inline void one_result(Function function, int32_t i, const E* src, E* dst, int32_t* status,
+                              const char* name) {
+  if (is_special(src + i)) return special(i, src, dst, dst, status, name);
+  const uint16_t control = x87_enter(X87_EXTENDED);
+  dst[i] = E(function(src + i));
+  x87_leave(control, X87_EXTENDED);
+}
+
+template <class E, class Function>
+static inline void two_results(Function function, int32_t i, const E* src, E* dst_sin, E* dst_cos,
+                               int32_t* status, const char* name) {
+  if (is_special(src + i)) return special(i, src, dst_sin, dst_cos, status, name);
+  const uint16_t control = x87_enter(X87_EXTENDED);
+  dst_sin[i] = E(function(src + i, dst_cos + i));
+  x87_leave(control, X87_EXTENDED);
+}
+
+#define LUX_HANDLER(letter, E, function, variant)                                               \
+  void nox##letter##function##_SC_##variant(int32_t i, const E* src, E* dst, int32_t* status) { \
+    one_result(_d##function, i, src, dst, status, #letter #function "_" #variant);              \
+  }
+
+#define LUX_HANDLERS(letter, E, variant)                                                 \
+  LUX_HANDLER(letter, E, Sin, variant)                                                   \
+  LUX_HANDLER(letter, E, Cos, variant)                                                   \
+  LUX_HANDLER(letter, E, Tan, variant)                                                   \
+  void nox##letter##SinCos_SC_##variant(int32_t i, const E* src, E* dst_sin, E* dst_cos, \
+                                        int32_t* status) {                               \
+    two_results(_dSinCos, i, src, dst_sin, dst_cos, status, #letter "SinCos_" #variant); \
+  }
+
+#endif

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+//
+// tan x of single-precision arrays: n = round(x / (pi/2)), r = x - n pi/2, |r| <= pi/4,
+//
+//   tan r = (r + T1 r^3) / (1 + U1 r^2 + U2 r^4),
+//
+// and the negated reciprocal when n is odd.
+//
+//   A24        |x| <= 128000    53-bit precision; worst error 0.9356 ulp, at 0x4078225B
+//   A21, A11   |x| <= 500000    single precision; worst error 3.8719 ulp, at 0x4017F616
+//   beyond                      the handlers of large arguments
+#include "kernels/trig/trig_32f.h"
+
+constexpr uint32_t kBoundA24 = 0x47FA0000;  // 128000
+constexpr uint32_t kBoundA21 = 0x48F42400;  // 500000
+
+constexpr double kT1 = -0x1.8867706ed6612p-4;
+constexpr double kU1 = -0x1.b76f5e7f08c11p-2;
+constexpr double kU2 = 0x1.3e66ea6aa37f2p-7;
+
+// Deliberate: zeros take the slow path.
+static inline bool in_range(uint32_t x, uint32_t bound) { return 2 * x - 2 <= 2 * bound - 2; }
+
+static void tangent_x87(const float* src, float* dst, int32_t count) {
+  int32_t n[kChunk];
+  double r[kChunk];
+  for (int32_t i = 0; i < count; ++i) store_nearest_integer(n + i, src[i] * kHalfPi.inverse);
+  reduce_pass(src, n, r, count, kHalfPi);
+  for (int32_t i = 0; i < count; ++i) {
+    const double r2 = r[i] * r[i];
+    double quotient[2];  // numerator and denominator
+    quotient[0] = r[i] + kT1 * r[i] * r2;
+    quotient[1] = 1 + r2 * (kU1 + r2 * kU2);
+    const uint32_t odd = uint32_t(n[i]) & 1;
+    store_signed(dst + i, quotient[odd] / quotient[odd ^ 1], odd << 31);
+  }
+}
+
+static Status tan_a24(const float* src, float* dst, int32_t len) {
+  return run_a24(
+      {src, src, dst, dst}, len, [](uint32_t x) { return in_range(x, kBoundA24); },
+      [=](int32_t first, int32_t count) { tangent_x87(src + first, dst + first, count); },
+      [=](int32_t i, Status* status) { noxsTan_SC_HA(i, src, dst, status); });
+}
+
+static Status tan_a21(const float* src, float* dst, int32_t len) {
+  return run_a21(
+      {src, src, dst, dst}, len, kHalfPi, [](uint32_t x) { return in_range(x, kBoundA21); },
+      [](__m128 x) { return nearest_multiple(x * float(kHalfPi.inverse)); },
+      [](__m128 shifted, __m128 r, float* y, float*) {
+        const __m128 r2 = r * r, odd = bit_mask(shifted, 1);
+        const __m128 numerator = r + float(kT1) * r * r2;
+        const __m128 denominator = 1.0f + float(kU1) * r2 + float(kU2) * r2 * r2;
+        const __m128 change = _mm_and_ps(odd, _mm_xor_ps(numerator, denominator));
+        const __m128 quotient = _mm_xor_ps(numerator, change) / _mm_xor_ps(denominator, change);
+        store_block(y, _mm_xor_ps(quotient, sign_where(odd)));
+      },
+      [=](int32_t i, Status* status) { noxsTan_SC_LA(i, src, dst, status); });
+}
+
+LUX_KERNEL(Tan, 32f, A24, 1_1) { return tan_a24(src, dst, len); }
+LUX_KERNEL(Tan, 32f, A21, 1_1) { return tan_a21(src, dst, len); }
+LUX_KERNEL_ALIAS(Tan, 32f, A11, 1_1, A21)

@@ -1,0 +1,225 @@
+// SPDX-License-Identifier: MIT
+//
+// What the single-precision sine, cosine and tangent share: the walk over the array and the
+// reduction by multiples of pi or pi/2, r = (x - n high) - n low.
+//
+// A24 computes on the x87 unit at 53-bit precision, in passes over up to 32 elements: one element
+// is a chain of operations that would leave the unit waiting. A21 and A11 are one computation on
+// four packed lanes; only n high and n low are subtracted on the x87 unit, at 64-bit precision, and
+// r is rounded to single. Where n = 0, r = x exactly, so that small arguments need no path of their
+// own.
+#ifndef LUX_KERNELS_TRIG_TRIG_32F_H
+#define LUX_KERNELS_TRIG_TRIG_32F_H
+
+#include <xmmintrin.h>
+
+#include "kernels/arith/frame.h"
+#include "kernels/trig/large_argument.h"
+
+// The high part ends with 18 zero bits, so that n high is exact.
+struct Period {
+  double inverse, high, low;
+};
+constexpr Period kPi = {0x1.45f306dc9c883p-2, 0x1.921fb5444p+1, 0x1.68c234c4c6629p-38};
+constexpr Period kHalfPi = {0x1.45f306dc9c883p-1, 0x1.921fb5444p+0, 0x1.68c234c4c6629p-39};
+constexpr double kPiOver2 = 0x1.921fb54442d18p+0;  // rounded once
+
+// Magnitude at or below a bound, by patterns: doubling drops the sign.
+static inline bool within(uint32_t x, uint32_t bound) { return 2 * x <= 2 * bound; }
+
+template <class InRange>
+static inline bool block_in_range(const float* x, InRange in_range) {
+  return in_range(load_bits(x)) && in_range(load_bits(x + 1)) && in_range(load_bits(x + 2)) &&
+         in_range(load_bits(x + 3));
+}
+
+// in_range(x)          whether the kernel itself can reduce an element with this pattern
+// blocks(first, last)  the kernel's fast step
+// single(i)            computes an element in range behind the last whole block
+// large(i, status)     any element, through its handler
+//
+// A block with one element out of range goes to the handler as a whole.
+template <class Control, class InRange, class Blocks, class Single, class Large>
+static inline Status run_trig(const Arrays<float>& a, int32_t len, InRange in_range, Blocks blocks,
+                              Single single, Large large) {
+  const float* const src = a.src1;
+  const int32_t whole = len - len % 4;
+  return run_kernel<Control, 4>(a, len, blocks, [=](int32_t i, Status* status) {
+    if (i >= whole && in_range(load_bits(src + i)))
+      single(i);
+    else
+      large(i, status);
+  });
+}
+
+// r of one element, with high and low on the stack.
+// clang-format off
+#define REDUCE(load, n, x, store, r)                            \
+  load " " n "; fmul %%st(1), %%st; fsubrs " x "\n\t"           \
+  load " " n "; fmul %%st(3), %%st; fsubrp %%st, %%st(1)\n\t"   \
+  store " " r "\n\t"
+// clang-format on
+
+// ---- A24
+
+constexpr int32_t kChunk = 32;
+
+static inline void store_nearest_integer(int32_t* n, double t) {
+  asm("fistpl %0" : "=m"(*n) : "t"(t) : "st");
+}
+
+static inline void reduce_pass(const float* x, const int32_t* n, double* r, int32_t count,
+                               const Period& period) {
+  const long double high = load_extended(&period.high), low = load_extended(&period.low);
+  for (int32_t i = 0; i < count; ++i)
+    asm volatile(REDUCE("fildl", "%[n]", "%[x]", "fstpl", "%[r]")
+                 : [r] "=m"(r[i])
+                 : [x] "m"(x[i]), [n] "m"(n[i]), "t"(high), "u"(low)
+                 : "st(2)", "st(3)");
+}
+
+// Rounded to single, then given a sign.
+static inline void store_signed(float* to, double value, uint32_t sign) {
+  const float rounded = store_f32(float(value));
+  store_bits(to, load_bits(&rounded) ^ sign);
+}
+
+// compute(first, count): up to kChunk elements in range.
+template <class InRange, class Compute, class Large>
+static inline Status run_a24(const Arrays<float>& a, int32_t len, InRange in_range, Compute compute,
+                             Large large) {
+  const float* const src = a.src1;
+  return run_trig<X87Nearest<X87_DOUBLE>>(
+      a, len, in_range,
+      [=](int32_t first, int32_t last) {
+        while (first < last) {
+          const int32_t limit = last - first < kChunk ? last : first + kChunk;
+          int32_t end = first;
+          while (end < limit && block_in_range(src + end, in_range)) end += 4;
+          if (end == first) break;
+          compute(first, end - first);
+          first = end;
+        }
+        return first;
+      },
+      [=](int32_t i) { compute(i, 1); }, large);
+}
+
+// ---- A21 and A11
+
+struct X87ExtendedAndSse {
+  X87Nearest<X87_EXTENDED> x87;
+  SseNearest sse;
+  void leave() const {
+    sse.leave();
+    x87.leave();
+  }
+};
+
+struct alignas(16) Lanes {
+  float lane[4];
+};
+struct UnalignedLanes {
+  float lane[4];
+};
+
+// Compilers for old processors make two halves of an unaligned access, which is slower today.
+static inline __m128 load_block(const float* x) {
+  __m128 block;
+  asm("movups %1, %0" : "=x"(block) : "m"(*reinterpret_cast<const UnalignedLanes*>(x)));
+  return block;
+}
+
+static inline void store_block(float* y, __m128 block) {
+  asm("movups %1, %0" : "=m"(*reinterpret_cast<UnalignedLanes*>(y)) : "x"(block));
+}
+
+static inline __m128 all_lanes(uint32_t pattern) {
+  return _mm_set1_ps(__builtin_bit_cast(float, pattern));
+}
+
+// Its ulp is 1: t + kShifter is rounded to an integer n and has n in its low bits.
+constexpr float kShifter = 0x1.8p+23f;
+
+struct Located {
+  __m128 shifted;   // t + kShifter
+  __m128 multiple;  // of the period
+};
+
+static inline Located nearest_multiple(__m128 t) {
+  const __m128 shifted = t + kShifter;
+  return {shifted, shifted - kShifter};
+}
+
+// All ones in the lanes where that bit of n is set. The exponent of the sum stays in place, so that
+// normal numbers are compared; its pattern is no NaN, which would not survive an unoptimised build.
+static inline __m128 bit_mask(__m128 shifted, uint32_t bit) {
+  const __m128 mask = all_lanes(0x4B000000 | bit);
+  return _mm_cmpeq_ps(_mm_and_ps(shifted, mask), mask);
+}
+
+static inline __m128 sign_where(__m128 mask) { return _mm_and_ps(mask, all_lanes(0x80000000)); }
+
+#define REDUCE_LANE(lane) \
+  REDUCE("flds", "4*" #lane "(%[n])", "4*" #lane "(%[x])", "fstps", "4*" #lane "(%[r])")
+
+static inline void reduce_block(const float* x, __m128 multiple, Lanes* r, long double high,
+                                long double low) {
+  Lanes n;
+  _mm_store_ps(n.lane, multiple);
+  asm volatile(REDUCE_LANE(0) REDUCE_LANE(1) REDUCE_LANE(2) REDUCE_LANE(3)
+               : "=m"(*r)
+               : [x] "r"(x), [r] "r"(r), [n] "r"(n.lane), "t"(high), "u"(low), "m"(n),
+                 "m"(*reinterpret_cast<const UnalignedLanes*>(x))
+               : "st(2)", "st(3)");
+}
+
+// A packed load soon after the four single stores of r waits for them, so a block is finished when
+// the eighth block behind it is due.
+//
+// locate(x)                    n, as the sum with kShifter, and the multiple of the period
+// finish(shifted, r, y1, y2)   stores the results
+template <class InRange, class Locate, class Finish, class Large>
+static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& period,
+                             InRange in_range, Locate locate, Finish finish, Large large) {
+  constexpr uint32_t kDelay = 8;
+  return run_trig<X87ExtendedAndSse>(
+      a, len, in_range,
+      [=](int32_t first, int32_t last) {
+        Lanes shifted[kDelay], r[kDelay];
+        const long double high = load_extended(&period.high), low = load_extended(&period.low);
+        int32_t i = first, done = first;
+        const auto finish_one = [&] {
+          const uint32_t slot = uint32_t(done) / 4 % kDelay;
+          finish(_mm_load_ps(shifted[slot].lane), _mm_load_ps(r[slot].lane), a.dst1 + done,
+                 a.dst2 + done);
+          done += 4;
+        };
+        for (; i < last && block_in_range(a.src1 + i, in_range); i += 4) {
+          if (i - done == 4 * kDelay) finish_one();
+          const uint32_t slot = uint32_t(i) / 4 % kDelay;
+          const Located at = locate(load_block(a.src1 + i));
+          _mm_store_ps(shifted[slot].lane, at.shifted);
+          reduce_block(a.src1 + i, at.multiple, &r[slot], high, low);
+        }
+        while (done < i) finish_one();
+        return i;
+      },
+      [=](int32_t i) {
+        const long double high = load_extended(&period.high), low = load_extended(&period.low);
+        const Located at = locate(_mm_load_ss(a.src1 + i));
+        float n, r;
+        Lanes y1, y2;
+        _mm_store_ss(&n, at.multiple);
+        asm volatile(REDUCE("flds", "%[n]", "%[x]", "fstps", "%[r]")
+                     : [r] "=m"(r)
+                     : [x] "m"(a.src1[i]), [n] "m"(n), "t"(high), "u"(low)
+                     : "st(2)", "st(3)");
+        finish(at.shifted, _mm_load_ss(&r), y1.lane, y2.lane);
+        store_bits(a.dst1 + i, load_bits(y1.lane));
+        if (a.dst2 != a.dst1) store_bits(a.dst2 + i, load_bits(y2.lane));
+      },
+      large);
+}
+
+#endif

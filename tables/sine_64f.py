@@ -1,0 +1,103 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""Polynomials of the double-precision sine on 65 intervals of |r|, and pi in four parts.
+
+Row j approximates sin r = r + r^3 (C0 + C1 u + C2 u^2 + C3 u^3 + C4 u^4), u = r^2, on |r| within
+pi/254 of j pi/127. Rows 0 and 64 are fixed; the others interpolate at five Chebyshev nodes in u.
+Rounding each of their coefficients on its own would cost 0.38 ulp. So they are rounded one after
+another, and each time those that are left are fitted anew, at the same nodes, to what is left.
+"""
+import mpmath
+import tablegen
+
+PI = mpmath.pi
+STEPS = 127
+FIXED = {
+    0: (-0.16666666666666666, 0.008333333333333333, -0.00019841269841269698, 2.755731922210186e-06,
+        -2.5051823200351557e-08),
+    64: (-0.16666665171049472, 0.008333303420935396, -0.00019838874022732182,
+         2.7461144259669618e-06, -2.3110163778536015e-08),
+}
+
+
+def cubic_part(u):
+    """(sin r - r) / r^3"""
+    r = mpmath.sqrt(u)
+    return (mpmath.sin(r) - r) / r**3
+
+
+def horner(coefficients, u):
+    return mpmath.polyval(list(reversed(coefficients)), u)
+
+
+def fitted(values, nodes, powers):
+    """Coefficients of these powers: interpolation, or least squares with fewer powers than nodes."""
+    matrix = mpmath.matrix([[u**p for p in powers] for u in nodes])
+    return mpmath.lu_solve(matrix, mpmath.matrix(values))
+
+
+def bounds(j):
+    return max(0, j - mpmath.mpf(1) / 2) * PI / STEPS, (j + mpmath.mpf(1) / 2) * PI / STEPS
+
+
+def row(j):
+    if j in FIXED:
+        return [mpmath.mpf(c) for c in FIXED[j]]
+    low, high = (r * r for r in bounds(j))
+    nodes = [(low + high) / 2 + (high - low) / 2 * mpmath.cos((2 * k + 1) * PI / 10)
+             for k in range(5)]
+    values = [cubic_part(u) for u in nodes]
+    rounded = []
+    for power in range(5):
+        c = tablegen.rounded(fitted(values, nodes, range(power, 5))[0], 53)
+        rounded.append(c)
+        values = [value - c * u**power for value, u in zip(values, nodes)]
+    return rounded
+
+
+def worst_error(j, coefficients):
+    """In ulp of the sine, before any rounding of the computation."""
+    low, high = bounds(j)
+    high = min(high, PI / 2)
+    worst = mpmath.mpf(0)
+    for k in range(33):
+        r = low + (high - low) * k / 32
+        if r == 0:
+            continue
+        exact = mpmath.sin(r)
+        error = r + r**3 * horner(coefficients, r * r) - exact
+        ulp = mpmath.power(2, mpmath.floor(mpmath.log(exact, 2)) - 52)
+        worst = max(worst, abs(error) / ulp)
+    return worst
+
+
+rows = [row(j) for j in range(65)]
+errors = [worst_error(j, coefficients) for j, coefficients in enumerate(rows)]
+worst = max(range(65), key=lambda j: errors[j])
+
+# pi = P1 + P2 + P3 + P4. The first two are used as one of 45 bits: its product with the 17 bits of a
+# multiple of pi/2 is exact in extended precision, and so is that of P3.
+P1, P2, P3, P4 = (mpmath.mpf(float.fromhex(p)) for p in (
+    "0x1.921fb40000000p+1", "0x1.4442d00000000p-23", "0x1.8469880000000p-47",
+    "0x1.8cc51701b839ap-71"))
+
+body = "\n".join([
+    f"// Largest error of the polynomials: {mpmath.nstr(errors[worst], 3)} ulp, in row {worst}; "
+    f"of rows 1 to 63 {mpmath.nstr(max(errors[1:64]), 3)} ulp.",
+    f"// Error of p12 + p3 + p4: {mpmath.nstr(P1 + P2 + P3 + P4 - PI, 3)}.",
+    "alignas(64) static const struct {",
+    "  double inv_pi;       // 1/pi",
+    "  double p12, p3, p4;  // pi in parts of 45, 22 and 53 bits",
+    "  double rows;         // 127/pi",
+    "  double half_pi;      // pi/2",
+    "  double c[65][5];     // C0 to C4",
+    "  float half;",
+    "} static_const_table = {",
+    *[f"    {tablegen.double(value)}," for value in (1 / PI, P1 + P2, P3, P4, STEPS / PI, PI / 2)],
+    "    {",
+    *["        {" + ", ".join(tablegen.double(c) for c in coefficients) + "}," for coefficients in rows],
+    "    },",
+    "    0.5f,",
+    "};",
+])
+tablegen.main("kernels/trig/sine_64f_table.h", __file__, body)

@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: MIT
+//
+// The exported handlers of large trigonometric arguments and their reduction, which vector
+// functions reach for a part of all arguments only. This program's own report functions see their
+// reports.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "bench/accuracy/arguments.h"
+#include "luxvmk3.h"
+#include "tests/mpfr_number.h"
+
+struct Report {
+  int32_t code, index;
+  const void *argument1, *argument2, *result1, *result2;
+  std::string name;
+  bool operator==(const Report&) const = default;
+};
+static std::vector<Report> reports;
+
+int32_t noxsError(int32_t code, int32_t index, const float* a1, const float* a2, const float* r1,
+                  const float* r2, const char* name) {
+  reports.push_back({code, index, a1, a2, r1, r2, name});
+  return 0;  // not used by the library
+}
+int32_t noxdError(int32_t code, int32_t index, const double* a1, const double* a2, const double* r1,
+                  const double* r2, const char* name) {
+  reports.push_back({code, index, a1, a2, r1, r2, name});
+  return 0;
+}
+
+template <class E>
+struct Handler {
+  std::string name;
+  int (*exact)(mpfr_ptr, mpfr_srcptr, mpfr_rnd_t);  // none for both at once
+  void (*one)(int32_t, const E*, E*, int32_t*);
+  void (*two)(int32_t, const E*, E*, E*, int32_t*) = nullptr;
+
+  void operator()(int32_t i, const E* src, E* dst1, E* dst2, int32_t* status) const {
+    two ? two(i, src, dst1, dst2, status) : one(i, src, dst1, status);
+  }
+};
+#define VARIANTS(letter, function, exact)                                \
+  {#letter #function "_HA", exact, nox##letter##function##_SC_HA},       \
+      {#letter #function "_LA", exact, nox##letter##function##_SC_LA}, { \
+#letter #function "_A11", exact, nox##letter##function##_SC_A11      \
+  }
+#define BOTH(letter, variant) \
+  { #letter "SinCos_" #variant, nullptr, nullptr, nox##letter##SinCos_SC_##variant }
+static const std::vector<Handler<float>> kSingle = {VARIANTS(s, Sin, mpfr_sin),
+                                                    VARIANTS(s, Cos, mpfr_cos),
+                                                    VARIANTS(s, Tan, mpfr_tan),
+                                                    BOTH(s, HA),
+                                                    BOTH(s, LA),
+                                                    BOTH(s, A11)};
+static const std::vector<Handler<double>> kDouble = {VARIANTS(d, Sin, mpfr_sin),
+                                                     VARIANTS(d, Cos, mpfr_cos),
+                                                     VARIANTS(d, Tan, mpfr_tan),
+                                                     BOTH(d, HA),
+                                                     BOTH(d, LA),
+                                                     BOTH(d, A11)};
+
+// Of every binade from `first` on the numbers nearest to multiples of pi/2, and random ones.
+template <class U>
+static std::vector<U> hard_arguments(int first, int random_per_binade) {
+  Random random{3};
+  std::vector<U> all;
+  for (int exponent = first; exponent <= Format<U>::bias; ++exponent) {
+    std::vector<uint64_t> found = bench::nearest_to_pi_multiples(exponent, sizeof(U));
+    for (int k = 0; k < random_per_binade; ++k)
+      found.push_back(U(exponent + Format<U>::bias) << Format<U>::mantissa |
+                      (U(random.next()) & ((U(1) << Format<U>::mantissa) - 1)));
+    for (const uint64_t x : found) {
+      all.push_back(U(x));
+      all.push_back(U(x) | kSign<U>);
+    }
+  }
+  return all;
+}
+
+TEST(Reduction, HasAHundredBitsOfEveryHardDouble) {
+  Number<1300> half_pi, x, turns, quarter, exact, pair;
+  mpfr_const_pi(half_pi.value, MPFR_RNDN);
+  mpfr_div_2ui(half_pi.value, half_pi.value, 1, MPFR_RNDN);
+  std::vector<uint64_t> arguments = hard_arguments<uint64_t>(-1, 4);
+  arguments.push_back(0x7506AC5B262CA1FF);  // 6381956970095103 2^797, the nearest of all
+  for (const double bound : {0x1p17, 0x1p30})
+    for (int step = -2; step <= 2; ++step) arguments.push_back(bits(bound) + step);
+  for (const uint16_t control : {0x027F, 0x037F}) {
+    int failures = 0;
+    for (const uint64_t pattern : arguments) {
+      double reduced[2];
+      set({control});
+      const int32_t quadrant = noxreduce_pio2d(std::bit_cast<double>(pattern), reduced);
+      set({});
+      set_exact(x.value, pattern);
+      turns = x / half_pi;
+      mpfr_rint(turns.value, turns.value, MPFR_RNDN);
+      exact = x - turns * half_pi;
+      mpfr_fmod_ui(quarter.value, turns.value, 4, MPFR_RNDN);
+      pair = Number<1300>(reduced[0]) + Number<1300>(reduced[1]);
+      const Number<1300> error = (pair - exact) / exact;
+      const double relative = mpfr_get_d(error.value, MPFR_RNDN);
+      const bool normal = std::abs(reduced[1]) <= std::ldexp(std::abs(reduced[0]), -53);
+      const int32_t want = (int32_t(mpfr_get_si(quarter.value, MPFR_RNDN)) + 4) & 3;
+      if ((quadrant != want || std::abs(relative) > 0x1p-100 || !normal) && failures++ < 10)
+        ADD_FAILURE() << "0x" << std::hex << pattern << " under 0x" << control << ": quadrant "
+                      << quadrant << " of " << want << ", " << std::hexfloat << reduced[0] << " + "
+                      << reduced[1] << ", off by " << std::defaultfloat << relative;
+    }
+    EXPECT_EQ(failures, 0);
+  }
+}
+
+TEST(Reduction, LeavesArgumentsNextToZeroAsTheyAre) {
+  for (const double x : {0.0, -0.0, 0.5, -0.78, 1e-320}) {
+    double reduced[2];
+    EXPECT_EQ(noxreduce_pio2d(x, reduced), 0);
+    EXPECT_NEAR(reduced[0], x, std::abs(x) * 0x1p-53);
+    EXPECT_EQ(std::signbit(reduced[0]), std::signbit(x));
+  }
+}
+
+template <class U, class E = typename Format<U>::Real>
+static void expect_accurate(const std::vector<Handler<E>>& handlers, double bound) {
+  std::vector<U> arguments = hard_arguments<U>(-8, 6);
+  for (const double step : {0x1p17, 0x1p30})
+    for (int k = -2; k <= 2; ++k) arguments.push_back(bits(E(step)) + U(k));
+  Number<200> x, exact;
+  const auto check = [&](const Handler<E>& h, decltype(mpfr_sin)* function, U argument, E result) {
+    set_exact(x.value, argument);
+    function(exact.value, x.value, MPFR_RNDN);
+    const double ulp = bench::error_of(bits(result), sizeof(U), exact.value).ulp;
+    if (!(ulp <= bound))
+      ADD_FAILURE() << h.name << " of 0x" << std::hex << argument << ": " << ulp << " ulp";
+  };
+  for (const Handler<E>& h : handlers) {
+    if (!h.name.ends_with("HA")) continue;
+    for (const U argument : arguments) {
+      const E source = std::bit_cast<E>(argument);
+      E first, second;
+      int32_t status = 0;
+      h(0, &source, &first, &second, &status);
+      check(h, h.two ? mpfr_sin : h.exact, argument, first);
+      if (h.two) check(h, mpfr_cos, argument, second);
+      ASSERT_EQ(status, 0);
+    }
+  }
+}
+TEST(Handlers, AreAccurateForHardSingles) { expect_accurate<uint32_t>(kSingle, 0.501); }
+TEST(Handlers, AreAccurateForHardDoubles) { expect_accurate<uint64_t>(kDouble, 0.502); }
+
+template <class U>
+struct Special {
+  U argument, sine, cosine;
+  bool reported;
+};
+constexpr Special<uint32_t> kSpecialSingles[] = {
+    {0x00000000, 0x00000000, 0x3F800000, false}, {0x80000000, 0x80000000, 0x3F800000, false},
+    {0x00000001, 0x00000001, 0x3F800000, false}, {0x80000001, 0x80000001, 0x3F800000, false},
+    {0x7F800000, 0xFFC00000, 0xFFC00000, true},  {0xFF800000, 0xFFC00000, 0xFFC00000, true},
+    {0x7F800001, 0x7FC00001, 0x7FC00001, false}, {0xFFC12345, 0xFFC12345, 0xFFC12345, false}};
+constexpr uint64_t kDefaultNaN = 0xFFF8000000000000;
+constexpr Special<uint64_t> kSpecialDoubles[] = {
+    {0x0000000000000000, 0x0000000000000000, 0x3FF0000000000000, false},
+    {0x8000000000000000, 0x8000000000000000, 0x3FF0000000000000, false},
+    {0x8000000000000001, 0x8000000000000001, 0x3FF0000000000000, false},
+    {0x000FFFFFFFFFFFFF, 0x000FFFFFFFFFFFFF, 0x3FF0000000000000, false},
+    {0x302FFFFFFFFFFFFF, 0x302FFFFFFFFFFFFF, 0x3FF0000000000000, false},  // below 2^-252
+    {0x3030000000000000, 0x3030000000000000, 0x3FF0000000000000, false},
+    {0x7FF0000000000000, kDefaultNaN, kDefaultNaN, true},
+    {0xFFF0000000000000, kDefaultNaN, kDefaultNaN, true},
+    {0x7FF0000000000001, kDefaultNaN, kDefaultNaN, true},  // taken for an infinity
+    {0xFFF00000FFFFFFFF, kDefaultNaN, kDefaultNaN, true},
+    {0x7FF0000100000000, kDefaultNaN, kDefaultNaN, false},
+    {0x7FF8000000000000, kDefaultNaN, kDefaultNaN, false}};
+
+// Every handler's specials: stored values, the report's fields, the status, no neighbour touched;
+// also with the result in place of the argument.
+template <class U, class E = typename Format<U>::Real>
+static void expect_special(const std::vector<Handler<E>>& handlers, const auto& rows) {
+  for (const Handler<E>& h : handlers)
+    for (const Special<U>& row : rows)
+      for (const int in_place : {0, 1, 2}) {
+        const U other = kOne<U>;
+        U src[5] = {other, other, other, row.argument, other};
+        U separate[2][5] = {{other, other, other, other, other},
+                            {other, other, other, other, other}};
+        U* const dst1 = in_place == 1 ? src : separate[0];
+        U* const dst2 = !h.two ? dst1 : in_place == 2 ? src : separate[1];
+        if (in_place == 2 && !h.two) continue;
+        int32_t status = 5;
+        reports.clear();
+        h(3, reals(src), reals(dst1), reals(dst2), &status);
+        const bool cosine = h.exact == mpfr_cos;
+        EXPECT_EQ(dst1[3], cosine ? row.cosine : row.sine) << h.name << std::hex << row.argument;
+        EXPECT_EQ(dst2[3], cosine || h.two ? row.cosine : row.sine)
+            << h.name << std::hex << row.argument;
+        std::vector<Report> want;
+        if (row.reported) want.push_back({19, 3, src, src, dst1, dst2, h.name});
+        EXPECT_TRUE(reports == want) << h.name << std::hex << row.argument;
+        EXPECT_EQ(status, row.reported ? 19 : 5);
+        for (const int i : {0, 1, 2, 4})
+          EXPECT_TRUE(src[i] == other && dst1[i] == other && dst2[i] == other);
+      }
+}
+TEST(Handlers, GiveSpecialValuesAndReportUnderTheirNames) {
+  expect_special<uint32_t>(kSingle, kSpecialSingles);
+  expect_special<uint64_t>(kDouble, kSpecialDoubles);
+}
+
+// Results do not depend on the caller's control words, which come back; nothing but inexact is
+// raised, even with all exceptions but that unmasked; signalling NaNs pass in silence.
+template <class U, class E = typename Format<U>::Real>
+static void expect_environment(const std::vector<Handler<E>>& handlers,
+                               const std::vector<U>& arguments) {
+  for (const Handler<E>& h : handlers)
+    for (const U argument : arguments) {
+      U plain[2] = {};
+      int32_t status = 0;
+      set({});
+      h(0, reals(&argument), reals(plain), reals(plain + 1), &status);
+      for (const uint16_t masks : {0x7F, 0x60})
+        for (const uint16_t precision : {0x000, 0x200, 0x300})
+          for (const uint16_t direction : {0x000, 0x400, 0x800, 0xC00}) {
+            const Environment e = {uint16_t(masks | precision | direction), 0x1F80u | 0x6000};
+            U result[2] = {};
+            set(e);
+            h(0, reals(&argument), reals(result), reals(result + 1), &status);
+            const Environment after = environment();
+            const uint16_t flags = x87_flags();
+            const bool empty = x87_stack_empty();
+            set({});
+            EXPECT_TRUE(result[0] == plain[0] && result[1] == plain[1])
+                << h.name << " of 0x" << std::hex << argument << " under 0x" << e.control;
+            EXPECT_TRUE(after.control == e.control && after.mxcsr == e.mxcsr && empty);
+            EXPECT_EQ(flags & ~kInexact, 0) << h.name << " of 0x" << std::hex << argument;
+          }
+    }
+}
+TEST(Handlers, LeaveTheEnvironmentAlone) {
+  expect_environment<uint32_t>(
+      kSingle, {bits(0.7f), bits(-3e4f), bits(1e6f), bits(-3e38f), 0x7F800001, 0x80000000});
+  expect_environment<uint64_t>(
+      kDouble, {bits(0.7), bits(-1e5), bits(1e22), bits(-1e300), bits(0x1p-300), 0x7506AC5B262CA1FF,
+                0x7FF0000100000000, 0x8000000000000000});
+}
+
+TEST(Handlers, RaiseInexactForTinyArguments) {
+  for (const double tiny : {0x1p-300, -0x1p-1022, 0x1.8p-253})
+    for (const Handler<double>& h : kDouble) {
+      double first, second;
+      int32_t status = 0;
+      set({});
+      h(0, &tiny, &first, &second, &status);
+      EXPECT_EQ(x87_flags(), kInexact) << h.name << " of " << tiny;
+    }
+}
+
+TEST(Kernels, ReportUnderTheNameOfTheirHandler) {
+  struct {
+    Status (*function)(const double*, double*, int32_t);
+    const char* name;
+  } const kernels[] = {{luxsTan_64f_A53, "dTan_HA"}, {luxsTan_64f_A50, "dTan_LA"}};
+  for (const auto& [function, name] : kernels)
+    for (const int len : {6, 8, 9}) {
+      double src[9] = {1, 2e5, 0.5, -0.0, 3, HUGE_VAL, 4, 5, 6}, dst[9];
+      reports.clear();
+      EXPECT_EQ(function(src, dst, len), 19);
+      EXPECT_TRUE(reports == std::vector<Report>({{19, 5, src, src, dst, dst, name}})) << name;
+    }
+}

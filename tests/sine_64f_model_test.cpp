@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: MIT
+//
+// Sine and cosine of doubles: bit for bit against a plain model of the method, and how blocks of
+// four, single elements and the handlers of large arguments share an array.
+#include "kernels/trig/sine_64f_table.h"  // static_const_table
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "tests/catalog.h"
+#include "tests/mpfr_number.h"
+
+using Extended = Number<64>;
+
+static int32_t nearest_integer(const Extended& x) {
+  return int32_t(mpfr_get_si(x.value, MPFR_RNDN));
+}
+
+// Every step rounded to 64 bits, pi in four parts one after another.
+static uint64_t modelled(uint64_t pattern, bool cosine) {
+  Extended x;
+  set_exact(x.value, pattern);
+  const Extended inv_pi(0.3183098861837907);
+  const int32_t n = nearest_integer((cosine ? x + Extended(1.5707963267948966) : x) * inv_pi);
+  const Extended m(cosine ? n - 0.5 : n);
+  Extended r = x;
+  for (const double part :
+       {3.141592502593994, 1.5099578831723193e-07, 1.078060505991553e-14, 6.564007085747001e-22})
+    r = r - m * Extended(part);
+  const int32_t j = std::abs(nearest_integer(r * Extended(40.42535554534142)));
+  const Extended r2 = r * r;
+  Extended q(static_const_table.c[j][4]);
+  for (int k = 3; k >= 0; --k) q = Extended(static_const_table.c[j][k]) + r2 * q;
+  const uint64_t y = mpfr_zero_p(r.value) ? pattern : stored<uint64_t>((r + r * r2 * q).value);
+  return y ^ uint64_t(n & 1) << 63;
+}
+
+static double real(uint64_t pattern) { return std::bit_cast<double>(pattern); }
+
+// In range: all sizes, places where n or the row turns, zeros of both functions and beside them.
+static std::vector<double> arguments(int count) {
+  constexpr double kHalfPi = 1.5707963267948966;
+  constexpr double kLast = 127999.99999999999;
+  Random random{7};
+  std::vector<double> all = {0, -0.0, kLast, -kLast, 0x1p-1074, -0x1p-1022};
+  while (int(all.size()) < count) {
+    const double wide = (2 * random.unit() - 1) * kLast, narrow = wide * 0x1p-14;
+    const double turn = std::rint(narrow * 40) * kHalfPi / 127;
+    const double zero = std::rint(wide / kHalfPi) * kHalfPi;
+    for (const double x : {wide, narrow, std::ldexp(narrow, -int(random.next() % 70)), turn, zero,
+                           turn + std::rint(wide / kHalfPi) * kHalfPi}) {
+      const double near = real(bits(double(x)) + random.next() % 5 - 2);
+      all.push_back(std::fabs(near) <= kLast ? near : kLast);
+    }
+  }
+  all.resize(count);
+  return all;
+}
+
+TEST(Model, SineAndCosineDouble) {
+  const std::vector<double> x = arguments(60000);
+  std::vector<double> y(x.size());
+  for (const Function& f : kCatalog) {
+    if (!f.is("Sin", "64f") && !f.is("Cos", "64f")) continue;
+    f.call({{x.data()}, {y.data()}, nullptr}, int32_t(x.size()));
+    int failures = 0;
+    for (size_t i = 0; i < x.size() && failures < 10; ++i) {
+      const uint64_t want = modelled(bits(x[i]), f.family == "Cos");
+      if (bits(y[i]) != want)
+        ADD_FAILURE() << f.name << " of 0x" << std::hex << bits(x[i]) << ": got 0x" << bits(y[i])
+                      << ", wanted 0x" << want << " " << ++failures;
+    }
+  }
+}
+
+// ---- Blocks, single elements, handlers
+
+struct Both {
+  uint64_t first, second;
+  bool operator==(const Both&) const = default;
+};
+
+static std::vector<Both> results(const Function& f, const double* x, int32_t len,
+                                 Status* status = nullptr) {
+  std::vector<double> y1(len), y2(len);
+  const Status returned = f.call({{x}, {y1.data(), y2.data()}, nullptr}, len);
+  if (status) *status = returned;
+  std::vector<Both> all(len);
+  for (int32_t i = 0; i < len; ++i) all[i] = {bits(y1[i]), bits(y2[i])};
+  return all;
+}
+
+static Both single(const Function& f, double x) { return results(f, &x, 1)[0]; }
+
+// What the handler gives, with the status it leaves.
+static Both handled(const Function& f, const double* x, int32_t i, Status* status) {
+  std::vector<double> y1(i + 1), y2(i + 1);
+  if (f.family == "SinCos")
+    noxdSinCos_SC_HA(i, x, y1.data(), y2.data(), status);
+  else
+    (f.family == "Sin" ? noxdSin_SC_HA : noxdCos_SC_HA)(i, x, y1.data(), status);
+  return {bits(y1[i]), bits(y2[i])};
+}
+
+static std::vector<Function> functions() {
+  std::vector<Function> all;
+  for (const Function& f : kCatalog)
+    if (f.is("Sin", "64f") || f.is("Cos", "64f") || f.is("SinCos", "64f")) all.push_back(f);
+  return all;
+}
+
+struct Report {
+  int32_t code, index;
+  const double *argument1, *argument2, *result1, *result2;
+  std::string name;
+  bool operator==(const Report&) const = default;
+};
+static std::vector<Report> reports;
+static volatile double zero = 0;
+
+// The library's reports come here, and raise the flag that its own function raises.
+int32_t noxdError(int32_t code, int32_t index, const double* a1, const double* a2, const double* r1,
+                  const double* r2, const char* name) {
+  reports.push_back({code, index, a1, a2, r1, r2, name});
+  [[maybe_unused]] const volatile double invalid = zero / zero;
+  return code;
+}
+
+TEST(Block, GivesWhatSingleElementsGive) {
+  const std::vector<double> x = arguments(20000);
+  for (const Function& f : functions()) {
+    const auto y = results(f, x.data(), int32_t(x.size()));
+    size_t i = 0;
+    while (i < x.size() && y[i] == single(f, x[i])) ++i;
+    EXPECT_EQ(i, x.size()) << f.name << " of 0x" << std::hex << bits(x[std::min(i, x.size() - 1)]);
+  }
+}
+
+// Where both compute, results differ now and then, but for SinCos A53, which is as good as the
+// handlers: that tells who did.
+TEST(Block, GoesToTheHandlerAsAWhole) {
+  const std::vector<double> pool = arguments(2200);
+  for (const Function& f : functions()) {
+    int told = 0;
+    for (const uint64_t outside : std::initializer_list<uint64_t>{
+             0x40FF400000000000, 0xC0FF400000000000, 0x7FEFFFFFFFFFFFFF, 0x7FF0000000000000,
+             0xFFF0000000000000, 0x7FF8000000000000, 0x7FF0000000000001, 0x7FF0000100000000})
+      for (size_t start = 0; start < pool.size(); start += 11) {
+        const int place = int(start / 11 % 11);
+        std::vector<double> x(pool.begin() + start, pool.begin() + start + 11);
+        memcpy(&x[place], &outside, 8);
+        Status status, want_status = 0;
+        const auto y = results(f, x.data(), 11, &status);
+        for (int i = 0; i < 11; ++i) {
+          const bool along = place < 8 ? i / 4 == place / 4 : i == place;
+          const Both alone = single(f, x[i]);
+          const Both want = along ? handled(f, x.data(), i, &want_status) : alone;
+          ASSERT_TRUE(y[i] == want) << f.name << ", 0x" << std::hex << outside << " at " << place
+                                    << ", element " << i << " = 0x" << bits(x[i]);
+          told += i != place && want != alone;
+        }
+        ASSERT_EQ(status, want_status) << f.name << ", 0x" << std::hex << outside;
+      }
+    EXPECT_TRUE(told > 0 || (f.family == "SinCos" && f.grade == "A53")) << f.name;
+  }
+}
+
+TEST(Block, InThatRaisesNothingOfItsOwn) {
+  const double finite[] = {1, 1e300, -3, 2e9, 128000, -0.5, 1e22, 3e-5};
+  const double infinite[] = {1, 2, 3, 4, 5, HUGE_VAL, 7, 8};
+  for (const Function& f : functions()) {
+    double y1[8], y2[8];
+    set({uint16_t(0x340 | kInexact), kDefaultMxcsr});  // everything else would trap
+    f.call({{finite}, {y1, y2}, nullptr}, 8);
+    const uint16_t flags = x87_flags();
+    set({});
+    EXPECT_EQ(flags & ~kInexact, 0) << f.name;
+    f.call({{infinite}, {y1, y2}, nullptr}, 8);
+    EXPECT_EQ(x87_flags() & ~kInexact, kInvalid) << f.name << ": the flag of the report";
+    set({});
+  }
+}
+
+TEST(Block, ReportsUnderTheHandlersNameWithAllArrays) {
+  const double x[] = {1, 2, 3, -HUGE_VAL, 5, 6, 7, 8, 9, HUGE_VAL, 1e9};
+  for (const Function& f : functions()) {
+    double y1[11], y2[11];
+    reports.clear();
+    EXPECT_EQ(f.call({{x}, {y1, y2}, nullptr}, 11), 19);
+    const double* const last = f.family == "SinCos" ? y2 : y1;
+    const std::string name = "d" + std::string(f.family) + "_HA";
+    EXPECT_TRUE((reports ==
+                 std::vector<Report>{{19, 3, x, x, y1, last, name}, {19, 9, x, x, y1, last, name}}))
+        << f.name;
+  }
+}
