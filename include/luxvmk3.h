@@ -305,6 +305,58 @@ LUX_API Status luxsTan_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API Status luxsTan_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API Status luxsTan_64f_A53(const double* src, double* dst, int32_t len);
 
+/* ---- Inverse trigonometric functions ----------------------------------------------------------
+ */
+
+/** dst[i] = the angle in [0, pi] whose cosine is src[i].
+ *
+ *  Accuracy: A24 and A53 at most 1 ulp (measured 0.501), A21 relative error at most 2^-21, A11 at
+ *  most 2^-11; A50 is the same computation as A53.
+ *  acos(1) is +0. A magnitude above 1, infinities included, gives the default NaN with LUX_DOMAIN;
+ *  a NaN comes out quiet.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+LUX_API Status luxsAcos_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAcos_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAcos_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAcos_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsAcos_64f_A53(const double* src, double* dst, int32_t len);
+
+/** dst[i] = the angle in [-pi/2, pi/2] whose sine is src[i].
+ *
+ *  Zeros keep their sign, and subnormals pass as they are. Everything else as for Acos. */
+LUX_API Status luxsAsin_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAsin_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAsin_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAsin_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsAsin_64f_A53(const double* src, double* dst, int32_t len);
+
+/** dst[i] = the angle in [-pi/2, pi/2] whose tangent is src[i].
+ *
+ *  Accuracy: A24 and A53 at most 1 ulp (measured 0.501), A21 relative error at most 2^-21, A11 at
+ *  most 2^-11; A50 is the same computation as A53.
+ *  Zeros keep their sign, subnormals pass as they are, infinities give pi/2 with their sign, a NaN
+ *  comes out quiet. Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsAtan_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAtan_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAtan_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAtan_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsAtan_64f_A53(const double* src, double* dst, int32_t len);
+
+/** dst[i] = the angle of the point x = src2[i], y = src1[i], in [-pi, pi], signed as src1[i].
+ *
+ *  Accuracy as for Atan; an angle too small for a normal number is off by at most one unit of the
+ *  smallest subnormal. Special values, with the sign of src1[i]:
+ *    y zero: 0 for a positive x, +0 included; pi for a negative one, -0 included;
+ *    y infinite: pi/4 for x = +infinity, 3 pi/4 for x = -infinity, else pi/2;
+ *    x zero: pi/2;  x = +infinity: 0;  x = -infinity: pi.
+ *  A NaN in either source gives it quiet, the first of two.
+ *  Nothing is reported, underflow included. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsAtan2_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsAtan2_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsAtan2_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API Status luxsAtan2_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
+LUX_API Status luxsAtan2_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
+
 /* ---- Hyperbolic tangent -----------------------------------------------------------------------
  */
 

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+//
+// Four packed singles: loads and stores of any byte address, bit patterns, selection.
+#ifndef LUX_KERNELS_ARITH_LANES_H
+#define LUX_KERNELS_ARITH_LANES_H
+
+#include <xmmintrin.h>
+
+#include "core/bits.h"
+
+struct alignas(16) BitLanes {
+  uint32_t lane[4];
+};
+
+typedef __m128 __attribute__((may_alias, aligned(1))) UnalignedLanes;
+
+// One instruction each; for this processor class the intrinsics give two halves.
+static inline __m128 load_lanes(const float* from) {
+  __m128 lanes;
+  asm("movups %1, %0" : "=x"(lanes) : "m"(*reinterpret_cast<const UnalignedLanes*>(from)));
+  return lanes;
+}
+
+static inline void store_lanes(float* to, __m128 lanes) {
+  asm("movups %1, %0" : "=m"(*reinterpret_cast<UnalignedLanes*>(to)) : "x"(lanes));
+}
+
+static inline __m128 lanes_of(const BitLanes& constant) {
+  return _mm_load_ps(reinterpret_cast<const float*>(&constant));
+}
+
+static inline bool in_all_lanes(__m128 condition) { return _mm_movemask_ps(condition) == 15; }
+
+// `yes` where the mask is set.
+static inline __m128 select(__m128 mask, __m128 yes, __m128 no) {
+  return _mm_or_ps(_mm_and_ps(mask, yes), _mm_andnot_ps(mask, no));
+}
+
+#endif

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+//
+// Arccosine of single-precision arrays; the reduction is in kernels/trig/arcsine_32f.h.
+//
+//   |x| <= 1/2   pi/2 - asin x
+//   x > 1/2      2 asin u
+//   x < -1/2     pi - 2 asin u
+//
+// Worst errors (every input): A24 0.5011 ulp, at 0x3F1033BF; A21
+// 2^-22.73 of the result, at 0xBF0039B2; A11 2^-14.69, at 0x3F212785.
+#include "kernels/trig/arcsine_32f.h"
+
+static const Cases kCases = {{-1, kHalfPi}, {}, {2, 0},    {},  //
+                             {1, kHalfPi},  {}, {-2, kPi}, {}};
+
+static inline __m128 combine(__m128 x, const Folded& f, __m128 y) {
+  const __m128 sign = sign_of(x);
+  const __m128 constant =
+      select(f.mask, _mm_and_ps(_mm_cmplt_ps(x, _mm_setzero_ps()), _mm_set1_ps(kSinglePi)),
+             _mm_set1_ps(float(kHalfPi)));
+  const __m128 y1 = select(f.mask, _mm_add_ps(y, y), _mm_xor_ps(y, lanes_of(kSignLanes)));
+  return _mm_add_ps(constant, _mm_xor_ps(y1, sign));
+}
+
+LUX_KERNEL(Acos, 32f, A24, 1_1) { return arcsine_a24<kCases>(src, dst, len); }
+LUX_KERNEL(Acos, 32f, A21, 1_1) { return arcsine_packed<kAsin21, combine>(src, dst, len); }
+LUX_KERNEL(Acos, 32f, A11, 1_1) { return arcsine_packed<kAsin11, combine>(src, dst, len); }

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+//
+// What arcsine and arccosine of single-precision arrays share.
+//
+//   |x| <= 1/2   u = |x|
+//   beyond       u = sqrt(z), z = (1 - |x|)/2 exactly, for asin |x| = pi/2 - 2 asin u
+//
+// A24: the root in two parts, packed: h is its leading 12 bits, whose square is exact, and
+// l = (z - h^2) / (sqrt z + h), so that h + l is sqrt z but for 2^-34. The rest goes through the
+// x87 unit. A21 and A11 stay packed, with the plain root; an arcsine below 2^-12 passes as it is,
+// so that nothing depends on how the processor treats subnormal operands.
+#ifndef LUX_KERNELS_TRIG_ARCSINE_32F_H
+#define LUX_KERNELS_TRIG_ARCSINE_32F_H
+
+#include "kernels/trig/asin_32f_table.h"  // kQuadratic, kAsin21, kAsin11
+#include "kernels/trig/inverse_32f.h"
+
+constexpr uint32_t kBeyondOne = Format<float>::kOne + 1;
+constexpr float kPasses = 0x1p-12f;
+
+static const BitLanes kTwelveBits = {{0xFFFFF000, 0xFFFFF000, 0xFFFFF000, 0xFFFFF000}};
+
+struct Folded {
+  __m128 a, mask, z, root;  // a = |x|, and the lanes where it is above 1/2
+};
+
+static inline Folded fold(__m128 x) {
+  const __m128 half = _mm_set1_ps(0.5f), a = magnitude_of(x);
+  const __m128 z = _mm_mul_ps(_mm_sub_ps(_mm_set1_ps(1.0f), a), half);
+  return {a, _mm_cmplt_ps(half, a), z, _mm_sqrt_ps(z)};
+}
+
+template <int kCount>
+static inline void arcsine_block(const Cases& cases, const float* src, float* dst) {
+  alignas(16) float high[4], low[4], cell[4], word[4];
+  const __m128 x = load_elements<kCount>(src);
+  const Folded f = fold(x);
+  const __m128 h = _mm_and_ps(f.root, lanes_of(kTwelveBits));
+  const __m128 sum = _mm_max_ps(_mm_add_ps(f.root, h), _mm_set1_ps(0x1p-60f));  // no 0/0
+  const __m128 l = _mm_div_ps(_mm_sub_ps(f.z, _mm_mul_ps(h, h)), sum);
+  _mm_store_ps(high, select(f.mask, h, f.a));
+  _mm_store_ps(low, _mm_and_ps(f.mask, l));
+  _mm_store_ps(cell, cells_of(select(f.mask, f.root, f.a)));
+  _mm_store_ps(word, _mm_or_ps(sign_of(x), _mm_and_ps(f.mask, lanes_of(kFoldedLanes))));
+#pragma GCC unroll 4
+  for (int i = 0; i < kCount; ++i)
+    dst[i] = inverse(kQuadratic, cases, double(high[i]) + low[i], cell + i, word + i);
+}
+
+// asin |x|, or asin of the folded u.
+template <const auto& kP>
+static inline __m128 packed_arcsine(const Folded& f) {
+  return polynomial<kP>(select(f.mask, f.root, f.a), select(f.mask, f.z, _mm_mul_ps(f.a, f.a)));
+}
+
+template <class Control, class Block, class One>
+static inline Status arcsine(const float* src, float* dst, int32_t len, Block block, One element) {
+  const Arrays<float> arrays = {src, src, dst, dst};
+  return run_kernel<Control, 4>(
+      arrays, len,
+      [=](int32_t i, int32_t last) {
+        for (; i < last && all_below(src + i, kBeyondOne); i += 4) block(src + i, dst + i);
+        return i;
+      },
+      [&](int32_t i, Status* status) {
+        const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
+        if (a < kBeyondOne) {
+          element(src + i, dst + i);
+        } else if (a > Format<float>::kInf) {
+          store_bits(dst + i, quieted<float>(x));
+        } else {
+          store_bits(dst + i, kDefaultNaN);
+          _ErrorCall(arrays, LUX_DOMAIN, i, status);
+        }
+      });
+}
+
+template <const Cases& kCases>
+static inline Status arcsine_a24(const float* src, float* dst, int32_t len) {
+  return arcsine<BothNearest>(
+      src, dst, len, [](const float* x, float* y) { arcsine_block<4>(kCases, x, y); },
+      [](const float* x, float* y) { arcsine_block<1>(kCases, x, y); });
+}
+
+// kCombine(x, f, y): the result from the packed arcsine y.
+template <const auto& kP, auto kCombine, int kCount>
+static inline void packed_block(const float* src, float* dst) {
+  const __m128 x = load_elements<kCount>(src);
+  const Folded f = fold(x);
+  store_elements<kCount>(dst, kCombine(x, f, packed_arcsine<kP>(f)));
+}
+
+template <const auto& kP, auto kCombine>
+static inline Status arcsine_packed(const float* src, float* dst, int32_t len) {
+  return arcsine<SseNearest>(
+      src, dst, len, [](const float* x, float* y) { packed_block<kP, kCombine, 4>(x, y); },
+      [](const float* x, float* y) { packed_block<kP, kCombine, 1>(x, y); });
+}
+
+#endif

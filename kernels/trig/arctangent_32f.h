@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+//
+// What arctangent and the angle of a point share in single precision: the quotient n/d of a smaller
+// and a larger magnitude, and its arctangent.
+//
+// A24: the packed quotient chooses the cell alone; u = n/d is computed on the x87 unit. A21 and A11
+// stay packed; arguments of Atan and quotients of Atan2 below 2^-12 pass as they are, so that
+// nothing depends on how the processor treats subnormal operands.
+#ifndef LUX_KERNELS_TRIG_ARCTANGENT_32F_H
+#define LUX_KERNELS_TRIG_ARCTANGENT_32F_H
+
+#include "kernels/trig/atan_32f_table.h"  // kQuadratic, kAtan21, kAtan11
+#include "kernels/trig/inverse_32f.h"
+
+struct Ratio {
+  __m128 n, d, swapped, q;  // n <= d, the lanes where n is not the first source, n/d
+};
+
+static inline Ratio ratio_of(__m128 a, __m128 b) {
+  const __m128 swapped = _mm_cmplt_ps(b, a);
+  const __m128 n = select(swapped, b, a), d = select(swapped, a, b);
+  return {n, d, swapped, _mm_div_ps(n, d)};
+}
+
+template <int kCount>
+static inline void arctangent_block(const Cases& cases, const Ratio& r, __m128 words, float* dst) {
+  alignas(16) float n[4], d[4], cell[4], word[4];
+  _mm_store_ps(n, r.n);
+  _mm_store_ps(d, r.d);
+  _mm_store_ps(cell, cells_of(r.q));
+  _mm_store_ps(word, _mm_or_ps(words, _mm_and_ps(r.swapped, lanes_of(kFoldedLanes))));
+#pragma GCC unroll 4
+  for (int i = 0; i < kCount; ++i)
+    dst[i] = inverse(kQuadratic, cases, double(n[i]) / d[i], cell + i, word + i);
+}
+
+// Where the result is the argument or the quotient itself.
+static inline __m128 is_tiny(__m128 x) { return _mm_cmplt_ps(x, _mm_set1_ps(0x1p-12f)); }
+
+template <const auto& kP>
+static inline __m128 packed_arctangent(__m128 q) {
+  return polynomial<kP>(q, _mm_mul_ps(q, q));
+}
+
+// The angle in the first quadrant from y, the angle between the point and the nearer axis.
+static inline __m128 from_axis(const Ratio& r, __m128 y) {
+  return select(r.swapped, _mm_sub_ps(_mm_set1_ps(float(kHalfPi)), y), y);
+}
+
+#endif

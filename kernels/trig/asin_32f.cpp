@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+//
+// Arcsine of single-precision arrays; the reduction is in kernels/trig/arcsine_32f.h. Where the
+// argument was folded the result is pi/2 - 2 asin u.
+//
+// Worst errors (every input): A24 0.5014 ulp, at 0x3F082DE9; A21
+// 2^-21.80 of the result, at 0x3F001BBE, where the fold sets in; A11 2^-13.69, at 0x3F000012.
+#include "kernels/trig/arcsine_32f.h"
+
+// Constants -0 keep the sign of a zero.
+static const Cases kCases = {{1, 0},    {}, {-2, kHalfPi}, {},  //
+                             {-1, -0.}, {}, {2, -kHalfPi}, {}};
+
+static inline __m128 combine(__m128 x, const Folded& f, __m128 y) {
+  const __m128 folded = _mm_sub_ps(_mm_set1_ps(float(kHalfPi)), _mm_add_ps(y, y));
+  const __m128 passes = _mm_cmplt_ps(f.a, _mm_set1_ps(kPasses));
+  return _mm_or_ps(select(passes, f.a, select(f.mask, folded, y)), sign_of(x));
+}
+
+LUX_KERNEL(Asin, 32f, A24, 1_1) { return arcsine_a24<kCases>(src, dst, len); }
+LUX_KERNEL(Asin, 32f, A21, 1_1) { return arcsine_packed<kAsin21, combine>(src, dst, len); }
+LUX_KERNEL(Asin, 32f, A11, 1_1) { return arcsine_packed<kAsin11, combine>(src, dst, len); }

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+//
+// Angle of the point (x, y) = (src2, src1) in single precision. With a and b the magnitudes of y
+// and x and t the arctangent of their smaller quotient, the angle in the first quadrant is t, or
+// pi/2 - t where a > b; left of the vertical axis it is pi less that; y gives the sign. The steps
+// are in kernels/trig/arctangent_32f.h.
+//
+// Both coordinates normal numbers: blocks of four. Otherwise one by one, all grades alike, on the
+// x87 unit, whose exponents hold every quotient.
+//
+// Worst errors found: A24 0.5004 ulp, at (0xC1417C2E, 0x41CB3556); A21 2^-22.65 of the result, A11
+// 2^-14.79 (sampled against 64 bits).
+#include "kernels/trig/arctangent_32f.h"
+
+// By sign, swap, and whether x is negative. Constants -0 keep the sign of a zero.
+static const Cases kCases = {{1, 0},    {-1, kPi}, {-1, kHalfPi}, {1, kHalfPi},  //
+                             {-1, -0.}, {1, -kPi}, {1, -kHalfPi}, {-1, -kHalfPi}};
+
+static const BitLanes kExponentLanes = {{0x7F800000, 0x7F800000, 0x7F800000, 0x7F800000}};
+static const BitLanes kLeftLanes = {{0x20000000, 0x20000000, 0x20000000, 0x20000000}};
+
+// Compares powers of two, zero and infinity only: that raises no flag and depends on no setting.
+static inline bool all_normal(const float* y, const float* x) {
+  const __m128 inf = lanes_of(kExponentLanes);
+  const __m128 a = _mm_and_ps(load_lanes(y), inf), b = _mm_and_ps(load_lanes(x), inf);
+  return in_all_lanes(_mm_and_ps(_mm_cmplt_ps(_mm_setzero_ps(), _mm_min_ps(a, b)),
+                                 _mm_cmplt_ps(_mm_max_ps(a, b), inf)));
+}
+
+static inline bool is_normal(uint32_t x) {
+  constexpr uint32_t kSmallest = 0x00800000;  // 2^-126
+  return magnitude<float>(x) - kSmallest < Format<float>::kInf - kSmallest;
+}
+
+// Zeros, subnormals and infinities.
+__attribute__((noinline, cold)) static float special_angle(uint32_t y, uint32_t x) {
+  const uint32_t a = magnitude<float>(y), b = magnitude<float>(x);
+  const bool swapped = a > b;
+  const uint32_t n = swapped ? b : a, d = swapped ? a : b;
+  float smaller, larger, cell, word;
+  store_bits(&smaller, n);
+  store_bits(&larger, d);
+  double u = 0;
+  if (n == d && n != 0)
+    u = 1;
+  else if (d != Format<float>::kInf && n != 0)
+    u = double(smaller) / larger;
+  store_bits(&cell, kCellBase + uint32_t(int32_t(u * 512 + 0.5)));
+  store_bits(&word, (y & Format<float>::kSign) | uint32_t(swapped) << 30 | (x >> 31) << 29);
+  return store_f32(inverse(kQuadratic, kCases, u, &cell, &word));
+}
+
+struct Point {
+  __m128 x, y;
+  Ratio ratio;
+};
+
+static inline __m128 is_left(const Point& p) { return _mm_cmplt_ps(p.x, _mm_setzero_ps()); }
+
+template <int kCount>
+static inline Point load_point(const float* y, const float* x) {
+  const __m128 a = load_elements<kCount>(y), b = load_elements<kCount>(x);
+  return {b, a, ratio_of(magnitude_of(a), magnitude_of(b))};
+}
+
+template <class Block, class One>
+static inline Status angle(const float* src1, const float* src2, float* dst, int32_t len,
+                           Block block, One element) {
+  return run_kernel<BothNearest, 4>(
+      Arrays<float>{src1, src2, dst, dst}, len,
+      [=](int32_t i, int32_t last) {
+        for (; i < last && all_normal(src1 + i, src2 + i); i += 4)
+          block(src1 + i, src2 + i, dst + i);
+        return i;
+      },
+      [=](int32_t i, Status*) {
+        const uint32_t y = load_bits(src1 + i), x = load_bits(src2 + i);
+        if (is_normal(y) && is_normal(x))
+          element(src1 + i, src2 + i, dst + i);
+        else if (magnitude<float>(y) > Format<float>::kInf)
+          store_bits(dst + i, quieted<float>(y));
+        else if (magnitude<float>(x) > Format<float>::kInf)
+          store_bits(dst + i, quieted<float>(x));
+        else
+          dst[i] = special_angle(y, x);
+      });
+}
+
+template <int kCount>
+static inline void block(const float* y, const float* x, float* dst) {
+  const Point p = load_point<kCount>(y, x);
+  const __m128 words = _mm_or_ps(sign_of(p.y), _mm_and_ps(is_left(p), lanes_of(kLeftLanes)));
+  arctangent_block<kCount>(kCases, p.ratio, words, dst);
+}
+
+template <const auto& kP, int kCount>
+static inline void packed(const float* y, const float* x, float* dst) {
+  const Point p = load_point<kCount>(y, x);
+  const __m128 q = p.ratio.q, y1 = select(is_tiny(q), q, packed_arctangent<kP>(q));
+  const __m128 t = from_axis(p.ratio, y1);
+  const __m128 left = _mm_sub_ps(_mm_set1_ps(kSinglePi), t);
+  store_elements<kCount>(dst, _mm_or_ps(select(is_left(p), left, t), sign_of(p.y)));
+}
+
+LUX_KERNEL(Atan2, 32f, A24, 2_1) {
+  return angle(
+      src1, src2, dst, len, [](const float* y, const float* x, float* to) { block<4>(y, x, to); },
+      [](const float* y, const float* x, float* to) { block<1>(y, x, to); });
+}
+
+template <const auto& kP>
+static inline Status packed_angle(const float* src1, const float* src2, float* dst, int32_t len) {
+  return angle(
+      src1, src2, dst, len,
+      [](const float* y, const float* x, float* to) { packed<kP, 4>(y, x, to); },
+      [](const float* y, const float* x, float* to) { packed<kP, 1>(y, x, to); });
+}
+
+LUX_KERNEL(Atan2, 32f, A21, 2_1) { return packed_angle<kAtan21>(src1, src2, dst, len); }
+LUX_KERNEL(Atan2, 32f, A11, 2_1) { return packed_angle<kAtan11>(src1, src2, dst, len); }

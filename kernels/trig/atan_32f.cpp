@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+//
+// Arctangent of single-precision arrays, from |x| up to 1 and from 1/|x| beyond, as pi/2 - atan
+// 1/|x|; the steps are in kernels/trig/arctangent_32f.h.
+//
+// Worst errors (every input from 2^-13 to 2^26 in magnitude): A24 0.5007 ulp, at 0x3F09E063; A21
+// 2^-22.54 of the result, at 0x3FC7D922; A11 2^-14.79, at 0x3F725ECC.
+#include "kernels/trig/arctangent_32f.h"
+
+// Constants -0 keep the sign of a zero.
+static const Cases kCases = {{1, 0},    {}, {-1, kHalfPi}, {},  //
+                             {-1, -0.}, {}, {1, -kHalfPi}, {}};
+
+template <class Control, class Block, class One>
+static inline Status arctangent(const float* src, float* dst, int32_t len, Block block,
+                                One element) {
+  constexpr uint32_t kNaNs = Format<float>::kInf + 1;
+  return run_kernel<Control, 4>(
+      Arrays<float>{src, src, dst, dst}, len,
+      [=](int32_t i, int32_t last) {
+        for (; i < last && all_below(src + i, kNaNs); i += 4) block(src + i, dst + i);
+        return i;
+      },
+      [=](int32_t i, Status*) {
+        const uint32_t x = load_bits(src + i);
+        if (magnitude<float>(x) < kNaNs)
+          element(src + i, dst + i);
+        else
+          store_bits(dst + i, quieted<float>(x));
+      });
+}
+
+template <int kCount>
+static inline void block(const float* src, float* dst) {
+  const __m128 x = load_elements<kCount>(src);
+  arctangent_block<kCount>(kCases, ratio_of(magnitude_of(x), _mm_set1_ps(1.0f)), sign_of(x), dst);
+}
+
+template <const auto& kP, int kCount>
+static inline void packed(const float* src, float* dst) {
+  const __m128 x = load_elements<kCount>(src);
+  const __m128 a = magnitude_of(x);
+  const Ratio r = ratio_of(a, _mm_set1_ps(1.0f));
+  const __m128 y = select(is_tiny(a), a, from_axis(r, packed_arctangent<kP>(r.q)));
+  store_elements<kCount>(dst, _mm_or_ps(y, sign_of(x)));
+}
+
+LUX_KERNEL(Atan, 32f, A24, 1_1) {
+  return arctangent<BothNearest>(
+      src, dst, len, [](const float* x, float* y) { block<4>(x, y); },
+      [](const float* x, float* y) { block<1>(x, y); });
+}
+
+template <const auto& kP>
+static inline Status packed_atan(const float* src, float* dst, int32_t len) {
+  return arctangent<SseNearest>(
+      src, dst, len, [](const float* x, float* y) { packed<kP, 4>(x, y); },
+      [](const float* x, float* y) { packed<kP, 1>(x, y); });
+}
+
+LUX_KERNEL(Atan, 32f, A21, 1_1) { return packed_atan<kAtan21>(src, dst, len); }
+LUX_KERNEL(Atan, 32f, A11, 1_1) { return packed_atan<kAtan11>(src, dst, len); }

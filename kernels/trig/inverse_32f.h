@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+//
+// What the inverse trigonometric functions of single-precision arrays share once their argument is
+// reduced to 0 <= u <= 1: the last steps on the x87 unit at 53-bit precision, the packed
+// polynomial, and the walk over blocks of four.
+//
+//   y = u ((c2 u + c1) u + c0), a quadratic of the cell k = round(512 u),
+//   result = constant + factor y, rounded once; the element's case chooses factor and constant.
+//
+// The quadratics are off by at most 2^-33.5 of y (their headers have the figures), the 53-bit steps
+// by less than 2^-50: 0.0014 ulp beside the last rounding. Cell 0 is 1 + c2 u^2, so small arguments
+// come out as they are.
+#ifndef LUX_KERNELS_TRIG_INVERSE_32F_H
+#define LUX_KERNELS_TRIG_INVERSE_32F_H
+
+#include "kernels/arith/frame.h"
+#include "kernels/arith/lanes.h"
+
+constexpr double kPi = 0x1.921fb54442d18p+1;  // 3.141592653589793
+constexpr double kHalfPi = kPi / 2;
+constexpr float kSinglePi = 0x1.921fb6p+1f;
+constexpr uint32_t kDefaultNaN = 0xFFC00000;
+
+static const BitLanes kSignLanes = {{0x80000000, 0x80000000, 0x80000000, 0x80000000}};
+static const BitLanes kFoldedLanes = {{0x40000000, 0x40000000, 0x40000000, 0x40000000}};
+
+// The upper three bits of an element's case word: the sign of the result, whether the argument was
+// folded to the other side of the octant, and a further one of the function's own.
+struct Case {
+  double factor, constant;
+};
+typedef Case Cases[8];
+
+static inline __m128 sign_of(__m128 x) { return _mm_and_ps(x, lanes_of(kSignLanes)); }
+static inline __m128 magnitude_of(__m128 x) { return _mm_andnot_ps(lanes_of(kSignLanes), x); }
+
+// Leaves k in the low bits of each lane.
+constexpr uint32_t kCellBase = 0x46C00000;  // 1.5 2^14, whose ulp is 1/512
+static inline __m128 cells_of(__m128 u) { return _mm_add_ps(u, _mm_set1_ps(0x1.8p+14f)); }
+
+template <class Quadratic>
+static inline float inverse(const Quadratic* table, const Cases& cases, double u, const float* cell,
+                            const float* word) {
+  const Quadratic& q = table[load_bits(cell) - kCellBase];
+  const Case& c = cases[load_bits(word) >> 29];
+  return float(((q.c2 * u + q.c1) * u + q.c0) * u * c.factor + c.constant);
+}
+
+// u + u^3 P(z), z = u^2. A template's argument, so that the coefficients are known.
+template <const auto& kP>
+static inline __m128 polynomial(__m128 u, __m128 z) {
+  __m128 sum = _mm_set1_ps(kP[0]);
+#pragma GCC unroll 8
+  for (size_t k = 1; k < sizeof kP / sizeof kP[0]; ++k)
+    sum = _mm_add_ps(_mm_mul_ps(sum, z), _mm_set1_ps(kP[k]));
+  return _mm_add_ps(u, _mm_mul_ps(_mm_mul_ps(u, z), sum));
+}
+
+// An element alone stands in all lanes.
+template <int kCount>
+static inline __m128 load_elements(const float* from) {
+  return kCount == 4 ? load_lanes(from) : _mm_load1_ps(from);
+}
+
+template <int kCount>
+static inline void store_elements(float* to, __m128 lanes) {
+  if (kCount == 4)
+    store_lanes(to, lanes);
+  else
+    _mm_store_ss(to, lanes);
+}
+
+// All four magnitudes below the bound, as patterns.
+static inline bool all_below(const float* x, uint32_t bound) {
+  uint32_t below = ~0u;
+  for (int lane = 0; lane < 4; ++lane) below &= magnitude<float>(load_bits(x + lane)) - bound;
+  return int32_t(below) < 0;
+}
+
+// Both units under the control words that the results need.
+struct BothNearest {
+  SseNearest sse;
+  X87Nearest<X87_DOUBLE> x87;
+  void leave() const {
+    x87.leave();
+    sse.leave();
+  }
+};
+
+#endif

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+//
+// What the inverse trigonometric functions of double-precision arrays share, on the x87 unit at
+// 64-bit precision.
+#ifndef LUX_KERNELS_TRIG_ODD_SERIES_H
+#define LUX_KERNELS_TRIG_ODD_SERIES_H
+
+#include "kernels/arith/frame.h"
+
+constexpr uint32_t kInfUpper = 0x7FF00000;
+constexpr uint32_t kSignUpper = 0x80000000;
+
+static inline uint32_t upper_magnitude(const double* x) { return upper_word(x) & ~kSignUpper; }
+
+// v + s0 v^7 + s1 v^5 + s2 v^3; v^3 by itself, which is ready sooner.
+static inline long double odd_series(const double (&s)[3], long double v) {
+  const long double w = v * v;
+  return v + ((s[0] * w + s[1]) * w + s[2]) * (w * v);
+}
+
+static inline long double magnitude_of(const double* x) {
+  return __builtin_fabsl(load_extended(x));
+}
+
+#endif
