@@ -127,7 +127,8 @@ int main(int count, char** arguments) {
   std::vector<std::string> list;
   for (int i = 1; i < count; ++i) list.push_back(protect_negative(arguments[i]));
   const int result = guarded_run(list);
-  if (fflush(stdout) != 0 || ferror(stdout))
+  // A long output has failed, and been complained of, before this.
+  if ((fflush(stdout) != 0 || ferror(stdout)) && result == 0)
     return complain(fmt::format("cannot write to the standard output: {}", strerror(errno)));
   return result;
 }
