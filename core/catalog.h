@@ -125,11 +125,12 @@ inline constexpr Function kFunctions[] = {
 // All of them, in the order of the list.
 using catalog_detail::kFunctions;
 
-// How many last places neighbours may move a result: where a block of four shares one division, where
-// the single logarithms take the processor's beside a special element, and where one element sends
-// its whole block another way.
+// How many last places neighbours may move a result: where a block of four shares one division,
+// where the single logarithms take the processor's beside a special element, and where one element
+// sends its whole block another way.
 constexpr uint64_t neighbours_matter(const Function& f) {
-  if (f.is("Inv", "64f") || f.is("Div", "64f") || f.is("Ln", "32f") || f.is("Log10", "32f")) return 1;
+  if (f.is("Inv", "64f") || f.is("Div", "64f") || f.is("Ln", "32f") || f.is("Log10", "32f"))
+    return 1;
   const bool turns =
       f.family == "Sin" || f.family == "Cos" || f.family == "SinCos" || f.family == "Tan";
   if (!turns || f.type.complex()) return 0;
