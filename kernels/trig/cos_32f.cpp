@@ -43,7 +43,7 @@ static Status cos_a21(const float* src, float* dst, int32_t len) {
         return at;
       },
       [](__m128 shifted, __m128 r, float* y, float*) {
-        store_block(y, _mm_xor_ps(sine_polynomial<float>(r), sign_where(bit_mask(shifted, 1))));
+        store_lanes(y, _mm_xor_ps(sine_polynomial<float>(r), sign_where(bit_mask(shifted, 1))));
       },
       [=](int32_t i, Status* status) { noxsCos_SC_LA(i, src, dst, status); });
 }

@@ -33,7 +33,7 @@ static Status sin_a21(const float* src, float* dst, int32_t len) {
       {src, src, dst, dst}, len, kPi, [](uint32_t x) { return within(x, kBoundA21); },
       [](__m128 x) { return nearest_multiple(x * float(kPi.inverse)); },
       [](__m128 shifted, __m128 r, float* y, float*) {
-        store_block(y, _mm_xor_ps(sine_polynomial<float>(r), sign_where(bit_mask(shifted, 1))));
+        store_lanes(y, _mm_xor_ps(sine_polynomial<float>(r), sign_where(bit_mask(shifted, 1))));
       },
       [=](int32_t i, Status* status) { noxsSin_SC_LA(i, src, dst, status); });
 }

@@ -75,8 +75,8 @@ static Status sincos_a21(const float* src, float* dst1, float* dst2, int32_t len
         const __m128 change = _mm_and_ps(odd, _mm_xor_ps(sine, cosine));
         sine = _mm_xor_ps(sine, change);
         cosine = _mm_xor_ps(cosine, change);
-        store_block(y1, _mm_xor_ps(sine, sign_where(second)));
-        store_block(y2, _mm_xor_ps(cosine, sign_where(_mm_xor_ps(second, odd))));
+        store_lanes(y1, _mm_xor_ps(sine, sign_where(second)));
+        store_lanes(y2, _mm_xor_ps(cosine, sign_where(_mm_xor_ps(second, odd))));
       },
       [=](int32_t i, Status* status) { noxsSinCos_SC_LA(i, src, dst1, dst2, status); });
 }

@@ -53,7 +53,7 @@ static Status tan_a21(const float* src, float* dst, int32_t len) {
         const __m128 denominator = 1.0f + float(kU1) * r2 + float(kU2) * r2 * r2;
         const __m128 change = _mm_and_ps(odd, _mm_xor_ps(numerator, denominator));
         const __m128 quotient = _mm_xor_ps(numerator, change) / _mm_xor_ps(denominator, change);
-        store_block(y, _mm_xor_ps(quotient, sign_where(odd)));
+        store_lanes(y, _mm_xor_ps(quotient, sign_where(odd)));
       },
       [=](int32_t i, Status* status) { noxsTan_SC_LA(i, src, dst, status); });
 }

@@ -14,6 +14,7 @@
 #include <xmmintrin.h>
 
 #include "kernels/arith/frame.h"
+#include "kernels/arith/lanes.h"
 #include "kernels/trig/large_argument.h"
 
 // The high part ends with 18 zero bits, so that n high is exact.
@@ -119,20 +120,6 @@ struct X87ExtendedAndSse {
 struct alignas(16) Lanes {
   float lane[4];
 };
-struct UnalignedLanes {
-  float lane[4];
-};
-
-// Compilers for old processors make two halves of an unaligned access, which is slower today.
-static inline __m128 load_block(const float* x) {
-  __m128 block;
-  asm("movups %1, %0" : "=x"(block) : "m"(*reinterpret_cast<const UnalignedLanes*>(x)));
-  return block;
-}
-
-static inline void store_block(float* y, __m128 block) {
-  asm("movups %1, %0" : "=m"(*reinterpret_cast<UnalignedLanes*>(y)) : "x"(block));
-}
 
 static inline __m128 all_lanes(uint32_t pattern) {
   return _mm_set1_ps(__builtin_bit_cast(float, pattern));
@@ -198,7 +185,7 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
         for (; i < last && block_in_range(a.src1 + i, in_range); i += 4) {
           if (i - done == 4 * kDelay) finish_one();
           const uint32_t slot = uint32_t(i) / 4 % kDelay;
-          const Located at = locate(load_block(a.src1 + i));
+          const Located at = locate(load_lanes(a.src1 + i));
           _mm_store_ps(shifted[slot].lane, at.shifted);
           reduce_block(a.src1 + i, at.multiple, &r[slot], high, low);
         }
