@@ -85,10 +85,12 @@ static const void* loaded(std::string_view name) { return dlsym(RTLD_DEFAULT, na
   LUX_GRADES_OF(prefix "Sin_SC"), LUX_GRADES_OF(prefix "Cos_SC"), \
       LUX_GRADES_OF(prefix "SinCos_SC"), LUX_GRADES_OF(prefix "Tan_SC")
 constexpr std::string_view kOtherExports[] = {
-    "luxvmGetLibVersion", "noxsError",       "noxdError",       LUX_EACH_TYPE(s),
-    LUX_EACH_TYPE(d),     LUX_EACH_TYPE(c),  LUX_EACH_TYPE(z),  LUX_HANDLERS("noxs"),
-    LUX_HANDLERS("noxd"), "noxreduce_pio2d", "noxssqrt_scalar", "noxdsqrt_scalar",
-    "noxsqrtl_scalar",    "nox_sabs_scalar", "nox_dabs_scalar", "noxfabsl_scalar"};
+    "luxvmGetLibVersion", "noxsError",       "noxdError",      LUX_EACH_TYPE(s),
+    LUX_EACH_TYPE(d),     LUX_EACH_TYPE(c),  LUX_EACH_TYPE(z), LUX_HANDLERS("noxs"),
+    LUX_HANDLERS("noxd"), "noxreduce_pio2d",
+#define LUX_SCALAR_ROUTINE(name) #name,
+#include "scalar/routines.def"
+};
 
 // This program's own noxsError and noxdError must not be taken for the library's.
 static std::vector<std::string> missing_exports(const std::string& library) {

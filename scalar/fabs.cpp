@@ -2,7 +2,7 @@
 //
 // Magnitudes of one number in three widths.
 #include "core/bits.h"
-#include "luxvmk3.h"
+#include "luxvmk3_scalar.h"
 
 static const double ones[2] = {1.0, -1.0};  // by sign bit
 

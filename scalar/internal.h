@@ -5,7 +5,7 @@
 #define LUX_SCALAR_INTERNAL_H
 
 #include "core/bits.h"
-#include "luxvmk3.h"
+#include "luxvmk3_scalar.h"
 
 // ---- Classes of doubles, by bits alone: no exception, and no passage through the x87 unit, hence
 // the references. Each gives 1 or 0.

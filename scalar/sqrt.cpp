@@ -5,7 +5,7 @@
 // doubles. Subnormals are ordinary numbers in a register.
 #include "core/bits.h"
 #include "core/control.h"
-#include "luxvmk3.h"
+#include "luxvmk3_scalar.h"
 
 static inline void hardware_root(long double* x, X87Precision precision) {
   const uint16_t caller = x87_enter(precision);

@@ -12,7 +12,7 @@
 #include <xmmintrin.h>
 
 #include "core/bits.h"
-#include "luxvmk3.h"
+#include "luxvmk3_scalar.h"
 #include "scalar/sqrtl_table.h"  // _constants
 
 static const double _onetwo[2] = {1.0, 2.0};  // by parity of the exponent

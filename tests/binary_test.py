@@ -14,8 +14,6 @@ SOURCE, VMATH, CORE = (sys.argv.pop(1) for _ in range(3)) if len(sys.argv) > 3 e
 TYPES = "sdcz"
 SHAPES = ["1_1", "2_1", "1_2", "2_1_1"]
 FIXED = {"luxvmGetLibVersion", "noxsError", "noxdError"}
-FIXED |= {"nox_sabs_scalar", "nox_dabs_scalar", "noxfabsl_scalar"}
-FIXED |= {"noxssqrt_scalar", "noxdsqrt_scalar", "noxsqrtl_scalar"}
 FIXED |= {f"nox{t}MinN" for t in TYPES}
 FIXED |= {f"nox{t}Threading_{s}" for t in TYPES for s in SHAPES}
 FIXED |= {f"nox{t}{f}_SC_{v}" for t in "sd" for f in ("Sin", "Cos", "SinCos", "Tan")
@@ -33,18 +31,29 @@ def run(*command):
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
 
+def preprocessed(program):
+    return subprocess.run(["gcc", "-E", "-P", "-xc++", f"-I{SOURCE}", "-"], input=program,
+                          check=True, capture_output=True, text=True).stdout
+
+
 def function_list():
     """(built, pending) names as the preprocessor makes them of the list."""
-    program = """
+    text = preprocessed("""
 #define LUX_GRADED(f, t, g, ...) B luxs##f##_##t##_##g
 #define LUX_PENDING(f, t, g, ...) P luxs##f##_##t##_##g
 #define LUX_EXACT(f, t, ...) B luxs##f##_##t
 #include "core/functions.def"
-"""
-    text = subprocess.run(["gcc", "-E", "-P", "-xc++", f"-I{SOURCE}", "-"], input=program,
-                          check=True, capture_output=True, text=True).stdout
+""")
     words = re.findall(r"\b([BP])\s+(luxs\w+)", text)
     return [n for k, n in words if k == "B"], [n for k, n in words if k == "P"]
+
+
+def scalar_routines():
+    text = preprocessed("""
+#define LUX_SCALAR_ROUTINE(name) name
+#include "scalar/routines.def"
+""")
+    return set(re.findall(r"nox\w+", text))
 
 
 def dynamic_names(library, defined):
@@ -111,13 +120,16 @@ class Names(unittest.TestCase):
         self.assertEqual(sum("_A" in n for n in built + pending), 235)
 
     def test_exports_are_the_list(self):
-        self.assertEqual(dynamic_names(VMATH, True), set(function_list()[0]) | FIXED)
+        self.assertEqual(dynamic_names(VMATH, True),
+                         set(function_list()[0]) | FIXED | scalar_routines())
         self.assertEqual(dynamic_names(CORE, True), CORE_NAMES)
 
     def test_headers_declare_the_exports(self):
-        for header, names in (("luxvmk3.h", set(function_list()[0]) | FIXED),
-                              ("luxcore.h", CORE_NAMES)):
-            text = run("gcc", "-E", "-P", "-DLUX_API=PUBLIC", f"{SOURCE}/include/{header}")
+        for header, skipped, names in (
+                ("luxvmk3.h", "NOTHING", set(function_list()[0]) | FIXED),
+                ("luxvmk3_scalar.h", "LUXVMK3_H", scalar_routines()),
+                ("luxcore.h", "NOTHING", CORE_NAMES)):
+            text = run("gcc", "-E", "-P", f"-D{skipped}", f"{SOURCE}/include/{header}")
             declared = re.findall(r"visibility\(\"default\"\)\)\)[^;(]*?\b(\w+)\s*[;(]", text)
             self.assertEqual(sorted(declared), sorted(names))
 

@@ -8,6 +8,7 @@
 
 #include "luxcore.h"
 #include "luxvmk3.h"
+#include "luxvmk3_scalar.h"
 
 typedef char complex_single_is_two_floats[sizeof(Lux32fc) == 8 ? 1 : -1];
 typedef char complex_double_is_two_doubles[sizeof(Lux64fc) == 16 ? 1 : -1];
@@ -32,5 +33,6 @@ int main(void) {
   if (!is_date(v->build_date)) return 4;
   if (luxsExp_32f_A24(&one, &out, 1) != LUX_OK || out != 2.71828175f) return 5;
   if (luxvmGetLibVersion() != v || luxcoreGetNumThreads() < 1) return 6;
+  if (noxfabsl_scalar(-2.0L) != 2.0L) return 7;
   return 0;
 }
