@@ -5,7 +5,7 @@ import mpmath
 import tablegen
 
 CELLS = 64
-LAST = 1220  # 19.0625: all doubles from 19.0616 on give 1
+LAST = 1220  # 19.0625: from 19.061546 on the result is 1
 HALF = mpmath.mpf(1) / (2 * CELLS)
 
 

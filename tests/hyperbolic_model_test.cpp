@@ -37,8 +37,13 @@ static double plain(const N& x) {
   return mpfr_get_d(x.value, MPFR_RNDN);
 }
 template <class N>
-static int nearest(const N& x, double steps) {
-  return int(std::nearbyint(plain(x) * steps));
+static int nearest(const N& x) {
+  return int(std::nearbyint(plain(x)));
+}
+// In steps of 1/64, as the sum with a large double leaves it: rounded twice.
+static int cell_of(const Extended& x) {
+  const double shifter = 0x1.8p+46;
+  return int((plain(x + Extended(shifter)) - shifter) * 64);
 }
 
 template <class U>
@@ -59,7 +64,7 @@ static uint32_t single(uint32_t x, std::string_view grade) {
   if (without_value(x, kOdd, &y)) return y;
   const uint32_t sign = kOdd ? x & kSign<uint32_t> : 0;
   const Single a = magnitude_of<Single>(x);
-  const int j = nearest(a, 32);
+  const int j = nearest(a * Single(32));
   const Single r = a - Single(j / 32.0);
   if (grade == "A24") {
     const Single s(std::fmax(std::fabs(plain(r)), 0x1p-20));
@@ -95,9 +100,9 @@ static uint64_t twice(uint64_t x, std::string_view grade) {
   const bool best = grade == "A53";
   const Extended a = magnitude_of<Extended>(x);
   const int m =
-      plain(a) < 23 ? 0 : nearest((a - Extended(0x1.6a748p+4)) * Extended(table64::kLog2E), 1);
+      plain(a) < 23 ? 0 : nearest((a - Extended(0x1.6a748p+4)) * Extended(table64::kLog2E));
   const Extended moved = a - Extended(m) * Extended(table64::kLn2High);
-  const auto& cell = table64::kDoubleCell[nearest(moved, 64)];
+  const auto& cell = table64::kDoubleCell[cell_of(moved)];
   const Extended r = moved - Extended(cell.x) - Extended(m) * Extended(table64::kLn2Low), z = r * r;
   const Extended p =
       best ? even_series(table64::kCoshLong, z) : even_series(table64::kCoshShort, z);
@@ -116,9 +121,9 @@ static uint64_t twice(uint64_t x, std::string_view grade) {
 static uint64_t tangent(uint64_t x, std::string_view) {
   const uint64_t a = x & ~kSign<uint64_t>;
   if (is_nan(x)) return x | kQuiet<uint64_t>;
-  if (a >= 0x40330FC1931F09CAu) return kOne<uint64_t> | (x ^ a);
+  if (a >= 0x40330FC100000000u) return kOne<uint64_t> | (x ^ a);
   const Extended magnitude = magnitude_of<Extended>(x);
-  const int j = nearest(magnitude, 64);
+  const int j = cell_of(magnitude);
   const auto& cell = tangent64::kCell[j];
   const Extended r = magnitude - Extended(j / 64.0);
   const Extended t = even_series(tangent64::kSeries, r * r) * r + r;

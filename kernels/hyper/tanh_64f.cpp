@@ -6,13 +6,12 @@
 //   t = tanh r by its series to r^7,
 //   tanh |x| = (T + (Tl + t)) / (1 + T t),  T + Tl = tanh(j/64).
 //
-//   Nothing cancels near zero: in cell 0 the result is t. From 19.0616 on it is 1.
+//   Nothing cancels near zero: in cell 0 the result is t. From 19.061546 on it is 1.
 #include "kernels/arith/frame.h"
 #include "kernels/hyper/tanh_64f_table.h"  // kCell, kSeries
 
-constexpr uint64_t kOneFrom = 0x40330FC1931F09CA;
-constexpr uint32_t kTableEnd = kOneFrom >> 32;
-constexpr float kShifter = 0x1.8p+46f;  // its ulp as a double is 1/64
+constexpr uint32_t kOneFrom = 0x40330FC1;  // upper word of 19.061546; the table gives 1 just below
+constexpr float kShifter = 0x1.8p+46f;     // its ulp as a double is 1/64
 
 static inline void element(const double* x, double* y) {
   const uint32_t sign = upper_word(x) & kSignUpper;
@@ -26,7 +25,7 @@ static inline void element(const double* x, double* y) {
   set_upper_bits(y, sign);
 }
 
-static inline bool in_table(const double* x) { return upper_magnitude(x) < kTableEnd; }
+static inline bool in_table(const double* x) { return upper_magnitude(x) < kOneFrom; }
 
 static Status tanh_64f(const double* src, double* dst, int32_t len) {
   return run_kernel<X87Nearest<X87_EXTENDED>, 4>(
@@ -43,7 +42,7 @@ static Status tanh_64f(const double* src, double* dst, int32_t len) {
       },
       [=](int32_t i, Status*) {
         const uint64_t x = load_bits(src + i), a = magnitude<double>(x);
-        if (a < kOneFrom)
+        if (in_table(src + i))
           element(src + i, dst + i);
         else
           store_bits(dst + i, a > Format<double>::kInf ? quieted<double>(x)
