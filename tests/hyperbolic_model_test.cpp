@@ -59,7 +59,7 @@ static bool without_value(U x, bool odd, U* y) {
 }
 
 template <bool kOdd>
-static uint32_t single(uint32_t x, std::string_view grade) {
+static uint32_t single_value(uint32_t x, std::string_view grade) {
   uint32_t y = 0;
   if (without_value(x, kOdd, &y)) return y;
   const uint32_t sign = kOdd ? x & kSign<uint32_t> : 0;
@@ -94,7 +94,7 @@ static Extended even_series(const double (&c)[kTerms], const Extended& z) {
 }
 
 template <bool kOdd>
-static uint64_t twice(uint64_t x, std::string_view grade) {
+static uint64_t double_value(uint64_t x, std::string_view grade) {
   uint64_t y = 0;
   if (without_value(x, kOdd, &y)) return y;
   const bool best = grade == "A53";
@@ -172,10 +172,10 @@ static void expect_model(std::string_view family, Model<U> model) {
   }
 }
 
-TEST(Model, CosineSingle) { expect_model<uint32_t>("Cosh", single<false>); }
-TEST(Model, SineSingle) { expect_model<uint32_t>("Sinh", single<true>); }
-TEST(Model, CosineDouble) { expect_model<uint64_t>("Cosh", twice<false>); }
-TEST(Model, SineDouble) { expect_model<uint64_t>("Sinh", twice<true>); }
+TEST(Model, CosineSingle) { expect_model<uint32_t>("Cosh", single_value<false>); }
+TEST(Model, SineSingle) { expect_model<uint32_t>("Sinh", single_value<true>); }
+TEST(Model, CosineDouble) { expect_model<uint64_t>("Cosh", double_value<false>); }
+TEST(Model, SineDouble) { expect_model<uint64_t>("Sinh", double_value<true>); }
 TEST(Model, TangentDouble) { expect_model<uint64_t>("Tanh", tangent); }
 
 // Neither a processor that takes subnormal operands for zeros nor the place in a block must be seen

@@ -46,7 +46,7 @@ static inline uint32_t index_of(const float* sum) { return load_bits(sum) - kShi
 // zero. Below 2^-20 the terms z and v do not count; they stop there, since products of subnormals
 // are slow.
 template <Function kFunction, int kCount>
-static inline void extended_block(const float* src, float* dst) {
+static inline void x87_block(const float* src, float* dst) {
   alignas(16) float a[4], grid[4], sum[4], z[4], v[4];
   const __m128 x = load_elements<kCount>(src), magnitudes = magnitude_of(x);
   const Reduced reduced = reduce(magnitudes);
@@ -144,8 +144,8 @@ static inline Status hyperbolic(const float* src, float* dst, int32_t len, Block
 template <Function kFunction>
 static inline Status hyperbolic_a24(const float* src, float* dst, int32_t len) {
   return hyperbolic<BothNearest, kFunction>(
-      src, dst, len, [](const float* x, float* y) { extended_block<kFunction, 4>(x, y); },
-      [](const float* x, float* y) { extended_block<kFunction, 1>(x, y); });
+      src, dst, len, [](const float* x, float* y) { x87_block<kFunction, 4>(x, y); },
+      [](const float* x, float* y) { x87_block<kFunction, 1>(x, y); });
 }
 
 template <Function kFunction, Grade kGrade>

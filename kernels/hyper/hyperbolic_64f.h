@@ -5,8 +5,8 @@
 //
 //   j = round(64 |x|), r = |x| - x[j] exactly, |r| <= 1/128 + 2^-9,
 //   p = cosh r - 1 and q = sinh r by the terms of their series to r^6 and r^7,
-//   cosh |x| = C + (C p + S q),  sinh |x| = S + (S p + C q + Sl),  C = cosh x[j], S + Sl = sinh
-//   x[j]
+//   cosh |x| = C + (C p + S q),  sinh |x| = S + (S p + C q + Sl),
+//   C = cosh x[j], S + Sl = sinh x[j].
 //
 //   The points x[j] are singles near j/64 where C is a double as good as exactly. Nothing cancels
 //   near zero: in cell 0 the sine is q.
@@ -18,11 +18,12 @@
 //
 // A53: the fits are off by 2^-69 of the result, C by 2^-61.8, a double S beside q by 2^-61, the
 // roundings together by about 2^-62: 0.01 ulp.
-// A50: a term less of each series, without Sl: 2^-53 for the lost part of S and 2^-54 for p.
+// A50: a term less of each series, which moves a result by 2^-54, and no Sl: up to half a unit of
+// S.
 #ifndef LUX_KERNELS_HYPER_HYPERBOLIC_64F_H
 #define LUX_KERNELS_HYPER_HYPERBOLIC_64F_H
 
-#include "kernels/arith/frame.h"
+#include "kernels/hyper/cells_64f.h"
 #include "kernels/hyper/hyperbolic_64f_table.h"  // kDoubleCell, series, ln 2
 
 constexpr uint64_t kOverflow = 0x408633CE8FB9F87E;  // 710.47586: both functions round to infinity
@@ -30,17 +31,8 @@ constexpr uint64_t kOverflow = 0x408633CE8FB9F87E;  // 710.47586: both functions
 constexpr uint32_t kTableEnd = 0x40370000;  // 23.0
 constexpr uint32_t kWideEnd = kOverflow >> 32;
 
-constexpr float kShifter = 0x1.8p+46f;  // its ulp as a double is 1/64
-
 enum Function { kCosh, kSinh };
 enum Grade { kA53, kA50 };
-
-// Of the cell, 0 <= a < 23.01.
-static inline uint32_t index_of(long double a) {
-  double sum;
-  put(&sum, a + kShifter);
-  return load_words(&sum).lower;
-}
 
 // cosh or sinh of the cell's point plus r.
 template <Function kFunction, Grade kGrade>
@@ -71,7 +63,7 @@ static inline void table_block(const double* x, double* y) {
   for (int lane = 0; lane < 4; ++lane) {
     sign[lane] = upper_word(x + lane) & kSignUpper;
     const long double a = __builtin_fabsl(load_extended(x + lane));
-    j[lane] = index_of(a);
+    j[lane] = nearest_cell(a);
     put(r + lane, a - kDoubleCell[j[lane]].x);
   }
 #pragma GCC unroll 4
@@ -92,17 +84,11 @@ static inline void wide_element(const double* x, double* y) {
   asm("fistpl %0" : "=m"(m) : "t"((a - kMiddle) * kLog2E) : "st");
   m = m > 0 ? m : 0;
   const long double shifted = a - m * (long double)kLn2High;
-  const DoubleCell& cell = kDoubleCell[index_of(shifted)];
+  const DoubleCell& cell = kDoubleCell[nearest_cell(shifted)];
   put(y, value<kFunction, kGrade>(cell, (shifted - cell.x) - m * (long double)kLn2Low));
   WordInMemory* const upper = reinterpret_cast<WordInMemory*>(y) + 1;
   *upper += uint32_t(m) << 20;
   if (kFunction == kSinh) *upper |= sign;
-}
-
-static inline bool all_below(const double* x, uint32_t bound) {
-  uint32_t below = ~0u;
-  for (int lane = 0; lane < 4; ++lane) below &= upper_magnitude(x + lane) - bound;
-  return int32_t(below) < 0;
 }
 
 template <Function kFunction, Grade kGrade>
