@@ -94,6 +94,10 @@ static inline uint32_t upper_word(const E* from) {
   return reinterpret_cast<const WordInMemory*>(from)[sizeof(E) / 4 - 1];
 }
 
+constexpr uint32_t kSignUpper = 0x80000000;
+
+static inline uint32_t upper_magnitude(const double* x) { return upper_word(x) & ~kSignUpper; }
+
 template <class E>
 static inline void set_upper_bits(E* to, uint32_t bits) {
   reinterpret_cast<WordInMemory*>(to)[sizeof(E) / 4 - 1] |= bits;
@@ -111,6 +115,15 @@ static inline long double load_extended(const double* from) {
   long double value;
   asm("fldl %1" : "=t"(value) : "m"(*from));
   return value;
+}
+
+// A bare store: the compiler must neither round in passing nor keep a copy that is not rounded.
+static inline void put(float* to, long double value) {
+  asm("fstps %0" : "=m"(*to) : "t"(value) : "st");
+}
+
+static inline void put(double* to, long double value) {
+  asm("fstpl %0" : "=m"(*to) : "t"(value) : "st");
 }
 
 // An x87 register holds more than its C++ type says. Passing through memory rounds to the type.

@@ -357,18 +357,46 @@ LUX_API Status luxsAtan2_32f_A24(const float* src1, const float* src2, float* ds
 LUX_API Status luxsAtan2_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
 LUX_API Status luxsAtan2_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
 
-/* ---- Hyperbolic tangent -----------------------------------------------------------------------
+/* ---- Hyperbolic functions ---------------------------------------------------------------------
  */
+
+/** dst[i] = hyperbolic cosine of src[i].
+ *
+ *  Accuracy: A24 and A53 at most 1 ulp (measured 0.508 and 0.503), A50 at most 4 ulp, A21 relative
+ *  error at most 2^-21, A11 at most 2^-11.
+ *  Zeros and subnormals give 1, infinities +infinity without a code; a NaN comes out quiet.
+ *  From 89.41599 (0x42B2D4FD) on in magnitude, in 64f from 710.47586 (0x408633CE8FB9F87E) on, a
+ *  finite argument gives +infinity with LUX_OVERFLOW.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_OVERFLOW. */
+LUX_API Status luxsCosh_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCosh_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCosh_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsCosh_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsCosh_64f_A53(const double* src, double* dst, int32_t len);
+
+/** dst[i] = hyperbolic sine of src[i].
+ *
+ *  Accuracy as for Cosh. Zeros, subnormals and infinities come out as they are, a NaN quiet.
+ *  Where Cosh overflows it is an infinity with the sign of src[i] and LUX_OVERFLOW.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_OVERFLOW. */
+LUX_API Status luxsSinh_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsSinh_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsSinh_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsSinh_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsSinh_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = hyperbolic tangent of src[i].
  *
- *  Accuracy: 32f at most 0.762 ulp; all grades of a type are one computation.
- *  Arguments up to 2^-126 in magnitude, zeros among them, pass as they are; from 10 on in
- * magnitude, infinities among them, the result is 1 with the sign of src[i]; a NaN comes out quiet.
+ *  Accuracy: 32f at most 0.762 ulp, 64f at most 1 ulp (measured 0.503); all grades of a type are one
+ *  computation.
+ *  Zeros and subnormals come out as they are; from 10 on in magnitude, in 64f from 19.061546 on,
+ *  infinities among them, the result is 1 with the sign of src[i]; a NaN comes out quiet.
  *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API Status luxsTanh_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API Status luxsTanh_32f_A21(const float* src, float* dst, int32_t len);
 LUX_API Status luxsTanh_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsTanh_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsTanh_64f_A53(const double* src, double* dst, int32_t len);
 
 /* ---- Hypotenuse -------------------------------------------------------------------------------
  */

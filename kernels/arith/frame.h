@@ -54,6 +54,16 @@ struct X87Nearest {
   void leave() const { x87_leave(caller, kPrecision); }
 };
 
+// Both units under the control words that the results need.
+struct BothNearest {
+  SseNearest sse;
+  X87Nearest<X87_DOUBLE> x87;
+  void leave() const {
+    x87.leave();
+    sse.leave();
+  }
+};
+
 template <class Control, int32_t kBlock, class E, class Fast, class One>
 static inline Status run_kernel(const Arrays<E>& arrays, int32_t len, Fast fast, One one) {
   if (len < 1) return LUX_BAD_LENGTH;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Four packed singles: loads and stores of any byte address, bit patterns, selection.
+// Four packed singles: loads and stores of any byte address, bit patterns, selection, signs.
 #ifndef LUX_KERNELS_ARITH_LANES_H
 #define LUX_KERNELS_ARITH_LANES_H
 
@@ -34,6 +34,32 @@ static inline bool in_all_lanes(__m128 condition) { return _mm_movemask_ps(condi
 // `yes` where the mask is set.
 static inline __m128 select(__m128 mask, __m128 yes, __m128 no) {
   return _mm_or_ps(_mm_and_ps(mask, yes), _mm_andnot_ps(mask, no));
+}
+
+static const BitLanes kSignLanes = {{0x80000000, 0x80000000, 0x80000000, 0x80000000}};
+
+static inline __m128 sign_of(__m128 x) { return _mm_and_ps(x, lanes_of(kSignLanes)); }
+static inline __m128 magnitude_of(__m128 x) { return _mm_andnot_ps(lanes_of(kSignLanes), x); }
+
+// An element alone stands in all lanes.
+template <int kCount>
+static inline __m128 load_elements(const float* from) {
+  return kCount == 4 ? load_lanes(from) : _mm_load1_ps(from);
+}
+
+template <int kCount>
+static inline void store_elements(float* to, __m128 lanes) {
+  if (kCount == 4)
+    store_lanes(to, lanes);
+  else
+    _mm_store_ss(to, lanes);
+}
+
+// All four magnitudes below the bound, as patterns.
+static inline bool all_below(const float* x, uint32_t bound) {
+  uint32_t below = ~0u;
+  for (int lane = 0; lane < 4; ++lane) below &= magnitude<float>(load_bits(x + lane)) - bound;
+  return int32_t(below) < 0;
 }
 
 #endif

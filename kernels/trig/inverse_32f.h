@@ -21,7 +21,6 @@ constexpr double kHalfPi = kPi / 2;
 constexpr float kSinglePi = 0x1.921fb6p+1f;
 constexpr uint32_t kDefaultNaN = 0xFFC00000;
 
-static const BitLanes kSignLanes = {{0x80000000, 0x80000000, 0x80000000, 0x80000000}};
 static const BitLanes kFoldedLanes = {{0x40000000, 0x40000000, 0x40000000, 0x40000000}};
 
 // The upper three bits of an element's case word: the sign of the result, whether the argument was
@@ -30,9 +29,6 @@ struct Case {
   double factor, constant;
 };
 typedef Case Cases[8];
-
-static inline __m128 sign_of(__m128 x) { return _mm_and_ps(x, lanes_of(kSignLanes)); }
-static inline __m128 magnitude_of(__m128 x) { return _mm_andnot_ps(lanes_of(kSignLanes), x); }
 
 // Leaves k in the low bits of each lane.
 constexpr uint32_t kCellBase = 0x46C00000;  // 1.5 2^14, whose ulp is 1/512
@@ -55,36 +51,5 @@ static inline __m128 polynomial(__m128 u, __m128 z) {
     sum = _mm_add_ps(_mm_mul_ps(sum, z), _mm_set1_ps(kP[k]));
   return _mm_add_ps(u, _mm_mul_ps(_mm_mul_ps(u, z), sum));
 }
-
-// An element alone stands in all lanes.
-template <int kCount>
-static inline __m128 load_elements(const float* from) {
-  return kCount == 4 ? load_lanes(from) : _mm_load1_ps(from);
-}
-
-template <int kCount>
-static inline void store_elements(float* to, __m128 lanes) {
-  if (kCount == 4)
-    store_lanes(to, lanes);
-  else
-    _mm_store_ss(to, lanes);
-}
-
-// All four magnitudes below the bound, as patterns.
-static inline bool all_below(const float* x, uint32_t bound) {
-  uint32_t below = ~0u;
-  for (int lane = 0; lane < 4; ++lane) below &= magnitude<float>(load_bits(x + lane)) - bound;
-  return int32_t(below) < 0;
-}
-
-// Both units under the control words that the results need.
-struct BothNearest {
-  SseNearest sse;
-  X87Nearest<X87_DOUBLE> x87;
-  void leave() const {
-    x87.leave();
-    sse.leave();
-  }
-};
 
 #endif

@@ -8,9 +8,6 @@
 #include "kernels/arith/frame.h"
 
 constexpr uint32_t kInfUpper = 0x7FF00000;
-constexpr uint32_t kSignUpper = 0x80000000;
-
-static inline uint32_t upper_magnitude(const double* x) { return upper_word(x) & ~kSignUpper; }
 
 // v + s0 v^7 + s1 v^5 + s2 v^3; v^3 by itself, which is ready sooner.
 static inline long double odd_series(const double (&s)[3], long double v) {

@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+//
+// What hyperbolic sine and cosine of single-precision arrays share.
+//
+//   j = round(32 |x|), r = |x| - j/32 exactly, |r| <= 1/64, z = c2 r^2, v = s3 r^2,
+//   cosh |x| = C + (C z + S (r + r v)),  sinh |x| = S + (S z + C (r + r v)),
+//   C = cosh(j/32) and S = sinh(j/32) from one table up to the largest finite result.
+//
+// No exponential and no power of two is needed, and nothing cancels near zero: in cell 0 the sine
+// is 1 (r + r v).
+//
+// A24: z and v packed, the rest on the x87 unit at 53-bit precision, rounded once. The two series
+// are off by 2^-31 of the result together, the packed roundings by 2^-35: 0.004 ulp.
+// A21: all of it packed, with halves of C and S, so that no entry overflows, and doubled at last.
+// A11: the same without z and v, which are below 2^-13; a sine is off by 2^-11.8 at most, in
+// cell 1.
+#ifndef LUX_KERNELS_HYPER_HYPERBOLIC_32F_H
+#define LUX_KERNELS_HYPER_HYPERBOLIC_32F_H
+
+#include "kernels/arith/frame.h"
+#include "kernels/arith/lanes.h"
+#include "kernels/hyper/hyperbolic_32f_table.h"  // kSingleCell, kSingleHalves, kC2, kS3OverC2
+
+constexpr uint32_t kOverflow = 0x42B2D4FD;  // 89.41599: both functions round to infinity
+constexpr float kShifter = 0x1.8p+18f;      // its ulp is 1/32
+constexpr uint32_t kShifterBits = 0x48C00000;
+
+enum Function { kCosh, kSinh };
+
+// a = |x|, sum - kShifter = j/32
+struct Reduced {
+  __m128 sum, grid, r;
+};
+
+static inline Reduced reduce(__m128 a) {
+  const __m128 shifter = _mm_set1_ps(kShifter);
+  const __m128 sum = _mm_add_ps(a, shifter), grid = _mm_sub_ps(sum, shifter);
+  return {sum, grid, _mm_sub_ps(a, grid)};
+}
+
+static inline uint32_t index_of(const float* sum) { return load_bits(sum) - kShifterBits; }
+
+// ---- A24
+
+// The x87 unit takes r once more from a and j/32: a processor may treat a packed subnormal a as
+// zero. Below 2^-20 the terms z and v do not count; they stop there, since products of subnormals
+// are slow.
+template <Function kFunction, int kCount>
+static inline void x87_block(const float* src, float* dst) {
+  alignas(16) float a[4], grid[4], sum[4], z[4], v[4];
+  const __m128 x = load_elements<kCount>(src), magnitudes = magnitude_of(x);
+  const Reduced reduced = reduce(magnitudes);
+  const __m128 r = _mm_max_ps(magnitude_of(reduced.r), _mm_set1_ps(0x1p-20f));
+  const __m128 square = _mm_mul_ps(_mm_mul_ps(r, r), _mm_set1_ps(kC2));
+  uint32_t sign[kCount];
+  for (int lane = 0; lane < kCount; ++lane)
+    sign[lane] = load_bits(src + lane) & Format<float>::kSign;
+  _mm_store_ps(a, magnitudes);
+  _mm_store_ps(sum, reduced.sum);
+  _mm_store_ps(grid, reduced.grid);
+  _mm_store_ps(z, square);
+  _mm_store_ps(v, _mm_mul_ps(square, _mm_set1_ps(kS3OverC2)));
+#pragma GCC unroll 4
+  for (int lane = 0; lane < kCount; ++lane) {
+    const SingleCell& cell = kSingleCell[index_of(sum + lane)];
+    const double leading = kFunction == kCosh ? cell.cosh : cell.sinh;
+    const double other = kFunction == kCosh ? cell.sinh : cell.cosh;
+    const double rest = double(a[lane]) - grid[lane];
+    dst[lane] = float(leading + (leading * z[lane] + other * (rest + rest * v[lane])));
+    if (kFunction == kSinh) set_upper_bits(dst + lane, sign[lane]);
+  }
+}
+
+// ---- A21, A11
+
+enum Grade { kA21, kA11 };
+
+struct Entries {
+  __m128 leading, other;
+};
+
+template <Function kFunction, int kCount>
+static inline Entries entries_of(__m128 sum) {
+  alignas(16) float word[4];
+  _mm_store_ps(word, sum);
+  const auto pair = [&](int lane) {
+    return reinterpret_cast<const __m64*>(kSingleHalves + index_of(word + lane % kCount));
+  };
+  const __m128 low = _mm_loadh_pi(_mm_loadl_pi(_mm_setzero_ps(), pair(0)), pair(1));
+  const __m128 high = _mm_loadh_pi(_mm_loadl_pi(_mm_setzero_ps(), pair(2)), pair(3));
+  const __m128 cosh = _mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0));
+  const __m128 sinh = _mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1));
+  return kFunction == kCosh ? Entries{cosh, sinh} : Entries{sinh, cosh};
+}
+
+template <Function kFunction, Grade kGrade, int kCount>
+static inline void packed_block(const float* src, float* dst) {
+  const __m128 x = load_elements<kCount>(src), a = magnitude_of(x);
+  const Reduced reduced = reduce(a);
+  const Entries entries = entries_of<kFunction, kCount>(reduced.sum);
+  __m128 r = reduced.r, rest;
+  if (kGrade == kA21) {
+    const __m128 z = _mm_mul_ps(_mm_mul_ps(r, r), _mm_set1_ps(kC2));
+    r = _mm_add_ps(r, _mm_mul_ps(r, _mm_mul_ps(z, _mm_set1_ps(kS3OverC2))));
+    rest = _mm_add_ps(_mm_mul_ps(entries.leading, z), _mm_mul_ps(entries.other, r));
+  } else {
+    rest = _mm_mul_ps(entries.other, r);
+  }
+  const __m128 half = _mm_add_ps(entries.leading, rest), y = _mm_add_ps(half, half);
+  if (kFunction == kCosh) {
+    store_elements<kCount>(dst, y);
+  } else {
+    // Small arguments pass, so that nothing depends on how the processor treats subnormals.
+    const __m128 passes = _mm_cmplt_ps(a, _mm_set1_ps(0x1p-12f));
+    store_elements<kCount>(dst, _mm_or_ps(select(passes, a, y), sign_of(x)));
+  }
+}
+
+// ---- Arrays
+
+template <class Control, Function kFunction, class Block, class One>
+static inline Status hyperbolic(const float* src, float* dst, int32_t len, Block block,
+                                One element) {
+  const Arrays<float> arrays = {src, src, dst, dst};
+  return run_kernel<Control, 4>(
+      arrays, len,
+      [=](int32_t i, int32_t last) {
+        for (; i < last && all_below(src + i, kOverflow); i += 4) block(src + i, dst + i);
+        return i;
+      },
+      [&](int32_t i, Status* status) {
+        const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
+        if (a < kOverflow) {
+          element(src + i, dst + i);
+        } else if (a > Format<float>::kInf) {
+          store_bits(dst + i, quieted<float>(x));
+        } else {
+          store_bits(dst + i, Format<float>::kInf | (kFunction == kSinh ? x ^ a : 0));
+          if (a != Format<float>::kInf) _ErrorCall(arrays, LUX_OVERFLOW, i, status);
+        }
+      });
+}
+
+template <Function kFunction>
+static inline Status hyperbolic_a24(const float* src, float* dst, int32_t len) {
+  return hyperbolic<BothNearest, kFunction>(
+      src, dst, len, [](const float* x, float* y) { x87_block<kFunction, 4>(x, y); },
+      [](const float* x, float* y) { x87_block<kFunction, 1>(x, y); });
+}
+
+template <Function kFunction, Grade kGrade>
+static inline Status hyperbolic_packed(const float* src, float* dst, int32_t len) {
+  return hyperbolic<SseNearest, kFunction>(
+      src, dst, len, [](const float* x, float* y) { packed_block<kFunction, kGrade, 4>(x, y); },
+      [](const float* x, float* y) { packed_block<kFunction, kGrade, 1>(x, y); });
+}
+
+#endif

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+//
+// What hyperbolic sine and cosine of double-precision arrays share, on the x87 unit at 64-bit
+// precision.
+//
+//   j = round(64 |x|), r = |x| - x[j] exactly, |r| <= 1/128 + 2^-9,
+//   p = cosh r - 1 and q = sinh r by the terms of their series to r^6 and r^7,
+//   cosh |x| = C + (C p + S q),  sinh |x| = S + (S p + C q + Sl),
+//   C = cosh x[j], S + Sl = sinh x[j].
+//
+//   The points x[j] are singles near j/64 where C is a double as good as exactly. Nothing cancels
+//   near zero: in cell 0 the sine is q.
+//
+//   |x| < 23      blocks of four, as above
+//   beyond        cosh |x| = sinh |x| = 2^m cosh(|x| - m ln 2) but for 2^-64, m such that the table
+//                 serves; ln 2 in two parts, of which the first leaves no error. m is added to
+//                 the exponent of the stored result.
+//
+// A53: the fits are off by 2^-69 of the result, C by 2^-61.8, a double S beside q by 2^-61, the
+// roundings together by about 2^-62: 0.01 ulp.
+// A50: a term less of each series, which moves a result by 2^-54, and no Sl: up to half a unit of
+// S.
+#ifndef LUX_KERNELS_HYPER_HYPERBOLIC_64F_H
+#define LUX_KERNELS_HYPER_HYPERBOLIC_64F_H
+
+#include "kernels/hyper/cells_64f.h"
+#include "kernels/hyper/hyperbolic_64f_table.h"  // kDoubleCell, series, ln 2
+
+constexpr uint64_t kOverflow = 0x408633CE8FB9F87E;  // 710.47586: both functions round to infinity
+// Upper words.
+constexpr uint32_t kTableEnd = 0x40370000;  // 23.0
+constexpr uint32_t kWideEnd = kOverflow >> 32;
+
+enum Function { kCosh, kSinh };
+enum Grade { kA53, kA50 };
+
+// cosh or sinh of the cell's point plus r.
+template <Function kFunction, Grade kGrade>
+static inline long double value(const DoubleCell& cell, long double r) {
+  const long double z = r * r;
+  const double leading = kFunction == kCosh ? cell.cosh : cell.sinh;
+  const double other = kFunction == kCosh ? cell.sinh : cell.cosh;
+  long double p, q;
+  if (kGrade == kA53)
+    p = ((kCoshLong[2] * z + kCoshLong[1]) * z + kCoshLong[0]) * z;
+  else
+    p = (kCoshShort[1] * z + kCoshShort[0]) * z;
+  if (kGrade == kA53 && kFunction == kSinh)
+    q = ((kSinhLong[2] * z + kSinhLong[1]) * z + kSinhLong[0]) * z * r + r;
+  else
+    q = (kSinhShort[1] * z + kSinhShort[0]) * z * r + r;
+  long double rest = leading * p + other * q;
+  if (kGrade == kA53 && kFunction == kSinh) rest += cell.sinh_low;
+  return leading + rest;
+}
+
+// Four |x| below 23. The rests are doubles, exactly; in two passes the elements overlap better.
+template <Function kFunction, Grade kGrade>
+static inline void table_block(const double* x, double* y) {
+  double r[4];
+  uint32_t sign[4], j[4];
+#pragma GCC unroll 4
+  for (int lane = 0; lane < 4; ++lane) {
+    sign[lane] = upper_word(x + lane) & kSignUpper;
+    const long double a = __builtin_fabsl(load_extended(x + lane));
+    j[lane] = nearest_cell(a);
+    put(r + lane, a - kDoubleCell[j[lane]].x);
+  }
+#pragma GCC unroll 4
+  for (int lane = 0; lane < 4; ++lane) {
+    put(y + lane, value<kFunction, kGrade>(kDoubleCell[j[lane]], load_extended(r + lane)));
+    if (kFunction == kSinh) set_upper_bits(y + lane, sign[lane]);
+  }
+}
+
+// Any |x| below the bound of overflow.
+template <Function kFunction, Grade kGrade>
+static inline void wide_element(const double* x, double* y) {
+  // Of the upper ln 2 of the table, so that m is 0 below 23.
+  constexpr float kMiddle = 0x1.6a748p+4f;  // 22.65344
+  const uint32_t sign = upper_word(x) & kSignUpper;
+  const long double a = __builtin_fabsl(load_extended(x));
+  int32_t m;
+  asm("fistpl %0" : "=m"(m) : "t"((a - kMiddle) * kLog2E) : "st");
+  m = m > 0 ? m : 0;
+  const long double shifted = a - m * (long double)kLn2High;
+  const DoubleCell& cell = kDoubleCell[nearest_cell(shifted)];
+  put(y, value<kFunction, kGrade>(cell, (shifted - cell.x) - m * (long double)kLn2Low));
+  WordInMemory* const upper = reinterpret_cast<WordInMemory*>(y) + 1;
+  *upper += uint32_t(m) << 20;
+  if (kFunction == kSinh) *upper |= sign;
+}
+
+template <Function kFunction, Grade kGrade>
+static inline Status hyperbolic(const double* src, double* dst, int32_t len) {
+  const Arrays<double> arrays = {src, src, dst, dst};
+  return run_kernel<X87Nearest<X87_EXTENDED>, 4>(
+      arrays, len,
+      [=](int32_t i, int32_t last) {
+        for (; i < last; i += 4) {
+          if (all_below(src + i, kTableEnd)) {
+            table_block<kFunction, kGrade>(src + i, dst + i);
+          } else if (all_below(src + i, kWideEnd)) {
+            for (int lane = 0; lane < 4; ++lane)
+              wide_element<kFunction, kGrade>(src + i + lane, dst + i + lane);
+          } else {
+            break;
+          }
+        }
+        return i;
+      },
+      [&](int32_t i, Status* status) {
+        const uint64_t x = load_bits(src + i), a = magnitude<double>(x);
+        if (a < kOverflow) {
+          wide_element<kFunction, kGrade>(src + i, dst + i);
+        } else if (a > Format<double>::kInf) {
+          store_bits(dst + i, quieted<double>(x));
+        } else {
+          store_bits(dst + i, Format<double>::kInf | (kFunction == kSinh ? x ^ a : 0));
+          if (a != Format<double>::kInf) _ErrorCall(arrays, LUX_OVERFLOW, i, status);
+        }
+      });
+}
+
+#endif
