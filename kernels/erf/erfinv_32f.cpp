@@ -90,8 +90,8 @@ static inline void packed_block(const float* src, float* dst) {
   store_elements<kCount>(dst, _mm_or_ps(kPolynomial(cell, r.u), sign_of(x)));
 }
 
-// Products of the packed grades stay normal from here on, so that nothing depends on how the
-// processor treats subnormal operands.
+// From here on results are normal and smaller products add nothing to them, so that in the packed
+// grades nothing depends on how the processor treats subnormal operands.
 constexpr uint32_t kLeast = 0x01000000;  // 2^-125
 
 static inline bool all_packed(const float* x) {

@@ -11,8 +11,8 @@
 // centre 0 and no c0, so that small arguments keep their relative accuracy and subnormal ones are
 // rounded once. Odd and even powers beyond t are summed by themselves: half the latency.
 //
-// The polynomials are off by at most 2^-62.9 of y with their rounded coefficients; the last products
-// and sums round at 64 bits: together about 0.002 ulp beside the last rounding.
+// The polynomials are off by at most 2^-62.9 of y with their rounded coefficients; the last
+// products and sums round at 64 bits: together about 0.002 ulp beside the last rounding.
 //
 // Worst error found 0.5005 ulp, at 0x3FA2E497EE466800 (sampled against 200 bits).
 #include "kernels/arith/frame.h"
