@@ -12,7 +12,7 @@ namespace bench {
 namespace {
 
 struct Step {
-  enum Kind { kPoint, kGrid, kCells, kDense } kind;
+  enum Kind { kPoint, kGrid, kCells, kToOne, kDense } kind;
   std::string_view family, type;
   double a = 0, b = 0, c = 0;
 };
@@ -21,6 +21,7 @@ constexpr Step kSteps[] = {
 #define POINT(F, type, x) {Step::kPoint, #F, #type, x},
 #define GRID(F, type, spacing, first, last) {Step::kGrid, #F, #type, spacing, first, last},
 #define CELLS(F, type, bits) {Step::kCells, #F, #type, bits},
+#define TO_ONE(F, type, bits) {Step::kToOne, #F, #type, bits},
 #define DENSE(F, type, low, high) {Step::kDense, #F, #type, low, high},
 #include "bench/accuracy/steps.def"
 };
@@ -243,6 +244,14 @@ class Generator {
           points.push_back(number(
               (step.b + 0.5 + (cells > kMostCells ? std::floor(cells * unit()) : double(i))) *
               step.a));
+      } else if (step.kind == Step::kToOne) {
+        const double cells = std::exp2(step.a);
+        for (int exponent = 1; exponent <= layout(width_).mantissa + 1; ++exponent)
+          for (int cell = 0; cell < int(cells); ++cell)
+            for (const double within : {0.0, unit()}) {
+              const double x = 1 - std::ldexp(1 + (cell + within) / cells, -exponent);
+              points.push_back(number(chance(0.5) ? x : -x));
+            }
       } else {
         const int shift = layout(width_).mantissa - int(step.a);
         for (uint64_t cell = 0; cell < uint64_t(1) << int(step.a); ++cell)

@@ -27,28 +27,6 @@ void quick(Wide x, Wide* exact) {
   exact[0] = function(x);
 }
 
-// As the oracle's inverse error function, in long double.
-Wide erf_inv(Wide x) {
-  const Wide a = fabsl(x), tail = 1 - a;
-  if (!(a < 1)) return a == 1 ? copysignl(HUGE_VALL, x) : NAN;
-  if (a < 0x1p-40L) return x * 0.886226925452758013649083741670572591L;
-  constexpr Wide kHalfRootOfPi = 0.886226925452758013649083741670572591L;
-  Wide y = a * kHalfRootOfPi;
-  if (a > 0.5L) {
-    const Wide minus_log = -logl(tail);
-    y = sqrtl(minus_log);
-    for (int i = 0; i < 6; ++i)
-      y = (y + sqrtl(fmaxl(0.1L, minus_log - logl(y * 2 * kHalfRootOfPi)))) / 2;
-  }
-  for (int i = 0; i < 5; ++i) {
-    const Wide difference = a > 0.5L ? tail - erfcl(y) : erfl(y) - a;
-    const Wide step = difference * kHalfRootOfPi * expl(y * y);
-    y -= step / (1 + y * step);
-    if (fabsl(step) < 0x1p-24L * y) break;  // the next error is its cube
-  }
-  return copysignl(y, x);
-}
-
 struct Row {
   std::string_view family;
   Quick quick;
@@ -77,7 +55,7 @@ constexpr Row kRows[] = {
     {"Atanh", quick<atanhl>},
     {"Erf", quick<erfl>},
     {"Erfc", quick<erfcl>},
-    {"ErfInv", quick<erf_inv>},
+    {"ErfInv", quick<quick_erf_inv>},
     {"Floor", quick<floorl>},
     {"Ceil", quick<ceill>},
     {"Trunc", quick<truncl>},

@@ -3,6 +3,7 @@
 
 #include <mpc.h>
 
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 #include <string>
@@ -76,8 +77,8 @@ void modf(mpfr_ptr whole, mpfr_ptr fraction, mpfr_srcptr x, mpfr_srcptr) {
   mpfr_modf(whole, fraction, x, MPFR_RNDN);
 }
 
-// Newton's method with the second-order term (Halley), which triples the correct digits: 7, 21, 63.
-// Near +-1 the difference is that of erfc, so that nothing cancels.
+// One step of Halley's method from the value in long double triples its digits. Near +-1 the
+// difference is that of erfc, so that nothing cancels.
 void erf_inv(mpfr_ptr r, mpfr_ptr, mpfr_srcptr x, mpfr_srcptr) {
   if (mpfr_nan_p(x) || mpfr_cmpabs_ui(x, 1) > 0) return mpfr_set_nan(r);
   if (mpfr_cmpabs_ui(x, 1) == 0) return mpfr_set_inf(r, mpfr_sgn(x));
@@ -88,19 +89,9 @@ void erf_inv(mpfr_ptr r, mpfr_ptr, mpfr_srcptr x, mpfr_srcptr) {
   const int precision = int(mpfr_get_prec(r)) + kGuardBits;
   Real y(precision), a(precision), tail(precision), step(precision), slope(precision);
   mpfr_abs(a, x, MPFR_RNDN);
-  mpfr_ui_sub(tail, 1, a, MPFR_RNDN);  // exact: x has few bits
+  mpfr_ui_sub(tail, 1, a, MPFR_RNDN);  // used where it is exact
   const bool far = mpfr_cmp_d(a, 0.5) > 0;
-  // erfc(y) = tail: y is about the root of -ln(tail y sqrt(pi)).
-  if (far) {
-    mpfr_log(step, tail, MPFR_RNDN);
-    const double minus_log = -mpfr_get_d(step, MPFR_RNDN);
-    double start = std::sqrt(minus_log);
-    for (int i = 0; i < 30; ++i)
-      start = (start + std::sqrt(std::max(0.1, minus_log - std::log(start * 1.7724538509)))) / 2;
-    mpfr_set_d(y, start, MPFR_RNDN);
-  } else {
-    mpfr_mul_d(y, a, 0.886226925452758, MPFR_RNDN);
-  }
+  mpfr_set_ld(y, quick_erf_inv(mpfr_get_ld(a, MPFR_RNDN)), MPFR_RNDN);
   for (int i = 0; i < 40; ++i) {
     if (far) {
       mpfr_erfc(step, y, MPFR_RNDN);
@@ -121,8 +112,9 @@ void erf_inv(mpfr_ptr r, mpfr_ptr, mpfr_srcptr x, mpfr_srcptr) {
     mpfr_add_ui(slope, slope, 1, MPFR_RNDN);
     mpfr_div(step, step, slope, MPFR_RNDN);
     mpfr_sub(y, y, step, MPFR_RNDN);
+    // What is left is below 2^9 times the cube of a relative step.
     if (mpfr_zero_p(static_cast<mpfr_srcptr>(step)) ||
-        mpfr_get_exp(step) < mpfr_get_exp(y) - precision / 2)
+        mpfr_get_exp(step) < mpfr_get_exp(y) - int(mpfr_get_prec(r)) / 3 - 4)
       break;
   }
   mpfr_copysign(r, y, x, MPFR_RNDN);
@@ -191,6 +183,28 @@ constexpr OracleRow kRows[] = {
 int precision_of(const Function& function) { return function.type.width == 4 ? 96 : 144; }
 
 }  // namespace
+
+// Halley's method, as in the oracle; in the tail from the root of -ln(tail y sqrt(pi)).
+long double quick_erf_inv(long double x) {
+  constexpr long double kHalfRootOfPi = 0.886226925452758013649083741670572591L;
+  const long double a = std::fabs(x), tail = 1 - a;
+  if (!(a < 1)) return a == 1 ? std::copysign(HUGE_VALL, x) : NAN;
+  if (a < 0x1p-40L) return x * kHalfRootOfPi;
+  long double y = a * kHalfRootOfPi;
+  if (a > 0.5L) {
+    const long double minus_log = -std::log(tail);
+    y = std::sqrt(minus_log);
+    for (int i = 0; i < 6; ++i)
+      y = (y + std::sqrt(std::max(0.1L, minus_log - std::log(y * 2 * kHalfRootOfPi)))) / 2;
+  }
+  for (int i = 0; i < 5; ++i) {
+    const long double difference = a > 0.5L ? tail - std::erfc(y) : std::erf(y) - a;
+    const long double step = difference * kHalfRootOfPi * std::exp(y * y);
+    y -= step / (1 + y * step);
+    if (std::fabs(step) < 0x1p-24L * y) break;  // the next error is its cube
+  }
+  return std::copysign(y, x);
+}
 
 int Oracle::arguments(const Function& function) {
   return function.type.parts * (function.shape.sources + (function.shape.scalar ? 1 : 0));

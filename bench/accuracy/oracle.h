@@ -15,6 +15,9 @@ namespace bench {
 // source or the scalar.
 using Argument = std::array<uint64_t, 4>;
 
+// To about 60 bits.
+long double quick_erf_inv(long double x);
+
 class Oracle {
  public:
   explicit Oracle(const Function& function);
