@@ -140,7 +140,7 @@ class Diff(Measured):
 
 class Page(Measured):
     def test_page(self):
-        document = self.measured("Exp_32f", "Inv_64f")
+        document = self.measured("Exp_32f", "luxsInv_64f")
         document["functions"][-1]["goal"]["met"] = False
         page = self.file("page.md", "# Title\n\nText.\n\n<!-- figures -->\nold\n")
         figures = self.file("figures.json", json.dumps(document))

@@ -77,7 +77,8 @@ class Measuring(Bench):
         self.assertGreater(luxvm("bench", "--offset", "-1").returncode, 100)
 
     def test_rows_and_fields(self):
-        result = self.json_of("Inv_64f_A53", "luxsModf_32f", "--n", "3,1000:4000", "--offset", "0,1")
+        result = self.json_of("luxsInv_64f_A53", "luxsModf_32f", "--n", "3,1000:4000",
+                              "--offset", "0,1")
         lengths = [3, 1000, 2000, 4000]
         self.assertEqual([(r["name"], r["offset"], r["n"]) for r in result["rows"]],
                          [(name, offset, n) for name in ("luxsInv_64f_A53", "luxsModf_32f")
@@ -123,7 +124,7 @@ class Measuring(Bench):
             environment = {k: v for k, v in os.environ.items() if k != "GLIBC_TUNABLES"}
             if tunables:
                 environment["GLIBC_TUNABLES"] = tunables
-            result = self.json_of("Exp_32f_A24", "Inv_32f_A24", "--compare", env=environment)
+            result = self.json_of("Exp_32f_A24", "luxsInv_32f_A24", "--compare", env=environment)
             self.assertIn("without SSE2", result["libm"])
             inverse, exponential = result["rows"]
             self.assertNotIn("libm", inverse)
@@ -132,7 +133,7 @@ class Measuring(Bench):
 
     def test_resumed_run_keeps_what_is_there(self):
         path = self.dir / "a.json"
-        run = ("bench", "Inv_32f", *QUICK, "--passes", 2, "--json", path, "--resume")
+        run = ("bench", "luxsInv_32f", *QUICK, "--passes", 2, "--json", path, "--resume")
         self.fine(*run)
         whole = json.loads(path.read_text())
 
