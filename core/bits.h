@@ -113,6 +113,15 @@ static inline long double load_extended(const double* from) {
   return value;
 }
 
+// A bare store: the compiler must neither round in passing nor keep a copy that is not rounded.
+static inline void put(float* to, long double value) {
+  asm("fstps %0" : "=m"(*to) : "t"(value) : "st");
+}
+
+static inline void put(double* to, long double value) {
+  asm("fstpl %0" : "=m"(*to) : "t"(value) : "st");
+}
+
 // An x87 register holds more than its C++ type says. Passing through memory rounds to the type.
 static inline float store_f32(float value) {
   asm volatile("" : "+m"(value));

@@ -36,4 +36,11 @@ static inline __m128 select(__m128 mask, __m128 yes, __m128 no) {
   return _mm_or_ps(_mm_and_ps(mask, yes), _mm_andnot_ps(mask, no));
 }
 
+// Leaves the MMX state occupied.
+static inline __m128 from_integers(const int32_t* four) {
+  const __m64* const pairs = reinterpret_cast<const __m64*>(four);
+  const __m128 low = _mm_cvtpi32_ps(_mm_setzero_ps(), pairs[0]);
+  return _mm_movelh_ps(low, _mm_cvtpi32_ps(_mm_setzero_ps(), pairs[1]));
+}
+
 #endif

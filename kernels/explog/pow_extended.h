@@ -23,14 +23,6 @@
 #include "kernels/arith/frame.h"
 #include "kernels/explog/pow_64f_table.h"  // extended_table
 
-// A bare store: the compiler must neither round in passing nor keep a copy that is not rounded.
-static inline void put(float* to, long double value) {
-  asm("fstps %0" : "=m"(*to) : "t"(value) : "st");
-}
-static inline void put(double* to, long double value) {
-  asm("fstpl %0" : "=m"(*to) : "t"(value) : "st");
-}
-
 using ExtendedTable = decltype(extended_table);
 
 // The table by a pointer that the compiler takes for a new one at each element. It would load
