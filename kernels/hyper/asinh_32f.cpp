@@ -12,7 +12,9 @@ struct Asinh {
   static constexpr uint32_t kFirst = 0, kBeyond = kLarge, kSigned = kSign;
   static constexpr float kScale = 1;
 
-  static long double argument(long double a) { return __builtin_sqrtl(a * a + 1.0f) - 1.0f + a; }
+  static long double argument(long double a) {
+    return __builtin_sqrtl(a * a + one_in_memory()) - one_in_memory() + a;
+  }
 
   static __m128 argument(__m128 a) {
     const __m128 one = _mm_set1_ps(1.0f), square = _mm_mul_ps(a, a);

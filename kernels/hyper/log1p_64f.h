@@ -11,7 +11,7 @@
 // off by 2^-65 of z; z, the product, three sums and s itself round at 64 bits: together less than
 // 0.003 ulp beside the last rounding.
 //
-// Blocks of four in two passes, between which s stands as the exact sum of two doubles: one chain
+// Blocks of eight in two passes, between which s stands as the exact sum of two doubles: one chain
 // from root or quotient to result is longer than the processor looks ahead.
 #ifndef LUX_KERNELS_HYPER_LOG1P_64F_H
 #define LUX_KERNELS_HYPER_LOG1P_64F_H
@@ -19,7 +19,7 @@
 #include "kernels/arith/frame.h"
 #include "kernels/hyper/log1p_64f_table.h"  // kCell, kExponent, kP, kLn2
 
-constexpr int32_t kBlock = 4;
+constexpr int32_t kBlock = 8;
 constexpr uint32_t kSignUpper = 0x80000000;
 constexpr uint32_t kOneUpper = 0x3FF00000;
 constexpr uint32_t kLargeUpper = 0x43D00000;  // 2^62
@@ -78,9 +78,9 @@ static inline uint32_t outside(const double* x) {
 template <class Family, int kCount>
 static inline void log1p_block(const double* src, double* dst) {
   Argument s[kCount];
-#pragma GCC unroll 4
+#pragma GCC unroll 8
   for (int lane = 0; lane < kCount; ++lane) split(Family::argument(src + lane), s + lane);
-#pragma GCC unroll 4
+#pragma GCC unroll 8
   for (int lane = 0; lane < kCount; ++lane) {
     const uint32_t sign = upper_word(src + lane) & Family::kSigned;
     long double y = log1p_of(s[lane]);
