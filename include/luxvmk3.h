@@ -414,6 +414,45 @@ LUX_API Status luxsErfInv_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API Status luxsErfInv_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API Status luxsErfInv_64f_A53(const double* src, double* dst, int32_t len);
 
+/* ---- Inverse hyperbolic functions -------------------------------------------------------------
+ */
+
+/** dst[i] = the number from 0 on whose hyperbolic cosine is src[i].
+ *
+ *  Accuracy: A24 and A53 at most 1 ulp (measured 0.501), A21 relative error at most 2^-21, A11 at
+ *  most 2^-11; A50 is the same computation as A53.
+ *  1 gives +0, +infinity itself, a NaN comes out quiet.
+ *  Below 1, zeros and -infinity among them: the default NaN, reported with LUX_DOMAIN.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+LUX_API Status luxsAcosh_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAcosh_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAcosh_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAcosh_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsAcosh_64f_A53(const double* src, double* dst, int32_t len);
+
+/** dst[i] = the number whose hyperbolic sine is src[i].
+ *
+ *  Accuracy as for Acosh. Zeros keep their sign, subnormals pass as they are, infinities give
+ *  themselves, a NaN comes out quiet.
+ *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsAsinh_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAsinh_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAsinh_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAsinh_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsAsinh_64f_A53(const double* src, double* dst, int32_t len);
+
+/** dst[i] = the number whose hyperbolic tangent is src[i].
+ *
+ *  Accuracy as for Acosh. Zeros keep their sign, subnormals pass as they are, a NaN comes out
+ *  quiet. 1 and -1 give infinity with their sign, reported with LUX_POLE; beyond, infinities among
+ *  them, the default NaN, reported with LUX_DOMAIN.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER, LUX_POLE or LUX_DOMAIN. */
+LUX_API Status luxsAtanh_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAtanh_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAtanh_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsAtanh_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsAtanh_64f_A53(const double* src, double* dst, int32_t len);
+
 /* ---- Hypotenuse -------------------------------------------------------------------------------
  */
 

@@ -62,4 +62,11 @@ static inline bool all_below(const float* x, uint32_t bound) {
   return int32_t(below) < 0;
 }
 
+// Leaves the MMX state occupied.
+static inline __m128 from_integers(const int32_t* four) {
+  const __m64* const pairs = reinterpret_cast<const __m64*>(four);
+  const __m128 low = _mm_cvtpi32_ps(_mm_setzero_ps(), pairs[0]);
+  return _mm_movelh_ps(low, _mm_cvtpi32_ps(_mm_setzero_ps(), pairs[1]));
+}
+
 #endif

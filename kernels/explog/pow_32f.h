@@ -35,8 +35,7 @@
 #ifndef LUX_KERNELS_EXPLOG_POW_32F_H
 #define LUX_KERNELS_EXPLOG_POW_32F_H
 
-#include <xmmintrin.h>
-
+#include "kernels/arith/lanes.h"
 #include "kernels/explog/pow_32f_table.h"  // static_const_table
 #include "kernels/explog/pow_extended.h"
 #include "kernels/explog/pow_special.h"
@@ -188,12 +187,6 @@ static inline __m128 polynomial(const float (&c)[kTerms], __m128 x) {
 #pragma GCC unroll 8
   for (int i = kTerms - 2; i >= 0; --i) sum = plus(times(sum, x), all(c[i]));
   return sum;
-}
-
-static inline __m128 from_integers(const int32_t* four) {
-  const __m64* const pairs = reinterpret_cast<const __m64*>(four);
-  const __m128 low = _mm_cvtpi32_ps(_mm_setzero_ps(), pairs[0]);
-  return _mm_movelh_ps(low, _mm_cvtpi32_ps(_mm_setzero_ps(), pairs[1]));
 }
 
 // 2^k of integers from -126 to 127: k is put into the exponent field as an integer.

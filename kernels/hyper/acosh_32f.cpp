@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+//
+// Inverse hyperbolic cosine of single-precision arrays: ln(1 + s), s = d + sqrt(d (x + 1)) with the
+// exact d = x - 1; the logarithm is in kernels/hyper/log1p_32f.h. From 2^62 on ln(2 x) in every
+// grade.
+#include "kernels/hyper/log1p_32f.h"
+
+struct Acosh {
+  static constexpr uint32_t kFirst = Format<float>::kOne, kBeyond = kLarge, kSigned = 0;
+  static constexpr float kScale = 1;
+
+  static long double argument(long double x) {
+    const long double d = x - one_in_memory();
+    return __builtin_sqrtl((x + one_in_memory()) * d) + d;
+  }
+
+  static __m128 argument(__m128 x) {
+    const __m128 one = _mm_set1_ps(1.0f), d = _mm_sub_ps(x, one);
+    return _mm_add_ps(_mm_sqrt_ps(_mm_mul_ps(_mm_add_ps(x, one), d)), d);
+  }
+
+  static void special(const Arrays<float>& arrays, int32_t i, Status* status) {
+    const uint32_t x = load_bits(arrays.src1 + i);
+    float* const y = arrays.dst1 + i;
+    if (magnitude<float>(x) > Format<float>::kInf) {
+      store_bits(y, quieted<float>(x));
+    } else if (x & kSign || x < Format<float>::kOne) {
+      store_bits(y, kDefaultNaN);
+      _ErrorCall(arrays, LUX_DOMAIN, i, status);
+    } else if (x == Format<float>::kInf) {
+      store_bits(y, x);
+    } else {
+      *y = log_twice(x);
+    }
+  }
+};
+
+LOG1P_KERNELS_32F(Acosh)

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+//
+// Inverse hyperbolic sine of single-precision arrays: the sign of x with ln(1 + s),
+// s = |x| + (sqrt(x^2 + 1) - 1), packed |x| + x^2 / (1 + sqrt(x^2 + 1)); the logarithm is in
+// kernels/hyper/log1p_32f.h. From 2^62 on ln(2 |x|) in every grade.
+//
+// The root is off by 2^-64, which is 2^-32 of |x| at 2^-32; below, s is |x| and half of its square,
+// which ln(1 + s) takes off, is less than that.
+#include "kernels/hyper/log1p_32f.h"
+
+struct Asinh {
+  static constexpr uint32_t kFirst = 0, kBeyond = kLarge, kSigned = kSign;
+  static constexpr float kScale = 1;
+
+  static long double argument(long double a) {
+    return __builtin_sqrtl(a * a + one_in_memory()) - one_in_memory() + a;
+  }
+
+  static __m128 argument(__m128 a) {
+    const __m128 one = _mm_set1_ps(1.0f), square = _mm_mul_ps(a, a);
+    const __m128 root = _mm_sqrt_ps(_mm_add_ps(square, one));
+    return _mm_add_ps(_mm_div_ps(square, _mm_add_ps(root, one)), a);
+  }
+
+  static void special(const Arrays<float>& arrays, int32_t i, Status*) {
+    const uint32_t x = load_bits(arrays.src1 + i), a = magnitude<float>(x);
+    float* const y = arrays.dst1 + i;
+    if (a >= Format<float>::kInf) {
+      store_bits(y, quieted<float>(x));
+    } else {
+      *y = log_twice(a);
+      set_upper_bits(y, x ^ a);
+    }
+  }
+};
+
+LOG1P_KERNELS_32F(Asinh)

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+//
+// Inverse hyperbolic tangent of single-precision arrays: the sign of x with half of ln(1 + s),
+// s = 2 |x| / (1 - |x|); the logarithm is in kernels/hyper/log1p_32f.h.
+#include "kernels/hyper/log1p_32f.h"
+
+struct Atanh {
+  static constexpr uint32_t kFirst = 0, kBeyond = Format<float>::kOne, kSigned = kSign;
+  static constexpr float kScale = 0.5f;
+
+  static long double argument(long double a) { return (a + a) / (1.0f - a); }
+
+  static __m128 argument(__m128 a) {
+    return _mm_div_ps(_mm_add_ps(a, a), _mm_sub_ps(_mm_set1_ps(1.0f), a));
+  }
+
+  static void special(const Arrays<float>& arrays, int32_t i, Status* status) {
+    const uint32_t x = load_bits(arrays.src1 + i), a = magnitude<float>(x);
+    float* const y = arrays.dst1 + i;
+    if (a > Format<float>::kInf) {
+      store_bits(y, quieted<float>(x));
+    } else if (a == Format<float>::kOne) {
+      store_bits(y, Format<float>::kInf | (x ^ a));
+      _ErrorCall(arrays, LUX_POLE, i, status);
+    } else {
+      store_bits(y, kDefaultNaN);
+      _ErrorCall(arrays, LUX_DOMAIN, i, status);
+    }
+  }
+};
+
+LOG1P_KERNELS_32F(Atanh)

@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: MIT
+//
+// What the inverse hyperbolic functions of single-precision arrays share: each is ln(1 + s) for an
+// s >= 0 of its own that has no cancellation.
+//
+// A24, on the x87 unit at 64-bit precision, intermediates as doubles:
+//
+//   e and i from the exponent and the upper nine fraction bits of 1 + s as a single,
+//   u = s 2^-e + (2^-e - 1),  ln(1 + s) = ((c3[i] u + c2[i]) u + c1[i]) u + c0[i] + e ln 2.
+//
+//   c0[0] = 0 and u = s where e = 0, so the relative error of s stays. The cubics are off by at
+//   most 2^-34 of the logarithm, 0.001 ulp beside the only rounding. Blocks of eight in two passes:
+//   one chain from root or quotient to result is longer than the processor looks ahead.
+//
+// A21 and A11, packed single precision:
+//
+//   E = 2^e with sqrt(1/2) <= (1 + s) / E < sqrt(2),  t = (s + (1 - E)) / (s + (1 + E)),
+//   ln(1 + s) = 2 t + t^3 P(t^2) + e ln 2, |t| < 0.1716.
+//
+//   For E = 1 that is s / (s + 2): nothing is lost next to 0. Arguments of the odd functions below
+//   2^-12 pass as they are, so that nothing depends on how the processor treats subnormal operands.
+#ifndef LUX_KERNELS_HYPER_LOG1P_32F_H
+#define LUX_KERNELS_HYPER_LOG1P_32F_H
+
+#include "kernels/arith/frame.h"
+#include "kernels/arith/lanes.h"
+#include "kernels/hyper/log1p_32f_table.h"  // kCubic, kExponent, kLn2, kLong, kShort
+
+constexpr uint32_t kSign = Format<float>::kSign;
+constexpr uint32_t kLarge = 0x5E800000;  // 2^62
+constexpr uint32_t kDefaultNaN = 0xFFC00000;
+
+// A family has kFirst and kBeyond, bounds of the patterns of its ordinary arguments; kSigned, the
+// sign bit if the function is odd; kScale; argument(x) for a magnitude, which is s, as an extended
+// number and packed; and special(arrays, i, status) for what is out of bounds.
+template <class Family>
+static inline uint32_t outside(const float* x) {
+  const uint32_t u = load_bits(x) & ~Family::kSigned;
+  return (u - Family::kFirst) | (Family::kBeyond - 1 - u);
+}
+
+template <class Family, class Control, int32_t kBlock, class Block, class One>
+static inline Status log1p_32f(const float* src, float* dst, int32_t len, Block block,
+                               One element) {
+  const Arrays<float> arrays = {src, src, dst, dst};
+  return run_kernel<Control, kBlock>(
+      arrays, len,
+      [=](int32_t i, int32_t last) {
+        for (; i < last; i += kBlock) {
+          uint32_t any = 0;
+          for (int lane = 0; lane < kBlock; ++lane) any |= outside<Family>(src + i + lane);
+          if (int32_t(any) < 0) break;
+          block(src + i, dst + i);
+        }
+        _mm_empty();  // after the packed conversions
+        return i;
+      },
+      [&](int32_t i, Status* status) {
+        if (int32_t(outside<Family>(src + i)) >= 0) {
+          element(src + i, dst + i);
+          _mm_empty();
+        } else {
+          Family::special(arrays, i, status);
+        }
+      });
+}
+
+template <int kCount>
+static inline __m128 load_elements(const float* from) {
+  return kCount == 4 ? load_lanes(from) : _mm_load1_ps(from);
+}
+
+static inline __m128 everywhere(uint32_t pattern) {
+  float value;
+  store_bits(&value, pattern);
+  return _mm_set1_ps(value);
+}
+
+// ---- x87
+
+static inline long double log_of(const Cubic& c, long double u) {
+  return ((c.c3 * u + c.c2) * u + c.c1) * u + c.c0;
+}
+
+// 1 as a memory operand, which costs nothing: as a constant it would be loaded and copied.
+static inline float one_in_memory() {
+  static const float one = 1;
+  const float* at = &one;
+  asm("" : "+r"(at));
+  return *at;
+}
+
+static inline long double log1p_of(const double* s, const float* w) {
+  const uint32_t k = load_bits(w);
+  const Exponent& e = kExponent[(k >> 23) - 127];
+  return log_of(kCubic[k >> 14 & 511], *s * (long double)e.scale + e.offset) + e.log;
+}
+
+template <class Family, int kCount>
+static inline void log1p_block(const float* src, float* dst) {
+  constexpr int kLoad = kCount == 1 ? 1 : 4;
+  alignas(16) float a[kCount + 4 - kLoad];
+  double s[kCount];
+  float w[kCount];
+  for (int lane = 0; lane < kCount; lane += kLoad)
+    _mm_store_ps(a + lane,
+                 _mm_andnot_ps(everywhere(Family::kSigned), load_elements<kLoad>(src + lane)));
+#pragma GCC unroll 8
+  for (int lane = 0; lane < kCount; ++lane) {
+    const long double argument = Family::argument((long double)a[lane]);
+    put(w + lane, argument + one_in_memory());
+    put(s + lane, argument);
+  }
+#pragma GCC unroll 8
+  for (int lane = 0; lane < kCount; ++lane) {
+    const uint32_t sign = load_bits(src + lane) & Family::kSigned;
+    long double y = log1p_of(s + lane, w + lane);
+    if (Family::kScale != 1) y *= Family::kScale;
+    put(dst + lane, y);
+    if (Family::kSigned) set_upper_bits(dst + lane, sign);
+  }
+}
+
+template <class Family>
+static inline Status log1p_a24(const float* src, float* dst, int32_t len) {
+  return log1p_32f<Family, X87Nearest<X87_EXTENDED>, 8>(
+      src, dst, len, [](const float* x, float* y) { log1p_block<Family, 8>(x, y); },
+      [](const float* x, float* y) { log1p_block<Family, 1>(x, y); });
+}
+
+// ln(2 a) of a finite number from 1 on, in every grade.
+static inline float log_twice(uint32_t a) {
+  float m;
+  store_bits(&m, (a & 0x007FFFFF) | Format<float>::kOne);
+  const int32_t e = int32_t(a >> 23) - 126;
+  const X87Nearest<X87_EXTENDED> control;
+  float y;
+  put(&y, log_of(kCubic[a >> 14 & 511], m - 1.0L) + e * (long double)kLn2);
+  control.leave();
+  return y;
+}
+
+// ---- Packed
+
+template <const auto& kP>
+static inline __m128 packed_log1p(__m128 s) {
+  const __m128 one = _mm_set1_ps(1.0f), raised = _mm_set1_ps(0x1.6a09e6p+0f);  // sqrt(2)
+  const __m128 power =
+      _mm_and_ps(_mm_mul_ps(_mm_add_ps(s, one), raised), everywhere(Format<float>::kInf));
+  alignas(16) int32_t fields[4];
+  _mm_store_ps(reinterpret_cast<float*>(fields), power);
+  const __m128 t =
+      _mm_div_ps(_mm_add_ps(s, _mm_sub_ps(one, power)), _mm_add_ps(s, _mm_add_ps(one, power)));
+  const __m128 square = _mm_mul_ps(t, t);
+  __m128 p = _mm_set1_ps(kP[0]);
+#pragma GCC unroll 4
+  for (size_t k = 1; k < sizeof kP / sizeof kP[0]; ++k)
+    p = _mm_add_ps(_mm_mul_ps(p, square), _mm_set1_ps(kP[k]));
+  const __m128 e = _mm_sub_ps(from_integers(fields), _mm_set1_ps(127 * 0x1p23f));
+  return _mm_add_ps(_mm_add_ps(_mm_add_ps(t, t), _mm_mul_ps(_mm_mul_ps(t, square), p)),
+                    _mm_mul_ps(e, _mm_set1_ps(float(kLn2 * 0x1p-23))));
+}
+
+template <class Family, const auto& kP, int kCount>
+static inline void packed_block(const float* src, float* dst) {
+  const __m128 x = load_elements<kCount>(src), sign = _mm_and_ps(x, everywhere(Family::kSigned)),
+               a = _mm_xor_ps(x, sign);
+  __m128 y = packed_log1p<kP>(Family::argument(a));
+  if (Family::kScale != 1) y = _mm_mul_ps(y, _mm_set1_ps(Family::kScale));
+  if (Family::kSigned) y = _mm_or_ps(select(_mm_cmplt_ps(a, _mm_set1_ps(0x1p-12f)), a, y), sign);
+  if (kCount == 4)
+    store_lanes(dst, y);
+  else
+    _mm_store_ss(dst, y);
+}
+
+template <class Family, const auto& kP>
+static inline Status log1p_packed(const float* src, float* dst, int32_t len) {
+  return log1p_32f<Family, SseNearest, 4>(
+      src, dst, len, [](const float* x, float* y) { packed_block<Family, kP, 4>(x, y); },
+      [](const float* x, float* y) { packed_block<Family, kP, 1>(x, y); });
+}
+
+#define LOG1P_KERNELS_32F(family)                                                          \
+  LUX_KERNEL(family, 32f, A24, 1_1) { return log1p_a24<family>(src, dst, len); }           \
+  LUX_KERNEL(family, 32f, A21, 1_1) { return log1p_packed<family, kLong>(src, dst, len); } \
+  LUX_KERNEL(family, 32f, A11, 1_1) { return log1p_packed<family, kShort>(src, dst, len); }
+
+#endif
