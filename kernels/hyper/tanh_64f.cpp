@@ -8,7 +8,7 @@
 //
 //   Nothing cancels near zero: in cell 0 the result is t. From 19.061546 on it is 1.
 //
-// Worst error found 0.5031 ulp, at 0xC00590295D2F7590 (sampled against exact values).
+// Worst error found 0.5033 ulp, at 0x4012E63B52A5C389 (sampled against exact values).
 #include "kernels/hyper/cells_64f.h"
 #include "kernels/hyper/tanh_64f_table.h"  // kCell, kSeries
 
