@@ -362,7 +362,7 @@ LUX_API Status luxsAtan2_64f_A53(const double* src1, const double* src2, double*
 
 /** dst[i] = hyperbolic cosine of src[i].
  *
- *  Accuracy: A24 and A53 at most 1 ulp (measured 0.508 and 0.503), A50 at most 4 ulp, A21 relative
+ *  Accuracy: A24 and A53 at most 1 ulp (measured 0.507 and 0.504), A50 at most 4 ulp, A21 relative
  *  error at most 2^-21, A11 at most 2^-11.
  *  Zeros and subnormals give 1, infinities +infinity without a code; a NaN comes out quiet.
  *  From 89.41599 (0x42B2D4FD) on in magnitude, in 64f from 710.47586 (0x408633CE8FB9F87E) on, a

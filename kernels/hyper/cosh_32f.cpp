@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Hyperbolic cosine of single-precision arrays; the method is in kernels/hyper/hyperbolic_32f.h.
+// Worst errors (every input from 2^-13 on): A24 0.5071 ulp, at 0x40DDA9EB; A21 2^-23.01 of the
+// result, at 0x4220D431; A11 2^-12.98, at 0x424D3000.
 #include "kernels/hyper/hyperbolic_32f.h"
 
 LUX_KERNEL(Cosh, 32f, A24, 1_1) { return hyperbolic_a24<kCosh>(src, dst, len); }

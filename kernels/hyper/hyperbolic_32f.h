@@ -10,9 +10,9 @@
 // is 1 (r + r v).
 //
 // A24: z and v packed, the rest on the x87 unit at 53-bit precision, rounded once. The two series
-// are off by 2^-31 of the result together, the packed roundings by 2^-35: 0.004 ulp.
+// are off by 2^-31 of the result together, the packed roundings by 2^-35: 0.0075 ulp.
 // A21: all of it packed, with halves of C and S, so that no entry overflows, and doubled at last.
-// A11: the same without z and v, which are below 2^-13; a sine is off by 2^-11.8 at most, in
+// A11: the same without z and v, which are below 2^-13; a sine is off by up to 2^-12.26, in
 // cell 1.
 #ifndef LUX_KERNELS_HYPER_HYPERBOLIC_32F_H
 #define LUX_KERNELS_HYPER_HYPERBOLIC_32F_H
