@@ -6,8 +6,8 @@
 //   sinh   below 1/16 the odd Taylor series to x^11, which keeps the last bits
 //   tanh   the quotient of the unrounded sinh and cosh below 24, +-1 from there on
 //
-// Worst errors found, in units of the last place (sampled against 400 bits): e^x 0.54, sinh 0.86,
-// cosh 1.01, tanh 1.64.
+// Worst errors found, in units of the last place (sampled against 160 bits): e^x 0.534, sinh 0.528,
+// cosh 0.528, tanh 0.521.
 #include "scalar/exp.h"
 #include "scalar/extended_parts.h"
 #include "scalar/sum.h"
