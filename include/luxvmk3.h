@@ -403,6 +403,105 @@ LUX_API Status luxsSqrt_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API Status luxsSqrt_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API Status luxsSqrt_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
+/* ---- Complex exponential ------------------------------------------------------------------------
+ */
+
+/** dst[i] = e^src[i] = e^x (cos y + i sin y).
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.502 ulp in each part; a part
+ *  overflows or underflows only where its exact value does. Zeros, infinities and NaNs as in C.
+ * Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsExp_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsExp_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsExp_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsExp_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsExp_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
+/* ---- Complex cosine -----------------------------------------------------------------------------
+ */
+
+/** dst[i] = the cosine of src[i]: cos x cosh y - i sin x sinh y.
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.504 ulp in each part, for real
+ *  parts of any size. Zeros, infinities and NaNs as in C, by the hyperbolic cosine of -y + ix.
+ * Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsCos_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsCos_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsCos_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsCos_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsCos_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
+/* ---- Complex sine -------------------------------------------------------------------------------
+ */
+
+/** dst[i] = the sine of src[i]: sin x cosh y + i cos x sinh y.
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.504 ulp in each part, for real
+ *  parts of any size. Zeros, infinities and NaNs as in C, by the hyperbolic sine of -y + ix.
+ * Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsSin_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsSin_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsSin_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsSin_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsSin_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
+/* ---- Complex tangent ----------------------------------------------------------------------------
+ */
+
+/** dst[i] = the tangent of src[i]: (sin x cos x + i sinh y cosh y) / (cos^2 x + sinh^2 y).
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part, also next
+ * to the poles. Zeros, infinities and NaNs as in C, by the hyperbolic tangent of -y + ix. Nothing
+ * is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsTan_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsTan_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsTan_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsTan_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsTan_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
+/* ---- Complex hyperbolic cosine ------------------------------------------------------------------
+ */
+
+/** dst[i] = the hyperbolic cosine of src[i]: cosh x cos y + i sinh x sin y.
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.504 ulp in each part, for
+ *  imaginary parts of any size. Zeros, infinities and NaNs as in C. Nothing is reported.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsCosh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsCosh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsCosh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsCosh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsCosh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
+/* ---- Complex hyperbolic sine --------------------------------------------------------------------
+ */
+
+/** dst[i] = the hyperbolic sine of src[i]: sinh x cos y + i cosh x sin y.
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.504 ulp in each part, for
+ *  imaginary parts of any size. Zeros, infinities and NaNs as in C. Nothing is reported.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsSinh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsSinh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsSinh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsSinh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsSinh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
+/* ---- Complex hyperbolic tangent -----------------------------------------------------------------
+ */
+
+/** dst[i] = the hyperbolic tangent of src[i]: (sinh x cosh x + i sin y cos y) / (sinh^2 x + cos^2
+ * y).
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part, also next
+ * to the poles. Zeros, infinities and NaNs as in C. Nothing is reported. Returns LUX_OK,
+ * LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsTanh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsTanh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsTanh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsTanh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsTanh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
 /* ---- Rounding to integers: exact, no grade, never threaded, nothing reported -------------------
  */
 

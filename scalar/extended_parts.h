@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+//
+// The fields of an extended number.
+#ifndef LUX_SCALAR_EXTENDED_PARTS_H
+#define LUX_SCALAR_EXTENDED_PARTS_H
+
+#include "scalar/internal.h"
+
+struct ExtendedParts {
+  uint64_t significand;
+  uint16_t exponent;  // and sign
+
+  bool is_nan() const {
+    return (exponent & 0x7FFF) == 0x7FFF && significand != 0x8000000000000000u;
+  }
+};
+
+static inline ExtendedParts parts_of(long double x) {
+  ExtendedParts parts;
+  __builtin_memcpy(&parts.significand, &x, 8);
+  __builtin_memcpy(&parts.exponent, reinterpret_cast<const char*>(&x) + 8, 2);
+  return parts;
+}
+
+#endif
