@@ -16,22 +16,17 @@
 #ifndef LUX_SCALAR_ATAN_H
 #define LUX_SCALAR_ATAN_H
 
-#include "core/bits.h"
 #include "scalar/atan_table.h"  // kAtan
+#include "scalar/internal.h"
 
 // What the angle of (d, n) becomes: with n and d exchanged, of a point with negative abscissa.
 enum Octant { kExchanged = 1, kNegative = 2 };
 
 static const float kTurn[4] = {1, -1, -1, 1};  // sign of atan(r) by octant
 
-static inline int32_t nearest_integer(long double x) {
-  int32_t nearest;
-  asm("fistl %0" : "=m"(nearest) : "t"(x));
-  return nearest;
-}
-
 // 0 <= n <= d (1 + 2^-20), d > 0.
-static inline long double angle(int octant, long double n, long double d) {
+__attribute__((always_inline)) static inline long double angle(int octant, long double n,
+                                                               long double d) {
   const int32_t j = nearest_integer(n / d * 64.0f);
   const float tangent = kAtan.tangent[j];
   const Angle& turned = kAtan.angle[octant][j];

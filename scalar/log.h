@@ -15,7 +15,7 @@
 #ifndef LUX_SCALAR_LOG_H
 #define LUX_SCALAR_LOG_H
 
-#include "core/bits.h"
+#include "scalar/internal.h"
 #include "scalar/log_table.h"  // kLog
 
 // Where a positive number stands: its cell, and the power of two that brings it there.
@@ -26,7 +26,7 @@ struct LogPlace {
 };
 
 // 2^-126 <= x < 2^126, as a float: only the cell depends on it.
-static inline LogPlace log_place(float x) {
+__attribute__((always_inline)) static inline LogPlace log_place(float x) {
   constexpr uint32_t kHalfCell = 1u << 14, kFirst = 107u << 15, kOne = 0x3F800000;
   WordInMemory word;
   __builtin_memcpy(&word, &x, sizeof word);
@@ -40,7 +40,8 @@ static inline LogPlace log_place(float x) {
 }
 
 // log((1 + f) 2^exponent), 1 + f in the cell.
-static inline long double log_sum(long double f, const LogCell& cell, int32_t exponent) {
+__attribute__((always_inline)) static inline long double log_sum(long double f, const LogCell& cell,
+                                                                 int32_t exponent) {
   const long double r = f * cell.c + cell.c1, w = r * r;
   const double* const s = kLog.series;
   const long double series = (s[0] + s[1] * r) + w * ((s[2] + s[3] * r) + w * s[4]);
@@ -58,7 +59,7 @@ struct Significand {
 __attribute__((noinline)) static Significand significand_of(long double x) {
   Significand parts;
   asm("fxtract\n\tfxch" : "=t"(x), "=u"(parts.m) : "0"(x));
-  parts.exponent = int32_t(x);
+  parts.exponent = nearest_integer(x);
   return parts;
 }
 

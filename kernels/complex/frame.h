@@ -21,8 +21,10 @@ static inline Status run_complex(const E* src1, const E* src2, E* dst, int32_t l
   return LUX_OK;
 }
 
-template <class E>
-static inline Status run_complex_1_1(const E* src, E* dst, int32_t len, E (*routine)(E)) {
+// A routine that takes its operand by reference loads it from the array itself: of a copy, which
+// compilers make word by word, the load of the whole would stall.
+template <class E, class Routine>
+static inline Status run_complex_1_1(const E* src, E* dst, int32_t len, Routine routine) {
   return run_complex(src, src, dst, len, [=](int32_t i) { return routine(src[i]); });
 }
 
