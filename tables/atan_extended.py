@@ -47,6 +47,9 @@ def pair(angle):
 pi = +mpmath.pi
 angles = [mpmath.atan(mpf(j) / STEPS) for j in range(STEPS + 1)]
 octants = [angles, [pi / 2 - a for a in angles], [pi - a for a in angles], [pi / 2 + a for a in angles]]
+degrees = [mpmath.nint(a) if j in (0, STEPS) else a
+           for j, a in enumerate(a * 180 / pi for a in angles)]
+degree = tablegen.rounded(180 / pi, 32)
 (quick, quick_error), (careful, careful_error) = odd(2), odd(3)
 body = "\n".join([
     f"// |r| at most {mpmath.nstr(reach, 6)}, where the series' relative errors are below"
@@ -59,11 +62,15 @@ body = "\n".join([
     "  double quick[3];      // of r^3 to r^7",
     "  double careful[4];    // of r^3 to r^9",
     "  Angle angle[4][65];   // a = atan(j/64), pi/2 - a, pi - a, pi/2 + a",
+    "  Angle degrees[65];    // a in degrees, 0 and 45 exactly",
+    "  Angle degree;         // 180/pi, the first part with 32 bits",
     "} kAtan = {",
     "    {" + ", ".join(f"{float(mpf(j) / STEPS).hex()}f" for j in range(STEPS + 1)) + "},",
     *[f"    {{{', '.join(value.hex() for value in series)}}}," for series in (quick, careful)],
     "    {",
     *["        {" + ",\n         ".join(pair(a) for a in octant) + "}," for octant in octants],
     "    },",
+    "    {" + ",\n     ".join(pair(a) for a in degrees) + "},",
+    f"    {{{tablegen.double(degree)}, {tablegen.double(180 / pi - degree)}}},",
     "};"])
 tablegen.main("scalar/atan_table.h", __file__, body)
