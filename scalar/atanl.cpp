@@ -2,8 +2,8 @@
 //
 // Arc tangent of one extended number and the angle of a point, in radians and in degrees, by the
 // method of atan.h. Here the turned point is exact, the quotient has two parts and so has the sum
-// of table and quotient. Worst errors found (sampled): 0.51 ulp, in degrees 0.52 ulp where the
-// result is normal.
+// of table and quotient. Worst errors found (sampled): atan 0.5196, atan2 0.5150 ulp; in degrees
+// 0.7478 ulp, where the result is next to the subnormals.
 #include "scalar/atan.h"
 #include "scalar/extended_parts.h"
 #include "scalar/log.h"  // significand_of

@@ -41,7 +41,7 @@ __attribute__((noinline, cold)) static Lux64fc complex_exp_special(const Lux64fc
   return {store_f64(double(size * cosine)), store_f64(double(size * sine))};
 }
 
-static inline Lux64fc complex_exp(Lux64fc z) {
+static inline Lux64fc complex_exp(const Lux64fc& z) {
   if (__builtin_expect(((upper_word(&z.re) & 0x7FFFFFFF) >= kExpBound) | !is_short_angle(&z.im),
                        false))
     return complex_exp_special(z);

@@ -100,34 +100,34 @@ __attribute__((noinline, cold)) static Lux64fc complex_tanh_special(const Lux64f
 // ---- The six functions. Ordinary arguments of the trigonometric ones need no turn: each sign that
 // it changes is changed back.
 
-static inline Lux64fc complex_sinh(Lux64fc z) {
+static inline Lux64fc complex_sinh(const Lux64fc& z) {
   if (!is_ordinary(&z.re, &z.im)) return complex_sinh_special(z);
   return sinh_of(ordinary_parts(&z.re, &z.im));
 }
 
-static inline Lux64fc complex_cosh(Lux64fc z) {
+static inline Lux64fc complex_cosh(const Lux64fc& z) {
   if (!is_ordinary(&z.re, &z.im)) return complex_cosh_special(z);
   return cosh_of(ordinary_parts(&z.re, &z.im));
 }
 
-static inline Lux64fc complex_tanh(Lux64fc z) {
+static inline Lux64fc complex_tanh(const Lux64fc& z) {
   if (!is_ordinary(&z.re, &z.im)) return complex_tanh_special(z);
   return tanh_of(ordinary_parts(&z.re, &z.im));
 }
 
-static inline Lux64fc complex_sin(Lux64fc z) {
+static inline Lux64fc complex_sin(const Lux64fc& z) {
   if (!is_ordinary(&z.im, &z.re)) return turned_back(complex_sinh_special(turned(z)));
   const FourParts p = ordinary_parts(&z.im, &z.re);
   return rounded(p.cosh * p.sin, p.sinh * p.cos);
 }
 
-static inline Lux64fc complex_cos(Lux64fc z) {
+static inline Lux64fc complex_cos(const Lux64fc& z) {
   if (!is_ordinary(&z.im, &z.re)) return complex_cosh_special(turned(z));
   const FourParts p = ordinary_parts(&z.im, &z.re);
   return rounded(p.cosh * p.cos, -(p.sinh * p.sin));
 }
 
-static inline Lux64fc complex_tan(Lux64fc z) {
+static inline Lux64fc complex_tan(const Lux64fc& z) {
   if (!is_ordinary(&z.im, &z.re)) return turned_back(complex_tanh_special(turned(z)));
   const FourParts p = ordinary_parts(&z.im, &z.re);
   const long double factor = 1 / (p.sinh * p.sinh + p.cos * p.cos);

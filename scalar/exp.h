@@ -22,11 +22,6 @@ struct Exponential {
   int32_t exponent;
 };
 
-struct Hyperbolic {
-  long double sine, cosine;
-  int32_t exponent;
-};
-
 // 2^exponent for -1022 <= exponent <= 1023, free as the operand of a multiplication. The pattern
 // goes to memory in one store: two would stall the load.
 static inline double double_power_of_two(int32_t exponent) {
@@ -60,9 +55,15 @@ static inline Exponential exp_parts(long double x) {
   return {power[0] + (power[1] + ((long double)power[1] + power[0]) * p), n >> 8};
 }
 
-// sinh x and cosh x for 0 <= x < 12000: errors below 2.1 and 1.1 units of the last place. At most
-// 2^1.01 before scaling; relatively accurate next to 0.
-static inline Hyperbolic sinh_cosh_parts(long double x) {
+// Of sinh x and cosh x, 0 <= x < 12000, two addends each, the second far below the first. Where the
+// sums of the upper parts are not exact, the careful form adds what they lose.
+struct HyperbolicAddends {
+  long double sine, sine_tail, cosine, cosine_tail;
+  int32_t exponent;
+};
+
+template <bool kCareful>
+static inline HyperbolicAddends hyperbolic_addends(long double x) {
   const ExpTable& table = _nox_exp_table;
   const int32_t n = nearest_integer(x * table.inv_step);
   const int32_t k = n >> 8, difference = (-n >> 8) - k;
@@ -76,8 +77,25 @@ static inline Hyperbolic sinh_cosh_parts(long double x) {
   const long double up_tail = up[1] + ((long double)up[1] + up[0]) * (even + odd);
   const long double down_tail = (down[1] + ((long double)down[1] + down[0]) * (even - odd)) * s;
   const long double down_head = (long double)down[0] * s;
-  return {(up[0] - down_head) + (up_tail - down_tail), (up[0] + down_head) + (up_tail + down_tail),
-          k - 1};
+  const long double up_head = up[0], less = up_head - down_head, more = up_head + down_head;
+  long double sine_tail = up_tail - down_tail, cosine_tail = up_tail + down_tail;
+  if (kCareful) {
+    sine_tail += (up_head - less) - down_head;
+    cosine_tail += (up_head - more) + down_head;
+  }
+  return {less, sine_tail, more, cosine_tail, k - 1};
+}
+
+struct Hyperbolic {
+  long double sine, cosine;
+  int32_t exponent;
+};
+
+// sinh x and cosh x: errors below 2.1 and 1.1 units of the last place. At most 2^1.01 before
+// scaling; relatively accurate next to 0.
+static inline Hyperbolic sinh_cosh_parts(long double x) {
+  const HyperbolicAddends a = hyperbolic_addends<false>(x);
+  return {a.sine + a.sine_tail, a.cosine + a.cosine_tail, a.exponent};
 }
 
 #endif

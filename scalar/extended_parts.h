@@ -10,9 +10,8 @@ struct ExtendedParts {
   uint64_t significand;
   uint16_t exponent;  // and sign
 
-  bool is_nan() const {
-    return (exponent & 0x7FFF) == 0x7FFF && significand != 0x8000000000000000u;
-  }
+  bool is_special() const { return (exponent & 0x7FFF) == 0x7FFF; }
+  bool is_nan() const { return is_special() && significand != 0x8000000000000000u; }
 };
 
 static inline ExtendedParts parts_of(long double x) {

@@ -346,6 +346,9 @@ alignas(64) inline constexpr TrigTable _nox_trig_table = {
     },
 };
 
+// pi/180 in parts of 32 and 53 bits.
+inline constexpr double _nox_degree[2] = {0x1.1df46a2400000p-6, 0x1.29d3915c1d8bfp-38};
+
 // pi/2 in words, lowest first, the uppermost bit worth 1.
 inline constexpr uint32_t _nox_half_pi[4] = {0x80dc1cd1, 0xc4c6628b, 0x2168c234, 0xc90fdaa2};
 

@@ -64,6 +64,7 @@ WORDS = 520
 with mpmath.workprec(32 * WORDS + 64):
     inverse = int(mpmath.floor(mpmath.ldexp(2 / mpmath.pi, 32 * WORDS)))
 digits = [f"0x{inverse >> 32 * (WORDS - 1 - i) & 0xFFFFFFFF:08x}" for i in range(WORDS)]
+degree = mpmath.mpf(mpmath.pi / 180, prec=32, rounding="d")
 half_pi = int(mpmath.floor(mpmath.ldexp(mpmath.pi / 2, 127)))
 
 body = "\n".join([
@@ -86,6 +87,10 @@ body = "\n".join([
     *[f"        {sine(j)}," for j in range(320)],
     "    },",
     "};",
+    "",
+    "// pi/180 in parts of 32 and 53 bits.",
+    "inline constexpr double _nox_degree[2] = {"
+    f"{tablegen.double(degree)}, {tablegen.double(mpmath.pi / 180 - degree)}}};",
     "",
     "// pi/2 in words, lowest first, the uppermost bit worth 1.",
     "inline constexpr uint32_t _nox_half_pi[4] = {"

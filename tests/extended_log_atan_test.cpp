@@ -31,7 +31,7 @@ static void expect_at_most(double bound, const char* name, const Worst& worst) {
 static std::vector<long double> arguments(int cells, int cells_below_one) {
   Random random{5};
   std::vector<long double> all = {kSmallest, -kSmallest, kLargest, -kLargest};
-  for (int k = 0; k < 30000; ++k) {
+  for (int k = 0; k < 8000; ++k) {
     all.push_back(random_extended(random, -16382, 16383));
     all.push_back(random_extended(random, -8, 8));
     all.push_back(random_extended(random, -70, 0));
@@ -85,7 +85,7 @@ static std::vector<std::pair<long double, long double>> points() {
   Random random{6};
   std::vector<std::pair<long double, long double>> all;
   const auto exponent = [&] { return int(random.next() % 32766) - 16382; };
-  for (int k = 0; k < 30000; ++k) {
+  for (int k = 0; k < 8000; ++k) {
     all.push_back({random_extended(random, -16382, 16383), random_extended(random, -16382, 16383)});
     const int e = exponent();
     const long double x = random_extended(random, e, e);

@@ -134,7 +134,7 @@ class Generator {
     if (part == 0 && !sampling_.whole_line())
       return number(std::clamp(sampling_.low, -largest(), largest()) * (1 - unit()) +
                     std::clamp(sampling_.high, -largest(), largest()) * unit());
-    if (part == 0 && !dense_.empty() && chance(0.5)) {
+    if ((part == 0 || function_.type.complex()) && !dense_.empty() && chance(0.5)) {
       const Step& step = dense_[below(dense_.size())];
       return number(step.a + (step.b - step.a) * unit());
     }
@@ -337,6 +337,22 @@ class Generator {
     return all;
   }
 
+  // Next to where the method changes along one part.
+  uint64_t near_step() {
+    const Step& step = steps_[below(steps_.size())];
+    const double x = step.kind == Step::kGrid
+                         ? (std::floor(step.b + (step.c - step.b) * unit()) + 0.5) * step.a
+                         : step.a;
+    const int64_t place = position(number(chance(0.5) ? x : -x), width_);
+    return at_position(place + int64_t(below(5)) - 2, width_);
+  }
+  // As close to a multiple of pi/2 as an exponent allows, with either sign.
+  uint64_t near_multiple() {
+    const auto nearest = nearest_to_pi_multiples(int(below(size_t(layout(width_).bias))), width_);
+    const uint64_t sign = chance(0.5) ? layout(width_).sign() : 0;
+    return nearest.empty() ? number(0) : nearest[below(nearest.size())] | sign;
+  }
+
   // A point in the plane: typical, anywhere, or close to where something cancels.
   void draw_complex(Argument& z, int at) {
     uint64_t &re = z[size_t(at)], &im = z[size_t(at) + 1];
@@ -369,10 +385,13 @@ class Generator {
       case 5: {  // near a multiple of pi/2, for the functions that have poles and zeros there
         const double multiple = 1.5707963267948966 * (double(below(41)) - 20);
         const bool real = chance(0.5);
-        (real ? re : im) = number(multiple);
+        (real ? re : im) = chance(0.7) ? number(multiple) : near_multiple();
         (real ? im : re) = number(tiny());
         break;
       }
+      case 7:
+        if (!steps_.empty()) (chance(0.5) ? re : im) = near_step();
+        break;
       case 6:  // near an axis
         (chance(0.5) ? re : im) = number(tiny() * as_double(re, width_));
         break;
