@@ -9,7 +9,7 @@
 //   cos x = C + (c + (C (cos r - 1) - (S + s) sin r)).
 //
 // Next to a multiple of pi/2 the step is r, which has all its bits: the three parts hold pi/128 to
-// 2^-141, and no double below 2^17 is closer than 2^-57 to a multiple.
+// 2^-141, and no double below 2^17 is closer than 2^-61 to a multiple.
 #ifndef LUX_SCALAR_TRIG_H
 #define LUX_SCALAR_TRIG_H
 
@@ -60,10 +60,14 @@ static inline void reduced_sine_cosine(int octant, const long double r[2], long 
 
 __attribute__((noinline, cold)) static void long_sine_cosine(const double* x, long double* sine,
                                                              long double* cosine) {
+  if (*x == 0) {
+    *sine = *x;
+    *cosine = 1;
+    return;
+  }
   long double r[2];
   const int octant = noxreduce_pi04l(*x, r);
   reduced_sine_cosine(octant, r, sine, cosine);
-  if (*x == 0) *sine = *x;
 }
 
 // Of a finite x: errors below 2.6 units of the last place of 64 bits, relatively.

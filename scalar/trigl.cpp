@@ -12,8 +12,8 @@
 // Degrees are reduced modulo 90 exactly; large integers through 2^12 = 1 modulo 45.
 //
 // Worst errors found, in units of the last place (sampled against 160 bits, among them the numbers
-// closest to multiples of pi/2): sine 0.568, cosine 0.562, tangent 0.608, sine and cosine of degrees
-// 0.569, of a subnormal number of degrees 1.21.
+// closest to multiples of pi/2): sine 0.568, cosine 0.562, tangent 0.608, sine and cosine of
+// degrees 0.569, of a subnormal number of degrees 1.21.
 #include "scalar/extended_parts.h"
 #include "scalar/sum.h"
 #include "scalar/trig.h"

@@ -7,7 +7,7 @@
 #include <cmath>
 #include <vector>
 
-#include "scalar/internal.h"
+#include "scalar/csqrt.h"
 #include "tests/mpfr_number.h"
 
 using Extended = Number<64>;
@@ -386,4 +386,34 @@ TEST(Scalar, ComplexRootIsAccurate) {
   }
   EXPECT_LE(worst, 0.501);
   RecordProperty("ulp", std::to_string(worst));
+}
+
+// The array routine takes the processor's roots where they cannot change a bit of the prescribed
+// steps: typical points, any exponents, parts that differ widely, and squares of numbers next to
+// the midpoint of two doubles.
+TEST(Scalar, ComplexRootOfArraysHasThePrescribedBits) {
+  Random random{33};
+  const auto sign = [&] { return random.next() & 1 ? 1.0 : -1.0; };
+  for (int k = 0; k < 200000; ++k) {
+    Lux64fc z = {20 * random.unit() - 10, 20 * random.unit() - 10};
+    switch (k % 4) {
+      case 1:
+        z = {std::ldexp(z.re, int(random.next() % 2090) - 1072),
+             std::ldexp(z.im, int(random.next() % 2090) - 1072)};
+        break;
+      case 2:
+        z.im = std::ldexp(z.im, -int(random.next() % 1080));
+        break;
+      case 3: {
+        const long double middle = (long double)(1 + random.unit()) + 0x1p-53L;
+        const double widths[] = {0.0, -0.0, std::ldexp(z.im, -int(random.next() % 60))};
+        z = {double(middle * middle) * sign(), widths[random.next() % 3]};
+        if (k % 16 == 3) z = {0 * sign(), double(middle * middle) * 2};
+      }
+    }
+    if (z.re == 0 && z.im == 0) continue;
+    const Lux64fc got = complex_sqrt(z), want = _nox_internal_csqrt(z.re, z.im);
+    ASSERT_EQ(bits(got.re), bits(want.re)) << std::hexfloat << z.re << " " << z.im;
+    ASSERT_EQ(bits(got.im), bits(want.im)) << std::hexfloat << z.re << " " << z.im;
+  }
 }

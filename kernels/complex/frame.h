@@ -21,22 +21,20 @@ static inline Status run_complex(const E* src1, const E* src2, E* dst, int32_t l
   return LUX_OK;
 }
 
-// A routine that takes its operand by reference loads it from the array itself: of a copy, which
-// compilers make word by word, the load of the whole would stall.
 template <class E, class Routine>
 static inline Status run_complex_1_1(const E* src, E* dst, int32_t len, Routine routine) {
   return run_complex(src, src, dst, len, [=](int32_t i) { return routine(src[i]); });
 }
 
-template <class E>
+template <class E, class Routine>
 static inline Status run_complex_2_1(const E* src1, const E* src2, E* dst, int32_t len,
-                                     E (*routine)(E, E)) {
+                                     Routine routine) {
   return run_complex(src1, src2, dst, len, [=](int32_t i) { return routine(src1[i], src2[i]); });
 }
 
-template <class E>
+template <class E, class Routine>
 static inline Status run_complex_2_1_1(const E* src, E scalar, E* dst, int32_t len,
-                                       E (*routine)(E, E)) {
+                                       Routine routine) {
   return run_complex(src, src, dst, len, [=](int32_t i) { return routine(src[i], scalar); });
 }
 
@@ -66,17 +64,20 @@ static inline Lux32fc narrowed(Lux64fc z) {
     return narrowed(routine(widened(z), widened(w)));                  \
   }
 
-#define LUX_KERNELS_32FC(family, shape, routine)                \
-  LUX_KERNEL(family, 32fc, A24, shape) {                        \
-    return run_complex_##shape(LUX_ARGS_##shape, len, routine); \
-  }                                                             \
-  LUX_KERNEL_ALIAS(family, 32fc, A21, shape, A24)               \
+// An element goes to its routine by reference: a copy made in halves stalls the load that follows.
+#define LUX_COMPLEX_ROUTINE(routine) [](const auto&... z) { return routine(z...); }
+
+#define LUX_KERNELS_32FC(family, shape, routine)                                     \
+  LUX_KERNEL(family, 32fc, A24, shape) {                                             \
+    return run_complex_##shape(LUX_ARGS_##shape, len, LUX_COMPLEX_ROUTINE(routine)); \
+  }                                                                                  \
+  LUX_KERNEL_ALIAS(family, 32fc, A21, shape, A24)                                    \
   LUX_KERNEL_ALIAS(family, 32fc, A11, shape, A24)
 
-#define LUX_KERNELS_64FC(family, shape, routine)                \
-  LUX_KERNEL(family, 64fc, A53, shape) {                        \
-    return run_complex_##shape(LUX_ARGS_##shape, len, routine); \
-  }                                                             \
+#define LUX_KERNELS_64FC(family, shape, routine)                                     \
+  LUX_KERNEL(family, 64fc, A53, shape) {                                             \
+    return run_complex_##shape(LUX_ARGS_##shape, len, LUX_COMPLEX_ROUTINE(routine)); \
+  }                                                                                  \
   LUX_KERNEL_ALIAS(family, 64fc, A50, shape, A53)
 
 #endif
