@@ -500,6 +500,37 @@ LUX_API Status luxsExp_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API Status luxsExp_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API Status luxsExp_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
+/* ---- Complex natural logarithm ------------------------------------------------------------------
+ */
+
+/** dst[i] = the principal logarithm of src[i]: log|z| + i angle, the angle in [-pi, pi].
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part, also of the
+ *  real part where |z| is next to 1. On the negative real axis the imaginary part has the sign of
+ *  the argument's zero. Zeros, infinities and NaNs as in C: a zero gives the real part -infinity.
+ *  Nothing is reported.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsLn_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsLn_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsLn_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsLn_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsLn_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
+/* ---- Complex decimal logarithm ------------------------------------------------------------------
+ */
+
+/** dst[i] = the principal logarithm of src[i] to the base 10: log10|z| + i angle / log(10).
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part, also of the
+ *  real part where |z| is next to 1; powers of ten on the axes have exact real parts. Special
+ *  arguments as of the natural logarithm. Nothing is reported.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsLog10_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsLog10_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsLog10_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsLog10_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsLog10_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
 /* ---- Complex cosine -----------------------------------------------------------------------------
  */
 
@@ -541,6 +572,22 @@ LUX_API Status luxsTan_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API Status luxsTan_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API Status luxsTan_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API Status luxsTan_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
+/* ---- Complex arc tangent ------------------------------------------------------------------------
+ */
+
+/** dst[i] = the arc tangent of src[i], its real part in [-pi/2, pi/2], cut along the imaginary axis
+ *  outside [-i, i].
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part, also next
+ *  to the poles +-i. Zeros, infinities and NaNs as in C, by the inverse hyperbolic tangent of
+ *  -y + ix. Nothing is reported.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsAtan_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAtan_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAtan_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAtan_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsAtan_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Complex hyperbolic cosine ------------------------------------------------------------------
  */
@@ -584,6 +631,23 @@ LUX_API Status luxsTanh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API Status luxsTanh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API Status luxsTanh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API Status luxsTanh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
+/* ---- Complex inverse hyperbolic tangent ---------------------------------------------------------
+ */
+
+/** dst[i] = the inverse hyperbolic tangent of src[i], its imaginary part in [-pi/2, pi/2], cut
+ * along the real axis outside [-1, 1]; on the cut the imaginary part has the sign of the
+ * argument's.
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part, also next
+ *  to the poles +-1, which give the infinity of their sign. Zeros, infinities and NaNs as in C.
+ *  Nothing is reported.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsAtanh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAtanh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAtanh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAtanh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsAtanh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Rounding to integers: exact, no grade, never threaded, nothing reported -------------------
  */

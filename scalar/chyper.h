@@ -52,14 +52,6 @@ static inline FourParts finite_parts(const double* x, const double* y) {
   return parts;
 }
 
-static inline bool is_finite(const double& x) {
-  return !(_nox_internal_isinf(x) || _nox_internal_isnan(x));
-}
-
-static inline Lux64fc rounded(long double re, long double im) {
-  return {store_f64(double(re)), store_f64(double(im))};
-}
-
 static inline Lux64fc sinh_of(const FourParts& p) {
   return rounded(p.sinh * p.cos, p.cosh * p.sin);
 }
@@ -104,13 +96,6 @@ __attribute__((noinline, cold)) static Lux64fc complex_tanh_special(const Lux64f
   sine_cosine(z.im, &sine, &cosine);
   return {one, z.im == 0 ? z.im : (sine < 0) == (cosine < 0) ? 0.0 : -0.0};
 }
-
-// i z
-static inline Lux64fc turned(const Lux64fc& z) {
-  return {_nox_internal_isnan(z.im) ? z.im : -z.im, z.re};
-}
-
-static inline Lux64fc turned_back(const Lux64fc& w) { return {w.im, -w.re}; }
 
 // ---- The six functions. Ordinary arguments of the trigonometric ones need no turn: each sign that
 // it changes is changed back.

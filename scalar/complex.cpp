@@ -1,15 +1,21 @@
 // SPDX-License-Identifier: MIT
 //
 // The complex functions of one number under their exported names.
+#include "scalar/catanh.h"
 #include "scalar/cexp.h"
 #include "scalar/chyper.h"
+#include "scalar/clog.h"
 #include "scalar/csqrt.h"
 
 Lux64fc noxcsqrt_scalar(Lux64fc z) { return complex_sqrt(z); }
 Lux64fc noxcexp_scalar(Lux64fc z) { return complex_exp(z); }
+Lux64fc noxclog_scalar(Lux64fc z) { return complex_log(z); }
+Lux64fc noxclog10_scalar(Lux64fc z) { return complex_log10(z); }
 Lux64fc noxccos_scalar(Lux64fc z) { return complex_cos(z); }
 Lux64fc noxcsin_scalar(Lux64fc z) { return complex_sin(z); }
 Lux64fc noxctan_scalar(Lux64fc z) { return complex_tan(z); }
 Lux64fc noxccosh_scalar(Lux64fc z) { return complex_cosh(z); }
 Lux64fc noxcsinh_scalar(Lux64fc z) { return complex_sinh(z); }
 Lux64fc noxctanh_scalar(Lux64fc z) { return complex_tanh(z); }
+Lux64fc noxcatan_scalar(Lux64fc z) { return complex_atan(z); }
+Lux64fc noxcatanh_scalar(Lux64fc z) { return complex_atanh(z); }

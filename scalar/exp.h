@@ -22,12 +22,6 @@ struct Exponential {
   int32_t exponent;
 };
 
-static inline int32_t nearest_integer(long double x) {
-  int32_t n;
-  asm("fistpl %0" : "=m"(n) : "t"(x) : "st");
-  return n;
-}
-
 // 2^exponent for -1022 <= exponent <= 1023, free as the operand of a multiplication. The pattern
 // goes to memory in one store: two would stall the load.
 static inline double double_power_of_two(int32_t exponent) {

@@ -45,6 +45,30 @@ static inline int _nox_internal_isnzfinite(const double& x) {
   return (w.upper & 0x7FF00000) != 0x7FF00000 && ((w.upper & 0x7FFFFFFF) || w.lower);
 }
 
+static inline bool is_finite(const double& x) {
+  return !(_nox_internal_isinf(x) || _nox_internal_isnan(x));
+}
+
+// ---- Small steps that the complex functions have in common.
+
+static inline int32_t nearest_integer(long double x) {
+  int32_t n;
+  asm("fistpl %0" : "=m"(n) : "t"(x) : "st");
+  return n;
+}
+
+static inline Lux64fc rounded(long double re, long double im) {
+  return {store_f64(double(re)), store_f64(double(im))};
+}
+
+// i z, and back again: f(z) = turned_back(g(turned(z))) for a trigonometric f with partner g. A
+// NaN keeps its sign.
+static inline Lux64fc turned(const Lux64fc& z) {
+  return {_nox_internal_isnan(z.im) ? z.im : -z.im, z.re};
+}
+
+static inline Lux64fc turned_back(const Lux64fc& w) { return {w.im, -w.re}; }
+
 // ---- Square roots. They need 64-bit precision and rounding to nearest, which they do not set.
 
 // 1 / sqrt(*x) of a positive finite number. A very small or large *x comes back scaled, as its

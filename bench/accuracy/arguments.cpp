@@ -378,10 +378,12 @@ class Generator {
         re = any_exponent(-40, 9);
         im = any_exponent(-40, 9);
         break;
-      case 3: {  // near the unit circle
+      case 3: {  // near the unit circle, every other time as near as the parts allow
         const double angle = 6.283185307179586 * unit(), radius = 1 + tiny();
         re = number(radius * std::cos(angle));
         im = number(radius * std::sin(angle));
+        const double x = as_double(re, width_);
+        if (std::fabs(x) < 1 && chance(0.5)) im = number(std::sqrt((1 - x) * (1 + x)));
         break;
       }
       case 4: {  // near 0, +-1, +-i

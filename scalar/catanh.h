@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+//
+// Complex inverse hyperbolic tangent and arc tangent. For x, y >= 0
+//
+//   atanh(x + iy) = log(1 + 4x / ((1-x)^2 + y^2)) / 4 + i/2 angle of ((1-x)(1+x) - y^2, 2y),
+//
+// odd in each part; atan z = -i atanh iz. In extended precision nothing leaves the format. The sum
+// of squares does not cancel. The abscissa of the angle may, but where it does it is small beside
+// 2y: its error, 2^-64 of y^2 or of |1-x^2|, moves the angle by at most 2^-62 of itself everywhere.
+#ifndef LUX_SCALAR_CATANH_H
+#define LUX_SCALAR_CATANH_H
+
+#include "scalar/atan.h"
+#include "scalar/internal.h"
+#include "scalar/log.h"
+
+// Infinities and NaNs, and the poles.
+__attribute__((noinline, cold)) static Lux64fc complex_atanh_special(const Lux64fc& z) {
+  const double quarter = __builtin_copysign(0x1.921fb54442d18p+0, z.im);  // pi/2
+  const double zero = __builtin_copysign(0.0, z.re);
+  if (_nox_internal_isinf(z.im)) return {zero, quarter};
+  if (_nox_internal_isinf(z.re)) return {zero, _nox_internal_isnan(z.im) ? z.im + z.im : quarter};
+  if (_nox_internal_isnan(z.re)) return {z.re + z.im, z.re + z.im};
+  if (_nox_internal_isnan(z.im))
+    return {_nox_internal_iszero(z.re) ? z.re : z.im + z.im, z.im + z.im};
+  return {store_f64(z.re / __builtin_fabsl(z.im)), z.im};  // a pole
+}
+
+static inline Lux64fc complex_atanh(const Lux64fc& z) {
+  static const float quarters[2] = {0.25f, -0.25f}, halves[2] = {0.5f, -0.5f};
+  const uint32_t upper_re = upper_word(&z.re), upper_im = upper_word(&z.im);
+  const uint32_t re = upper_re & 0x7FFFFFFF, im = upper_im & 0x7FFFFFFF;
+  if (__builtin_expect((re > im ? re : im) >= 0x7FF00000, false)) return complex_atanh_special(z);
+  const long double x = __builtin_fabsl(load_extended(&z.re));
+  const long double y = __builtin_fabsl(load_extended(&z.im));
+  const long double left = 1.0f - x, norm = left * left + y * y;
+  if (__builtin_expect(norm == 0, false)) return complex_atanh_special(z);
+  const long double size = log1p_core(4.0f * x / norm);
+  const long double turn = atan2_upper(2.0f * y, left * (1.0f + x) - y * y);
+  return rounded(size * quarters[upper_re >> 31], turn * halves[upper_im >> 31]);
+}
+
+static inline Lux64fc complex_atan(const Lux64fc& z) {
+  return turned_back(complex_atanh(turned(z)));
+}
+
+#endif
