@@ -47,6 +47,12 @@ static inline int _nox_internal_isnzfinite(const double& x) {
 
 // ---- Square roots. They need 64-bit precision and rounding to nearest, which they do not set.
 
+// Correctly rounded, by the processor.
+static inline long double processor_root(long double x) {
+  asm("fsqrt" : "+t"(x));
+  return x;
+}
+
 // 1 / sqrt(*x) of a positive finite number. A very small or large *x comes back scaled, as its
 // caller expects.
 extern "C" long double __invsqrtl(long double* x);
