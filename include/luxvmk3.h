@@ -649,6 +649,68 @@ LUX_API Status luxsAtanh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len)
 LUX_API Status luxsAtanh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API Status luxsAtanh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
+/* ---- Complex arc cosine -------------------------------------------------------------------------
+ */
+
+/** dst[i] = the arc cosine of src[i]: its real part is in [0, pi].
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part. Cut along
+ *  the real axis outside [-1, 1], where the sign of the argument's zero chooses the side; zeros,
+ *  infinities and NaNs as in C. Nothing is reported.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsAcos_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAcos_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAcos_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAcos_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsAcos_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
+/* ---- Complex arc sine ---------------------------------------------------------------------------
+ */
+
+/** dst[i] = the arc sine of src[i]: its real part is in [-pi/2, pi/2].
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part. Cut along
+ *  the real axis outside [-1, 1], where the sign of the argument's zero chooses the side; zeros,
+ *  infinities and NaNs follow from the inverse hyperbolic sine's. Nothing is reported.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsAsin_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAsin_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAsin_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAsin_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsAsin_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
+/* ---- Complex inverse hyperbolic cosine ----------------------------------------------------------
+ */
+
+/** dst[i] = the inverse hyperbolic cosine of src[i]: its real part is at least 0, its
+ *  imaginary part in [-pi, pi].
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part. Cut along
+ *  the real axis below 1, where the sign of the argument's zero chooses the side; zeros, infinities
+ *  and NaNs as in C. Nothing is reported.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsAcosh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAcosh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAcosh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAcosh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsAcosh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
+/* ---- Complex inverse hyperbolic sine ------------------------------------------------------------
+ */
+
+/** dst[i] = the inverse hyperbolic sine of src[i]: its imaginary part is in [-pi/2,
+ *  pi/2].
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part. Cut along
+ *  the imaginary axis outside [-i, i], where the sign of the argument's zero chooses the side;
+ *  zeros, infinities and NaNs as in C. Nothing is reported.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsAsinh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAsinh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAsinh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAsinh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsAsinh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
 /* ---- Rounding to integers: exact, no grade, never threaded, nothing reported -------------------
  */
 

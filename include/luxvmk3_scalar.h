@@ -150,7 +150,7 @@ LUX_API Lux64fc noxclog10_scalar(Lux64fc z);
 LUX_API Lux64fc noxcatan_scalar(Lux64fc z);
 LUX_API Lux64fc noxcatanh_scalar(Lux64fc z);
 
-/** Arc sine, arc cosine and their hyperbolic partners: at most 0.75 ulp. */
+/** Arc sine, arc cosine and their hyperbolic partners: at most 0.51 ulp. */
 LUX_API Lux64fc noxcasin_scalar(Lux64fc z);
 LUX_API Lux64fc noxcacos_scalar(Lux64fc z);
 LUX_API Lux64fc noxcasinh_scalar(Lux64fc z);

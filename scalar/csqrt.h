@@ -33,11 +33,6 @@ __attribute__((noinline, cold)) static Lux64fc complex_sqrt_rare(Lux64fc z) {
   return _nox_internal_csqrt(z.re, z.im);
 }
 
-static inline long double processor_root(long double x) {
-  asm("fsqrt" : "+t"(x));
-  return x;
-}
-
 // Nonzero unless everything within 4e of x rounds to one double, which is stored.
 static inline uint32_t store_unless_near_midpoint(double* to, long double x) {
   const long double reach = x * 0x1p-61f;

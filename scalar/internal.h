@@ -71,6 +71,12 @@ static inline Lux64fc turned_back(const Lux64fc& w) { return {w.im, -w.re}; }
 
 // ---- Square roots. They need 64-bit precision and rounding to nearest, which they do not set.
 
+// Correctly rounded, by the processor.
+static inline long double processor_root(long double x) {
+  asm("fsqrt" : "+t"(x));
+  return x;
+}
+
 // 1 / sqrt(*x) of a positive finite number. A very small or large *x comes back scaled, as its
 // caller expects.
 extern "C" long double __invsqrtl(long double* x);

@@ -18,7 +18,6 @@
 #include "kernels/arith/frame.h"
 #include "kernels/erf/erfinv_64f_table.h"  // kCell
 
-constexpr uint32_t kSignUpper = 0x80000000;
 constexpr uint32_t kOneUpper = 0x3FF00000;
 constexpr uint64_t kDefaultNaN = 0xFFF8000000000000;
 constexpr int kCellShift = 20 - kCellBits;  // within the upper word

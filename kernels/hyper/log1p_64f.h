@@ -20,7 +20,6 @@
 #include "kernels/hyper/log1p_64f_table.h"  // kCell, kExponent, kP, kLn2
 
 constexpr int32_t kBlock = 8;
-constexpr uint32_t kSignUpper = 0x80000000;
 constexpr uint32_t kOneUpper = 0x3FF00000;
 constexpr uint32_t kLargeUpper = 0x43D00000;  // 2^62
 constexpr uint64_t kDefaultNaN = 0xFFF8000000000000;
