@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+//
+// Complex power under its exported name, and the long way for exponents and bases that need more
+// than 64 bits for t and a: log2 |z| from the exact squares, near |z| = 1 from |z|^2 - 1, the angle
+// from the exact quotient. t and a come out to 2^-114 of the largest term |w| |log z|: a power is
+// right to the last bit while that is below 2^60, its magnitude stays right beyond, where the angle
+// fades.
+#include "scalar/cpow.h"
+
+Lux64fc noxcpow_scalar(Lux64fc base, Lux64fc exponent) { return complex_pow(base, exponent); }
+
+static inline long double whole(long double x) {
+  asm("frndint" : "+t"(x));
+  return x;
+}
+
+// What is left of finite right angles after whole turns, |result| <= 2.
+static TwoPart without_turns(const TwoPart& a) {
+  const TwoPart rest = exact_sum(a.high - 4 * whole(a.high / 4), a.low - 4 * whole(a.low / 4));
+  return rest;
+}
+
+// 2^t (cos a + i sin a); the sign of an angle 0 is given apart.
+static Lux64fc polar(const TwoPart& t, const TwoPart& a, bool negative) {
+  constexpr float kFarthest = 16000;  // over- and underflow by far, whatever the angle
+  const float clamped = t.high > kFarthest ? kFarthest : t.high < -kFarthest ? -kFarthest : 0;
+  const ScaledPower radius = clamped != 0 ? exp2_parts(clamped, 0) : exp2_parts(t.high, t.low);
+  const TwoPart rest = without_turns(negative ? -a : a);
+  const Point point =
+      rest.high < 0 ? circle_point(4 + rest.high, rest.low) : circle_point(rest.high, rest.low);
+  const long double scale = power_of_two(radius.exponent) * radius.value;
+  const long double sine = scale * point.sine;
+  return {store_f64(double(scale * point.cosine)), store_f64(double(negative ? -sine : sine))};
+}
+
+// ---- Bases 0, infinite or NaN, exponents infinite or NaN: exp(w log z) with these rules
+//
+//   a part of the exponent that is 0 counts for nothing, whatever it is multiplied by; so does an
+//   infinite one where log |z| or the angle is 0;
+//   magnitude 0: zeros with the signs of cosine and sine, positive where the angle is unknown;
+//   magnitude infinite: an infinity in the direction of the angle, infinity + i NaN where it is
+//   unknown; otherwise an unknown angle gives NaNs.
+
+static long double times(long double exponent, long double log) {
+  if (exponent == 0 || (log == 0 && exponent - exponent != 0 && exponent == exponent)) return 0;
+  return exponent * log;
+}
+
+static bool is_infinite(long double x) { return __builtin_fabsl(x) == __builtin_infl(); }
+
+// The same direction in finite numbers, NaN where there is none.
+static long double angle_of(const Lux64fc& z) {
+  Lux64fc direction = z;
+  const bool any = is_infinite(z.re) || is_infinite(z.im);
+  if (z.re != z.re || z.im != z.im) return __builtin_nan("");
+  if (any) {
+    direction.re = __builtin_copysign(is_infinite(z.re) ? 1.0 : 0.0, z.re);
+    direction.im = __builtin_copysign(is_infinite(z.im) ? 1.0 : 0.0, z.im);
+  } else if (z.re == 0 && z.im == 0) {
+    direction.re = __builtin_copysign(1.0, z.re);
+  }
+  return angle_short(&direction.re, &direction.im);
+}
+
+static TwoPart log_of_magnitude(const Lux64fc& z) {
+  const bool flat = __builtin_fabs(z.re) >= __builtin_fabs(z.im);
+  const long double large = flat ? z.re : z.im, small = flat ? z.im : z.re;
+  const TwoPart squares[] = {exact_product(large, large), exact_product(small, small)};
+  const TwoPart log =
+      log2_long(squares[0] + squares[1], (TwoPart{-1, 0} + squares[0]) + squares[1]);
+  return {log.high / 2, log.low / 2};
+}
+
+static long double log_of(const Lux64fc& z) {
+  if (is_infinite(z.re) || is_infinite(z.im)) return __builtin_infl();
+  if (z.re != z.re || z.im != z.im) return __builtin_nanl("");
+  if (z.re == 0 && z.im == 0) return -__builtin_infl();
+  return log_of_magnitude(z).high;
+}
+
+static Lux64fc special(const Lux64fc& z, const Lux64fc& w) {
+  constexpr double kInfinity = __builtin_inf();
+  if (w.re == 0 && w.im == 0) return {1, 0};
+  const long double log = log_of(z), angle = angle_of(z);
+  const long double t = times(w.re, log) - times(w.im, angle) * power_table.right_angle_log2_e.high;
+  const long double a = times(w.re, angle) + times(w.im, log) * power_table.ln2_by_right_angle.high;
+  const bool known = a - a == 0;
+  if (is_infinite(t)) {
+    if (!known) return t < 0 ? Lux64fc{0, 0} : Lux64fc{kInfinity, __builtin_nan("")};
+    return polar({t, 0}, {a, 0}, __builtin_signbit(a));
+  }
+  if (!known || t != t) return {__builtin_nan(""), __builtin_nan("")};
+  return polar({t, 0}, {a, 0}, __builtin_signbit(a));
+}
+
+void _nox_internal_cpow_long(const Lux64fc* z, const Lux64fc* w, Lux64fc* power) {
+  const auto special_part = [](const double* part) {
+    return (upper_word(part) & 0x7FF00000) == 0x7FF00000;
+  };
+  if (special_part(&z->re) || special_part(&z->im) || special_part(&w->re) ||
+      special_part(&w->im) || (z->re == 0 && z->im == 0)) {
+    *power = special(*z, *w);
+    return;
+  }
+  const TwoPart log = log_of_magnitude(*z), angle = angle_long(&z->re, &z->im);
+  const TwoPart t = log * w->re + -((angle * w->im) * power_table.right_angle_log2_e);
+  const TwoPart a = angle * w->re + (log * w->im) * power_table.ln2_by_right_angle;
+  // Sums and products in two parts do not keep the sign of a zero.
+  const bool negative =
+      a.high == 0 ? __builtin_signbit(w->re * angle.high + w->im * log.high) : a.high < 0;
+  *power = polar(t, a, negative);
+}
