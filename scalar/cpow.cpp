@@ -9,25 +9,22 @@
 
 Lux64fc noxcpow_scalar(Lux64fc base, Lux64fc exponent) { return complex_pow(base, exponent); }
 
-static inline long double whole(long double x) {
+static inline long double nearest_whole(long double x) {
   asm("frndint" : "+t"(x));
   return x;
 }
 
 // What is left of finite right angles after whole turns, |result| <= 2.
 static TwoPart without_turns(const TwoPart& a) {
-  const TwoPart rest = exact_sum(a.high - 4 * whole(a.high / 4), a.low - 4 * whole(a.low / 4));
-  return rest;
+  return exact_sum(a.high - 4 * nearest_whole(a.high / 4), a.low - 4 * nearest_whole(a.low / 4));
 }
 
 // 2^t (cos a + i sin a); the sign of an angle 0 is given apart.
 static Lux64fc polar(const TwoPart& t, const TwoPart& a, bool negative) {
   constexpr float kFarthest = 16000;  // over- and underflow by far, whatever the angle
   const float clamped = t.high > kFarthest ? kFarthest : t.high < -kFarthest ? -kFarthest : 0;
-  const ScaledPower radius = clamped != 0 ? exp2_parts(clamped, 0) : exp2_parts(t.high, t.low);
-  const TwoPart rest = without_turns(negative ? -a : a);
-  const Point point =
-      rest.high < 0 ? circle_point(4 + rest.high, rest.low) : circle_point(rest.high, rest.low);
+  const ScaledPower radius = clamped != 0 ? exp2_parts(clamped) : exp2_parts(t);
+  const Point point = circle_point(without_turns(negative ? -a : a));
   const long double scale = power_of_two(radius.exponent) * radius.value;
   const long double sine = scale * point.sine;
   return {store_f64(double(scale * point.cosine)), store_f64(double(negative ? -sine : sine))};
@@ -59,7 +56,7 @@ static long double angle_of(const Lux64fc& z) {
   } else if (z.re == 0 && z.im == 0) {
     direction.re = __builtin_copysign(1.0, z.re);
   }
-  return angle_short(&direction.re, &direction.im);
+  return angle_short(direction);
 }
 
 static TwoPart log_of_magnitude(const Lux64fc& z) {
@@ -82,8 +79,10 @@ static Lux64fc special(const Lux64fc& z, const Lux64fc& w) {
   constexpr double kInfinity = __builtin_inf();
   if (w.re == 0 && w.im == 0) return {1, 0};
   const long double log = log_of(z), angle = angle_of(z);
-  const long double t = times(w.re, log) - times(w.im, angle) * power_table.right_angle_log2_e.high;
-  const long double a = times(w.re, angle) + times(w.im, log) * power_table.ln2_by_right_angle.high;
+  const long double t =
+      times(w.re, log) - times(w.im, angle) * whole(power_table.right_angle_log2_e);
+  const long double a =
+      times(w.re, angle) + times(w.im, log) * whole(power_table.ln2_by_right_angle);
   const bool known = a - a == 0;
   if (is_infinite(t)) {
     if (!known) return t < 0 ? Lux64fc{0, 0} : Lux64fc{kInfinity, __builtin_nan("")};
@@ -102,9 +101,9 @@ void _nox_internal_cpow_long(const Lux64fc* z, const Lux64fc* w, Lux64fc* power)
     *power = special(*z, *w);
     return;
   }
-  const TwoPart log = log_of_magnitude(*z), angle = angle_long(&z->re, &z->im);
-  const TwoPart t = log * w->re + -((angle * w->im) * power_table.right_angle_log2_e);
-  const TwoPart a = angle * w->re + (log * w->im) * power_table.ln2_by_right_angle;
+  const TwoPart log = log_of_magnitude(*z), angle = angle_long(*z);
+  const TwoPart t = log * w->re + -((angle * w->im) * power_table.long_right_angle_log2_e);
+  const TwoPart a = angle * w->re + (log * w->im) * power_table.long_ln2_by_right_angle;
   // Sums and products in two parts do not keep the sign of a zero.
   const bool negative =
       a.high == 0 ? __builtin_signbit(w->re * angle.high + w->im * log.high) : a.high < 0;

@@ -20,24 +20,25 @@ extern "C" __attribute__((visibility("hidden"))) void _nox_internal_cpow_long(co
                                                                               const Lux64fc* w,
                                                                               Lux64fc* power);
 
-static inline Lux64fc complex_pow(Lux64fc z, Lux64fc w) {
+static inline __attribute__((always_inline)) Lux64fc complex_pow(const Lux64fc& z,
+                                                                 const Lux64fc& w) {
   const long double x = z.re, y = z.im, u = w.re, v = w.im, norm = x * x + y * y;
   const Reduced reduction = reduced(norm);
   Lux64fc power;
   if (__builtin_expect(uint32_t(reduction.exponent + 16382) < 32766, true)) {  // neither 0 nor inf
-    const long double log = log2_short(reduction) * 0.5f, angle = angle_short(&z.re, &z.im);
+    const long double log = log2_short(reduction) * 0.5f, angle = angle_short(z);
     const long double size =
         (__builtin_fabsl(u) + __builtin_fabsl(v)) * (__builtin_fabsl(log) + 4.0f);
     if (__builtin_expect(size < 96.0f, true)) {
-      const auto& factors = power_table;
-      const long double t = u * log - v * angle * factors.right_angle_log2_e.high;
-      const long double a = u * angle + v * log * factors.ln2_by_right_angle.high;
-      const ScaledPower radius = exp2_parts(t, 0);
-      const Point point = circle_point(__builtin_fabsl(a), 0);
+      const long double t = u * log - v * angle * whole(power_table.right_angle_log2_e);
+      const long double a = u * angle + v * log * whole(power_table.ln2_by_right_angle);
+      const uint32_t sign = __builtin_signbit(a) ? Format<float>::kSign : 0;
+      const ScaledPower radius = exp2_parts(t);
+      const Point point = circle_point(__builtin_fabsl(a));
       const uint32_t scale = uint32_t(radius.exponent + Format<float>::kBias) << 23;
       float scale_re, scale_im;
       store_bits(&scale_re, scale);
-      store_bits(&scale_im, scale | (__builtin_signbit(a) ? Format<float>::kSign : 0));
+      store_bits(&scale_im, scale | sign);
       power.re = double(radius.value * point.cosine * scale_re);
       power.im = double(radius.value * point.sine * scale_im);
       return {store_f64(power.re), store_f64(power.im)};

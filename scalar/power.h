@@ -15,12 +15,19 @@
 #define LUX_SCALAR_POWER_H
 
 #include "core/bits.h"
+#include "luxvmk3.h"
 #include "scalar/power_table.h"
 
 struct ExtendedWords {
   uint32_t lower, upper;
   uint16_t exponent;  // and sign
 } __attribute__((may_alias));
+
+// The load keeps the compiler from making an extended constant of a constant pair, whose own load
+// costs more than this addition.
+static inline long double whole(const DoublePair& pair) {
+  return load_extended(&pair.high) + pair.low;
+}
 
 // To the nearest integer.
 static inline int32_t rounded(long double x) {
@@ -38,14 +45,17 @@ struct Reduced {
   uint32_t cell;
 };
 
-// Store and loads pass each other part by part: significand and exponent of x are read, and m is
-// read back with another exponent.
+// The processor forwards significand and exponent apart from each other, so m can be loaded from
+// the significand that was stored and a new exponent.
 static inline Reduced reduced(long double x) {
-  ExtendedWords* const words = reinterpret_cast<ExtendedWords*>(&x);
-  const int32_t exponent = words->exponent - 16383;
-  const uint32_t cell = ((words->upper & 0x7FFFFFFF) + 0x400000) >> 23;
-  words->exponent = 16383;
-  return {x, exponent, cell};
+  ExtendedWords words;
+  Reduced result;
+  asm("fstpt %0" : "=m"(words) : "t"(x) : "st");
+  result.exponent = words.exponent - 16383;
+  result.cell = ((words.upper & 0x7FFFFFFF) + 0x400000) >> 23;
+  words.exponent = 16383;
+  asm("fldt %1" : "=t"(result.m) : "m"(words));
+  return result;
 }
 
 static inline long double polynomial(const double* c, int count, long double x) {
@@ -95,41 +105,42 @@ static TwoPart log2_long(const TwoPart& x, const TwoPart& x_minus_1) {
 
 // ---- Angle in right angles
 
-// Where the angle of the first octant goes: turned and shifted.
-struct Octant {
-  float turn, shift;
-};
-static const Octant kOctants[2][2][2] = {
-    // y positive, y negative: x positive, x negative: |y| <= |x|, |y| > |x|
-    {{{1, 0.0f}, {-1, 1}}, {{-1, 2}, {1, 1}}},
-    {{{-1, -0.0f}, {1, -1}}, {{1, -2}, {-1, -1}}},
+// A point other than 0 as its image in the first octant, and where that one's angle goes: turned
+// and shifted.
+struct Image {
+  long double large, small;
+  struct Turn {
+    float turn, shift;
+  } const& to;
 };
 
-static inline const Octant& octant_of(const double* x, const double* y, bool steep) {
-  return kOctants[upper_word(y) >> 31][upper_word(x) >> 31][steep];
+static inline Image image_of(const Lux64fc& z) {
+  // y positive, y negative; x positive, x negative; |y| <= |x|, |y| > |x|
+  static const Image::Turn kTurns[2][2][2] = {
+      {{{1, 0.0f}, {-1, 1}}, {{-1, 2}, {1, 1}}},
+      {{{-1, -0.0f}, {1, -1}}, {{1, -2}, {-1, -1}}},
+  };
+  const long double x = __builtin_fabsl(z.re), y = __builtin_fabsl(z.im);
+  const bool steep = y > x;
+  return {__builtin_fabsl(*(steep ? &z.im : &z.re)), __builtin_fabsl(*(steep ? &z.re : &z.im)),
+          kTurns[upper_word(&z.im) >> 31][upper_word(&z.re) >> 31][steep]};
 }
 
 // Of a point other than 0, to 2^-62 of the angle.
-static inline long double angle_short(const double* x, const double* y) {
-  const long double a = __builtin_fabsl(*x), b = __builtin_fabsl(*y);
-  const bool steep = b > a;
-  const long double large = steep ? b : a, small = steep ? a : b;
-  const Octant& octant = octant_of(x, y, steep);
+static inline long double angle_short(const Lux64fc& z) {
+  const auto& [large, small, to] = image_of(z);
   const int32_t i = rounded(small / large * 64);
   const long double slope = i * (1 / 64.0L);
   const long double s = (small - slope * large) / (large + slope * small), square = s * s;
   const auto& base = power_table.slope[i];
   const long double tail =
       polynomial(power_table.a, 4, square) * square + power_table.a0_low + power_table.a0_high;
-  return (tail * s + base.middle) * octant.turn + (base.high * octant.turn + octant.shift);
+  return (tail * s + base.middle) * to.turn + (base.high * to.turn + to.shift);
 }
 
 // To 2^-115 of the angle.
-static TwoPart angle_long(const double* x, const double* y) {
-  const long double a = __builtin_fabsl(*x), b = __builtin_fabsl(*y);
-  const bool steep = b > a;
-  const long double large = steep ? b : a, small = steep ? a : b;
-  const Octant& octant = octant_of(x, y, steep);
+static TwoPart angle_long(const Lux64fc& z) {
+  const auto& [large, small, to] = image_of(z);
   const int32_t i = rounded(small / large * 64);
   const long double slope = i * (1 / 64.0L);
   const TwoPart s = TwoPart{small - slope * large, 0} / exact_sum(large, slope * small),
@@ -147,7 +158,7 @@ static TwoPart angle_long(const double* x, const double* y) {
   const auto& base = power_table.slope[i];
   const TwoPart angle =
       TwoPart{base.high, 0} + (ordered_sum(base.middle, base.low) + sum * power_table.radian);
-  return TwoPart{octant.shift, 0} + TwoPart{angle.high * octant.turn, angle.low * octant.turn};
+  return TwoPart{to.shift, 0} + TwoPart{angle.high * to.turn, angle.low * to.turn};
 }
 
 // ---- The way back
@@ -157,33 +168,48 @@ struct ScaledPower {
   int32_t exponent;  // of the factor 2^exponent that is left
 };
 
-// 2^(t + low), |t| < 2^24, low far below it: value to 0.51 units of the last place.
-static inline ScaledPower exp2_parts(long double t, long double low) {
-  const int32_t k = rounded(t * 128);
-  const long double r = (t - k * (1 / 128.0L)) + low;
+// 2^(k/128 + r), |r| <= 2^-8: value to 0.51 units of the last place.
+static inline ScaledPower exp2_near(int32_t k, long double r) {
   const DoublePair& entry = power_table.power[k & 127];
   const long double rising =
       (polynomial(power_table.e, 5, r) * r + power_table.e0_low + power_table.e0_high) * r;
-  const long double power = entry.high + (long double)entry.low;
-  return {entry.high + (entry.low + power * rising), k >> 7};
+  return {entry.high + (entry.low + whole(entry) * rising), k >> 7};
+}
+
+// 2^t, |t| < 2^24.
+static inline ScaledPower exp2_parts(long double t) {
+  const int32_t k = rounded(t * 128);
+  return exp2_near(k, t - k * (1 / 128.0L));
+}
+static inline ScaledPower exp2_parts(const TwoPart& t) {
+  const int32_t k = rounded(t.high * 128);
+  return exp2_near(k, (t.high - k * (1 / 128.0L)) + t.low);
 }
 
 struct Point {
   long double cosine, sine;
 };
 
-// Of a + low right angles, 0 <= a < 2^24, low far below it. Exact on the axes, where zeros are
-// positive.
-static inline Point circle_point(long double a, long double low) {
-  const int32_t j = rounded(a * 32);
-  const long double d = (a - j * (1 / 32.0L)) + low, square = d * d;
-  const DoublePair &s = power_table.sine[j & 127], &c = power_table.sine[(j + 32) & 127];
-  const long double sine = s.high + (long double)s.low, cosine = c.high + (long double)c.low;
+// Of j/32 + d right angles, |d| <= 1/64. Exact on the axes, whose zeros are positive when d is.
+static inline Point circle_near(int32_t j, long double d) {
+  const long double square = d * d;
+  const long double sine = whole(power_table.sine[j & 127]);
+  const long double cosine = whole(power_table.sine[(j + 32) & 127]);
   const long double small_sine =
       (polynomial(power_table.s, 4, square) * square + power_table.s0_low + power_table.s0_high) *
       d;
   const long double less = polynomial(power_table.k, 5, square) * square;  // cosine of d, less 1
   return {cosine + (cosine * less - sine * small_sine), sine + (sine * less + cosine * small_sine)};
+}
+
+// Of a right angles, |a| < 2^24.
+static inline Point circle_point(long double a) {
+  const int32_t j = rounded(a * 32);
+  return circle_near(j, a - j * (1 / 32.0L));
+}
+static inline Point circle_point(const TwoPart& a) {
+  const int32_t j = rounded(a.high * 32);
+  return circle_near(j, (a.high - j * (1 / 32.0L)) + a.low);
 }
 
 #endif

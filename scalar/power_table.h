@@ -31,11 +31,13 @@ inline constexpr struct {
   double s[4];  // sine: s4 to s1, s0 in two parts
   double s0_high, s0_low;
   double k[5];                 // cosine less 1: k4 to k0
-  TwoPart log2_e;              // 1 / ln 2
-  TwoPart right_angle_log2_e;  // (pi/2) / ln 2
-  TwoPart ln2_by_right_angle;  // ln 2 / (pi/2)
-  TwoPart radian;              // 1 / (pi/2)
-  TwoPart inverse[8];          // 1/k, from k = 0 on, which stands for nothing
+  DoublePair right_angle_log2_e;       // (pi/2) / ln 2, and once more to 128 bits
+  DoublePair ln2_by_right_angle;       // ln 2 / (pi/2)
+  TwoPart long_right_angle_log2_e;
+  TwoPart long_ln2_by_right_angle;
+  TwoPart log2_e;      // 1 / ln 2
+  TwoPart radian;      // 1 / (pi/2)
+  TwoPart inverse[8];  // 1/k, from k = 0 on, which stands for nothing
 } power_table = {
     {
         {0x0.0p+0, 0x0.0p+0, 0x0.0p+0, 0x1.0000000000000p+0},
@@ -632,9 +634,11 @@ inline constexpr struct {
     {0x1.507706a3d8b2fp-13, -0x1.32d2cce5a7c4ap-8, 0x1.466bc6775aadfp-4, -0x1.4abbce625be53p-1},
     0x1.921fb54442d18p+0, 0x1.1a626330ccfeep-54,
     {-0x1.a6d0b67e3db58p-16, 0x1.e1f50688915c1p-11, -0x1.55d3c7e3cbff8p-6, 0x1.03c1f081b5ac4p-2, -0x1.3bd3cc9be45dep+0},
-    {0xb8aa3b295c17f0bcp-63L, -0x82f0025f2dc582eep-128L},
+    {0x1.22123045b5decp+1, -0x1.8eb19cc5f4fe4p-53},
+    {0x1.c3dc98f7e969cp-2, -0x1.1349f7a7d1aa0p-56},
     {0x91091822daef5ce3p-62L, -0xc67317d3f91b47f2p-127L},
     {0xe1ee4c7bf4b4ddd9p-65L, 0xd82160b957fbcf76p-130L},
+    {0xb8aa3b295c17f0bcp-63L, -0x82f0025f2dc582eep-128L},
     {0xa2f9836e4e44152ap-64L, -0xf62a0b82b2c88fc9p-134L},
     {
         {0, 0},

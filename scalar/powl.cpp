@@ -37,7 +37,7 @@ static long double positive_pow(long double x, long double y) {
   const TwoPart t = log2_of(x) * y;
   if (t.high > 16400) return overflow();
   if (t.high < -16500) return underflow();
-  const ScaledPower power = exp2_parts(t.high, t.low);
+  const ScaledPower power = exp2_parts(t);
   const int32_t half = power.exponent >> 1;  // the whole may lie outside the range of exponents
   return power.value * power_of_two(half) * power_of_two(power.exponent - half);
 }
