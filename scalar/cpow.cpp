@@ -7,6 +7,8 @@
 // fades.
 #include "scalar/cpow.h"
 
+#include "scalar/power_long.h"
+
 Lux64fc noxcpow_scalar(Lux64fc base, Lux64fc exponent) { return complex_pow(base, exponent); }
 
 static inline long double nearest_whole(long double x) {
@@ -17,6 +19,34 @@ static inline long double nearest_whole(long double x) {
 // What is left of finite right angles after whole turns, |result| <= 2.
 static TwoPart without_turns(const TwoPart& a) {
   return exact_sum(a.high - 4 * nearest_whole(a.high / 4), a.low - 4 * nearest_whole(a.low / 4));
+}
+
+// To 2^-115 of the angle.
+static TwoPart angle_long(const Lux64fc& z) {
+  const auto& [large, small, to] = image_of(z);
+  const int32_t i = rounded(small / large * 64);
+  const long double slope = i * (1 / 64.0L);
+  const TwoPart s = TwoPart{small - slope * large, 0} / exact_sum(large, slope * small),
+                square = s * s;
+
+  // s - s^3/3 + s^5/5 - ... to s^17, |s| < 0.0079: the terms from s^9 on with 64 bits.
+  long double rest = 1.0L / 17;
+  for (int k = 15; k >= 9; k -= 2) rest = rest * square.high + (k % 4 == 1 ? 1.0L : -1.0L) / k;
+  TwoPart sum = square * rest;
+  for (int k = 7; k >= 1; k -= 2) {
+    const TwoPart& inverse = power_table.inverse[k];
+    sum = (k % 4 == 1 ? inverse : -inverse) + sum;
+    sum = sum * (k == 1 ? s : square);
+  }
+  const auto& base = power_table.slope[i];
+  const TwoPart angle =
+      TwoPart{base.high, 0} + (ordered_sum(base.middle, base.low) + sum * power_table.radian);
+  return TwoPart{to.shift, 0} + TwoPart{angle.high * to.turn, angle.low * to.turn};
+}
+
+static Point circle_point(const TwoPart& a) {
+  const int32_t j = rounded(a.high * 32);
+  return circle_near(j, (a.high - j * (1 / 32.0L)) + a.low);
 }
 
 // 2^t (cos a + i sin a); the sign of an angle 0 is given apart.
@@ -75,21 +105,30 @@ static long double log_of(const Lux64fc& z) {
   return log_of_magnitude(z).high;
 }
 
+static double part_of(double magnitude, long double direction) {
+  return __builtin_copysign(direction == 0 ? 0 : magnitude, double(direction));
+}
+
 static Lux64fc special(const Lux64fc& z, const Lux64fc& w) {
-  constexpr double kInfinity = __builtin_inf();
+  constexpr double kNan = __builtin_nan("");
   if (w.re == 0 && w.im == 0) return {1, 0};
   const long double log = log_of(z), angle = angle_of(z);
-  const long double t =
-      times(w.re, log) - times(w.im, angle) * whole(power_table.right_angle_log2_e);
-  const long double a =
-      times(w.re, angle) + times(w.im, log) * whole(power_table.ln2_by_right_angle);
-  const bool known = a - a == 0;
-  if (is_infinite(t)) {
-    if (!known) return t < 0 ? Lux64fc{0, 0} : Lux64fc{kInfinity, __builtin_nan("")};
-    return polar({t, 0}, {a, 0}, __builtin_signbit(a));
+  long double t = times(w.re, log), a = times(w.re, angle);
+  if (w.im != 0) {
+    t -= times(w.im, angle) * whole(power_table.right_angle_log2_e);
+    a += times(w.im, log) * whole(power_table.ln2_by_right_angle);
   }
-  if (!known || t != t) return {__builtin_nan(""), __builtin_nan("")};
-  return polar({t, 0}, {a, 0}, __builtin_signbit(a));
+  const bool known = a - a == 0, negative = __builtin_signbit(a);
+  if (!is_infinite(t)) {
+    if (!known || t != t) return {kNan, kNan};
+    return polar({t, 0}, {a, 0}, negative);
+  }
+  const bool pole = t > 0 && z.re == 0 && z.im == 0;  // raises the divide-by-zero flag
+  const double magnitude = t < 0 ? 0 : pole ? 1 / __builtin_fabs(z.re) : __builtin_inf();
+  if (!known) return {magnitude, t < 0 ? 0 : kNan};
+  const Point point = circle_point(without_turns({__builtin_fabsl(a), 0}));
+  return {part_of(magnitude, point.cosine),
+          part_of(magnitude, negative ? -point.sine : point.sine)};
 }
 
 void _nox_internal_cpow_long(const Lux64fc* z, const Lux64fc* w, Lux64fc* power) {
@@ -102,10 +141,13 @@ void _nox_internal_cpow_long(const Lux64fc* z, const Lux64fc* w, Lux64fc* power)
     return;
   }
   const TwoPart log = log_of_magnitude(*z), angle = angle_long(*z);
-  const TwoPart t = log * w->re + -((angle * w->im) * power_table.long_right_angle_log2_e);
-  const TwoPart a = angle * w->re + (log * w->im) * power_table.long_ln2_by_right_angle;
-  // Sums and products in two parts do not keep the sign of a zero.
+  TwoPart t = log * w->re, a = angle * w->re;
+  if (w->im != 0) {
+    t = t + -((angle * w->im) * power_table.long_right_angle_log2_e);
+    a = a + (log * w->im) * power_table.long_ln2_by_right_angle;
+  }
+  // Products in two parts do not keep the sign of a zero: that of the angle is the sign of Im z.
   const bool negative =
-      a.high == 0 ? __builtin_signbit(w->re * angle.high + w->im * log.high) : a.high < 0;
+      a.high != 0 ? a.high < 0 : __builtin_signbit(w->re) != __builtin_signbit(z->im);
   *power = polar(t, a, negative);
 }

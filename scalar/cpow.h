@@ -30,8 +30,13 @@ static inline __attribute__((always_inline)) Lux64fc complex_pow(const Lux64fc& 
     const long double size =
         (__builtin_fabsl(u) + __builtin_fabsl(v)) * (__builtin_fabsl(log) + 4.0f);
     if (__builtin_expect(size < 96.0f, true)) {
-      const long double t = u * log - v * angle * whole(power_table.right_angle_log2_e);
-      const long double a = u * angle + v * log * whole(power_table.ln2_by_right_angle);
+      long double t = u * log, a = u * angle;
+      if (v == 0) {
+        if (u == 0) return {1, 0};
+      } else {
+        t -= v * angle * whole(power_table.right_angle_log2_e);
+        a += v * log * whole(power_table.ln2_by_right_angle);
+      }
       const uint32_t sign = __builtin_signbit(a) ? Format<float>::kSign : 0;
       const ScaledPower radius = exp2_parts(t);
       const Point point = circle_point(__builtin_fabsl(a));

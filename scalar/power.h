@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What the extended and the complex power share: logarithms and angles, short ones of 64 bits and
-// long ones of about 120, and the way back by 2^t and the point of the unit circle.
+// The steps of a power with 64 bits: logarithm and angle, and the way back by 2^t and the point of
+// the unit circle. power_long.h has the logarithm with about 120 bits.
 //
 //   log2 x = e + log2(1/R) + log2(1 + z),  x = 2^e m, i = round(256 (m - 1)), z = m R[i] - 1
 //   angle of (x, y), y <= x, = angle(i/64) + angle(s),  i = round(64 y/x),
@@ -73,36 +73,6 @@ static inline long double log2_short(const Reduced& x) {
   return (tail + power_table.c0_high) * z + cell.middle + (x.exponent + (long double)cell.high);
 }
 
-// z - z^2/2 + z^3/3 - ... to z^14, |z| < 0.0022: the terms from z^7 on with 64 bits.
-static inline TwoPart log1p_series(const TwoPart& z) {
-  const TwoPart* const inverse = power_table.inverse;
-  const long double x = z.high;
-  long double rest = -1.0L / 14;
-  for (int k = 13; k >= 7; --k) rest = rest * x + (k % 2 ? 1.0L : -1.0L) / k;
-  TwoPart sum = z * rest;
-  for (int k = 6; k >= 1; --k) {
-    sum = (k % 2 ? inverse[k] : -inverse[k]) + sum;
-    sum = sum * z;
-  }
-  return sum;
-}
-
-// Of x, whose difference from 1 is given beside it: where that is small it alone counts. To 2^-115
-// of the logarithm.
-static TwoPart log2_long(const TwoPart& x, const TwoPart& x_minus_1) {
-  const Reduced reduction = reduced(x.high);
-  const auto& cell = power_table.cell[reduction.cell];
-  TwoPart z = x_minus_1;
-  if (cell.reciprocal != (reduction.exponent == 0 ? 1.0 : 0.5) ||
-      uint32_t(reduction.exponent + 1) > 1) {
-    const TwoPart product = exact_product(reduction.m, cell.reciprocal);
-    const long double low = x.low * power_of_two(-reduction.exponent) * cell.reciprocal;
-    z = TwoPart{product.high - 1, product.low} + TwoPart{low, 0};
-  }
-  const TwoPart small = ordered_sum(cell.middle, cell.low) + log1p_series(z) * power_table.log2_e;
-  return TwoPart{reduction.exponent + (long double)cell.high, 0} + small;
-}
-
 // ---- Angle in right angles
 
 // A point other than 0 as its image in the first octant, and where that one's angle goes: turned
@@ -138,29 +108,6 @@ static inline long double angle_short(const Lux64fc& z) {
   return (tail * s + base.middle) * to.turn + (base.high * to.turn + to.shift);
 }
 
-// To 2^-115 of the angle.
-static TwoPart angle_long(const Lux64fc& z) {
-  const auto& [large, small, to] = image_of(z);
-  const int32_t i = rounded(small / large * 64);
-  const long double slope = i * (1 / 64.0L);
-  const TwoPart s = TwoPart{small - slope * large, 0} / exact_sum(large, slope * small),
-                square = s * s;
-
-  // s - s^3/3 + s^5/5 - ... to s^17, |s| < 0.0079: the terms from s^9 on with 64 bits.
-  long double rest = 1.0L / 17;
-  for (int k = 15; k >= 9; k -= 2) rest = rest * square.high + (k % 4 == 1 ? 1.0L : -1.0L) / k;
-  TwoPart sum = square * rest;
-  for (int k = 7; k >= 1; k -= 2) {
-    const TwoPart& inverse = power_table.inverse[k];
-    sum = (k % 4 == 1 ? inverse : -inverse) + sum;
-    sum = sum * (k == 1 ? s : square);
-  }
-  const auto& base = power_table.slope[i];
-  const TwoPart angle =
-      TwoPart{base.high, 0} + (ordered_sum(base.middle, base.low) + sum * power_table.radian);
-  return TwoPart{to.shift, 0} + TwoPart{angle.high * to.turn, angle.low * to.turn};
-}
-
 // ---- The way back
 
 struct ScaledPower {
@@ -180,10 +127,6 @@ static inline ScaledPower exp2_near(int32_t k, long double r) {
 static inline ScaledPower exp2_parts(long double t) {
   const int32_t k = rounded(t * 128);
   return exp2_near(k, t - k * (1 / 128.0L));
-}
-static inline ScaledPower exp2_parts(const TwoPart& t) {
-  const int32_t k = rounded(t.high * 128);
-  return exp2_near(k, (t.high - k * (1 / 128.0L)) + t.low);
 }
 
 struct Point {
@@ -206,10 +149,6 @@ static inline Point circle_near(int32_t j, long double d) {
 static inline Point circle_point(long double a) {
   const int32_t j = rounded(a * 32);
   return circle_near(j, a - j * (1 / 32.0L));
-}
-static inline Point circle_point(const TwoPart& a) {
-  const int32_t j = rounded(a.high * 32);
-  return circle_near(j, (a.high - j * (1 / 32.0L)) + a.low);
 }
 
 #endif

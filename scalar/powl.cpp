@@ -6,7 +6,7 @@
 //
 // Worst error found: see tests/extended_pow_test.cpp.
 #include "scalar/internal.h"
-#include "scalar/power.h"
+#include "scalar/power_long.h"
 
 constexpr long double kInfinity = __builtin_infl();
 
