@@ -64,9 +64,10 @@ static Lux64fc polar(const TwoPart& t, const TwoPart& a, bool negative) {
 //
 //   a part of the exponent that is 0 counts for nothing, whatever it is multiplied by; so does an
 //   infinite one where log |z| or the angle is 0;
-//   magnitude 0: zeros with the signs of cosine and sine, positive where the angle is unknown;
-//   magnitude infinite: an infinity in the direction of the angle, infinity + i NaN where it is
-//   unknown; otherwise an unknown angle gives NaNs.
+//   magnitude 0: zeros with the signs of cosine and sine, where the angle is unknown a positive
+//   one, the imaginary part's sign that of an infinite angle; magnitude infinite: an infinity in
+//   the direction of the angle, infinity + i NaN where it is unknown; otherwise an unknown angle
+//   gives NaNs.
 
 static long double times(long double exponent, long double log) {
   if (exponent == 0 || (log == 0 && exponent - exponent != 0 && exponent == exponent)) return 0;
@@ -125,7 +126,7 @@ static Lux64fc special(const Lux64fc& z, const Lux64fc& w) {
   }
   const bool pole = t > 0 && z.re == 0 && z.im == 0;  // raises the divide-by-zero flag
   const double magnitude = t < 0 ? 0 : pole ? 1 / __builtin_fabs(z.re) : __builtin_inf();
-  if (!known) return {magnitude, t < 0 ? 0 : kNan};
+  if (!known) return {magnitude, t > 0 ? kNan : is_infinite(a) && negative ? -0.0 : 0.0};
   const Point point = circle_point(without_turns({__builtin_fabsl(a), 0}));
   return {part_of(magnitude, point.cosine),
           part_of(magnitude, negative ? -point.sine : point.sine)};
