@@ -64,24 +64,24 @@ static Lux64fc polar(const TwoPart& t, const TwoPart& a, bool negative) {
 //
 //   a part of the exponent that is 0 counts for nothing, whatever it is multiplied by; so does an
 //   infinite one where log |z| or the angle is 0;
-//   magnitude 0: zeros with the signs of cosine and sine, where the angle is unknown a positive
-//   one, the imaginary part's sign that of an infinite angle; magnitude infinite: an infinity in
-//   the direction of the angle, infinity + i NaN where it is unknown; otherwise an unknown angle
-//   gives NaNs.
-
-static long double times(long double exponent, long double log) {
-  if (exponent == 0 || (log == 0 && exponent - exponent != 0 && exponent == exponent)) return 0;
-  return exponent * log;
-}
+//   magnitude 0: zeros with the signs of cosine and sine, where the angle is unknown positive ones,
+//   but the imaginary part's with the sign of an infinite angle;
+//   magnitude infinite: an infinity in the direction of the angle, infinity + i NaN where it is
+//   unknown; otherwise an unknown angle gives NaNs.
 
 static bool is_infinite(long double x) { return __builtin_fabsl(x) == __builtin_infl(); }
+static bool is_finite(long double x) { return __builtin_fabsl(x) < __builtin_infl(); }
+
+static long double times(long double exponent, long double log) {
+  if (exponent == 0 || (log == 0 && is_infinite(exponent))) return 0;
+  return exponent * log;
+}
 
 // The same direction in finite numbers, NaN where there is none.
 static long double angle_of(const Lux64fc& z) {
   Lux64fc direction = z;
-  const bool any = is_infinite(z.re) || is_infinite(z.im);
   if (z.re != z.re || z.im != z.im) return __builtin_nan("");
-  if (any) {
+  if (is_infinite(z.re) || is_infinite(z.im)) {
     direction.re = __builtin_copysign(is_infinite(z.re) ? 1.0 : 0.0, z.re);
     direction.im = __builtin_copysign(is_infinite(z.im) ? 1.0 : 0.0, z.im);
   } else if (z.re == 0 && z.im == 0) {
@@ -119,7 +119,7 @@ static Lux64fc special(const Lux64fc& z, const Lux64fc& w) {
     t -= times(w.im, angle) * whole(power_table.right_angle_log2_e);
     a += times(w.im, log) * whole(power_table.ln2_by_right_angle);
   }
-  const bool known = a - a == 0, negative = __builtin_signbit(a);
+  const bool known = is_finite(a), negative = __builtin_signbit(a);
   if (!is_infinite(t)) {
     if (!known || t != t) return {kNan, kNan};
     return polar({t, 0}, {a, 0}, negative);

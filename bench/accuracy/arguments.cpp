@@ -376,9 +376,12 @@ class Generator {
         (real ? im : re) = number(tiny());
         break;
       }
-      case 6:  // near an axis
-        (chance(0.5) ? re : im) = number(tiny() * as_double(re, width_));
+      case 6: {  // near an axis or on it
+        uint64_t& small = chance(0.5) ? re : im;
+        small = chance(0.25) ? (chance(0.5) ? layout(width_).sign() : 0)
+                             : number(tiny() * as_double(re, width_));
         break;
+      }
       default:
         break;
     }

@@ -128,6 +128,15 @@ void erf_inv(mpfr_ptr r, mpfr_ptr, mpfr_srcptr x, mpfr_srcptr) {
   mpfr_copysign(r, y, x, MPFR_RNDN);
 }
 
+// On the negative real axis the imaginary part is positive on either side of the cut.
+void complex_sqrt(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
+  complex_unary<mpc_sqrt>(re, im, parts);
+  if (mpfr_zero_p(parts[1]) && mpfr_sgn(parts[0]) < 0) {
+    mpfr_setsign(re, re, mpfr_signbit(parts[1]), MPFR_RNDN);
+    mpfr_abs(im, im, MPFR_RNDN);
+  }
+}
+
 // tan(x + iy) = (sin x cos x + i sinh y cosh y) / (cos^2 x + sinh^2 y), nothing of which cancels,
 // by MPFR: where the tangent is +-i but for a tiny part mpc_tan takes forever. tanh(y + ix) has the
 // parts of tan(x + iy) exchanged.
@@ -184,7 +193,7 @@ void complex_pow(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
 constexpr OracleRow kRows[] = {
     {"Inv", inv, nullptr},
     BINARY(Div, div),
-    BOTH(Sqrt, sqrt),
+    {"Sqrt", real_unary<mpfr_sqrt>, complex_sqrt},
     {"InvSqrt", inv_sqrt, nullptr},
     UNARY(Cbrt, cbrt),
     {"InvCbrt", inv_cbrt, nullptr},
