@@ -711,6 +711,34 @@ LUX_API Status luxsAsinh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len)
 LUX_API Status luxsAsinh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API Status luxsAsinh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
+/* ---- Complex powers ----------------------------------------------------------------------------
+ */
+
+/** Pow: dst[i] = src1[i] to the power src2[i]. Powx: dst[i] = src[i] to the power c. The principal
+ *  value, exp(w log z) with the angle of z in [-pi, pi].
+ *
+ *  All grades of a type share one computation. Accuracy: distance in the complex plane at most
+ *  2^-52 (64fc), 2^-23.9 (32fc) of the result's magnitude, for every z and w with
+ *  |w log z| < 2^60; one part may be less accurate where it is much the smaller. On the axes powers
+ *  are exact: i^2 = -1 + 0i. z^0 is 1 for every z, NaNs included; 0^w is 0 where Re w > 0;
+ *  infinities and NaNs go through w log z as the reference tells. Nothing is reported. Returns
+ *  LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsPow_32fc_A11(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
+                                int32_t len);
+LUX_API Status luxsPow_32fc_A21(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
+                                int32_t len);
+LUX_API Status luxsPow_32fc_A24(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
+                                int32_t len);
+LUX_API Status luxsPow_64fc_A50(const Lux64fc* src1, const Lux64fc* src2, Lux64fc* dst,
+                                int32_t len);
+LUX_API Status luxsPow_64fc_A53(const Lux64fc* src1, const Lux64fc* src2, Lux64fc* dst,
+                                int32_t len);
+LUX_API Status luxsPowx_32fc_A11(const Lux32fc* src, Lux32fc c, Lux32fc* dst, int32_t len);
+LUX_API Status luxsPowx_32fc_A21(const Lux32fc* src, Lux32fc c, Lux32fc* dst, int32_t len);
+LUX_API Status luxsPowx_32fc_A24(const Lux32fc* src, Lux32fc c, Lux32fc* dst, int32_t len);
+LUX_API Status luxsPowx_64fc_A50(const Lux64fc* src, Lux64fc c, Lux64fc* dst, int32_t len);
+LUX_API Status luxsPowx_64fc_A53(const Lux64fc* src, Lux64fc c, Lux64fc* dst, int32_t len);
+
 /* ---- Rounding to integers: exact, no grade, never threaded, nothing reported -------------------
  */
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <complex>
 #include <random>
 #include <utility>
 
@@ -338,9 +339,11 @@ class Generator {
                                : i % 4 == 1 ? any_exponent(-30, 30)
                                : i == 2 ? any_exponent(-layout(width_).bias, layout(width_).bias)
                                         : number(typical_[1].low + 20 * unit() - 10);
-      if (i < 8)
+      if (i < 8) {
         scalar[size_t(function_.type.parts)] =
             number(std::array{2.0, 3.0, 0.5, -1.0, 1.0, -0.5, 1.0 / 3, -2.0}[size_t(i)]);
+        if (function_.type.complex()) scalar[3] = 0;
+      }
       all.push_back(scalar);
     }
     return all;
@@ -400,15 +403,30 @@ class Generator {
         (real ? im : re) = number(tiny());
         break;
       }
+      case 6: {  // near an axis or on it
+        uint64_t& small = chance(0.5) ? re : im;
+        small = chance(0.25) ? (chance(0.5) ? layout(width_).sign() : 0)
+                             : number(tiny() * as_double(re, width_));
+        break;
+      }
       case 7:
         if (!steps_.empty()) (chance(0.5) ? re : im) = near_step();
-        break;
-      case 6:  // near an axis
-        (chance(0.5) ? re : im) = number(tiny() * as_double(re, width_));
         break;
       default:
         break;
     }
+  }
+
+  // An exponent with which the terms of w log z cancel to a power within range.
+  void draw_cancelling(Argument& z) {
+    const std::complex<double> log =
+        std::log(std::complex(as_double(z[0], width_), as_double(z[1], width_)));
+    const double largest = std::log(this->largest());
+    const std::complex<double> product(largest * (2 * unit() - 1),
+                                       (chance(0.5) ? 1 : -1) * std::exp2(45 * unit()));
+    const std::complex<double> w = product / log;
+    const uint64_t re = number(w.real()), im = number(w.imag());
+    if (is_finite(re, width_) && is_finite(im, width_)) z[2] = re, z[3] = im;
   }
 
   void fill_complex(int count) {
@@ -417,6 +435,7 @@ class Generator {
       Argument z = fixed_;
       draw_complex(z, 0);
       if (parts_ == 4 && free) draw_complex(z, 2);
+      if (parts_ == 4 && free && i % 8 == 1) draw_cancelling(z);
       if (i % 32 == 0)
         add_edge(z, int(below(size_t(free ? parts_ : 2))));
       else

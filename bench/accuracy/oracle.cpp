@@ -120,6 +120,48 @@ void erf_inv(mpfr_ptr r, mpfr_ptr, mpfr_srcptr x, mpfr_srcptr) {
   mpfr_copysign(r, y, x, MPFR_RNDN);
 }
 
+// On the negative real axis the imaginary part is positive on either side of the cut.
+void complex_sqrt(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
+  complex_unary<mpc_sqrt>(re, im, parts);
+  if (mpfr_zero_p(parts[1]) && mpfr_sgn(parts[0]) < 0) {
+    mpfr_setsign(re, re, mpfr_signbit(parts[1]), MPFR_RNDN);
+    mpfr_abs(im, im, MPFR_RNDN);
+  }
+}
+
+// tan(x + iy) = (sin x cos x + i sinh y cosh y) / (cos^2 x + sinh^2 y), nothing of which cancels,
+// by MPFR: where the tangent is +-i but for a tiny part mpc_tan takes forever. tanh(y + ix) has the
+// parts of tan(x + iy) exchanged.
+void tangent(mpfr_ptr trigonometric, mpfr_ptr hyperbolic, mpfr_srcptr x, mpfr_srcptr y) {
+  const int precision = int(mpfr_get_prec(trigonometric)) + kGuardBits;
+  Real sine(precision), cosine(precision), sinh(precision), cosh(precision), divisor(precision);
+  mpfr_sin_cos(sine, cosine, x, MPFR_RNDN);
+  if (mpfr_cmpabs_ui(y, 1000) < 0) {
+    mpfr_sinh_cosh(sinh, cosh, y, MPFR_RNDN);
+    mpfr_fmma(divisor, cosine, cosine, sinh, sinh, MPFR_RNDN);
+    mpfr_mul(sine, sine, cosine, MPFR_RNDN);
+    mpfr_mul(sinh, sinh, cosh, MPFR_RNDN);
+    mpfr_div(trigonometric, sine, divisor, MPFR_RNDN);
+    mpfr_div(hyperbolic, sinh, divisor, MPFR_RNDN);
+    return;
+  }
+  // 4 sin x cos x e^(-2|y|) and +-1, to 2^-2800.
+  mpfr_abs(divisor, y, MPFR_RNDN);
+  mpfr_mul_si(divisor, divisor, -2, MPFR_RNDN);
+  mpfr_exp(divisor, divisor, MPFR_RNDN);
+  mpfr_mul(sine, sine, cosine, MPFR_RNDN);
+  mpfr_mul_ui(sine, sine, 4, MPFR_RNDN);
+  mpfr_mul(trigonometric, sine, divisor, MPFR_RNDN);
+  mpfr_set_si(hyperbolic, mpfr_signbit(y) ? -1 : 1, MPFR_RNDN);
+}
+
+void complex_tan(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
+  tangent(re, im, parts[0], parts[1]);
+}
+void complex_tanh(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
+  tangent(im, re, parts[1], parts[0]);
+}
+
 void complex_log10(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
   complex_unary<mpc_log10>(re, im, parts);
 }
@@ -143,7 +185,7 @@ void complex_pow(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
 constexpr OracleRow kRows[] = {
     {"Inv", inv, nullptr},
     BINARY(Div, div),
-    BOTH(Sqrt, sqrt),
+    {"Sqrt", real_unary<mpfr_sqrt>, complex_sqrt},
     {"InvSqrt", inv_sqrt, nullptr},
     UNARY(Cbrt, cbrt),
     {"InvCbrt", inv_cbrt, nullptr},
@@ -155,14 +197,14 @@ constexpr OracleRow kRows[] = {
     BOTH(Cos, cos),
     BOTH(Sin, sin),
     {"SinCos", sin_cos, nullptr},
-    BOTH(Tan, tan),
+    {"Tan", real_unary<mpfr_tan>, complex_tan},
     BOTH(Acos, acos),
     BOTH(Asin, asin),
     BOTH(Atan, atan),
     BINARY(Atan2, atan2),
     BOTH(Cosh, cosh),
     BOTH(Sinh, sinh),
-    BOTH(Tanh, tanh),
+    {"Tanh", real_unary<mpfr_tanh>, complex_tanh},
     BOTH(Acosh, acosh),
     BOTH(Asinh, asinh),
     BOTH(Atanh, atanh),

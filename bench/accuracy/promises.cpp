@@ -51,7 +51,17 @@ std::string text_of(const Accuracy& accuracy) {
   }
 }
 
+// |w log z| < 2^60: beyond, the angle is known to fewer bits than its whole turns take.
+static bool promised_power(const Argument& argument, int width) {
+  const auto part = [&](size_t i) { return (long double)(as_double(argument[i], width)); };
+  const long double magnitude = std::hypot(part(0), part(1));
+  const long double log = std::hypot(std::log(magnitude), std::atan2(part(1), part(0)));
+  return std::hypot(part(2), part(3)) * log < 0x1p60L;
+}
+
 bool promised(const Function& function, const Argument& argument) {
+  if (function.type.complex() && (function.family == "Pow" || function.family == "Powx"))
+    return promised_power(argument, function.type.width);
   if (!function.is("Hypot", "64f")) return true;
   // The sum of the squares must be a normal double, or both arguments so small that they are
   // scaled.

@@ -65,11 +65,6 @@ static inline Status log1p_32f(const float* src, float* dst, int32_t len, Block 
       });
 }
 
-template <int kCount>
-static inline __m128 load_elements(const float* from) {
-  return kCount == 4 ? load_lanes(from) : _mm_load1_ps(from);
-}
-
 static inline __m128 everywhere(uint32_t pattern) {
   float value;
   store_bits(&value, pattern);
