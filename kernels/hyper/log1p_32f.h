@@ -27,16 +27,26 @@
 #include "kernels/hyper/log1p_32f_table.h"  // kCubic, kExponent, kLn2, kLong, kShort
 
 constexpr uint32_t kSign = Format<float>::kSign;
-constexpr uint32_t kLarge = 0x5E800000;  // 2^62
+constexpr uint32_t kSmallestNormal = 0x00800000;  // 2^-126
+constexpr uint32_t kLarge = 0x5E800000;           // 2^62
 constexpr uint32_t kDefaultNaN = 0xFFC00000;
 
-// A family has kFirst and kBeyond, bounds of the patterns of its ordinary arguments; kSigned, the
-// sign bit if the function is odd; kScale; argument(x) for a magnitude, which is s, as an extended
-// number and packed; and special(arrays, i, status) for what is out of bounds.
+static inline bool is_subnormal(uint32_t a) { return a < kSmallestNormal; }
+
+// A family has kBeyond, where its ordinary arguments end, and where they begin: kFirst, or kSigned,
+// the sign bit, if the function is odd. Subnormals are not ordinary then: they pass as they are,
+// and storing a subnormal result from the x87 unit takes hundreds of cycles. It also has kScale;
+// argument(x) for a magnitude, which is s, as an extended number and packed; and
+// special(arrays, i, status) for what is out of bounds.
 template <class Family>
 static inline uint32_t outside(const float* x) {
   const uint32_t u = load_bits(x) & ~Family::kSigned;
-  return (u - Family::kFirst) | (Family::kBeyond - 1 - u);
+  uint32_t below;
+  if constexpr (Family::kSigned != 0)
+    below = (u - kSmallestNormal) & -u;
+  else
+    below = u - Family::kFirst;
+  return below | (Family::kBeyond - 1 - u);
 }
 
 template <class Family, class Control, int32_t kBlock, class Block, class One>

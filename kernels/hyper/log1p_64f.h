@@ -20,6 +20,7 @@
 #include "kernels/hyper/log1p_64f_table.h"  // kCell, kExponent, kP, kLn2
 
 constexpr int32_t kBlock = 8;
+constexpr uint32_t kSmallestNormal = 0x00100000;  // of 2^-1022
 constexpr uint32_t kOneUpper = 0x3FF00000;
 constexpr uint32_t kLargeUpper = 0x43D00000;  // 2^62
 constexpr uint64_t kDefaultNaN = 0xFFF8000000000000;
@@ -65,13 +66,22 @@ static inline long double magnitude_of(const double* x) {
   return __builtin_fabsl(load_extended(x));
 }
 
-// A family has kFirst and kBeyond, bounds of the upper words of its ordinary arguments; kSigned,
-// the sign bit if the function is odd; kScale; argument(x), which is s; and
-// special(arrays, i, status) for what is out of bounds.
+static inline bool is_subnormal(uint64_t a) { return a < (uint64_t(kSmallestNormal) << 32); }
+
+// A family has kBeyond, the upper word where its ordinary arguments end, and where they begin:
+// kFirst, or kSigned, the sign bit, if the function is odd. Subnormals are not ordinary then: they
+// pass as they are, and storing a subnormal result from the x87 unit takes hundreds of cycles. It
+// also has kScale; argument(x), which is s; and special(arrays, i, status) for what is out of
+// bounds. The upper word 0 counts as ordinary, so that zeros stay in the blocks.
 template <class Family>
 static inline uint32_t outside(const double* x) {
   const uint32_t u = upper_word(x) & ~Family::kSigned;
-  return (u - Family::kFirst) | (Family::kBeyond - 1 - u);
+  uint32_t below;
+  if constexpr (Family::kSigned != 0)
+    below = (u - kSmallestNormal) & -u;
+  else
+    below = u - Family::kFirst;
+  return below | (Family::kBeyond - 1 - u);
 }
 
 template <class Family, int kCount>
