@@ -16,6 +16,11 @@ def fit(function, low, high, degree):
     return list(mpmath.lu_solve(powers, mpmath.matrix([function(node) for node in nodes])))
 
 
+def quotient(function, slope):
+    """(function(r) - 1) / r of a function that is 1 at 0; there, but for rounding, its slope."""
+    return lambda r: (function(r) - 1) / r if abs(r) > 1e-30 else slope
+
+
 def value(coefficients, x):
     """Of a polynomial with its lowest coefficient first."""
     return mpmath.polyval(list(reversed(coefficients)), x)

@@ -37,10 +37,10 @@ for low, high in ends():
     point, half = (low + high) / 2, (high - low) / 2
     g = scaled(point)
     slope = 2 * point - 2 / mpmath.sqrt(mpmath.pi) / g
-    quotient = lambda r: (scaled(point + r) / g - 1) / r if abs(r) > 1e-30 else slope
-    row = cells.stored(cells.fit(quotient, -half, half, 6), [53] * 4 + [24] * 3)
-    worst = max(worst, max(abs((1 + r * cells.value(row, r)) * g / scaled(point + r) - 1)
-                           for r in cells.points(-half, half, 8)))
+    curve = lambda r: scaled(point + r) / g
+    row = cells.stored(cells.fit(cells.quotient(curve, slope), -half, half, 6), [53] * 4 + [24] * 3)
+    worst = max([worst] + [abs((1 + r * cells.value(row, r)) / curve(r) - 1)
+                           for r in cells.points(-half, half, 8)])
     widest = max(widest, half * (point + high))
     scale = mpmath.ldexp(1, FAR_SCALE if low >= FAR - 1 else 0) * mpmath.exp(-point**2) * g
     head = tablegen.rounded(scale, 53)
@@ -57,7 +57,7 @@ for j in range(-reach, reach + 1):
     head = tablegen.rounded(power, 53)
     powers.append(f"    {{{tablegen.double(head)}, {cells.single(power - head)}, "
                   f"{cells.single(mpmath.mpf(j) / STEPS)}}},")
-half = mpmath.mpf(1) / (2 * STEPS) * (1 + mpmath.ldexp(1, -12))  # the grid's rounding is to a single
+half = mpmath.mpf(1) / (2 * STEPS) * (1 + mpmath.ldexp(1, -12))  # the sum may round twice
 exponential = cells.stored(
     cells.fit(lambda v: (mpmath.exp(-v) - 1 + v) / v**2, -half, half, 3), [53] * 4)
 power_worst = max(abs(1 - v + v * v * cells.value(exponential, v) - mpmath.exp(-v))
@@ -87,5 +87,7 @@ body = "\n".join([
     "};",
     f"// e^-v - 1 + v = v^2 (e[3] + v (e[2] + v (e[1] + v e[0]))) for |v| <= 1/{2 * STEPS}, off by at "
     f"most {mpmath.nstr(power_worst, 4)}.",
-    f"static const double kExponential[4] = {{{', '.join(tablegen.double(c) for c in reversed(exponential))}}};"])
+    "static const double kExponential[4] = {",
+    *[f"    {tablegen.double(c)}," for c in reversed(exponential)],
+    "};"])
 tablegen.main("kernels/erf/erfc_64f_table.h", __file__, body)

@@ -335,8 +335,8 @@ static const Septic kSeptic[323] = {
     {{-0x1.d9204c0000000p+17f, 0x1.52f8f60000000p+16f, -0x1.9ca6b80000000p+14f, 0x1.a1a74c0000000p+12f, -0x1.5071940000000p+10f}, 0x1.947c08c815ab5p+7, -0x1.42945d094a161p+4, 0x1.96ca751cac37fp-150},
     {{-0x1.e3c4680000000p+17f, 0x1.5976e80000000p+16f, -0x1.a32f960000000p+14f, 0x1.a6e8c40000000p+12f, -0x1.53991e0000000p+10f}, 0x1.96ff107bb5767p+7, -0x1.439321ace2eb1p+4, 0x1.b0de982dbf111p-151},
 };
-// The same cells: erfc(a) = c0 e^-r(a + k/32) (1 + c1 r + c2 r^2 + c3 r^3). Relative error of the
-// last factor at most 7.527e-9, of 1 + c1 r at most 0.0002456.
+// The same cells: erfc(a) = c0 e^-r(a + k/32) (1 + c1 r + c2 r^2 + c3 r^3). Relative error
+// of the last factor at most 7.527e-9, of 1 + c1 r at most 0.0002456.
 struct Row {
   float c[4];
 };
