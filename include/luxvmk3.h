@@ -387,7 +387,7 @@ LUX_API Status luxsErf_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = 1 less the error function of src[i], without cancellation.
  *
- *  Accuracy: A24 and A53 at most 1 ulp (measured 0.501 and 0.51), A50 at most 4 ulp, A21 relative
+ *  Accuracy: A24 and A53 at most 1 ulp (measured 0.502 and 0.51), A50 at most 4 ulp, A21 relative
  *  error at most 2^-21, A11 at most 2^-11; a subnormal result is off by at most one unit of the
  *  smallest subnormal, under A24 and A53 by half of one.
  *  Special values and codes:
