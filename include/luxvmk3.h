@@ -375,10 +375,11 @@ LUX_API Status luxsTanh_32f_A24(const float* src, float* dst, int32_t len);
 
 /** dst[i] = error function of src[i].
  *
- *  Accuracy: A24 and A53 at most 1 ulp (measured 0.501 and 0.505), A21 relative error at most 2^-21,
- *  A11 at most 2^-11; A50 is the same computation as A53.
- *  Zeros keep their sign, subnormals give 2/sqrt(pi) times them, infinities give 1 with their sign;
- *  a NaN comes out quiet. Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+ *  Accuracy: A24 and A53 at most 1 ulp (measured 0.501 and 0.505), A21 relative error at most
+ *  2^-21, A11 at most 2^-11; A50 is the same computation as A53.
+ *  Zeros keep their sign, subnormals give 2/sqrt(pi) times them, infinities give 1 with their
+ *  sign; a NaN comes out quiet. Nothing is reported.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API Status luxsErf_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API Status luxsErf_32f_A21(const float* src, float* dst, int32_t len);
 LUX_API Status luxsErf_32f_A24(const float* src, float* dst, int32_t len);
