@@ -17,15 +17,12 @@
 #include "kernels/erf/erf_64f_table.h"  // kCell, kSeries
 
 // Upper words.
-constexpr uint32_t kSignUpper = 0x80000000;
 constexpr uint32_t kSeriesEnd = 0x3FB20000;  // 9/128
 constexpr uint32_t kSaturated = 0x40180000;  // 6
 
 constexpr float kCellsPerUnit = 40;
 constexpr float kShifter = 0x1.8p+23f;  // its ulp is 1
 constexpr uint32_t kShifterBits = 0x4B400000;
-
-static inline uint32_t upper_magnitude(const double* x) { return upper_word(x) & ~kSignUpper; }
 
 static inline long double series(long double x) {
   const long double z = x * x;

@@ -25,14 +25,11 @@
 #include "kernels/arith/frame.h"
 #include "kernels/erf/erfc_64f_table.h"  // kCell, kPower, kExponential
 
-constexpr uint32_t kSignUpper = 0x80000000;
 constexpr uint32_t kPairBound = 0x402DF000;          // upper word of 14.96875
 constexpr uint64_t kUnderflow = 0x403B39DC41E48BFD;  // 27.226017111108366
 constexpr float kShifter = 0x1.8p+16f;               // its ulp is 1/128
 constexpr uint32_t kShifterBits = 0x47C00000;
 constexpr uint32_t kFarBits = 0x41800000;  // 16.0, of 1 + a
-
-static inline uint32_t upper_magnitude(const double* x) { return upper_word(x) & ~kSignUpper; }
 
 // By the sign.
 struct Side {
