@@ -398,22 +398,6 @@ LUX_API Status luxsTanh_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API Status luxsTanh_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API Status luxsTanh_64f_A53(const double* src, double* dst, int32_t len);
 
-/* ---- Inverse error function -------------------------------------------------------------------
- */
-
-/** dst[i] = the number whose error function is src[i].
- *
- *  Accuracy: A24 and A53 at most 1 ulp (measured 0.501), A21 relative error at most 2^-21, A11 at
- *  most 2^-11; A50 is the same computation as A53.
- *  1 and -1 give an infinity of their sign with LUX_POLE. A magnitude above 1, infinities included,
- *  gives the default NaN with LUX_DOMAIN. Zeros keep their sign, and a NaN comes out quiet.
- *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER, LUX_POLE or LUX_DOMAIN. */
-LUX_API Status luxsErfInv_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsErfInv_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsErfInv_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsErfInv_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsErfInv_64f_A53(const double* src, double* dst, int32_t len);
-
 /* ---- Inverse hyperbolic functions -------------------------------------------------------------
  */
 
@@ -486,6 +470,22 @@ LUX_API Status luxsErfc_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API Status luxsErfc_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API Status luxsErfc_64f_A53(const double* src, double* dst, int32_t len);
 
+/* ---- Inverse error function -------------------------------------------------------------------
+ */
+
+/** dst[i] = the number whose error function is src[i].
+ *
+ *  Accuracy: A24 and A53 at most 1 ulp (measured 0.501), A21 relative error at most 2^-21, A11 at
+ *  most 2^-11; A50 is the same computation as A53.
+ *  1 and -1 give an infinity of their sign with LUX_POLE. A magnitude above 1, infinities included,
+ *  gives the default NaN with LUX_DOMAIN. Zeros keep their sign, and a NaN comes out quiet.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER, LUX_POLE or LUX_DOMAIN. */
+LUX_API Status luxsErfInv_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API Status luxsErfInv_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API Status luxsErfInv_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API Status luxsErfInv_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API Status luxsErfInv_64f_A53(const double* src, double* dst, int32_t len);
+
 /* ---- Hypotenuse -------------------------------------------------------------------------------
  */
 
@@ -518,6 +518,34 @@ LUX_API Status luxsSqrt_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API Status luxsSqrt_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API Status luxsSqrt_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API Status luxsSqrt_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
+/* ---- Complex powers ----------------------------------------------------------------------------
+ */
+
+/** Pow: dst[i] = src1[i] to the power src2[i]. Powx: dst[i] = src[i] to the power c. The principal
+ *  value, exp(w log z) with the angle of z in [-pi, pi].
+ *
+ *  All grades of a type share one computation. Accuracy: distance in the complex plane at most
+ *  2^-52 (64fc), 2^-23.9 (32fc) of the result's magnitude, for every z and w with
+ *  |w log z| < 2^60; one part may be less accurate where it is much the smaller. On the axes powers
+ *  are exact: i^2 = -1 + 0i. z^0 is 1 for every z, NaNs included; 0^w is 0 where Re w > 0;
+ *  infinities and NaNs go through w log z as the reference tells. Nothing is reported. Returns
+ *  LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsPow_32fc_A11(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
+                                int32_t len);
+LUX_API Status luxsPow_32fc_A21(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
+                                int32_t len);
+LUX_API Status luxsPow_32fc_A24(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
+                                int32_t len);
+LUX_API Status luxsPow_64fc_A50(const Lux64fc* src1, const Lux64fc* src2, Lux64fc* dst,
+                                int32_t len);
+LUX_API Status luxsPow_64fc_A53(const Lux64fc* src1, const Lux64fc* src2, Lux64fc* dst,
+                                int32_t len);
+LUX_API Status luxsPowx_32fc_A11(const Lux32fc* src, Lux32fc c, Lux32fc* dst, int32_t len);
+LUX_API Status luxsPowx_32fc_A21(const Lux32fc* src, Lux32fc c, Lux32fc* dst, int32_t len);
+LUX_API Status luxsPowx_32fc_A24(const Lux32fc* src, Lux32fc c, Lux32fc* dst, int32_t len);
+LUX_API Status luxsPowx_64fc_A50(const Lux64fc* src, Lux64fc c, Lux64fc* dst, int32_t len);
+LUX_API Status luxsPowx_64fc_A53(const Lux64fc* src, Lux64fc c, Lux64fc* dst, int32_t len);
 
 /* ---- Complex exponential ------------------------------------------------------------------------
  */
@@ -606,6 +634,36 @@ LUX_API Status luxsTan_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API Status luxsTan_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API Status luxsTan_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
+/* ---- Complex arc cosine -------------------------------------------------------------------------
+ */
+
+/** dst[i] = the arc cosine of src[i]: its real part is in [0, pi].
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part. Cut along
+ *  the real axis outside [-1, 1], where the sign of the argument's zero chooses the side; zeros,
+ *  infinities and NaNs as in C. Nothing is reported.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsAcos_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAcos_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAcos_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAcos_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsAcos_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
+/* ---- Complex arc sine ---------------------------------------------------------------------------
+ */
+
+/** dst[i] = the arc sine of src[i]: its real part is in [-pi/2, pi/2].
+ *
+ *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part. Cut along
+ *  the real axis outside [-1, 1], where the sign of the argument's zero chooses the side; zeros,
+ *  infinities and NaNs follow from the inverse hyperbolic sine's. Nothing is reported.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsAsin_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAsin_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAsin_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAsin_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsAsin_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+
 /* ---- Complex arc tangent ------------------------------------------------------------------------
  */
 
@@ -665,53 +723,6 @@ LUX_API Status luxsTanh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API Status luxsTanh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API Status luxsTanh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex inverse hyperbolic tangent ---------------------------------------------------------
- */
-
-/** dst[i] = the inverse hyperbolic tangent of src[i], its imaginary part in [-pi/2, pi/2], cut
- * along the real axis outside [-1, 1]; on the cut the imaginary part has the sign of the
- * argument's.
- *
- *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part, also next
- *  to the poles +-1, which give the infinity of their sign. Zeros, infinities and NaNs as in C.
- *  Nothing is reported.
- *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsAtanh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAtanh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAtanh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAtanh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsAtanh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
-
-/* ---- Complex arc cosine -------------------------------------------------------------------------
- */
-
-/** dst[i] = the arc cosine of src[i]: its real part is in [0, pi].
- *
- *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part. Cut along
- *  the real axis outside [-1, 1], where the sign of the argument's zero chooses the side; zeros,
- *  infinities and NaNs as in C. Nothing is reported.
- *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsAcos_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAcos_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAcos_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAcos_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsAcos_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
-
-/* ---- Complex arc sine ---------------------------------------------------------------------------
- */
-
-/** dst[i] = the arc sine of src[i]: its real part is in [-pi/2, pi/2].
- *
- *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part. Cut along
- *  the real axis outside [-1, 1], where the sign of the argument's zero chooses the side; zeros,
- *  infinities and NaNs follow from the inverse hyperbolic sine's. Nothing is reported.
- *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsAsin_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAsin_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAsin_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAsin_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsAsin_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
-
 /* ---- Complex inverse hyperbolic cosine ----------------------------------------------------------
  */
 
@@ -744,33 +755,22 @@ LUX_API Status luxsAsinh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len)
 LUX_API Status luxsAsinh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API Status luxsAsinh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex powers ----------------------------------------------------------------------------
+/* ---- Complex inverse hyperbolic tangent ---------------------------------------------------------
  */
 
-/** Pow: dst[i] = src1[i] to the power src2[i]. Powx: dst[i] = src[i] to the power c. The principal
- *  value, exp(w log z) with the angle of z in [-pi, pi].
+/** dst[i] = the inverse hyperbolic tangent of src[i], its imaginary part in [-pi/2, pi/2], cut
+ * along the real axis outside [-1, 1]; on the cut the imaginary part has the sign of the
+ * argument's.
  *
- *  All grades of a type share one computation. Accuracy: distance in the complex plane at most
- *  2^-52 (64fc), 2^-23.9 (32fc) of the result's magnitude, for every z and w with
- *  |w log z| < 2^60; one part may be less accurate where it is much the smaller. On the axes powers
- *  are exact: i^2 = -1 + 0i. z^0 is 1 for every z, NaNs included; 0^w is 0 where Re w > 0;
- *  infinities and NaNs go through w log z as the reference tells. Nothing is reported. Returns
- *  LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsPow_32fc_A11(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
-                                int32_t len);
-LUX_API Status luxsPow_32fc_A21(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
-                                int32_t len);
-LUX_API Status luxsPow_32fc_A24(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
-                                int32_t len);
-LUX_API Status luxsPow_64fc_A50(const Lux64fc* src1, const Lux64fc* src2, Lux64fc* dst,
-                                int32_t len);
-LUX_API Status luxsPow_64fc_A53(const Lux64fc* src1, const Lux64fc* src2, Lux64fc* dst,
-                                int32_t len);
-LUX_API Status luxsPowx_32fc_A11(const Lux32fc* src, Lux32fc c, Lux32fc* dst, int32_t len);
-LUX_API Status luxsPowx_32fc_A21(const Lux32fc* src, Lux32fc c, Lux32fc* dst, int32_t len);
-LUX_API Status luxsPowx_32fc_A24(const Lux32fc* src, Lux32fc c, Lux32fc* dst, int32_t len);
-LUX_API Status luxsPowx_64fc_A50(const Lux64fc* src, Lux64fc c, Lux64fc* dst, int32_t len);
-LUX_API Status luxsPowx_64fc_A53(const Lux64fc* src, Lux64fc c, Lux64fc* dst, int32_t len);
+ *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part, also next
+ *  to the poles +-1, which give the infinity of their sign. Zeros, infinities and NaNs as in C.
+ *  Nothing is reported.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+LUX_API Status luxsAtanh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAtanh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAtanh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API Status luxsAtanh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API Status luxsAtanh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Rounding to integers: exact, no grade, never threaded, nothing reported -------------------
  */
