@@ -14,7 +14,7 @@
 #include "scalar/internal.h"
 #include "scalar/log.h"
 
-// Infinities and NaNs, and the poles.
+// Infinities, NaNs and poles.
 __attribute__((noinline, cold)) static Lux64fc complex_atanh_special(const Lux64fc& z) {
   const double quarter = __builtin_copysign(0x1.921fb54442d18p+0, z.im);  // pi/2
   const double zero = __builtin_copysign(0.0, z.re);
@@ -26,22 +26,36 @@ __attribute__((noinline, cold)) static Lux64fc complex_atanh_special(const Lux64
   return {store_f64(z.re / __builtin_fabsl(z.im)), z.im};  // a pole
 }
 
-static inline Lux64fc complex_atanh(const Lux64fc& z) {
+// What is neither infinite nor NaN nor a pole. atan takes the parts exchanged: each sign
+// that the turn changes is changed back.
+struct AtanhParts {
+  long double size, turn;
+};
+
+__attribute__((always_inline)) static inline bool atanh_parts(const double* re, const double* im,
+                                                              AtanhParts* parts) {
   static const float quarters[2] = {0.25f, -0.25f}, halves[2] = {0.5f, -0.5f};
-  const uint32_t upper_re = upper_word(&z.re), upper_im = upper_word(&z.im);
-  const uint32_t re = upper_re & 0x7FFFFFFF, im = upper_im & 0x7FFFFFFF;
-  if (__builtin_expect((re > im ? re : im) >= 0x7FF00000, false)) return complex_atanh_special(z);
-  const long double x = __builtin_fabsl(load_extended(&z.re));
-  const long double y = __builtin_fabsl(load_extended(&z.im));
+  const uint32_t upper_re = upper_word(re), upper_im = upper_word(im);
+  const uint32_t a = upper_re & 0x7FFFFFFF, b = upper_im & 0x7FFFFFFF;
+  if (__builtin_expect((a > b ? a : b) >= 0x7FF00000, false)) return false;
+  const long double x = __builtin_fabsl(load_extended(re)), y = __builtin_fabsl(load_extended(im));
   const long double left = 1.0f - x, norm = left * left + y * y;
-  if (__builtin_expect(norm == 0, false)) return complex_atanh_special(z);
-  const long double size = log1p_core(4.0f * x / norm);
-  const long double turn = atan2_upper(2.0f * y, left * (1.0f + x) - y * y);
-  return rounded(size * quarters[upper_re >> 31], turn * halves[upper_im >> 31]);
+  if (__builtin_expect(norm == 0, false)) return false;
+  parts->size = log1p_core(4.0f * x / norm) * quarters[upper_re >> 31];
+  parts->turn = atan2_upper(2.0f * y, left * (1.0f + x) - y * y) * halves[upper_im >> 31];
+  return true;
 }
 
-static inline Lux64fc complex_atan(const Lux64fc& z) {
-  return turned_back(complex_atanh(turned(z)));
+__attribute__((always_inline)) static inline Lux64fc complex_atanh(const Lux64fc& z) {
+  AtanhParts parts;
+  if (!atanh_parts(&z.re, &z.im, &parts)) return complex_atanh_special(z);
+  return rounded(parts.size, parts.turn);
+}
+
+__attribute__((always_inline)) static inline Lux64fc complex_atan(const Lux64fc& z) {
+  AtanhParts parts;
+  if (!atanh_parts(&z.im, &z.re, &parts)) return turned_back(complex_atanh_special(turned(z)));
+  return rounded(parts.turn, parts.size);
 }
 
 #endif

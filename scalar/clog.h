@@ -109,8 +109,10 @@ __attribute__((always_inline)) static inline Lux64fc complex_log_to_base(const L
   return rounded(logarithm * half, signed_angle(p, &z.im) * (2 * half));
 }
 
-static inline Lux64fc complex_log(const Lux64fc& z) { return complex_log_to_base(z, 0.5L); }
-static inline Lux64fc complex_log10(const Lux64fc& z) {
+__attribute__((always_inline)) static inline Lux64fc complex_log(const Lux64fc& z) {
+  return complex_log_to_base(z, 0.5L);
+}
+__attribute__((always_inline)) static inline Lux64fc complex_log10(const Lux64fc& z) {
   return complex_log_to_base(z, kHalfDecimal);
 }
 
