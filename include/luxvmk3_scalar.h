@@ -156,8 +156,9 @@ LUX_API Lux64fc noxcacos_scalar(Lux64fc z);
 LUX_API Lux64fc noxcasinh_scalar(Lux64fc z);
 LUX_API Lux64fc noxcacosh_scalar(Lux64fc z);
 
-/** base to the power exponent, the principal value: at most 2^-52 of the result's norm. The power 0
- *  gives 1 for every base, a zero base 0 where the exponent's real part is positive. */
+/** base to the power exponent, the principal value: at most 2^-52 of the result's magnitude in the
+ *  plane while |exponent log base| < 2^60. The power 0 gives 1 for every base, a zero base 0 where
+ *  the exponent's real part is positive. */
 LUX_API Lux64fc noxcpow_scalar(Lux64fc base, Lux64fc exponent);
 
 #ifdef __cplusplus

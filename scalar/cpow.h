@@ -20,44 +20,48 @@ extern "C" __attribute__((visibility("hidden"))) void _nox_internal_cpow_long(co
                                                                               const Lux64fc* w,
                                                                               Lux64fc* power);
 
-// Whether a part of the result is so near 0 that the error of the angle counts in its last places.
-// Not when it is exactly 0, on an axis or a diagonal, nor when the angle is small and its relative
-// error with it.
-static inline bool uncertain(const Lux64fc& z, long double v, long double a, const Point& point,
-                             long double size) {
-  const long double cosine = __builtin_fabsl(point.cosine), sine = __builtin_fabsl(point.sine);
-  if (__builtin_expect((cosine < sine ? cosine : sine) > size * 0x1p-10f, true)) return false;
-  if (v != 0) return true;
-  const bool exact = z.re == 0 || z.im == 0 || __builtin_fabs(z.re) == __builtin_fabs(z.im);
-  return !(exact || __builtin_fabsl(a) <= 1 / 64.0f);
+static inline bool is_nonzero(const double& x) {
+  const Words words = load_words(&x);
+  return (words.upper & 0x7FFFFFFF) | words.lower;
+}
+
+// Whether an angle next to an axis is known well enough all the same: exactly, because base and
+// exponent are such, or because it is small and its error with it.
+static inline bool is_certain(const Lux64fc& z, const Lux64fc& w, long double a) {
+  if (is_nonzero(w.im)) return false;
+  return z.re == 0 || z.im == 0 || __builtin_fabs(z.re) == __builtin_fabs(z.im) ||
+         __builtin_fabsl(a) <= 1 / 64.0f;
 }
 
 static inline __attribute__((always_inline)) Lux64fc complex_pow(const Lux64fc& z,
                                                                  const Lux64fc& w) {
-  const long double x = z.re, y = z.im, u = w.re, v = w.im, norm = x * x + y * y;
-  const Reduced reduction = reduced(norm);
-  if (__builtin_expect(uint32_t(reduction.exponent + 16382) < 32766, true)) {  // neither 0 nor inf
-    const long double log = log2_short(reduction) * 0.5f, angle = angle_short(z);
+  const long double x = z.re, y = z.im;
+  Cell cell;
+  const long double m = reduced(x * x + y * y, &cell);
+  if (__builtin_expect(uint32_t(cell.exponent + 16382) < 32766, true)) {  // neither 0 nor inf
+    const long double log = log2_short(m, cell) * 0.5f, angle = angle_short(z);
     const long double size =
-        (__builtin_fabsl(u) + __builtin_fabsl(v)) * (__builtin_fabsl(log) + 4.0f);
+        (__builtin_fabsl(w.re) + __builtin_fabsl(w.im)) * (__builtin_fabsl(log) + 4.0f);
     if (__builtin_expect(size < 96.0f, true)) {
-      long double t = u * log, a = u * angle;
-      if (v == 0) {
-        if (u == 0) return {1, 0};
-      } else {
-        t -= v * angle * whole(power_table.right_angle_log2_e);
-        a += v * log * whole(power_table.ln2_by_right_angle);
+      long double t = log * w.re, a = angle * w.re;
+      if (is_nonzero(w.im)) {
+        const PowerTable& table = power_table_anew();
+        t -= angle * w.im * whole(table.right_angle_log2_e);
+        a += log * w.im * whole(table.ln2_by_right_angle);
+      } else if (!is_nonzero(w.re)) {
+        return {1, 0};
       }
       const uint32_t sign = __builtin_signbit(a) ? Format<float>::kSign : 0;
-      const Point point = circle_point(__builtin_fabsl(a));
-      if (!uncertain(z, v, a, point, size)) {
+      const auto [cosine, sine] = circle_point(__builtin_fabsl(a));
+      const long double c = __builtin_fabsl(cosine), s = __builtin_fabsl(sine);
+      if (__builtin_expect((c < s ? c : s) > size * 0x1p-10f, true) || is_certain(z, w, a)) {
         const ScaledPower radius = exp2_parts(t);
         const uint32_t scale = uint32_t(radius.exponent + Format<float>::kBias) << 23;
         float scale_re, scale_im;
         store_bits(&scale_re, scale);
         store_bits(&scale_im, scale | sign);
-        return {store_f64(double(radius.value * point.cosine * scale_re)),
-                store_f64(double(radius.value * point.sine * scale_im))};
+        return {store_f64(double(radius.value * cosine * scale_re)),
+                store_f64(double(radius.value * sine * scale_im))};
       }
     }
   }

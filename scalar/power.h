@@ -23,10 +23,19 @@ struct ExtendedWords {
   uint16_t exponent;  // and sign
 } __attribute__((may_alias));
 
-// The load keeps the compiler from making an extended constant of a constant pair, whose own load
-// costs more than this addition.
+using PowerTable = decltype(power_table);
+
+// The table by a pointer that the compiler takes for a new one, lest it make extended constants of
+// pairs or keep numbers in extended form from one element to the next: their loads cost more than
+// those of the doubles.
+static inline const PowerTable& power_table_anew() {
+  const PowerTable* table = &power_table;
+  asm volatile("" : "+r"(table));
+  return *table;
+}
+
 static inline long double whole(const DoublePair& pair) {
-  return load_extended(&pair.high) + pair.low;
+  return pair.high + (long double)pair.low;
 }
 
 // To the nearest integer.
@@ -39,38 +48,39 @@ static inline int32_t rounded(long double x) {
 // ---- Logarithm to base 2
 
 // x = 2^exponent m of a positive normal number, with the cell of m.
-struct Reduced {
-  long double m;
+struct Cell {
   int32_t exponent;
-  uint32_t cell;
+  uint32_t index;
 };
 
-// The processor forwards significand and exponent apart from each other, so m can be loaded from
-// the significand that was stored and a new exponent.
-static inline Reduced reduced(long double x) {
+// Gives m. The processor forwards significand and exponent apart from each other, so m can be
+// loaded from the significand that was stored and a new exponent.
+static inline long double reduced(long double x, Cell* cell) {
   ExtendedWords words;
-  Reduced result;
   asm("fstpt %0" : "=m"(words) : "t"(x) : "st");
-  result.exponent = words.exponent - 16383;
-  result.cell = ((words.upper & 0x7FFFFFFF) + 0x400000) >> 23;
+  cell->exponent = words.exponent - 16383;
+  cell->index = ((words.upper & 0x7FFFFFFF) + 0x400000) >> 23;
   words.exponent = 16383;
-  asm("fldt %1" : "=t"(result.m) : "m"(words));
-  return result;
+  long double m;
+  asm("fldt %1" : "=t"(m) : "m"(words));
+  return m;
 }
 
-static inline long double polynomial(const double* c, int count, long double x) {
+template <int kCount>
+static inline long double polynomial(const double (&c)[kCount], long double x) {
   long double value = c[0];
 #pragma GCC unroll 8
-  for (int i = 1; i < count; ++i) value = value * x + c[i];
+  for (int i = 1; i < kCount; ++i) value = value * x + c[i];
   return value;
 }
 
 // To 2^-63 of 1 or of the logarithm, whichever is larger.
-static inline long double log2_short(const Reduced& x) {
-  const auto& cell = power_table.cell[x.cell];
-  const long double z = x.m * cell.reciprocal - 1.0f;
-  const long double tail = polynomial(power_table.c, 6, z) * z + power_table.c0_low;
-  return (tail + power_table.c0_high) * z + cell.middle + (x.exponent + (long double)cell.high);
+static inline long double log2_short(long double m, Cell place) {
+  const PowerTable& table = power_table_anew();
+  const auto& cell = table.cell[place.index];
+  const long double z = m * cell.reciprocal - 1.0f;
+  const long double tail = polynomial(table.c, z) * z + table.c0_low;
+  return (tail + table.c0_high) * z + cell.middle + (place.exponent + (long double)cell.high);
 }
 
 // ---- Angle in right angles
@@ -90,21 +100,21 @@ static inline Image image_of(const Lux64fc& z) {
       {{{1, 0.0f}, {-1, 1}}, {{-1, 2}, {1, 1}}},
       {{{-1, -0.0f}, {1, -1}}, {{1, -2}, {-1, -1}}},
   };
-  const long double x = __builtin_fabsl(z.re), y = __builtin_fabsl(z.im);
-  const bool steep = y > x;
-  return {__builtin_fabsl(*(steep ? &z.im : &z.re)), __builtin_fabsl(*(steep ? &z.re : &z.im)),
+  const double* const parts = reinterpret_cast<const double*>(&z);
+  const bool steep = magnitude<double>(load_bits(&z.im)) > magnitude<double>(load_bits(&z.re));
+  return {__builtin_fabsl(parts[steep]), __builtin_fabsl(parts[1 - steep]),
           kTurns[upper_word(&z.im) >> 31][upper_word(&z.re) >> 31][steep]};
 }
 
 // Of a point other than 0, to 2^-62 of the angle.
 static inline long double angle_short(const Lux64fc& z) {
+  const PowerTable& table = power_table_anew();
   const auto& [large, small, to] = image_of(z);
   const int32_t i = rounded(small / large * 64);
   const long double slope = i * (1 / 64.0L);
   const long double s = (small - slope * large) / (large + slope * small), square = s * s;
-  const auto& base = power_table.slope[i];
-  const long double tail =
-      polynomial(power_table.a, 4, square) * square + power_table.a0_low + power_table.a0_high;
+  const auto& base = table.slope[i];
+  const long double tail = polynomial(table.a, square) * square + table.a0_low + table.a0_high;
   return (tail * s + base.middle) * to.turn + (base.high * to.turn + to.shift);
 }
 
@@ -117,9 +127,9 @@ struct ScaledPower {
 
 // 2^(k/128 + r), |r| <= 2^-8: value to 0.51 units of the last place.
 static inline ScaledPower exp2_near(int32_t k, long double r) {
-  const DoublePair& entry = power_table.power[k & 127];
-  const long double rising =
-      (polynomial(power_table.e, 5, r) * r + power_table.e0_low + power_table.e0_high) * r;
+  const PowerTable& table = power_table_anew();
+  const DoublePair& entry = table.power[k & 127];
+  const long double rising = (polynomial(table.e, r) * r + table.e0_low + table.e0_high) * r;
   return {entry.high + (entry.low + whole(entry) * rising), k >> 7};
 }
 
@@ -135,13 +145,13 @@ struct Point {
 
 // Of j/32 + d right angles, |d| <= 1/64. Exact on the axes, whose zeros are positive when d is.
 static inline Point circle_near(int32_t j, long double d) {
+  const PowerTable& table = power_table_anew();
   const long double square = d * d;
-  const long double sine = whole(power_table.sine[j & 127]);
-  const long double cosine = whole(power_table.sine[(j + 32) & 127]);
+  const long double sine = whole(table.sine[j & 127]);
+  const long double cosine = whole(table.sine[(j + 32) & 127]);
   const long double small_sine =
-      (polynomial(power_table.s, 4, square) * square + power_table.s0_low + power_table.s0_high) *
-      d;
-  const long double less = polynomial(power_table.k, 5, square) * square;  // cosine of d, less 1
+      (polynomial(table.s, square) * square + table.s0_low + table.s0_high) * d;
+  const long double less = polynomial(table.k, square) * square;  // cosine of d, less 1
   return {cosine + (cosine * less - sine * small_sine), sine + (sine * less + cosine * small_sine)};
 }
 

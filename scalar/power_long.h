@@ -23,17 +23,17 @@ static inline TwoPart log1p_series(const TwoPart& z) {
 // Of x, whose difference from 1 is given beside it: where that is small it alone counts. To 2^-115
 // of the logarithm.
 static TwoPart log2_long(const TwoPart& x, const TwoPart& x_minus_1) {
-  const Reduced reduction = reduced(x.high);
-  const auto& cell = power_table.cell[reduction.cell];
+  Cell place;
+  const long double m = reduced(x.high, &place);
+  const auto& cell = power_table.cell[place.index];
   TwoPart z = x_minus_1;
-  if (cell.reciprocal != (reduction.exponent == 0 ? 1.0 : 0.5) ||
-      uint32_t(reduction.exponent + 1) > 1) {
-    const TwoPart product = exact_product(reduction.m, cell.reciprocal);
-    const long double low = x.low * power_of_two(-reduction.exponent) * cell.reciprocal;
+  if (cell.reciprocal != (place.exponent == 0 ? 1.0 : 0.5) || uint32_t(place.exponent + 1) > 1) {
+    const TwoPart product = exact_product(m, cell.reciprocal);
+    const long double low = x.low * power_of_two(-place.exponent) * cell.reciprocal;
     z = TwoPart{product.high - 1, product.low} + TwoPart{low, 0};
   }
   const TwoPart small = ordered_sum(cell.middle, cell.low) + log1p_series(z) * power_table.log2_e;
-  return TwoPart{reduction.exponent + (long double)cell.high, 0} + small;
+  return TwoPart{place.exponent + (long double)cell.high, 0} + small;
 }
 
 // |t| < 2^24.

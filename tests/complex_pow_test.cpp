@@ -86,6 +86,19 @@ TEST(ComplexPow, BasesOnTheAxesStayThere) {
   EXPECT_EQ(power({0, -1}, 0x1p52 + 1), Complex(0, -1));
 }
 
+TEST(ComplexPow, WholePowersAreWhole) {
+  for (int re = -12; re <= 12; ++re)
+    for (int im = -12; im <= 12; ++im) {
+      int64_t x = re, y = im;
+      for (int n = 1; std::max(std::abs(x), std::abs(y)) < int64_t(1) << 48 && n < 200; ++n) {
+        EXPECT_EQ(power({double(re), double(im)}, n), Complex(double(x), double(y)))
+            << re << " " << im << " ^ " << n;
+        const int64_t product = x * re - y * im;
+        y = x * im + y * re, x = product;
+      }
+    }
+}
+
 // A magnitude of e^t and an angle of quarter turns and a little more: the exact zeros nearby must
 // not shine through, nor the rounding of the angle.
 TEST(ComplexPow, PartsNextToAnAxisAreAccurate) {

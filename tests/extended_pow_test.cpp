@@ -103,7 +103,9 @@ TEST(ExtendedPower, ExactPowersAreExact) {
       const long double want = (long double)power;
       EXPECT_EQ(noxpowl_scalar(base, k), want) << base << " ^ " << k;
       EXPECT_EQ(noxpowl_scalar(-base, k), k % 2 ? -want : want) << base << " ^ " << k;
-      if (k % 2 == 0) EXPECT_EQ(noxpowl_scalar(want, 0.5L), noxpowl_scalar(base, k / 2));
+      if (k % 2 == 0) {
+        EXPECT_EQ(noxpowl_scalar(want, 0.5L), noxpowl_scalar(base, k / 2));
+      }
       if (power > ~uint64_t(0) / unsigned(base)) break;
     }
   }

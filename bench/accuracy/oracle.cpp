@@ -189,12 +189,33 @@ void complex_tan(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
   complex_tanh(im, re, exchanged);
 }
 
-void complex_pow(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
-  const int precision = int(mpfr_get_prec(re));
+void product_with_log(mpc_ptr product, mpfr_srcptr const* parts) {
+  const int precision = int(mpfr_get_prec(mpc_realref(product)));
   Complex z(precision, parts[0], parts[1]), w(precision, parts[2], parts[3]);
-  mpc_pow(z, z, w, MPC_RNDNN);
-  mpc_real(re, z, MPFR_RNDN);
-  mpc_imag(im, z, MPFR_RNDN);
+  mpc_log(z, z, MPC_RNDNN);
+  mpc_mul(product, z, w, MPC_RNDNN);
+}
+
+// Powers beyond the exponents of MPFR leave mpc_pow without their angle. They are replaced by ones
+// that are as far beyond those of a double, at the same angle, for which the product with the
+// logarithm has all bits above the point.
+void complex_pow(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
+  constexpr int kFar = 1'000'000, kWholeBits = 1100;
+  const int precision = int(mpfr_get_prec(re));
+  Complex power(precision, parts[0], parts[1]), about(precision);
+  product_with_log(about, parts);
+  const mpfr_srcptr magnitude = mpc_realref(static_cast<mpc_ptr>(about));
+  if (mpfr_number_p(magnitude) && mpfr_cmpabs_ui(magnitude, kFar) > 0) {
+    Complex product(precision + kWholeBits);
+    product_with_log(product, parts);
+    mpfr_set_si(mpc_realref(static_cast<mpc_ptr>(product)), mpfr_sgn(magnitude) * kFar, MPFR_RNDN);
+    mpc_exp(power, product, MPC_RNDNN);
+  } else {
+    Complex w(precision, parts[2], parts[3]);
+    mpc_pow(power, power, w, MPC_RNDNN);
+  }
+  mpc_real(re, power, MPFR_RNDN);
+  mpc_imag(im, power, MPFR_RNDN);
 }
 
 #define BOTH(F, name) \
