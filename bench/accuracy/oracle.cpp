@@ -129,39 +129,6 @@ void complex_sqrt(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
   }
 }
 
-// tan(x + iy) = (sin x cos x + i sinh y cosh y) / (cos^2 x + sinh^2 y), nothing of which cancels,
-// by MPFR: where the tangent is +-i but for a tiny part mpc_tan takes forever. tanh(y + ix) has the
-// parts of tan(x + iy) exchanged.
-void tangent(mpfr_ptr trigonometric, mpfr_ptr hyperbolic, mpfr_srcptr x, mpfr_srcptr y) {
-  const int precision = int(mpfr_get_prec(trigonometric)) + kGuardBits;
-  Real sine(precision), cosine(precision), sinh(precision), cosh(precision), divisor(precision);
-  mpfr_sin_cos(sine, cosine, x, MPFR_RNDN);
-  if (mpfr_cmpabs_ui(y, 1000) < 0) {
-    mpfr_sinh_cosh(sinh, cosh, y, MPFR_RNDN);
-    mpfr_fmma(divisor, cosine, cosine, sinh, sinh, MPFR_RNDN);
-    mpfr_mul(sine, sine, cosine, MPFR_RNDN);
-    mpfr_mul(sinh, sinh, cosh, MPFR_RNDN);
-    mpfr_div(trigonometric, sine, divisor, MPFR_RNDN);
-    mpfr_div(hyperbolic, sinh, divisor, MPFR_RNDN);
-    return;
-  }
-  // 4 sin x cos x e^(-2|y|) and +-1, to 2^-2800.
-  mpfr_abs(divisor, y, MPFR_RNDN);
-  mpfr_mul_si(divisor, divisor, -2, MPFR_RNDN);
-  mpfr_exp(divisor, divisor, MPFR_RNDN);
-  mpfr_mul(sine, sine, cosine, MPFR_RNDN);
-  mpfr_mul_ui(sine, sine, 4, MPFR_RNDN);
-  mpfr_mul(trigonometric, sine, divisor, MPFR_RNDN);
-  mpfr_set_si(hyperbolic, mpfr_signbit(y) ? -1 : 1, MPFR_RNDN);
-}
-
-void complex_tan(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
-  tangent(re, im, parts[0], parts[1]);
-}
-void complex_tanh(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
-  tangent(im, re, parts[1], parts[0]);
-}
-
 void complex_log10(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
   complex_unary<mpc_log10>(re, im, parts);
 }
