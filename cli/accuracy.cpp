@@ -35,22 +35,14 @@ using Group = std::vector<const Function*>;
 
 static std::vector<Group> chosen(const AccuracyOptions& options) {
   std::vector<Group> groups;
-  size_t pending = 0;
   for (const Function& f : kFunctions) {
     if (!std::any_of(options.patterns.begin(), options.patterns.end(),
                      [&](const std::string& pattern) { return name_matches(f, pattern); }))
       continue;
-    if (!f.call) {
-      ++pending;
-      continue;
-    }
     if (groups.empty() || !groups.back()[0]->is(f.family, f.type.name)) groups.emplace_back();
     groups.back().push_back(&f);
   }
-  if (groups.empty())
-    throw Failure(
-        pending ? fmt::format("none of the {} functions with such a name is built yet", pending)
-                : "no function has such a name; `luxvm list` shows them all");
+  if (groups.empty()) throw Failure("no function has such a name; `luxvm list` shows them all");
   return groups;
 }
 

@@ -89,7 +89,7 @@ static void print_summary(const Function& function, const Run& run) {
 }
 
 static void apply(const ApplyOptions& options) {
-  const Function& function = find_callable(options.name);
+  const Function& function = find_function(options.name);
   const std::string scalar = parse_scalar(options.scalar, function);
   const bool given = !options.format.empty();
   const Format in = given ? kFormats.at(options.format) : format_of(options.in, Format::text);

@@ -40,10 +40,10 @@ static size_t distance(const Function& function, const std::string& wanted) {
   return edit_distance(name, wanted);
 }
 
-// Near names first, then what is built, then the better grade.
+// Near names first, then the better grade.
 static bool nearer(const Function& a, const Function& b, const std::string& wanted) {
   const auto rank = [&](const Function& f) {
-    return std::make_tuple(distance(f, wanted), f.call == nullptr, f.variant);
+    return std::make_pair(distance(f, wanted), f.variant);
   };
   return rank(a) < rank(b);
 }
@@ -60,16 +60,6 @@ const Function& find_function(const std::string& name) {
   throw Failure(fmt::format("there is no function '{}'; {}`luxvm list` shows them all",
                             std::string_view(name).substr(0, 64),
                             close ? fmt::format("did you mean {}? ", nearest.name) : ""));
-}
-
-const Function& find_callable(const std::string& name) {
-  const Function& function = find_function(name);
-  if (!function.call)
-    throw Failure(
-        fmt::format("{} is not built yet in this release; `luxvm list` shows the "
-                    "functions that are",
-                    name));
-  return function;
 }
 
 bool name_matches(const Function& function, const std::string& pattern) {

@@ -11,8 +11,6 @@
 
 // The function of that name; otherwise a Failure that names the nearest one.
 const Function& find_function(const std::string& name);
-// The same, and it must be built.
-const Function& find_callable(const std::string& name);
 
 // A glob over the whole name, or without * ? [ a part of it; letter case does not matter.
 bool name_matches(const Function& function, const std::string& pattern);

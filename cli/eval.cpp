@@ -51,7 +51,7 @@ struct Call {
 };
 
 static Call prepare(const EvalOptions& options) {
-  Call call{find_callable(options.name), {}, {}, {}, 0, 0, {}};
+  Call call{find_function(options.name), {}, {}, {}, 0, 0, {}};
   const Function& f = call.function;
   const int sources = f.shape.sources;
   if (options.values.size() % sources != 0)

@@ -7,9 +7,9 @@
 #include <fmt/format.h>
 
 static Json as_json(const Function& f) {
-  Json entry{{"name", f.name},       {"family", f.family},        {"type", f.type.name},
-             {"grade", f.grade},     {"shape", f.shape.name},     {"row", f.row},
-             {"variant", f.variant}, {"built", f.call != nullptr}};
+  Json entry{{"name", f.name},      {"family", f.family},    {"type", f.type.name},
+             {"grade", f.grade},    {"shape", f.shape.name}, {"row", f.row},
+             {"variant", f.variant}};
   if (f.grade.empty()) entry["grade"] = entry["row"] = entry["variant"] = nullptr;
   return entry;
 }
@@ -17,25 +17,14 @@ static Json as_json(const Function& f) {
 static void print_line(const Function& f) {
   const std::string row = f.row < 0 ? "-" : std::to_string(f.row);
   const std::string variant = f.variant < 0 ? "-" : std::to_string(f.variant);
-  fmt::print("{:<22} {:<5} {:<6} {:>3} {:>7}{}\n", f.name, f.type.name, f.shape.name, row, variant,
-             f.call ? "" : paint(Colour::quiet, "  pending"));
+  fmt::print("{:<22} {:<5} {:<6} {:>3} {:>7}\n", f.name, f.type.name, f.shape.name, row, variant);
 }
 
-static void list(const std::string& pattern, bool all, bool json) {
+static void list(const std::string& pattern, bool json) {
   std::vector<const Function*> shown;
-  size_t pending = 0;
-  for (const Function& function : kFunctions) {
-    if (!name_matches(function, pattern)) continue;
-    if (function.call || all)
-      shown.push_back(&function);
-    else
-      ++pending;
-  }
-  if (shown.empty())
-    throw Failure(pending ? fmt::format("the {} functions that match '{}' are not built yet "
-                                        "(--all shows them)",
-                                        pending, pattern)
-                          : fmt::format("no function matches '{}'", pattern));
+  for (const Function& function : kFunctions)
+    if (name_matches(function, pattern)) shown.push_back(&function);
+  if (shown.empty()) throw Failure(fmt::format("no function matches '{}'", pattern));
   if (json) {
     Json document = Json::array();
     for (const Function* function : shown) document.push_back(as_json(*function));
@@ -43,19 +32,17 @@ static void list(const std::string& pattern, bool all, bool json) {
   }
   fmt::print("{}\n", paint(Colour::strong, "name                   type  shape  row variant"));
   for (const Function* function : shown) print_line(*function);
-  fmt::print("{} function{}{}\n", shown.size(), shown.size() == 1 ? "" : "s",
-             pending ? fmt::format(", and {} not built yet (--all shows them)", pending) : "");
+  fmt::print("{} function{}\n", shown.size(), shown.size() == 1 ? "" : "s");
 }
 
 void add_list(CLI::App& program) {
   struct Options {
     std::string pattern;
-    bool all = false, json = false;
+    bool json = false;
   };
   auto options = std::make_shared<Options>();
   CLI::App* command = program.add_subcommand("list", "Show the functions of the library");
   command->add_option("pattern", options->pattern, "Part of a name, or a glob over the whole name");
-  command->add_flag("--all", options->all, "Also those that are not built yet, marked pending");
   command->add_flag("--json", options->json, "Write JSON");
   command->footer(
       "The shape says sources_destinations; 2_1_1 is source, scalar, destination. Row and\n"
@@ -63,6 +50,6 @@ void add_list(CLI::App& program) {
       "Examples:\n"
       "  luxvm list\n"
       "  luxvm list 64f\n"
-      "  luxvm list 'luxs*_32f_A24' --all --json");
-  command->callback([options] { list(options->pattern, options->all, options->json); });
+      "  luxvm list 'luxs*_32f_A24' --json");
+  command->callback([options] { list(options->pattern, options->json); });
 }

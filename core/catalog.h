@@ -38,7 +38,7 @@ struct Function {
   Shape shape;
   int row, variant;  // of the cost table; -1 without a grade: never threaded
   bool counts;       // checks nothing, and the result is the number of elements, not a status
-  Status (*call)(const Arrays& arrays, int32_t len);  // null: not built yet
+  Status (*call)(const Arrays& arrays, int32_t len);
 
   constexpr bool graded() const { return !grade.empty(); }
   constexpr bool is(std::string_view f, std::string_view t) const {

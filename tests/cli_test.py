@@ -64,11 +64,9 @@ class Cli(unittest.TestCase):
 
 class List(Cli):
     def test_counts(self):
-        everything = json.loads(self.fine("list", "--all", "--json").stdout)
-        built = json.loads(self.fine("list", "--json").stdout)
+        everything = json.loads(self.fine("list", "--json").stdout)
         self.assertEqual(len(everything), 249)
         self.assertEqual(sum(f["grade"] is not None for f in everything), 235)
-        self.assertEqual([f for f in everything if f["built"]], built)
 
     def test_patterns(self):
         for pattern, names in [("exp_64F", ["luxsExp_64f_A50", "luxsExp_64f_A53"]),
@@ -76,10 +74,10 @@ class List(Cli):
                                ("luxsdiv_32f_a11", ["luxsDiv_32f_A11"])]:
             listed = json.loads(self.fine("list", pattern, "--json").stdout)
             self.assertEqual([f["name"] for f in listed], names)
-        sines = json.loads(self.fine("list", "sin", "--all", "--json").stdout)
+        sines = json.loads(self.fine("list", "sin", "--json").stdout)
         self.assertFalse([f for f in sines if f["family"] == "Inv"])  # the s is the prefix's
         self.refused("no function matches", "list", "nothing_like_it")
-        self.assertNotIn(b"\033", self.fine("list", "--all").stdout)
+        self.assertNotIn(b"\033", self.fine("list").stdout)
 
 
 class Eval(Cli):
@@ -116,7 +114,6 @@ class Eval(Cli):
             (["luxsExp_64f_A53", "did you mean"], ["luxsExq_64f_A53", "1"]),
             ("did you mean luxsExp_64f_A53", ["exp_64f", "1"]),
             ("there is no function", ["", "1"]),
-            ("not built yet", [self.pending(), "1"]),
             ("'abc' is not a number", ["luxsExp_32f_A24", "1", "abc"]),
             ("'' is not a number", ["luxsExp_32f_A24", ""]),
             ("'1 2' is not a number", ["luxsExp_32f_A24", "1 2"]),
@@ -127,10 +124,6 @@ class Eval(Cli):
         ]:
             self.refused(words, "eval", *arguments)
         self.assertGreater(luxvm("eval", "luxsExp_32f_A24").returncode, 100)  # a usage error
-
-    def pending(self):
-        functions = json.loads(self.fine("list", "--all", "--json").stdout)
-        return next((f["name"] for f in functions if not f["built"]), None) or self.skipTest("all")
 
 
 class Apply(Cli):

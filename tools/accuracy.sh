@@ -1,6 +1,6 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
-# Measure the errors of every built function and renew docs/accuracy.md and its plots. What is done
+# Measure the errors of every function and renew docs/accuracy.md and its plots. What is done
 # stays done: after an interruption the same command goes on.
 # Usage: tools/accuracy.sh PROGRAM-FOLDER FIGURES-FOLDER [luxvm accuracy options]
 set -eu

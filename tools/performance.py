@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Measure every built function and renew docs/performance.md and its plots.
+"""Measure every function and renew docs/performance.md and its plots.
 
 The figures of each run are kept under --figures until all are there; a run that is interrupted goes
 on where it stopped, unless the library was built anew since. What the page says above its marker
@@ -37,7 +37,7 @@ def arguments():
 
 # ---- Measuring -------------------------------------------------------------------------------------
 
-def built(luxvm):
+def function_list(luxvm):
     return json.loads(subprocess.run([luxvm, "list", "--json"], check=True,
                                      stdout=subprocess.PIPE).stdout)
 
@@ -79,7 +79,7 @@ def measure(options):
     running = options.figures / "running"
     running.mkdir(parents=True, exist_ok=True)
     kept = set()
-    for name, told in runs(built(options.luxvm)):
+    for name, told in runs(function_list(options.luxvm)):
         path = running / f"{name}.json"
         kept.add(path)
         if is_complete(path, newest):
