@@ -22,8 +22,9 @@ constexpr Accuracy EXACT{Accuracy::kExact, 0};
 constexpr Row kRows[] = {
 #define GOALS_32f(F, ...) SINGLE_GOALS(F, 32f, __VA_ARGS__)
 #define GOALS_64f(F, ...) DOUBLE_GOALS(F, 64f, __VA_ARGS__)
-#define GOALS_32fc(F, ...) SINGLE_GOALS(F, 32fc, __VA_ARGS__)
-#define GOALS_64fc(F, ...) DOUBLE_GOALS(F, 64fc, __VA_ARGS__)
+#define GOALS_COMPLEX(F, a32, a64, c32, c64)          \
+  SINGLE_GOALS(F, 32fc, a32, a32, a32, c32, c32, c32) \
+  DOUBLE_GOALS(F, 64fc, a64, a64, c64, c64)
 #define GOALS_EXACT(F, c32, c64) {#F, "32f", "", {EXACT, c32}}, {#F, "64f", "", {EXACT, c64}},
 #define GOALS_LARGE_ARGUMENT(type, accuracy, cycles) \
   {"large argument", #type, "", {accuracy, cycles}},
