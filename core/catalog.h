@@ -87,23 +87,17 @@ inline constexpr Shape kShape_2_1_1{"2_1_1", 1, 1, true};
 inline constexpr bool STATUS = false, COUNT = true;
 
 #define LUX_CATALOG_CALL(name) [](const Arrays& a, int32_t len) { return call(name, a, len); }
-#define LUX_CATALOG_GRADED(F, type, grade, shape, row, variant, call) \
-  {"luxs" #F "_" #type "_" #grade,                                    \
-   #F,                                                                \
-   #grade,                                                            \
-   kType_##type,                                                      \
-   kShape_##shape,                                                    \
-   row,                                                               \
-   variant,                                                           \
-   STATUS,                                                            \
-   call},
-
 inline constexpr Function kFunctions[] = {
 #define LUX_GRADED(F, type, grade, letter, shape, row, variant) \
-  LUX_CATALOG_GRADED(F, type, grade, shape, row, variant,       \
-                     LUX_CATALOG_CALL(luxs##F##_##type##_##grade))
-#define LUX_PENDING(F, type, grade, letter, shape, row, variant) \
-  LUX_CATALOG_GRADED(F, type, grade, shape, row, variant, nullptr)
+  {"luxs" #F "_" #type "_" #grade,                              \
+   #F,                                                          \
+   #grade,                                                      \
+   kType_##type,                                                \
+   kShape_##shape,                                              \
+   row,                                                         \
+   variant,                                                     \
+   STATUS,                                                      \
+   LUX_CATALOG_CALL(luxs##F##_##type##_##grade)},
 #define LUX_EXACT(F, type, letter, shape, returns) \
   {"luxs" #F "_" #type,                            \
    #F,                                             \
@@ -118,7 +112,6 @@ inline constexpr Function kFunctions[] = {
 };
 
 #undef LUX_CATALOG_CALL
-#undef LUX_CATALOG_GRADED
 
 }  // namespace catalog_detail
 

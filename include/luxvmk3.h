@@ -387,11 +387,10 @@ LUX_API Status luxsSinh_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = hyperbolic tangent of src[i].
  *
- *  Accuracy: 32f at most 0.762 ulp, 64f at most 1 ulp (measured 0.503); all grades of a type are one
- *  computation.
- *  Zeros and subnormals come out as they are; from 10 on in magnitude, in 64f from 19.061546 on,
- *  infinities among them, the result is 1 with the sign of src[i]; a NaN comes out quiet.
- *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+ *  Accuracy: 32f at most 0.762 ulp, 64f at most 1 ulp (measured 0.503); all grades of a type are
+ * one computation. Zeros and subnormals come out as they are; from 10 on in magnitude, in 64f
+ * from 19.061546 on, infinities among them, the result is 1 with the sign of src[i]; a NaN comes
+ * out quiet. Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API Status luxsTanh_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API Status luxsTanh_32f_A21(const float* src, float* dst, int32_t len);
 LUX_API Status luxsTanh_32f_A24(const float* src, float* dst, int32_t len);

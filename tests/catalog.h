@@ -1,19 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// Every built vector function, so that a test can walk over all of them.
+// The vector functions, and arguments that suit them.
 #ifndef LUX_TESTS_CATALOG_H
 #define LUX_TESTS_CATALOG_H
 
 #include "core/catalog.h"
-
-#include <vector>
-
-inline const std::vector<Function> kCatalog = [] {
-  std::vector<Function> built;
-  for (const Function& f : kFunctions)
-    if (f.call) built.push_back(f);
-  return built;
-}();
 
 // Arguments for which a family computes without any exception but inexact, under either sign of
 // rounding: the interval of every source.

@@ -23,7 +23,7 @@ template <class U>
 static void expect_results(std::string_view family, const std::vector<U>& x,
                            const std::vector<U>& y, const std::vector<U>& want) {
   std::vector<U> out(x.size());
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!f.is(family, sizeof(U) == 4 ? "32f" : "64f")) continue;
     for (const size_t len : {x.size(), size_t(67)}) {
       EXPECT_EQ(f.call({{x.data(), y.data()}, {out.data()}, nullptr}, int32_t(len)), 0);

@@ -168,7 +168,7 @@ static void expect_model(std::string_view family, std::string_view grades, U (*m
   std::vector<U> want(x.size()), out(x.size());
   for (size_t i = 0; i < x.size(); ++i) want[i] = model(x[i]);
   int found = 0;
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!f.is(family, sizeof(U) == 4 ? "32f" : "64f")) continue;
     if (grades.find(f.grade) == grades.npos) continue;
     ++found;

@@ -191,7 +191,7 @@ static void expect_model(std::string_view family, double low, double high, Model
   constexpr int kCount = 50000;
   const std::vector<U> x = arguments<U>(low, high, 7, kCount);
   std::vector<U> out(x.size());
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!f.is(family, sizeof(U) == 4 ? "32f" : "64f")) continue;
     f.call({{x.data()}, {out.data()}, nullptr}, kCount);
     int failures = 0;
@@ -214,7 +214,7 @@ TEST(Environment, NeitherDenormalsAreZeroNorPositionMatters) {
   std::vector<uint32_t> x = arguments<uint32_t>(-4, 10, 3, kCount);
   for (int i = 0; i < kCount; i += 5) x[i] &= 0x807FFFFF;
   std::vector<uint32_t> want(kCount), out(kCount);
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!f.is("Erf", "32f") && !f.is("Erfc", "32f")) continue;
     f.call({{x.data()}, {want.data()}, nullptr}, kCount);
     set({kDefaultControl, kDefaultMxcsr | 0x40});

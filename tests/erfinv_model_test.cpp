@@ -110,7 +110,7 @@ static std::vector<U> arguments(int binades, int cells) {
 
 template <class U>
 static void expect_model(const std::vector<U>& x) {
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!f.is("ErfInv", sizeof(U) == 4 ? "32f" : "64f")) continue;
     std::vector<U> out(x.size());
     f.call({{x.data()}, {out.data()}, nullptr}, int32_t(x.size()));

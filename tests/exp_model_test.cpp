@@ -101,7 +101,7 @@ template <class U>
 static void expect_model(std::string_view family, const std::vector<U>& x, U (*model)(U)) {
   std::vector<U> want(x.size()), out(x.size());
   for (size_t i = 0; i < x.size(); ++i) want[i] = model(x[i]);
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!f.is(family, sizeof(U) == 4 ? "32f" : "64f")) continue;
     f.call({{x.data()}, {out.data()}, nullptr}, int32_t(x.size()));
     int failures = 0;
@@ -190,7 +190,7 @@ TEST(Model, InvAndDivDouble) {
           (random.next() & kSign<uint64_t>) | (random.next() % 2047) << 52 | random.next() >> 12;
     }
   }
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     const bool div = f.is("Div", "64f");
     if (!div && !f.is("Inv", "64f")) continue;
     for (int block = 0; block < kCount; block += 4)

@@ -108,7 +108,7 @@ class Frame : public testing::TestWithParam<Function> {
 static std::string test_name(const testing::TestParamInfo<Function>& info) {
   return std::string(info.param.name.substr(4));
 }
-INSTANTIATE_TEST_SUITE_P(All, Frame, testing::ValuesIn(kCatalog), test_name);
+INSTANTIATE_TEST_SUITE_P(All, Frame, testing::ValuesIn(kFunctions), test_name);
 
 TEST_P(Frame, ChecksLengthThenPointersAndWritesNothing) {
   const Function& f = GetParam();
@@ -306,7 +306,7 @@ TEST_P(Frame, NeedsAStackAlignedToFourBytesOnly) {
 
 // Without this the tests above could pass by never changing the direction at all.
 TEST(Direction, DecidesWhatRintGives) {
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!f.counts) continue;
     const float x = 2.5f, wants[] = {2, 2, 3, 2}, minus[] = {-2, -3, -2, -2};
     for (int k = 0; k < 4; ++k)

@@ -161,7 +161,7 @@ template <class U>
 static void expect_model(std::string_view family, Model<U> model) {
   const std::vector<U> x = arguments<U>(60000);
   std::vector<U> out(x.size());
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!f.is(family, sizeof(U) == 4 ? "32f" : "64f")) continue;
     f.call({{x.data()}, {out.data()}, nullptr}, int32_t(x.size()));
     int failures = 0;
@@ -185,7 +185,7 @@ static void expect_same_everywhere(std::string_view family) {
   constexpr int kCount = 4000;
   std::vector<U> x = arguments<U>(kCount), want(kCount), out(kCount);
   for (int i = 0; i < kCount; i += 5) x[i] &= kSign<U> | (2 * kQuiet<U> - 1);
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!f.is(family, sizeof(U) == 4 ? "32f" : "64f")) continue;
     f.call({{x.data()}, {want.data()}, nullptr}, kCount);
     set({kDefaultControl, kDefaultMxcsr | 0x40});

@@ -207,7 +207,7 @@ static void expect_model(std::string_view name, Family family) {
   constexpr int kCount = 60000;
   const std::vector<U> x = arguments<U>(family, 7, kCount);
   std::vector<U> out(x.size());
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!f.is(name, sizeof(U) == 4 ? "32f" : "64f")) continue;
     f.call({{x.data()}, {out.data()}, nullptr}, kCount);
     int failures = 0;
@@ -229,7 +229,7 @@ TEST(Model, AtanhDouble) { expect_model<uint64_t>("Atanh", kAtanh); }
 // block an element stands.
 TEST(Environment, NeitherDenormalsAreZeroNorPositionMatters) {
   constexpr int kCount = 4000;
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     const Family family = f.is("Acosh", "32f") ? kAcosh : f.is("Asinh", "32f") ? kAsinh : kAtanh;
     if (family == kAtanh && !f.is("Atanh", "32f")) continue;
     std::vector<uint32_t> x = arguments<uint32_t>(family, 3, kCount), want(kCount), out(kCount);

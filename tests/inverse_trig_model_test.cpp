@@ -298,7 +298,7 @@ template <class U>
 static void expect_model(std::string_view family, double bound, int count, Model<U> model) {
   const std::vector<U> x = arguments<U>(bound, 7, count), y = arguments<U>(bound, 11, count);
   std::vector<U> out(x.size());
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!f.is(family, sizeof(U) == 4 ? "32f" : "64f")) continue;
     f.call({{x.data(), y.data()}, {out.data()}, nullptr}, count);
     int failures = 0;
@@ -328,7 +328,7 @@ TEST(Environment, NeitherDenormalsAreZeroNorPositionMatters) {
   for (int i = 0; i < kCount; i += 5) x[i] &= 0x807FFFFF;
   for (int i = 0; i < kCount; i += 7) y[i] &= 0x807FFFFF;
   std::vector<uint32_t> want(kCount), out(kCount);
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!f.is("Asin", "32f") && !f.is("Acos", "32f") && !f.is("Atan", "32f") &&
         !f.is("Atan2", "32f"))
       continue;

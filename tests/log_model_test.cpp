@@ -85,7 +85,7 @@ template <class U, class Run, class Holds>
 static void expect(const std::vector<U>& x, Run run, Holds holds) {
   for (const Base& base : kBases) {
     std::vector<U> checked;
-    for (const Function& f : kCatalog) {
+    for (const Function& f : kFunctions) {
       if (!f.is(base.family, sizeof(U) == 4 ? "32f" : "64f")) continue;
       const std::vector<U> y = run(f, x);
       if (y == checked) continue;

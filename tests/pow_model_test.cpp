@@ -260,7 +260,7 @@ template <class U>
 static void expect_model(std::string_view grade, int count, U (*model)(U, U)) {
   const Pairs<U> pairs = arguments<U>(count);
   std::vector<U> got(pairs.x.size());
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (f.family != "Pow" || f.grade != grade) continue;
     f.call({{pairs.x.data(), pairs.y.data()}, {got.data()}, nullptr}, count);
     int failures = 0;
@@ -302,7 +302,7 @@ static void expect_edges(double edge, int count) {
     }
   }
   std::vector<U> got(pairs.x.size());
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (f.family != "Pow" || f.type.width != sizeof(Real)) continue;
     f.call({{pairs.x.data(), pairs.y.data()}, {got.data()}, nullptr}, int32_t(got.size()));
     int failures = 0;

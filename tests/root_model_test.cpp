@@ -104,7 +104,7 @@ template <class U>
 static void expect_model(std::string_view family, const std::vector<U>& x, U (*model)(U)) {
   std::vector<U> want(x.size()), out(x.size());
   for (size_t i = 0; i < x.size(); ++i) want[i] = model(x[i]);
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!f.is(family, sizeof(U) == 4 ? "32f" : "64f")) continue;
     EXPECT_EQ(f.call({{x.data()}, {out.data()}, nullptr}, int32_t(x.size())), LUX_OK);
     int failures = 0;

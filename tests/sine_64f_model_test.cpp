@@ -63,7 +63,7 @@ static std::vector<double> arguments(int count) {
 TEST(Model, SineAndCosineDouble) {
   const std::vector<double> x = arguments(60000);
   std::vector<double> y(x.size());
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!f.is("Sin", "64f") && !f.is("Cos", "64f")) continue;
     f.call({{x.data()}, {y.data()}, nullptr}, int32_t(x.size()));
     int failures = 0;
@@ -107,7 +107,7 @@ static Both handled(const Function& f, const double* x, int32_t i, Status* statu
 
 static std::vector<Function> functions() {
   std::vector<Function> all;
-  for (const Function& f : kCatalog)
+  for (const Function& f : kFunctions)
     if (f.is("Sin", "64f") || f.is("Cos", "64f") || f.is("SinCos", "64f")) all.push_back(f);
   return all;
 }

@@ -12,7 +12,7 @@
 #include "tests/support.h"
 
 class SpecialValues : public testing::TestWithParam<Function> {};
-INSTANTIATE_TEST_SUITE_P(All, SpecialValues, testing::ValuesIn(kCatalog),
+INSTANTIATE_TEST_SUITE_P(All, SpecialValues, testing::ValuesIn(kFunctions),
                          [](const auto& info) { return std::string(info.param.name.substr(4)); });
 
 TEST_P(SpecialValues, StandAtEveryPlace) {
@@ -65,9 +65,9 @@ static Status spoiled_call(const Arrays& arrays, int32_t len) {
 
 TEST(FaultyKernels, AreFoundWithTheirFirstPlace) {
   for (const Fault& f : kFaults) {
-    const auto found = std::find_if(kCatalog.begin(), kCatalog.end(),
+    const auto found = std::find_if(std::begin(kFunctions), std::end(kFunctions),
                                     [&](const Function& g) { return g.name == f.name; });
-    ASSERT_NE(found, kCatalog.end());
+    ASSERT_NE(found, std::end(kFunctions));
     Function spoiled = *found;
     sound = &*found;
     fault = &f;
@@ -80,7 +80,7 @@ TEST(FaultyKernels, AreFoundWithTheirFirstPlace) {
 
 // The status is the code of the last element reported, wherever in a block it stands.
 TEST(SpecialBlocks, TheLastReportDecides) {
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!f.is("Exp", "32f")) continue;
     const float over = 100, under = -110, one = 1;
     float dst[9];
@@ -101,7 +101,7 @@ TEST(SpecialBlocks, InvOfBlocksAtTheEdgesOfTheSharedDivision) {
                               {1e-300, 1e-300, 1, 1},         {1, 4e-320, 1, 1},
                               {0x1p-75, 0x1p-75, 1, 1},       {0x1p-75, 0x1.0000001p-75, 1, 1},
                               {0x1p64, 0x1.fffffep63, 1, 1},  {0x1p64, 0x1.fffffdp63, 1, 1}};
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!f.is("Inv", "64f")) continue;
     for (const auto& block : blocks) {
       double dst[4];

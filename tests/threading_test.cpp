@@ -281,7 +281,7 @@ TEST(Decision, TheLowestGradeNeverThreads) {
 
 TEST(Decision, BadArraysOfAnExportNeverThread) {
   impose(kEightPackages);
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (f.counts) continue;
     const Arrays nothing = {{}, {}, "0123456789abcdef"};  // the scalar is read before the call
     EXPECT_EQ(f.call(nothing, 0), LUX_BAD_LENGTH) << f.name;
@@ -309,7 +309,7 @@ static std::vector<unsigned char> run_all(const Function& f, int32_t threads, in
 
 TEST(Results, AreTheSameForAnyNumberOfThreads) {
   impose(kEightPackages);
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     constexpr int32_t kLen = 20011;  // above every threshold for two threads
     run_all(f, 2, 1);                // fixes the threshold
     const auto serial = run_all(f, 0, kLen);

@@ -174,7 +174,7 @@ TEST(TrigModel, EveryStepRoundsAsPrescribed) {
     const std::vector<uint32_t> x = arguments(family, family.model_bound, 12000);
     std::vector<Results> want;
     for (const uint32_t pattern : x) want.push_back(family.model(pattern));
-    for (const Function& f : kCatalog)
+    for (const Function& f : kFunctions)
       if (covers(family, f)) {
         Status status;
         expect_equal(f.name, x, run(f, x, &status), want);
@@ -191,7 +191,7 @@ TEST(TrigModel, SinCosStaysAccurateUpToAMillion) {
     if (std::fabs(std::bit_cast<float>(pattern)) > family.model_bound) x.push_back(pattern);
   ASSERT_GT(x.size(), 20000u);
   Status status;
-  for (const Function& f : kCatalog) {
+  for (const Function& f : kFunctions) {
     if (!covers(family, f)) continue;
     const std::vector<Results> got = run(f, x, &status);
     double worst = 0;
@@ -236,7 +236,7 @@ TEST(TrigModel, OneSpecialElementSendsItsBlockToTheHandler) {
     } cases[] = {{last, false}, {last | minus_zero, false},   {last + 1, true},
                  {0, tangent},  {kInfinity<uint32_t>, true},  {(last + 1) | minus_zero, true},
                  {kNaN, true},  {minus_zero, tangent || both}};
-    for (const Function& f : kCatalog) {
+    for (const Function& f : kFunctions) {
       if (!covers(family, f)) continue;
       for (const int len : {3, 8, 47, 150})
         for (const auto& [special, handed_over] : cases)
@@ -275,7 +275,7 @@ TEST(TrigModel, OneSpecialElementSendsItsBlockToTheHandler) {
 // Nothing of a block that is handed over is converted to an integer, and NaNs pass unread.
 TEST(TrigModel, ElementsOutOfRangeRaiseNothingButInexact) {
   for (const Family& family : kFamilies)
-    for (const Function& f : kCatalog) {
+    for (const Function& f : kFunctions) {
       if (!covers(family, f)) continue;
       for (const uint32_t special : {bits(1e30f), bits(-3e38f), 0x7FC00001u, 0x7F800001u})
         for (int at = 0; at < 7; ++at) {
