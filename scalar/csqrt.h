@@ -58,9 +58,7 @@ static inline Lux64fc complex_sqrt(const Lux64fc& z) {
   double parts[2];
   const uint32_t near = store_unless_near_midpoint(&parts[0], u * sign) |
                         store_unless_near_midpoint(&parts[1], 0.5f * y / u * sign);
-  // A quotient that vanished is not turned.
-  if (__builtin_expect(near | (turned & (upper_word(&parts[1]) == 0)), false))
-    return complex_sqrt_rare(z);
+  if (__builtin_expect(near, false)) return complex_sqrt_rare(z);
   return {parts[left], parts[!left]};
 }
 

@@ -93,8 +93,8 @@ static inline Lux64fc _nox_internal_csqrt(double re, double im) {
   } else {
     const long double v = noxsqrtl_scalar(0.5L * m - 0.5L * x);
     root.im = store_f64(double(v));
-    root.re = store_f64(double(0.5L * y / v));
-    if (root.re < 0) root.re = -root.re;
+    const long double w = 0.5L * y / v;
+    root.re = store_f64(double(w < 0 ? -w : w));
   }
   // Deliberate order of the tests: a NaN leaves with its sign inverted when im is a NaN.
   if (im >= 0 ? root.im < 0 : !(root.im <= 0)) root.im = -root.im;

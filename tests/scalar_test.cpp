@@ -343,6 +343,8 @@ TEST(Scalar, ComplexRootRows) {
       {-3, -4, bits(1.0), bits(-2.0)},
       {3, -4, bits(2.0), bits(-1.0)},
       {0x1p-1074, 0, bits(0x1p-537), 0},
+      {-4, -0x1p-1074, 0, bits(-2.0)},  // the sign turns before the part vanishes
+      {-4, 0x1p-1074, 0, bits(2.0)},
       {1, std::bit_cast<double>(kNan), kNan, kNan | kSign<uint64_t>},
   };
   for (const auto& row : rows) {
