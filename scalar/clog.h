@@ -6,6 +6,9 @@
 //
 // in extended precision, where squares of doubles stay inside the format. Where re^2 + im^2 is
 // within 1/4 of 1, the logarithm comes from re^2 + im^2 - 1, which is summed from exact products.
+//
+// Worst errors found (sampled against 240 bits): 0.5019 ulp natural, 0.5024 decimal, both just
+// outside that ring.
 #ifndef LUX_SCALAR_CLOG_H
 #define LUX_SCALAR_CLOG_H
 
