@@ -69,7 +69,7 @@ class List(Cli):
         self.assertEqual(sum(f["grade"] is not None for f in everything), 235)
 
     def test_patterns(self):
-        for pattern, names in [("exp_64F", ["luxsExp_64f_A50", "luxsExp_64f_A53"]),
+        for pattern, names in [("exp_64F_", ["luxsExp_64f_A50", "luxsExp_64f_A53"]),
                                ("luxsInv_*_A?4", ["luxsInv_32f_A24"]),
                                ("luxsdiv_32f_a11", ["luxsDiv_32f_A11"])]:
             listed = json.loads(self.fine("list", pattern, "--json").stdout)
