@@ -45,11 +45,11 @@ static inline Lux64fc complex_exp(const Lux64fc& z) {
   if (__builtin_expect(((upper_word(&z.re) & 0x7FFFFFFF) >= kExpBound) | !is_short_angle(&z.im),
                        false))
     return complex_exp_special(z);
-  const Exponential e = exp_parts(z.re);
+  SineCosine y = short_sine_cosine(load_extended(&z.im));
+  asm volatile("" : "+t"(y.sine), "+u"(y.cosine));  // first, so that nothing is spilled
+  const Exponential e = exp_parts(load_extended(&z.re));
   const long double size = e.fraction * double_power_of_two(e.exponent);
-  long double sine, cosine;
-  short_sine_cosine(z.im, &sine, &cosine);
-  return {store_f64(double(size * cosine)), store_f64(double(size * sine))};
+  return {store_f64(double(size * y.cosine)), store_f64(double(size * y.sine))};
 }
 
 #endif

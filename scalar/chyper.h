@@ -32,14 +32,14 @@ static inline long double sign_factor(const double* x) {
   return factors[upper_word(x) >> 31];
 }
 
-static inline FourParts ordinary_parts(const double* x, const double* y) {
-  FourParts parts;
-  const Hyperbolic h = sinh_cosh_parts(__builtin_fabsl(*x));
+__attribute__((always_inline)) static inline FourParts ordinary_parts(const double* x,
+                                                                      const double* y) {
+  const Hyperbolic h = sinh_cosh_parts(__builtin_fabsl(load_extended(x)));
   const double scale = double_power_of_two(h.exponent);
-  parts.sinh = h.sine * scale * sign_factor(x);
-  parts.cosh = h.cosine * scale;
-  short_sine_cosine(*y, &parts.sin, &parts.cos);
-  return parts;
+  long double sinh = h.sine * scale * sign_factor(x), cosh = h.cosine * scale;
+  asm volatile("" : "+t"(sinh), "+u"(cosh));  // two numbers to keep, not four that one is made of
+  const SineCosine angle = short_sine_cosine(load_extended(y));
+  return {sinh, cosh, angle.sine, angle.cosine};
 }
 
 static inline FourParts finite_parts(const double* x, const double* y) {
