@@ -13,6 +13,10 @@
 //
 // An ordinary element has |x| < 708, where 2^k is a double, and a normal |y| < 2^17. All others go
 // out of line; squares of e^3000 are inside the extended range.
+//
+// sinh and cosh bring 2.1 and 1.1 units of the last place of 64 bits, sine and cosine 2.5, so a
+// product is within 0.503 ulp of a double and a quotient within 0.506. Worst errors found
+// (sampled): sine and cosine of either kind 0.5009 ulp, tangent 0.5021.
 #ifndef LUX_SCALAR_CHYPER_H
 #define LUX_SCALAR_CHYPER_H
 

@@ -32,7 +32,8 @@ static inline int32_t nearest_integer(long double x) {
 // goes to memory in one store: two would stall the load.
 static inline double double_power_of_two(int32_t exponent) {
   const uint32_t upper = uint32_t(exponent + 1023) << 20;
-  const __m128 word = _mm_load_ss(reinterpret_cast<const float*>(&upper));
+  __m128 word;
+  asm("movss %1, %0" : "=x"(word) : "m"(upper));
   double power;
   _mm_storel_pi(reinterpret_cast<__m64*>(&power), _mm_unpacklo_ps(_mm_setzero_ps(), word));
   return power;
