@@ -71,7 +71,7 @@ class List(Cli):
         self.assertEqual([f for f in everything if f["built"]], built)
 
     def test_patterns(self):
-        for pattern, names in [("exp_64F", ["luxsExp_64f_A50", "luxsExp_64f_A53"]),
+        for pattern, names in [("exp_64F_", ["luxsExp_64f_A50", "luxsExp_64f_A53"]),
                                ("luxsInv_*_A?4", ["luxsInv_32f_A24"]),
                                ("luxsdiv_32f_a11", ["luxsDiv_32f_A11"])]:
             listed = json.loads(self.fine("list", pattern, "--json").stdout)
