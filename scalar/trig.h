@@ -24,58 +24,65 @@ static inline bool is_short_angle(const double* x) {
   return (upper_word(x) & 0x7FFFFFFF) - kTrigLeast < kTrigBound - kTrigLeast;
 }
 
+struct SineCosine {
+  long double sine, cosine;
+};
+
+// The table by a pointer that the compiler takes for a new one. It would keep constants that
+// several expressions share in a register, and spill them as extended numbers.
+static inline const TrigTable& trig_table() {
+  const TrigTable* table = &_nox_trig_table;
+  asm("" : "+r"(table));
+  return *table;
+}
+
 // Of the angle j pi/128 + r. `tail` is what r does not hold of the step, far below it.
-static inline void sine_cosine_of(int32_t j, long double r, long double tail, long double* sine,
-                                  long double* cosine) {
-  const TrigTable& table = _nox_trig_table;
+__attribute__((always_inline)) static inline SineCosine sine_cosine_of(const TrigTable& table,
+                                                                       int32_t j, long double r,
+                                                                       long double tail) {
   const double* const S = table.sine[j & 255];
   const double* const C = S + 2 * 64;
   const long double u = r * r;
   const long double series = ((table.s[2] * u + table.s[1]) * u + table.s[0]) * (u * r) + tail;
   const long double step = series + r;
   const long double less = ((table.c[2] * u + table.c[1]) * u + table.c[0]) * u;
-  *sine = S[0] + (S[1] + (S[0] * less + ((long double)C[1] + C[0]) * step));
-  *cosine = C[0] + (C[1] + (C[0] * less - ((long double)S[1] + S[0]) * step));
+  return {S[0] + (S[1] + (S[0] * less + ((long double)C[1] + C[0]) * step)),
+          C[0] + (C[1] + (C[0] * less - ((long double)S[1] + S[0]) * step))};
 }
 
-// For is_short_angle(&x).
-static inline void short_sine_cosine(double x, long double* sine, long double* cosine) {
-  const TrigTable& table = _nox_trig_table;
-  const int32_t n = nearest_integer(x * (long double)table.inv_step);
+// For a double with is_short_angle.
+__attribute__((always_inline)) static inline SineCosine short_sine_cosine(long double x) {
+  const TrigTable& table = trig_table();
+  const int32_t n = nearest_integer(x * table.inv_step);
   const long double r =
       ((x - n * (long double)table.p1) - n * (long double)table.p2) - n * (long double)table.p3;
-  sine_cosine_of(n, r, 0, sine, cosine);
+  return sine_cosine_of(table, n, r, 0);
 }
 
 // Of octant * pi/4 + r[0] + r[1], |r[0]| <= pi/4 or a little more.
-static inline void reduced_sine_cosine(int octant, const long double r[2], long double* sine,
-                                       long double* cosine) {
-  const TrigTable& table = _nox_trig_table;
+static inline SineCosine reduced_sine_cosine(int octant, const long double r[2]) {
+  const TrigTable& table = trig_table();
   const int32_t n = nearest_integer(r[0] * table.inv_step);
   const long double left = (r[0] - n * (long double)table.p1) - n * (long double)table.p2;
   const long double less = r[1] - n * (long double)table.p3;
   const long double step = left + less;
-  sine_cosine_of(n + 32 * octant, step, (left - step) + less, sine, cosine);
+  return sine_cosine_of(table, n + 32 * octant, step, (left - step) + less);
 }
 
-__attribute__((noinline, cold)) static void long_sine_cosine(const double* x, long double* sine,
-                                                             long double* cosine) {
-  if (*x == 0) {
-    *sine = *x;
-    *cosine = 1;
-    return;
-  }
+__attribute__((noinline, cold)) static SineCosine long_sine_cosine(const double* x) {
+  if (*x == 0) return {*x, 1};
   long double r[2];
   const int octant = noxreduce_pi04l(*x, r);
-  reduced_sine_cosine(octant, r, sine, cosine);
+  return reduced_sine_cosine(octant, r);
 }
 
 // Of a finite x: errors below 2.6 units of the last place of 64 bits, relatively.
 static inline void sine_cosine(const double x, long double* sine, long double* cosine) {
-  if (__builtin_expect(is_short_angle(&x), true))
-    short_sine_cosine(x, sine, cosine);
-  else
-    long_sine_cosine(&x, sine, cosine);
+  const SineCosine pair = __builtin_expect(is_short_angle(&x), true)
+                              ? short_sine_cosine(load_extended(&x))
+                              : long_sine_cosine(&x);
+  *sine = pair.sine;
+  *cosine = pair.cosine;
 }
 
 #endif

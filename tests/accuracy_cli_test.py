@@ -49,7 +49,7 @@ class Accuracy(Measured):
         self.fails("/nonexistent", "accuracy", "Floor_32f", *FEW, "--json", "/nonexistent/x.json")
 
     def test_figures_hang_together(self):
-        document = self.measured("Exp_64f", "Modf_32f")
+        document = self.measured("Exp_64f_", "Modf_32f")
         names = [entry["name"] for entry in document["functions"]]
         self.assertEqual(names, ["luxsExp_64f_A50", "luxsExp_64f_A53", "luxsModf_32f"])
         for entry in document["functions"]:
@@ -140,7 +140,7 @@ class Diff(Measured):
 
 class Page(Measured):
     def test_page(self):
-        document = self.measured("Exp_32f", "luxsInv_64f")
+        document = self.measured("Exp_32f_", "luxsInv_64f_")
         document["functions"][-1]["goal"]["met"] = False
         page = self.file("page.md", "# Title\n\nText.\n\n<!-- figures -->\nold\n")
         figures = self.file("figures.json", json.dumps(document))

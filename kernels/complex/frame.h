@@ -38,7 +38,12 @@ static inline Status run_complex_2_1_1(const E* src, E scalar, E* dst, int32_t l
   return run_complex(src, src, dst, len, [=](int32_t i) { return routine(src[i], scalar); });
 }
 
-static inline Lux64fc widened(Lux32fc z) { return {z.re, z.im}; }
+// Kept in memory as it was stored: put together again from halves, it would stall its load.
+static inline Lux64fc widened(Lux32fc z) {
+  Lux64fc wide = {z.re, z.im};
+  asm("" : "+m"(wide));
+  return wide;
+}
 
 static inline bool is_subnormal(float x) {
   return magnitude<float>(load_bits(&x)) - 1 < 0x007FFFFF;
