@@ -54,7 +54,7 @@ static inline __attribute__((always_inline)) Lux64fc complex_pow(const Lux64fc& 
       const uint32_t sign = __builtin_signbit(a) ? Format<float>::kSign : 0;
       const auto [cosine, sine] = circle_point(__builtin_fabsl(a));
       const long double c = __builtin_fabsl(cosine), s = __builtin_fabsl(sine);
-      if (__builtin_expect((c < s ? c : s) > size * 0x1p-10f, true) || is_certain(z, w, a)) {
+      if (__builtin_expect((c < s ? c : s) > size * 0x1p-11f, true) || is_certain(z, w, a)) {
         const ScaledPower radius = exp2_parts(t);
         const uint32_t scale = uint32_t(radius.exponent + Format<float>::kBias) << 23;
         float scale_re, scale_im;
