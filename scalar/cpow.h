@@ -8,7 +8,10 @@
 // Right angles keep the axes and the diagonals exact, so i^2 is -1 + 0i. L, A, t and a are extended
 // numbers of 64 bits while (|u| + |v|) (|L| + 4) < 96: their errors are below 2^-55 then, and the
 // result's distance from the power is that and two roundings to double. Beyond, t and a are the
-// small difference or the remainder of large terms, and cpow.cpp takes about 120 bits for each.
+// small difference or the remainder of large terms, and cpow.cpp takes about 120 bits for each; so
+// it does where a part is so near 0 that the error of a counts in its last places.
+//
+// Worst found, sampled: 2^-53.00 of the magnitude, 0.66 ulp of a part.
 #ifndef LUX_SCALAR_CPOW_H
 #define LUX_SCALAR_CPOW_H
 
