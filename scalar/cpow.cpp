@@ -31,12 +31,12 @@ static TwoPart angle_long(const Lux64fc& z) {
 
   // s - s^3/3 + s^5/5 - ... to s^17, |s| < 0.0079: the terms from s^9 on with 64 bits.
   long double rest = 1.0L / 17;
+#pragma GCC unroll 4
   for (int k = 15; k >= 9; k -= 2) rest = rest * square.high + (k % 4 == 1 ? 1.0L : -1.0L) / k;
   TwoPart sum = square * rest;
   for (int k = 7; k >= 1; k -= 2) {
     const TwoPart& inverse = power_table.inverse[k];
-    sum = (k % 4 == 1 ? inverse : -inverse) + sum;
-    sum = sum * (k == 1 ? s : square);
+    sum = ordered_sum(k % 4 == 1 ? inverse : -inverse, sum) * (k == 1 ? s : square);
   }
   const auto& base = power_table.slope[i];
   const TwoPart angle =

@@ -8,7 +8,10 @@
 // Right angles keep the axes and the diagonals exact, so i^2 is -1 + 0i. L, A, t and a are extended
 // numbers of 64 bits while (|u| + |v|) (|L| + 4) < 96: their errors are below 2^-55 then, and the
 // result's distance from the power is that and two roundings to double. Beyond, t and a are the
-// small difference or the remainder of large terms, and cpow.cpp takes about 120 bits for each.
+// small difference or the remainder of large terms, and cpow.cpp takes about 120 bits for each; so
+// it does where a part is so near 0 that the error of a counts in its last places.
+//
+// Worst found, sampled: 2^-53.00 of the magnitude, 0.66 ulp of a part.
 #ifndef LUX_SCALAR_CPOW_H
 #define LUX_SCALAR_CPOW_H
 
@@ -54,7 +57,7 @@ static inline __attribute__((always_inline)) Lux64fc complex_pow(const Lux64fc& 
       const uint32_t sign = __builtin_signbit(a) ? Format<float>::kSign : 0;
       const auto [cosine, sine] = circle_point(__builtin_fabsl(a));
       const long double c = __builtin_fabsl(cosine), s = __builtin_fabsl(sine);
-      if (__builtin_expect((c < s ? c : s) > size * 0x1p-10f, true) || is_certain(z, w, a)) {
+      if (__builtin_expect((c < s ? c : s) > size * 0x1p-11f, true) || is_certain(z, w, a)) {
         const ScaledPower radius = exp2_parts(t);
         const uint32_t scale = uint32_t(radius.exponent + Format<float>::kBias) << 23;
         float scale_re, scale_im;

@@ -6,7 +6,7 @@
 //   log2 x = e + log2(1/R) + log2(1 + z),  x = 2^e m, i = round(256 (m - 1)), z = m R[i] - 1
 //   angle of (x, y), y <= x, = angle(i/64) + angle(s),  i = round(64 y/x),
 //                              s = (y - x i/64) / (x + y i/64), whose numerator is exact
-//   2^t = 2^n T[j] 2^r,  t = n + j/128 + r
+//   2^t = 2^n T[j] 2^r,  t = n + j/256 + r
 //   sine and cosine of an angle a = j/32 + d by the addition theorems
 //
 // Angles are counted in right angles, so that those of the axes and of the diagonals, and their
@@ -125,18 +125,18 @@ struct ScaledPower {
   int32_t exponent;  // of the factor 2^exponent that is left
 };
 
-// 2^(k/128 + r), |r| <= 2^-8: value to 0.51 units of the last place.
+// 2^(k/256 + r), |r| <= 2^-9: value to 0.51 units of the last place.
 static inline ScaledPower exp2_near(int32_t k, long double r) {
   const PowerTable& table = power_table_anew();
-  const DoublePair& entry = table.power[k & 127];
+  const DoublePair& entry = table.power[k & 255];
   const long double rising = (polynomial(table.e, r) * r + table.e0_low + table.e0_high) * r;
-  return {entry.high + (entry.low + whole(entry) * rising), k >> 7};
+  return {entry.high + (entry.low + whole(entry) * rising), k >> 8};
 }
 
 // 2^t, |t| < 2^24.
 static inline ScaledPower exp2_parts(long double t) {
-  const int32_t k = rounded(t * 128);
-  return exp2_near(k, t - k * (1 / 128.0L));
+  const int32_t k = rounded(t * 256);
+  return exp2_near(k, t - k * (1 / 256.0L));
 }
 
 struct Point {

@@ -11,11 +11,11 @@ static inline TwoPart log1p_series(const TwoPart& z) {
   const TwoPart* const inverse = power_table.inverse;
   const long double x = z.high;
   long double rest = -1.0L / 14;
+#pragma GCC unroll 8
   for (int k = 13; k >= 7; --k) rest = rest * x + (k % 2 ? 1.0L : -1.0L) / k;
   TwoPart sum = z * rest;
   for (int k = 6; k >= 1; --k) {
-    sum = (k % 2 ? inverse[k] : -inverse[k]) + sum;
-    sum = sum * z;
+    sum = ordered_sum(k % 2 ? inverse[k] : -inverse[k], sum) * z;
   }
   return sum;
 }
@@ -38,8 +38,8 @@ static TwoPart log2_long(const TwoPart& x, const TwoPart& x_minus_1) {
 
 // |t| < 2^24.
 static inline ScaledPower exp2_parts(const TwoPart& t) {
-  const int32_t k = rounded(t.high * 128);
-  return exp2_near(k, (t.high - k * (1 / 128.0L)) + t.low);
+  const int32_t k = rounded(t.high * 256);
+  return exp2_near(k, (t.high - k * (1 / 256.0L)) + t.low);
 }
 
 #endif

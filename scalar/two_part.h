@@ -37,6 +37,12 @@ static inline TwoPart exact_product(long double a, long double b) {
   return {product, ((ah * bh - product) + ah * bl + al * bh) + al * bl};
 }
 
+// a + b where b is so much smaller that no more than a few bits cancel.
+static inline TwoPart ordered_sum(const TwoPart& a, const TwoPart& b) {
+  const TwoPart sum = ordered_sum(a.high, b.high);
+  return ordered_sum(sum.high, sum.low + (a.low + b.low));
+}
+
 static inline TwoPart operator+(const TwoPart& a, const TwoPart& b) {
   const TwoPart high = exact_sum(a.high, b.high), low = exact_sum(a.low, b.low);
   const TwoPart sum = ordered_sum(high.high, high.low + low.high);

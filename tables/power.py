@@ -10,7 +10,7 @@ import mpmath
 import tablegen
 from pow_fit import as_double, exp2_ratio, fit, log2_ratio, poly, short, worst
 
-CELLS, SLOPES, POWERS, CIRCLE = 256, 64, 128, 128
+CELLS, SLOPES, POWERS, CIRCLE = 256, 64, 256, 128
 RIGHT = mpmath.pi / 2
 
 
@@ -58,7 +58,7 @@ cell_width = max(
     for i in range(CELLS + 1)
     for side in (mpmath.mpf(-1) / 2, mpmath.mpf(1) / 2)
     if 0 <= i + side <= CELLS)
-log_terms = fit(log2_ratio, 7, cell_width)
+log_terms = fit(log2_ratio, 6, cell_width)
 c0 = split(log_terms[0])
 c = [as_double(term) for term in log_terms[1:]]
 log_error = worst(lambda z: poly([sum(c0)] + c, z) / log2_ratio(z) - 1, cell_width)
@@ -71,13 +71,13 @@ def angle_ratio(s):
     return mpmath.atan(s) / s / RIGHT if s else 1 / RIGHT
 
 
-angle_terms = fit_even(angle_ratio, 5, slope_width)
+angle_terms = fit_even(angle_ratio, 4, slope_width)
 a0 = split(angle_terms[0])
 a = [as_double(term) for term in angle_terms[1:]]
 angle_error = worst(lambda s: poly_even([sum(a0)] + a, s) / angle_ratio(s) - 1, slope_width)
 
 half_step = mpmath.mpf(1) / (2 * POWERS)
-e0, *e = fit(exp2_ratio, 6, half_step)
+e0, *e = fit(exp2_ratio, 5, half_step)
 e0, e = split(e0), [as_double(term) for term in e]
 exp_error = worst(lambda r: (1 + r * poly([sum(e0)] + e, r)) / mpmath.power(2, r) - 1, half_step)
 
@@ -92,9 +92,9 @@ def cosine_ratio(d):
     return (mpmath.cos(d * RIGHT) - 1) / d**2 if d else -RIGHT**2 / 2
 
 
-s0, *s = fit_even(sine_ratio, 5, half_angle)
+s0, *s = fit_even(sine_ratio, 4, half_angle)
 s0, s = split(s0), [as_double(term) for term in s]
-k = [as_double(term) for term in fit_even(cosine_ratio, 5, half_angle)]
+k = [as_double(term) for term in fit_even(cosine_ratio, 4, half_angle)]
 sine_error = worst(lambda d: poly_even([sum(s0)] + s, d) / sine_ratio(d) - 1, half_angle)
 cosine_error = worst(
     lambda d: (1 + d * d * poly_even(k, d)) / mpmath.cos(d * RIGHT) - 1, half_angle)
@@ -116,7 +116,7 @@ body = "\n".join([
     "",
     f"// log2(1 + z), |z| <= {short(cell_width)}: relative error {short(log_error)}.",
     f"// atan(s) in right angles, |s| <= {short(slope_width)}: relative error {short(angle_error)}.",
-    f"// 2^r, |r| <= 2^-8: relative error {short(exp_error)}.",
+    f"// 2^r, |r| <= 2^-9: relative error {short(exp_error)}.",
     f"// Sine and cosine of d right angles, |d| <= 2^-6: relative errors {short(sine_error)} and",
     f"// {short(cosine_error)}.",
     "// One copy serves all kernels.",
@@ -128,17 +128,17 @@ body = "\n".join([
     "  struct {",
     "    double high, middle, low;  // atan(i / 64) in right angles, high a multiple of 2^-40",
     f"  }} slope[{SLOPES + 1}];",
-    f"  DoublePair power[{POWERS}];  // 2^(j / 128)",
+    f"  DoublePair power[{POWERS}];  // 2^(j / 256)",
     f"  DoublePair sine[{CIRCLE}];   // of j / 32 right angles",
-    "  double c[6];              // log2(1 + z): c6 to c1, c0 in two parts",
+    "  double c[5];              // log2(1 + z): c5 to c1, c0 in two parts",
     "  double c0_high, c0_low;",
-    "  double a[4];  // angle: a4 to a1, a0 in two parts",
+    "  double a[3];  // angle: a3 to a1, a0 in two parts",
     "  double a0_high, a0_low;",
-    "  double e[5];  // 2^r: e5 to e1, e0 in two parts",
+    "  double e[4];  // 2^r: e4 to e1, e0 in two parts",
     "  double e0_high, e0_low;",
-    "  double s[4];  // sine: s4 to s1, s0 in two parts",
+    "  double s[3];  // sine: s3 to s1, s0 in two parts",
     "  double s0_high, s0_low;",
-    "  double k[5];                 // cosine less 1: k4 to k0",
+    "  double k[4];  // cosine less 1: k3 to k0",
     "  DoublePair right_angle_log2_e;       // (pi/2) / ln 2, and once more to 128 bits",
     "  DoublePair ln2_by_right_angle;       // ln 2 / (pi/2)",
     "  TwoPart long_right_angle_log2_e;",

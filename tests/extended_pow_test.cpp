@@ -35,23 +35,23 @@ static long double positive(Random& random, int least, int most) {
   return std::fabs(random_extended(random, least, most));
 }
 static const Stratum kStrata[] = {
-    {"moderate", 0.51,
+    {"moderate", 0.52,
      [](Random& r) { return std::pair(positive(r, -4, 4), random_extended(r, -4, 5)); }},
-    {"any base, power within range", 0.51,
+    {"any base, power within range", 0.52,
      [](Random& r) {
        const long double x = positive(r, -16445, 16383);
        return std::pair(x, exponent_for(x, 16380 * (2 * (long double)r.unit() - 1)));
      }},
-    {"bases next to 1", 0.51,
+    {"bases next to 1", 0.52,
      [](Random& r) {
        const long double x = 1 + random_extended(r, -63, -3);
        return std::pair(x, exponent_for(x, 16380 * (2 * (long double)r.unit() - 1)));
      }},
-    {"tiny exponents", 0.51,
+    {"tiny exponents", 0.52,
      [](Random& r) { return std::pair(positive(r, -16445, 16383), random_extended(r, -90, -4)); }},
-    {"exponents of one half", 0.51,
+    {"exponents of one half", 0.52,
      [](Random& r) { return std::pair(positive(r, -16445, 16383), r.next() % 2 ? 0.5L : -0.5L); }},
-    {"negative bases", 0.51,
+    {"negative bases", 0.52,
      [](Random& r) {
        return std::pair(-positive(r, -40, 40), (long double)(int(r.next() % 601) - 300));
      }},
@@ -91,7 +91,7 @@ TEST(ExtendedPower, IsAccurateBesideItsSteps) {
       if (x == 0 || x == 1 || std::isinf(x)) continue;
       for (const long double t : {1.5L, -100.25L, 16383.99L, -16381.99L, 16384.01L}) {
         const long double y = exponent_for(x, t);
-        EXPECT_LE(pow_ulps(x, y), 0.51) << std::hexfloat << x << " ^ " << y;
+        EXPECT_LE(pow_ulps(x, y), 0.52) << std::hexfloat << x << " ^ " << y;
       }
     }
 }
