@@ -10,7 +10,7 @@
 // cosh 0.528, tanh 0.521.
 #include "scalar/exp.h"
 #include "scalar/extended_parts.h"
-#include "scalar/sum.h"
+#include "scalar/two_part.h"
 
 constexpr float kOutside = 11600, kSeries = 0x1p-4f, kTanhOne = 24;
 
@@ -75,8 +75,8 @@ long double noxtanhl_scalar(long double x) {
   if (a >= kTanhOne) return x < 0 ? -1 : 1;
   const HyperbolicAddends h = hyperbolic_addends<true>(a);
   // Both are halved, or neither.
-  const Sum sine =
-      a < kSeries ? exact_sum(2 * a, 2 * sinh_series(a)) : exact_sum(h.sine, h.sine_tail);
-  const long double size = quotient(sine, exact_sum(h.cosine, h.cosine_tail));
+  const TwoPart sine =
+      a < kSeries ? ordered_sum(2 * a, 2 * sinh_series(a)) : ordered_sum(h.sine, h.sine_tail);
+  const long double size = rounded_quotient(sine, ordered_sum(h.cosine, h.cosine_tail));
   return x < 0 ? -size : size;
 }

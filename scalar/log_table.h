@@ -9,11 +9,12 @@ struct LogCell {
   float c, c1;       // near 1/centre, and less 1
   double high, low;  // log(1/c)
 };
-static const struct {
+struct ExtendedLog {
   LogCell cell[256];
   double two_high, two_low;  // log 2
   double series[5];          // of r^3 to r^7
-} kLog = {
+};
+inline constexpr ExtendedLog kLog = {  // one copy serves all kernels
     {
         {0x1.6900000000000p+0f, 0x1.a400000000000p-2f, -0x1.5ff3070a793e0p-2, 0x1.86f183bebf1bep-51},
         {0x1.6800000000000p+0f, 0x1.a000000000000p-2f, -0x1.5d1bdbf5809c0p-2, -0x1.4a11b1c1ee3ffp-51},

@@ -15,8 +15,8 @@
 // closest to multiples of pi/2): sine 0.568, cosine 0.562, tangent 0.608, sine and cosine of
 // degrees 0.569, of a subnormal number of degrees 1.21.
 #include "scalar/extended_parts.h"
-#include "scalar/sum.h"
 #include "scalar/trig.h"
+#include "scalar/two_part.h"
 
 struct CarefulStep {
   int32_t j;
@@ -44,12 +44,12 @@ static CarefulStep careful_step(int octant, const long double r[2]) {
   return step;
 }
 
-static Sum sine_sum(const CarefulStep& step, int32_t quarter) {
+static TwoPart sine_sum(const CarefulStep& step, int32_t quarter) {
   const double* const S = _nox_trig_table.sine[(step.j + 64 * quarter) & 255];
   const double* const C = S + 2 * 64;
-  const Sum head = exact_sum(S[0], C[0] * step.high);
-  return exact_sum(head.high,
-                   head.low + (S[1] + (S[0] * step.less + (C[0] * step.low + C[1] * step.r))));
+  const TwoPart head = ordered_sum(S[0], C[0] * step.high);
+  return ordered_sum(head.high,
+                     head.low + (S[1] + (S[0] * step.less + (C[0] * step.low + C[1] * step.r))));
 }
 
 static long double careful_sine(const CarefulStep& step, int32_t quarter) {
@@ -85,7 +85,7 @@ long double noxtanl_scalar(long double x) {
   if (parts_of(x).is_special()) return x - x;
   if (x == 0) return x;
   const CarefulStep step = radians(x);
-  return quotient(sine_sum(step, 0), sine_sum(step, 1));
+  return rounded_quotient(sine_sum(step, 0), sine_sum(step, 1));
 }
 
 // ---- Degrees

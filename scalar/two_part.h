@@ -67,4 +67,18 @@ static inline TwoPart operator/(const TwoPart& a, const TwoPart& b) {
   return ordered_sum(quotient, rest.high / b.high);
 }
 
+// The leading 32 bits, to nearest.
+static inline long double leading_half(long double x) {
+  const long double scaled = x * 0x1.00000001p32L;
+  return scaled - (scaled - x);
+}
+
+// a / b rounded once: 32 bits of it, whose products with halves of b are exact, and the rest.
+static inline long double rounded_quotient(const TwoPart& a, const TwoPart& b) {
+  const long double head = leading_half(a.high / b.high), half = leading_half(b.high);
+  const long double rest =
+      ((a.high - head * half) - head * (b.high - half)) + (a.low - head * b.low);
+  return head + rest / b.high;
+}
+
 #endif
