@@ -23,8 +23,6 @@ struct ExtendedWords {
   uint16_t exponent;  // and sign
 } __attribute__((may_alias));
 
-using PowerTable = decltype(power_table);
-
 // The table by a pointer that the compiler takes for a new one, lest it make extended constants of
 // pairs or keep numbers in extended form from one element to the next: their loads cost more than
 // those of the doubles.

@@ -11,8 +11,7 @@
 // 2^r, |r| <= 2^-9: relative error 5.797e-22.
 // Sine and cosine of d right angles, |d| <= 2^-6: relative errors 1.011e-20 and
 // 1.913e-20.
-// One copy serves all kernels.
-inline constexpr struct {
+struct PowerTable {
   struct {
     double high, middle, low;  // log2(1 / reciprocal), high a multiple of 2^-40
     double reciprocal;         // near 1 / (1 + i/256), 11 bits
@@ -38,7 +37,9 @@ inline constexpr struct {
   TwoPart log2_e;      // 1 / ln 2
   TwoPart radian;      // 1 / (pi/2)
   TwoPart inverse[8];  // 1/k, from k = 0 on, which stands for nothing
-} power_table = {
+};
+// One copy serves all kernels.
+inline constexpr PowerTable power_table = {
     {
         {0x0.0p+0, 0x0.0p+0, 0x0.0p+0, 0x1.0000000000000p+0},
         {0x1.720d9c0700000p-8, -0x1.5f28564439c1ap-42, -0x1.0344eb90a9eb7p-97, 0x1.fe00000000000p-1},
