@@ -125,7 +125,7 @@ class Spoiled(unittest.TestCase):
         changed = entry[:4] + bytes([entry[4] ^ 0x10]) + entry[5:]
         functions = self.with_library(lambda content: content.replace(entry, changed), "Exp")
         self.assertEqual({n for n, f in functions.items() if not f["passed"]},
-                         {n for n in functions if "Exp_32f" in n})
+                         {n for n in functions if "Exp_32f_" in n})
         for f in functions.values():
             self.assertEqual(f["results"], "as published" if f["passed"] else
                              "differ from the published ones")
