@@ -16,6 +16,7 @@
 
 #include "core/bits.h"
 #include "luxvmk3.h"
+#include "scalar/exp_table.h"  // _nox_exp_table.power, of 2
 #include "scalar/power_table.h"
 
 struct ExtendedWords {
@@ -126,9 +127,9 @@ struct ScaledPower {
 // 2^(k/256 + r), |r| <= 2^-9: value to 0.51 units of the last place.
 static inline ScaledPower exp2_near(int32_t k, long double r) {
   const PowerTable& table = power_table_anew();
-  const DoublePair& entry = table.power[k & 255];
+  const double* const power = _nox_exp_table.power[k & 255];
   const long double rising = (polynomial(table.e, r) * r + table.e0_low + table.e0_high) * r;
-  return {entry.high + (entry.low + whole(entry) * rising), k >> 8};
+  return {power[0] + (power[1] + ((long double)power[1] + power[0]) * rising), k >> 8};
 }
 
 // 2^t, |t| < 2^24.

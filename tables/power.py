@@ -2,9 +2,10 @@
 # SPDX-License-Identifier: MIT
 """Tables and polynomials of the extended and the complex power.
 
-log2(1 + z) around 257 reciprocals, the angle around 65 slopes, 2^r between 128 powers, sine and
-cosine between 128 angles of the circle. Angles are counted in right angles. The logarithms and
-angles stand in three doubles, which serve the short computation (two of them) and the long one.
+log2(1 + z) around 257 reciprocals, the angle around 65 slopes, 2^r beside the powers of 2 that the
+exponential has, sine and cosine between 128 angles of the circle. Angles are counted in right angles.
+The logarithms and angles stand in three doubles, which serve the short computation (two of them) and
+the long one.
 """
 import mpmath
 import tablegen
@@ -127,7 +128,6 @@ body = "\n".join([
     "  struct {",
     "    double high, middle, low;  // atan(i / 64) in right angles, high a multiple of 2^-40",
     f"  }} slope[{SLOPES + 1}];",
-    f"  DoublePair power[{POWERS}];  // 2^(j / 256)",
     f"  DoublePair sine[{CIRCLE}];   // of j / 32 right angles",
     "  double c[5];              // log2(1 + z): c5 to c1, c0 in two parts",
     "  double c0_high, c0_low;",
@@ -154,10 +154,6 @@ body = "\n".join([
     "    {",
     *[f"        {{{three(mpmath.atan(mpmath.mpf(i) / SLOPES) / RIGHT, 40)}}},"
       for i in range(SLOPES + 1)],
-    "    },",
-    "    {",
-    *[f"        {pair(mpmath.power(2, mpmath.mpf(j) / POWERS))},"
-      for j in range(POWERS)],
     "    },",
     "    {",
     *[f"        {pair(sine(j))}," for j in range(CIRCLE)],

@@ -11,8 +11,6 @@
 #include "tests/catalog.h"
 #include "tests/mpfr_number.h"
 
-using Double = Number<53>;
-
 template <class U>
 static bool is_special(U x) {
   return (x & kInfinity<U>) == kInfinity<U>;

@@ -12,28 +12,8 @@
 #include "tests/catalog.h"
 #include "tests/mpfr_number.h"
 
-using Single = Number<24>;
-using Double = Number<53>;
-using Extended = Number<64>;
 using Exact = Number<200>;
 
-template <class N, class Value>
-static N as(const Value& x) {
-  N result;
-  mpfr_set(result.value, x.value, MPFR_RNDN);
-  return result;
-}
-template <class N, class U>
-static N number(U x) {
-  N result;
-  set_exact(result.value, x);
-  return result;
-}
-template <class N>
-static N scaled(N x, int exponent) {
-  mpfr_mul_2si(x.value, x.value, exponent, MPFR_RNDN);
-  return x;
-}
 // x^(d/3) for d = 1, 2, -1
 static Exact third_power(Exact x, int d) {
   if (d == 2) x = x * x;

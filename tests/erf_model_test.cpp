@@ -25,26 +25,6 @@ namespace erfc64 {
 #include "kernels/erf/erfc_64f_table.h"
 }
 
-using Single = Number<24>;
-using Double = Number<53>;
-using Extended = Number<64>;
-
-template <class To, class From>
-static To as(const From& x) {
-  To y;
-  mpfr_set(y.value, x.value, MPFR_RNDN);
-  return y;
-}
-template <class To, class U>
-static To number(U x) {
-  To y;
-  set_exact(y.value, x);
-  return y;
-}
-template <class N>
-static double plain(const N& x) {
-  return mpfr_get_d(x.value, MPFR_RNDN);
-}
 template <class U>
 static U magnitude(U x) {
   return x & ~kSign<U>;

@@ -19,16 +19,6 @@ namespace erfinv64 {
 #include "kernels/erf/erfinv_64f_table.h"
 }
 
-using Single = Number<24>;
-using Double = Number<53>;
-using Extended = Number<64>;
-
-template <class To, class From>
-static To as(const From& x) {
-  To y;
-  mpfr_set(y.value, x.value, MPFR_RNDN);
-  return y;
-}
 template <class To, class U>
 static To magnitude(U x) {
   To y;

@@ -11,9 +11,6 @@
 #include "tests/catalog.h"
 #include "tests/mpfr_number.h"
 
-using Double = Number<53>;
-using Extended = Number<64>;
-
 // factor * 2^(exponent), from high precision
 template <class N>
 static N scaled_root(double factor, double exponent) {

@@ -22,19 +22,11 @@ namespace tangent64 {
 #include "kernels/hyper/tanh_64f_table.h"
 }
 
-using Single = Number<24>;
-using Double = Number<53>;
-using Extended = Number<64>;
-
 template <class N, class U>
 static N magnitude_of(U x) {
   N y;
   set_exact(y.value, U(x & ~kSign<U>));
   return y;
-}
-template <class N>
-static double plain(const N& x) {
-  return mpfr_get_d(x.value, MPFR_RNDN);
 }
 template <class N>
 static int nearest(const N& x) {

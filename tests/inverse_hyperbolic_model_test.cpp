@@ -19,45 +19,16 @@ namespace twice {
 #include "kernels/hyper/log1p_64f_table.h"
 }
 
-using Single = Number<24>;
-using Double = Number<53>;
-using Extended = Number<64>;
 using Grade = std::string_view;
 
 enum Family { kAcosh, kAsinh, kAtanh };
 
 // ---- Numbers
 
-template <class To, class From>
-static To as(const From& x) {
-  To y;
-  mpfr_set(y.value, x.value, MPFR_RNDN);
-  return y;
-}
-template <class To, class U>
-static To number(U x) {
-  To y;
-  set_exact(y.value, x);
-  return y;
-}
-template <class N>
-static N root(N x) {
-  mpfr_sqrt(x.value, x.value, MPFR_RNDN);
-  return x;
-}
-template <class N>
-static N scaled(N x, int exponent) {
-  mpfr_mul_2si(x.value, x.value, exponent, MPFR_RNDN);
-  return x;
-}
 // 2^e <= x < 2^(e + 1)
 template <class N>
 static int exponent_of(const N& x) {
   return int(mpfr_get_exp(x.value)) - 1;
-}
-template <class N>
-static double plain(const N& x) {
-  return mpfr_get_d(x.value, MPFR_RNDN);
 }
 
 // s of ln(1 + s); the single A21 and A11 take the root of asinh through a quotient, as doubles do.

@@ -25,29 +25,8 @@ namespace atan64 {
 #include "kernels/trig/atan_64f_table.h"
 }
 
-using Single = Number<24>;
-using Double = Number<53>;
-using Extended = Number<64>;
-
 // ---- Numbers
 
-template <class To, class From>
-static To as(const From& x) {
-  To y;
-  mpfr_set(y.value, x.value, MPFR_RNDN);
-  return y;
-}
-template <class To, class U>
-static To number(U x) {
-  To y;
-  set_exact(y.value, x);
-  return y;
-}
-template <class N>
-static N root(N x) {
-  mpfr_sqrt(x.value, x.value, MPFR_RNDN);
-  return x;
-}
 template <class N>
 static N negated(N x) {
   mpfr_neg(x.value, x.value, MPFR_RNDN);
@@ -56,10 +35,6 @@ static N negated(N x) {
 template <class N>
 static bool above(const N& a, const N& b) {
   return mpfr_greater_p(a.value, b.value);
-}
-template <class N>
-static double plain(const N& x) {
-  return mpfr_get_d(x.value, MPFR_RNDN);
 }
 template <class N>
 static N pi(double multiple) {

@@ -11,8 +11,6 @@
 #include "tests/catalog.h"
 #include "tests/mpfr_number.h"
 
-using Double = Number<53>;
-using Extended = Number<64>;
 using Exact = Number<200>;
 
 struct Base {
@@ -37,18 +35,6 @@ static const Base kBases[] = {
      1.93e-13},
 };
 
-template <class N, class Value>
-static N as(const Value& x, mpfr_rnd_t direction = MPFR_RNDN) {
-  N result;
-  mpfr_set(result.value, x.value, direction);
-  return result;
-}
-template <class N, class U>
-static N number(U x) {
-  N result;
-  set_exact(result.value, x);
-  return result;
-}
 static Exact logarithm(const Base& base, const Exact& x) {
   Exact y;
   base.logarithm(y.value, x.value, MPFR_RNDN);

@@ -36,6 +36,10 @@ struct Number {
   }
 };
 
+using Single = Number<24>;
+using Double = Number<53>;
+using Extended = Number<64>;
+
 inline void set_exact(mpfr_t to, uint32_t x) {
   float value;
   memcpy(&value, &x, sizeof value);
@@ -53,6 +57,35 @@ U stored(const mpfr_t x) {
     return bits(mpfr_get_flt(x, MPFR_RNDN));
   else
     return bits(mpfr_get_d(x, MPFR_RNDN));
+}
+
+template <class To, class From>
+To as(const From& x, mpfr_rnd_t direction = MPFR_RNDN) {
+  To y;
+  mpfr_set(y.value, x.value, direction);
+  return y;
+}
+// An element pattern.
+template <class To, class U>
+To number(U x) {
+  To y;
+  set_exact(y.value, x);
+  return y;
+}
+template <class N>
+double plain(const N& x) {
+  return mpfr_get_d(x.value, MPFR_RNDN);
+}
+
+template <class N>
+N root(N x) {
+  mpfr_sqrt(x.value, x.value, MPFR_RNDN);
+  return x;
+}
+template <class N>
+N scaled(N x, int exponent) {
+  mpfr_mul_2si(x.value, x.value, exponent, MPFR_RNDN);
+  return x;
 }
 
 #endif

@@ -17,10 +17,6 @@ namespace doubles {
 #include "kernels/explog/pow_64f_table.h"
 }
 
-using Single = Number<24>;
-using Double = Number<53>;
-using Extended = Number<64>;
-
 template <class To, class From>
 static To to(const From& x) {
   To result;

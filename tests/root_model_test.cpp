@@ -10,9 +10,6 @@
 #include "tests/catalog.h"
 #include "tests/mpfr_number.h"
 
-using Single = Number<24>;
-using Extended = Number<64>;
-
 // Reports of the library, which calls the program's own definition.
 struct Report {
   int32_t code, index;

@@ -10,8 +10,6 @@
 #include "scalar/csqrt.h"
 #include "tests/mpfr_number.h"
 
-using Extended = Number<64>;
-
 constexpr uint16_t kSinglePrecision = 0x007F, kDoublePrecision = 0x027F, kDownward = 0x0400;
 
 // An extended number as significand, exponent and sign word.
@@ -42,10 +40,6 @@ static Extended exact(long double x) {
   Extended e;
   mpfr_set_ld(e.value, x, MPFR_RNDN);
   return e;
-}
-static Extended scaled(Extended x, int exponent) {
-  mpfr_mul_2si(x.value, x.value, exponent, MPFR_RNDN);
-  return x;
 }
 static long double back(const Extended& x) { return mpfr_get_ld(x.value, MPFR_RNDN); }
 // Distance to a precise value in units of the last place of 64 bits.

@@ -13,8 +13,6 @@
 #include "tests/catalog.h"
 #include "tests/mpfr_number.h"
 
-using Extended = Number<64>;
-
 static int32_t nearest_integer(const Extended& x) {
   return int32_t(mpfr_get_si(x.value, MPFR_RNDN));
 }
