@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
+#include <numeric>
 #include <random>
 #include <utility>
 
@@ -181,8 +182,8 @@ class Generator {
     const int from = class_of(argument);
     argument[part] = at_position(b, width_);
     if (class_of(argument) == from) return;
-    while (std::abs(b - a) > 1) {
-      const int64_t middle = a + (b - a) / 2;
+    while ((a < b ? uint64_t(b) - uint64_t(a) : uint64_t(a) - uint64_t(b)) > 1) {
+      const int64_t middle = std::midpoint(a, b);
       argument[part] = at_position(middle, width_);
       (class_of(argument) == from ? a : b) = middle;
     }

@@ -8,6 +8,7 @@
 #include <xmmintrin.h>
 
 #include "kernels/arith/frame.h"
+#include "kernels/arith/lanes.h"
 
 static inline __m128 zero_lanes(__m128 x) { return _mm_cmpeq_ps(x, _mm_setzero_ps()); }
 
@@ -32,7 +33,7 @@ static inline int32_t divide_blocks(Numerator numerator, const float* divisor, f
 }
 
 static inline void divide_one(const float* numerator, const float* divisor, float* dst) {
-  _mm_store_ss(dst, _mm_div_ss(_mm_load_ss(numerator), _mm_load_ss(divisor)));
+  store_lane(dst, _mm_div_ss(load_lane(numerator), load_lane(divisor)));
 }
 
 static Status inv_32f(const float* src, float* dst, int32_t len) {

@@ -17,6 +17,7 @@
 // 0x007CE41F; A11 2^-14.93, at 0x007D613C.
 #include "kernels/arith/cbrt_32f.h"
 #include "kernels/arith/invcbrt_32f_table.h"  // static_const_table, kStart, kStep
+#include "kernels/arith/lanes.h"
 
 constexpr uint32_t kThirds = 0x5555;  // in 2^-16
 
@@ -80,7 +81,7 @@ template <bool kRefined>
 static inline void packed_normal(uint32_t x, float* dst) {
   const __m128 number = kept_packed(four(x));
   const __m128 y = kept_packed(four(start(x) | (x & Format<float>::kSign)));
-  _mm_store_ss(dst, kept_packed(corrected<kRefined>(number, y)));
+  store_lane(dst, kept_packed(corrected<kRefined>(number, y)));
 }
 
 // The step for one element; `normal` computes the ordinary ones. The packed kernels use no x87

@@ -13,6 +13,7 @@ struct alignas(16) BitLanes {
 };
 
 typedef __m128 __attribute__((may_alias, aligned(1))) UnalignedLanes;
+typedef float __attribute__((may_alias, aligned(1))) UnalignedLane;
 
 // One instruction each; for this processor class the intrinsics give two halves.
 static inline __m128 load_lanes(const float* from) {
@@ -23,6 +24,23 @@ static inline __m128 load_lanes(const float* from) {
 
 static inline void store_lanes(float* to, __m128 lanes) {
   asm("movups %1, %0" : "=m"(*reinterpret_cast<UnalignedLanes*>(to)) : "x"(lanes));
+}
+
+// One element, in the first lane beside zeros.
+static inline __m128 load_lane(const float* from) {
+  __m128 lane;
+  asm("movss %1, %0" : "=x"(lane) : "m"(*reinterpret_cast<const UnalignedLane*>(from)));
+  return lane;
+}
+
+static inline void store_lane(float* to, __m128 lane) {
+  asm("movss %1, %0" : "=m"(*reinterpret_cast<UnalignedLane*>(to)) : "x"(lane));
+}
+
+// One element in all lanes.
+static inline __m128 load_everywhere(const float* from) {
+  const __m128 lane = load_lane(from);
+  return _mm_shuffle_ps(lane, lane, 0);
 }
 
 static inline __m128 lanes_of(const BitLanes& constant) {
@@ -44,7 +62,7 @@ static inline __m128 magnitude_of(__m128 x) { return _mm_andnot_ps(lanes_of(kSig
 // An element alone stands in all lanes.
 template <int kCount>
 static inline __m128 load_elements(const float* from) {
-  return kCount == 4 ? load_lanes(from) : _mm_load1_ps(from);
+  return kCount == 4 ? load_lanes(from) : load_everywhere(from);
 }
 
 template <int kCount>
@@ -52,7 +70,7 @@ static inline void store_elements(float* to, __m128 lanes) {
   if (kCount == 4)
     store_lanes(to, lanes);
   else
-    _mm_store_ss(to, lanes);
+    store_lane(to, lanes);
 }
 
 // All four magnitudes below the bound, as patterns.

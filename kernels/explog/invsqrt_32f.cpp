@@ -102,7 +102,7 @@ static Status invsqrt_32f(const float* src, float* dst, int32_t len) {
       [&](int32_t i, int32_t last) { return inverse_root_blocks(arrays, i, last, &blocks); },
       [&](int32_t i, Status* status) {
         if (is_positive_normal(load_bits(src + i)))
-          _mm_store_ss(dst + i, inverse_root(_mm_load1_ps(src + i)));
+          store_lane(dst + i, inverse_root(load_everywhere(src + i)));
         else
           special_element(arrays, i, status);
       });

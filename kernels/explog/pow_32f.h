@@ -128,7 +128,7 @@ static inline bool x87_ordinary(const float* x, Exponent y, float* dst, int32_t 
   double t[kCount];
   for (int lane = 0; lane < kCount; lane += 4)
     _mm_store_ps(m + lane,
-                 significands(kCount == 1 ? _mm_load_ss(x + i) : _mm_loadu_ps(x + i + lane)));
+                 significands(kCount == 1 ? load_lane(x + i) : _mm_loadu_ps(x + i + lane)));
 #pragma GCC unroll 8
   for (int lane = 0; lane < kCount; ++lane)
     t[lane] = log2_of(m[lane], load_bits(x + i + lane)) * *y.at(i + lane);
@@ -269,7 +269,7 @@ static inline __m128 power(const Split& t) {
 static inline __m128 four_exponents(EachExponent<float> y, int32_t i) {
   return _mm_loadu_ps(y.y + i);
 }
-static inline __m128 four_exponents(OneExponent<float> y, int32_t) { return _mm_load1_ps(y.y); }
+static inline __m128 four_exponents(OneExponent<float> y, int32_t) { return load_everywhere(y.y); }
 
 template <class Grade, class Exponent>
 static inline int32_t packed_blocks(const float* x, Exponent y, float* dst, int32_t i,
@@ -290,9 +290,9 @@ static inline int32_t packed_blocks(const float* x, Exponent y, float* dst, int3
 template <class Grade>
 static inline bool packed_element(const float* x, const float* y, float* dst) {
   if (!in_domain(x, y)) return false;
-  const Split t = Grade::product(_mm_load1_ps(x), _mm_load1_ps(y));
+  const Split t = Grade::product(load_everywhere(x), load_everywhere(y));
   const bool ordinary = in_range(t.whole);
-  if (ordinary) _mm_store_ss(dst, power<Grade>(t));
+  if (ordinary) store_lane(dst, power<Grade>(t));
   _mm_empty();
   return ordinary;
 }

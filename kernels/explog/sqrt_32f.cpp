@@ -73,9 +73,9 @@ static inline int32_t root_blocks(const float* src, float* dst, int32_t i, int32
 static void sqrt_scalar(const Arrays<float>& arrays, int32_t i, Status* status) {
   float* const y = arrays.dst1 + i;
   const uint32_t x = load_bits(arrays.src1 + i);
-  const __m128 lane = _mm_load1_ps(arrays.src1 + i);
+  const __m128 lane = load_everywhere(arrays.src1 + i);
   if (is_positive_normal(x)) {
-    _mm_store_ss(y, root<kNoZeros>(lane));
+    store_lane(y, root<kNoZeros>(lane));
   } else if (is_zero<float>(x) || x == Format<float>::kInf) {
     store_bits(y, x);
   } else if (magnitude<float>(x) > Format<float>::kInf) {
@@ -85,7 +85,7 @@ static void sqrt_scalar(const Arrays<float>& arrays, int32_t i, Status* status) 
     _ErrorCall(arrays, LUX_DOMAIN, i, status);
   } else {
     const __m128 scaled = root<kWithZeros>(_mm_mul_ps(lane, _mm_set1_ps(0x1p26f)));
-    _mm_store_ss(y, _mm_mul_ps(scaled, _mm_set1_ps(0x1p-13f)));
+    store_lane(y, _mm_mul_ps(scaled, _mm_set1_ps(0x1p-13f)));
   }
 }
 

@@ -176,7 +176,7 @@ static inline void packed_block(const float* src, float* dst) {
   if (kCount == 4)
     store_lanes(dst, y);
   else
-    _mm_store_ss(dst, y);
+    store_lane(dst, y);
 }
 
 template <class Family, const auto& kP>

@@ -194,7 +194,7 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
       },
       [=](int32_t i) {
         const long double high = load_extended(&period.high), low = load_extended(&period.low);
-        const Located at = locate(_mm_load_ss(a.src1 + i));
+        const Located at = locate(load_lane(a.src1 + i));
         float n, r;
         Lanes y1, y2;
         _mm_store_ss(&n, at.multiple);
