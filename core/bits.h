@@ -68,7 +68,7 @@ struct Words {
   uint32_t lower, upper;
 };
 
-typedef uint32_t __attribute__((may_alias)) WordInMemory;
+typedef uint32_t __attribute__((may_alias, aligned(1))) WordInMemory;
 
 static inline Words load_words(const void* from) {
   const WordInMemory* const words = static_cast<const WordInMemory*>(from);
