@@ -15,7 +15,7 @@
 // The polynomials of A24 are off by at most 2^-31.5 of the result, the 53-bit steps by 2^-49: 0.006
 // ulp beside the last rounding.
 //
-// Worst errors (every input from 2^-11 on in magnitude): A24 0.5017 ulp, at 0x40FA7E81; A21
+// Worst errors (every input from -4.5 on): A24 0.5017 ulp, at 0x40FA7E81; A21
 // 2^-21.77 of the result, at 0x40E282BB; A11 2^-11.99, at 0x3C7FFF7C.
 #include "kernels/erf/rows_32f.h"
 #include "kernels/erf/erfc_32f_table.h"  // kSeptic, kRow, kPower21, kPower11
