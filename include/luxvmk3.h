@@ -526,7 +526,7 @@ LUX_API Status luxsSqrt_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
  *
  *  All grades of a type share one computation. Accuracy: distance in the complex plane at most
  *  2^-52 (64fc), 2^-23.9 (32fc) of the result's magnitude, for every z and w with
- *  |w log z| < 2^60; each part alone 1 ulp while it is above 2^-60 |w log z| of the magnitude.
+ *  |w log z| < 2^60; each part alone 2 ulp while it is above 2^-60 |w log z| of the magnitude.
  *  Bases on the axes give exact directions: i^2 = -1 + 0i. z^0 is 1 for every z, NaNs included; 0^w
  *  is 0 where Re w > 0; infinities and NaNs go through w log z as the reference tells. Nothing is
  *  reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
