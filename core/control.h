@@ -14,6 +14,7 @@ enum X87Precision : uint16_t { X87_SINGLE = 0x000, X87_DOUBLE = 0x200, X87_EXTEN
 
 constexpr uint16_t kX87Control = 0x0F00;      // precision and rounding
 constexpr uint32_t kSseControl = 0x0000E000;  // rounding and flush-to-zero
+constexpr uint32_t kSseFlags = 0x0000003F;    // exceptions raised
 
 static inline uint16_t x87_control() {
   uint16_t word;
@@ -48,8 +49,9 @@ static inline uint32_t sse_enter() {
   return caller;
 }
 
+// What was raised in between stays raised, as it does where nothing had to be changed.
 static inline void sse_leave(uint32_t caller) {
-  if (caller & kSseControl) sse_load(caller);
+  if (caller & kSseControl) sse_load(caller | (sse_control() & kSseFlags));
 }
 
 #endif

@@ -1,0 +1,269 @@
+// SPDX-License-Identifier: MIT
+//
+// Which exception flags a call leaves on either unit, over arguments of every class: a call raises
+// what its arguments and results account for and nothing more, whatever the caller's directions,
+// and keeps the flags that the caller had.
+#include <gtest/gtest.h>
+#include <setjmp.h>
+#include <signal.h>
+
+#include <array>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "tests/catalog.h"
+#include "tests/support.h"
+
+using Bytes = std::vector<unsigned char>;
+
+struct Flags {
+  uint16_t x87, sse;
+  bool operator==(const Flags&) const = default;
+};
+
+static Flags flags() { return {x87_flags(), uint16_t(environment().mxcsr & kAllFlags)}; }
+
+static std::string names(uint16_t set) {
+  std::string text;
+  for (const auto& [flag, name] : {std::pair{kInvalid, " invalid"},
+                                   {kDenormal, " denormal"},
+                                   {kZeroDivide, " zero-divide"},
+                                   {kOverflow, " overflow"},
+                                   {kUnderflow, " underflow"},
+                                   {kInexact, " inexact"}})
+    if (set & flag) text += name;
+  return text;
+}
+
+// ---- Arguments
+
+// The magnitudes to try: classes, powers of two from the smallest to the largest, and the numbers
+// next to bounds that many kernels have.
+static std::vector<double> magnitudes(int width) {
+  std::vector<double> all = {0,   0x1p-149, 0x1.8p-130, 1,    0.9999999, 1.0000001, 1.5,  2,
+                             2.5, 3,        10,         100,  1e4,       1e6,       0.3,  0.7,
+                             88,  89,       104,        1e25, 1e30,      3e38,      1e-5, 5.3};
+  for (int e = -126; e < 128; e += 7) all.push_back(std::ldexp(1.25, e));
+  if (width == 8) {
+    all.insert(all.end(), {0x1p-1074, 0x1.8p-1030, 709, 710, 745, 1e200, 1e300, 1.7e308});
+    for (int e = -1022; e < 1024; e += 53) all.push_back(std::ldexp(1.25, e));
+  }
+  return all;
+}
+
+static void put(unsigned char* to, int width, double value) {
+  const volatile float narrow = float(value);
+  const float single = narrow;
+  if (width == 4)
+    memcpy(to, &single, 4);
+  else
+    memcpy(to, &value, 8);
+}
+
+static void put_quiet_nan(unsigned char* to, int width) {
+  const uint32_t single = 0x7FC12345;
+  const uint64_t wide = 0x7FF8000012345678;
+  memcpy(to, width == 4 ? static_cast<const void*>(&single) : &wide, width);
+}
+
+enum Class { kZero, kSubnormal, kNormal, kInfinite, kQuietNan };
+
+template <class U>
+static Class class_of_pattern(const unsigned char* at) {
+  U x;
+  memcpy(&x, at, sizeof x);
+  x &= ~kSign<U>;
+  if (x == 0) return kZero;
+  if (x > kInfinity<U>) return kQuietNan;
+  if (x == kInfinity<U>) return kInfinite;
+  return x >> Format<U>::mantissa ? kNormal : kSubnormal;
+}
+static Class class_of(const unsigned char* at, int width) {
+  return width == 4 ? class_of_pattern<uint32_t>(at) : class_of_pattern<uint64_t>(at);
+}
+
+// Real numbers of the two sources and the scalar in turn.
+struct Element {
+  Bytes source[2], scalar;
+};
+
+// ---- One call
+
+struct Call {
+  const Function& f;
+  int len;
+  std::array<Bytes, 2> source, destination;
+  Bytes scalar;
+
+  Call(const Function& f, int len, const Element& around) : f(f), len(len), scalar(around.scalar) {
+    for (int k = 0; k < 2; ++k) {
+      for (int i = 0; i < len; ++i)
+        source[k].insert(source[k].end(), around.source[k].begin(), around.source[k].end());
+      destination[k].resize(source[k].size());
+    }
+  }
+  void put_at(int i, const Element& e) {
+    for (int k = 0; k < 2; ++k)
+      memcpy(&source[k][i * f.type.bytes()], e.source[k].data(), f.type.bytes());
+    scalar = e.scalar;
+  }
+  Status run() {
+    return f.call({{source[0].data(), source[1].data()},
+                   {destination[0].data(), destination[1].data()},
+                   scalar.data()},
+                  len);
+  }
+  Status run_in(const Environment& e, Flags& raised) {
+    set(e);
+    const Status status = run();
+    raised = flags();
+    set({});
+    return status;
+  }
+};
+
+// What the call may raise: by its arguments, by the class of each result, by its code.
+static uint16_t accounted_for(const Call& c, Status status) {
+  const Function& f = c.f;
+  uint16_t may = kInexact;
+  bool infinite_argument = false, nan_argument = false;
+  const auto look = [&](const Bytes& numbers) {
+    for (size_t at = 0; at < numbers.size(); at += f.type.width) {
+      const Class k = class_of(&numbers[at], f.type.width);
+      if (k == kSubnormal) may |= kDenormal;
+      infinite_argument |= k == kInfinite;
+      nan_argument |= k == kQuietNan;
+    }
+  };
+  for (int k = 0; k < f.shape.sources; ++k) look(c.source[k]);
+  if (f.shape.scalar) look(c.scalar);
+  for (int k = 0; k < f.shape.destinations; ++k)
+    for (size_t at = 0; at < c.destination[k].size(); at += f.type.width)
+      switch (class_of(&c.destination[k][at], f.type.width)) {
+        case kZero:
+        case kSubnormal:
+          may |= kUnderflow | kDenormal;
+          break;
+        case kInfinite:
+          if (!infinite_argument) may |= kOverflow;
+          break;
+        case kQuietNan:
+          if (!nan_argument) may |= kInvalid;
+          break;
+        case kNormal:
+          break;
+      }
+  if (f.counts) return may;
+  if (status == LUX_DOMAIN) may |= kInvalid;
+  if (status == LUX_POLE) may |= kZeroDivide;
+  if (status == LUX_OVERFLOW) may |= kOverflow;
+  if (status == LUX_UNDERFLOW) may |= kUnderflow;
+  return may;
+}
+
+static sigjmp_buf before_trap;
+static void trapped(int) {
+  set({});
+  siglongjmp(before_trap, 1);
+}
+
+class Exceptions : public testing::TestWithParam<Function> {
+ protected:
+  const Function& f = GetParam();
+  int complaints = 0;
+
+  void SetUp() override { signal(SIGFPE, trapped); }
+
+  void complain(const Call& c, int at, const std::string& what) {
+    if (++complaints > 6) return;
+    std::string arguments;
+    const auto add = [&](const unsigned char* from) {
+      for (int k = f.type.width - 1; k >= 0; --k) {
+        char digits[3];
+        snprintf(digits, sizeof digits, "%02X", from[k]);
+        arguments += digits;
+      }
+      arguments += ' ';
+    };
+    for (int part = 0; part < f.type.parts; ++part) {
+      const size_t offset = at * f.type.bytes() + part * f.type.width;
+      for (int k = 0; k < f.shape.sources; ++k) add(&c.source[k][offset]);
+      if (f.shape.scalar) add(&c.scalar[part * f.type.width]);
+    }
+    ADD_FAILURE() << f.name << " of " << arguments << "at " << at << " of " << c.len << ": "
+                  << what;
+  }
+
+  void try_one(const Element& around, const Element& e, int len, int at) {
+    Call c(f, len, around);
+    c.put_at(at, e);
+    Flags first;
+    const Status status = c.run_in({}, first);
+    const uint16_t may = accounted_for(c, status);
+    const uint16_t extra = (first.x87 | first.sse) & ~may;
+    if (extra)
+      return complain(c, at, "raises" + names(extra) + (first.sse & extra ? " (MXCSR)" : ""));
+
+    // Flags in MXCSR are the same under every direction; none of the caller's is lost.
+    for (const uint32_t sse : {0x2000u, 0x4000u, 0x6000u, 0x8000u}) {
+      Flags now;
+      const uint16_t x87 = f.counts ? 0 : sse >> 3 & 0xC00;
+      c.run_in({uint16_t(kDefaultControl | x87), kDefaultMxcsr | sse}, now);
+      if (now.sse != first.sse)
+        return complain(c, at,
+                        "leaves" + names(now.sse) + " in MXCSR instead of" + names(first.sse));
+      if (now.x87 & ~may) return complain(c, at, "raises" + names(now.x87 & ~may));
+      const uint32_t raised = kDefaultMxcsr | sse | kAllFlags;
+      c.run_in({uint16_t(kDefaultControl | x87), raised}, now);
+      if (now.sse != kAllFlags) return complain(c, at, "loses flags of MXCSR");
+    }
+
+    // What may not be raised may not trap either.
+    const uint16_t masks = may | kInexact | kDenormal;
+    Flags now;
+    if (sigsetjmp(before_trap, 1) == 0)
+      c.run_in({uint16_t(0x340 | masks), uint32_t(masks) << 7}, now);
+    else
+      complain(c, at, "traps");
+  }
+};
+static std::string test_name(const testing::TestParamInfo<Function>& info) {
+  return std::string(info.param.name.substr(4));
+}
+INSTANTIATE_TEST_SUITE_P(All, Exceptions, testing::ValuesIn(kFunctions), test_name);
+
+TEST_P(Exceptions, AreThoseOfTheArgumentsAndResults) {
+  Random random{7};
+  const std::vector<double> values = magnitudes(f.type.width);
+  const auto [low, high] = ordinary_interval(f);
+  const auto element = [&](auto put_number) {
+    Element e;
+    for (Bytes* bytes : {&e.source[0], &e.source[1], &e.scalar}) {
+      bytes->resize(f.type.bytes());
+      for (int part = 0; part < f.type.parts; ++part) put_number(&(*bytes)[part * f.type.width]);
+    }
+    return e;
+  };
+  const Element ordinary = element(
+      [&](unsigned char* to) { put(to, f.type.width, low + (high - low) * random.unit()); });
+  // How many numbers an element has decides how many elements are tried.
+  const int numbers = f.type.parts * (f.shape.sources + f.shape.scalar);
+  const int tries = int(values.size()) * (numbers == 1 ? 6 : numbers == 2 ? 30 : 60);
+  for (int k = 0; k < tries; ++k) {
+    const Element e = element([&](unsigned char* to) {
+      const uint64_t choice = random.next() % 32;
+      if (choice == 0) return put_quiet_nan(to, f.type.width);
+      double value = choice == 1 ? HUGE_VAL
+                     : choice <= 3
+                         ? low + (high - low) * random.unit()
+                         : values[numbers == 1 ? k % values.size() : random.next() % values.size()];
+      if (random.next() & 1) value = -value;
+      put(to, f.type.width, value);
+    });
+    constexpr int kLengths[] = {1, 3, 4, 5, 8, 11, 16, 19, 35};
+    const int len = kLengths[random.next() % std::size(kLengths)];
+    try_one(random.next() & 1 ? e : ordinary, e, len, int(random.next() % len));
+    if (complaints > 6) break;
+  }
+}
