@@ -61,7 +61,7 @@ static Json processor_json(const Machine& m) {
   return {
       {"vendor", m.vendor},
       {"brand", m.brand},
-      {"tuned_vendor", kTunedVendor},
+      {"tuned_vendors", tuned_vendors()},
       {"cpuid", {{"0", leaf_json(m.leaf0)}, {"1", leaf_json(m.leaf1)}, {"4", leaf_json(m.leaf4)}}},
       {"hyperthreading", m.hyperthreading},
       {"logical_per_package", m.logical_per_package},
@@ -110,7 +110,7 @@ static void print_leaf(int number, const Leaf& leaf) {
 static void print_processor(const Machine& m) {
   print_heading("processor");
   fmt::print("  identification  {} ({})\n", m.vendor, m.brand.empty() ? "no brand text" : m.brand);
-  fmt::print("  threading       tuned for {}{}\n", kTunedVendor,
+  fmt::print("  threading       tuned for {}{}\n", fmt::join(tuned_vendors(), ", "),
              m.tuned ? "" : ": never on this processor");
   print_leaf(0, m.leaf0);
   print_leaf(1, m.leaf1);

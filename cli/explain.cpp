@@ -53,8 +53,8 @@ static std::string why_never(const Function& f, const Decision& d, const Machine
   if (f.row < 0) return "the rounding functions never thread";
   if (f.variant > 1) return "grade A11 never threads";
   if (!m.tuned)
-    return fmt::format("threading is tuned for {} and this processor is {}", kTunedVendor,
-                       m.vendor);
+    return fmt::format("threading is tuned for {} and this processor is {}",
+                       fmt::join(tuned_vendors(), " and "), m.vendor);
   if (m.processors == 1) return "only one processor is available";
   if (d.threads > m.processors + 1)
     return fmt::format("{} threads are more than {} processors can serve", d.threads, m.processors);

@@ -9,7 +9,12 @@
 #include <cerrno>
 #include <cstring>
 
-const char* const kTunedVendor = LUX_CPU_VENDOR;
+std::vector<std::string> tuned_vendors() {
+  std::vector<std::string> all;
+  const std::string text = LUX_CPU_VENDORS;
+  for (size_t at = 0; at < text.size(); at += 12) all.push_back(text.substr(at, 12));
+  return all;
+}
 
 static Leaf cpuid(uint32_t leaf) {
   Leaf r;
@@ -86,7 +91,7 @@ Machine probe_machine() {
   m.leaf1 = m.leaf0.eax >= 1 ? cpuid(1) : Leaf{};
   m.leaf4 = m.leaf0.eax >= 4 ? cpuid(4) : Leaf{};
   m.processors = available_processors();
-  m.tuned = m.vendor == kTunedVendor && m.leaf0.eax >= 1;
+  m.tuned = m.leaf0.eax >= 1 && std::ranges::count(tuned_vendors(), m.vendor) > 0;
   m.hyperthreading = m.leaf1.edx >> 28 & 1;
   m.logical_per_package = m.leaf1.ebx >> 16 & 255;
   m.cores_per_package = int32_t(m.leaf4.eax >> 26) + 1;

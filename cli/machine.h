@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 struct Leaf {
   uint32_t eax, ebx, ecx, edx;
@@ -15,7 +16,7 @@ struct Machine {
   std::string vendor, brand;
   Leaf leaf0, leaf1, leaf4;     // leaf 4: all zero when the processor has none
   int32_t processors;           // available to this process
-  bool tuned;                   // the vendor is the one that threading is tuned for
+  bool tuned;                   // the vendor is one that threading is tuned for
   bool hyperthreading;          // logical processors of a package may share a core
   int32_t logical_per_package;  // L
   int32_t cores_per_package;    // K
@@ -28,6 +29,6 @@ struct Machine {
 
 Machine probe_machine();
 
-extern const char* const kTunedVendor;
+std::vector<std::string> tuned_vendors();
 
 #endif

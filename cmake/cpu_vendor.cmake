@@ -1,16 +1,12 @@
 # SPDX-License-Identifier: MIT
-# LUX_CPU_VENDOR: the 12-character CPUID vendor identification for which calls may be threaded.
-if(NOT DEFINED CACHE{LUX_CPU_VENDOR})
-  set(vendor GenuineIntel)
-  if(EXISTS /proc/cpuinfo)
-    file(STRINGS /proc/cpuinfo lines REGEX "^vendor_id[ \t]*:" LIMIT_COUNT 1)
-    if(lines MATCHES ":[ \t]*(............)$")
-      set(vendor ${CMAKE_MATCH_1})
-    endif()
+# LUX_CPU_VENDORS: the CPUID vendor identifications for which calls may be threaded.
+set(LUX_CPU_VENDORS GenuineIntel AuthenticAMD CACHE STRING
+    "CPUID vendor identifications that enable threading, as a list")
+foreach(vendor IN LISTS LUX_CPU_VENDORS)
+  string(LENGTH "${vendor}" length)
+  if(NOT length EQUAL 12)
+    message(FATAL_ERROR "a vendor identification has 12 characters, not ${length}: '${vendor}'")
   endif()
-  set(LUX_CPU_VENDOR ${vendor} CACHE STRING "CPUID vendor identification that enables threading")
-endif()
-string(LENGTH "${LUX_CPU_VENDOR}" length)
-if(NOT length EQUAL 12)
-  message(FATAL_ERROR "LUX_CPU_VENDOR must have 12 characters, not ${length}: '${LUX_CPU_VENDOR}'")
-endif()
+endforeach()
+# The list as one text, for the compiler.
+list(JOIN LUX_CPU_VENDORS "" LUX_CPU_VENDORS_TEXT)

@@ -8,5 +8,8 @@ set(LUX_LIBRARY_COMPILE_OPTIONS
     -march=pentium3 -mfpmath=387 -mstackrealign -fno-tree-vectorize -fno-tree-slp-vectorize
     -ffp-contract=off -fvisibility=hidden -fno-math-errno
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
+#
+# nodelete: the runtime's threads may stand in the library's code, and fork handlers and the
+# thread-local pool size stay registered, after a program has closed it.
 set(LUX_LIBRARY_LINK_OPTIONS
-    -Wl,--as-needed -Wl,--no-undefined -Wl,-z,noexecstack -Wl,-z,text -Wl,-z,relro -Wl,-z,now)
+    -Wl,-z,nodelete -Wl,--as-needed -Wl,--no-undefined -Wl,-z,noexecstack -Wl,-z,text -Wl,-z,relro -Wl,-z,now)

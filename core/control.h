@@ -35,6 +35,38 @@ static inline void x87_leave(uint16_t caller, X87Precision precision) {
   if ((caller & kX87Control) != precision) x87_load(caller);
 }
 
+// The status word's exceptions. One that is unmasked and pending traps first, in this thread.
+constexpr uint16_t kX87Flags = 0x003F;
+
+static inline uint16_t x87_flags() {
+  uint16_t status;
+  asm volatile("fwait\n\tfnstsw %0" : "=m"(status) : : "memory");
+  return status & kX87Flags;
+}
+
+// Control, status and tag words and the last instruction's place.
+struct X87Environment {
+  uint16_t control, reserved1, status, reserved2, words[10];
+};
+
+// Leaves no flag raised and all exceptions masked.
+static inline X87Environment x87_take_environment() {
+  X87Environment environment;
+  asm volatile("fnstenv %0\n\tfnclex" : "=m"(environment) : : "memory");
+  return environment;
+}
+
+static inline void x87_put_environment(const X87Environment& environment) {
+  asm volatile("fldenv %0" : : "m"(environment) : "memory");
+}
+
+// Raises flags without an operation: one that is unmasked traps at the next x87 instruction.
+static inline void x87_raise(uint16_t flags) {
+  X87Environment environment = x87_take_environment();
+  environment.status |= flags;
+  x87_put_environment(environment);
+}
+
 static inline uint32_t sse_control() {
   uint32_t word;
   asm volatile("stmxcsr %0" : "=m"(word) : : "memory");

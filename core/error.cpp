@@ -1,37 +1,46 @@
 // SPDX-License-Identifier: MIT
 //
-// Reports of single elements, turned into x87 exceptions.
+// Reports of single elements: a record of the element for the standard handler.
 #include "core/error.h"
 
-// The operands are volatile so that the operation happens at run time, and the result is one so
-// that it is rounded to a double: in the extended format neither product leaves the range. An
-// exception that the caller has unmasked traps here, on purpose.
-int32_t _noxStdErrorHandlerExcept(const ErrorRecord* record) {
-  volatile double largest = 0x1.fffffffffffffp+1023, smallest = 0x1p-1022, one = 1.0, zero = 0.0;
-  [[maybe_unused]] volatile double result;  // never read: a subnormal would raise one more flag
-  switch (record->code) {
-    case LUX_DOMAIN:
-      result = zero / zero;
-      break;
-    case LUX_POLE:
-      result = one / zero;
-      break;
-    case LUX_OVERFLOW:
-      result = largest * largest;
-      break;
-    case LUX_UNDERFLOW:
-      result = smallest * smallest;
-      break;
+#include "core/bits.h"
+
+// A report must raise nothing but its own exception, so elements go into the record by their
+// patterns: a load into the x87 unit would raise denormal or, for a signalling NaN, invalid.
+static void record_element(double* field, const double* element) {
+  store_words(field, load_words(element));
+}
+
+static void record_element(double* field, const float* element) {
+  using Single = Format<float>;
+  const uint32_t pattern = quieted<float>(load_bits(element));
+  const uint32_t sign = pattern & Single::kSign, size = pattern & ~Single::kSign;
+  uint32_t exponent = size >> Single::kFractionBits, fraction = size & 0x007FFFFF;
+  if (exponent == 0xFF) {
+    exponent = 0x7FF;
+  } else if (exponent != 0) {
+    exponent += Format<double>::kBias - Single::kBias;
+  } else if (fraction != 0) {  // subnormal: its leading bit becomes the hidden one
+    const int32_t shift = __builtin_clz(fraction) - 8;
+    fraction = fraction << shift & 0x007FFFFF;
+    exponent = uint32_t(Format<double>::kBias - Single::kBias + 1 - shift);
   }
-  return record->code;
+  store_words(field, {fraction << 29, sign | exponent << 20 | fraction >> 3});
 }
 
 // The pointers are read without the index: kernels pass the bases of their arrays.
 template <class E>
 static int32_t report(int32_t code, int32_t index, const E* argument1, const E* argument2,
                       const E* result1, const E* result2, const char* name) {
-  const ErrorRecord record = {code,     index,    *argument1,     *argument2,
-                              *result1, *result2, {name[0], '\0'}};
+  ErrorRecord record;
+  record.code = code;
+  record.index = index;
+  record_element(&record.argument1, argument1);
+  record_element(&record.argument2, argument2);
+  record_element(&record.result1, result1);
+  record_element(&record.result2, result2);
+  record.name[0] = name[0];
+  record.name[1] = '\0';
   return _noxStdErrorHandlerExcept(&record);
 }
 

@@ -3,31 +3,49 @@
 // One call cut into slices that run in the threads of an OpenMP region, for every element type and
 // argument shape.
 #include <omp.h>
-#include <unistd.h>
 
+#include "core/control.h"
 #include "core/shapes.h"
+#include "core/team.h"
 
-// The GNU runtime ends a 32-bit process that asks for more threads than its address space holds.
-// A team smaller than the number of slices computes several slices a thread.
-static int32_t team_size(int32_t threads) {
-  constexpr int32_t kAlwaysFit = 64;
-  if (threads <= kAlwaysFit) return threads;  // without the system call
-  const int32_t processors = omp_get_num_procs();
-  const int32_t most = processors > kAlwaysFit ? processors : kAlwaysFit;
-  return threads < most ? threads : most;
-}
+// The control words and flags of a call belong to its thread; its slices are to compute and trap as
+// if they ran there.
+struct CallersControl {
+  uint16_t x87 = x87_control();
+  uint32_t sse = sse_control();
+  uint32_t x87_raised = 0, sse_raised = 0;  // by slices in other threads
 
-// The runtime's threads do not survive a fork, and a region in the child would wait for them for
-// ever. So the process that first starts a region keeps that right; its children run the slices
-// themselves.
-static bool may_start_threads() {
-  static pid_t owner = 0;
-  const pid_t self = getpid();
-  pid_t first = 0;
-  return __atomic_compare_exchange_n(&owner, &first, self, false, __ATOMIC_RELAXED,
-                                     __ATOMIC_RELAXED) ||
-         first == self;
-}
+  void raise_what_others_raised() const {
+    if (sse_raised) sse_load(sse_control() | sse_raised);
+    if (x87_raised) x87_raise(uint16_t(x87_raised));
+  }
+};
+
+// While it lives, a thread of the runtime's computes under the caller's control words. The thread's
+// own come back, with its own flags.
+class Visit {
+ public:
+  Visit(CallersControl& caller, bool elsewhere) : caller_(caller), elsewhere_(elsewhere) {
+    if (!elsewhere_) return;
+    own_x87_ = x87_take_environment();
+    own_sse_ = sse_control();
+    x87_load(caller.x87);
+    sse_load(caller.sse & ~kSseFlags);
+  }
+  ~Visit() {
+    if (!elsewhere_) return;
+    __atomic_or_fetch(&caller_.x87_raised, x87_flags(), __ATOMIC_RELAXED);
+    __atomic_or_fetch(&caller_.sse_raised, sse_control() & kSseFlags, __ATOMIC_RELAXED);
+    x87_put_environment(own_x87_);
+    sse_load(own_sse_);
+  }
+
+ private:
+  CallersControl& caller_;
+  const bool elsewhere_;
+  X87Environment own_x87_;
+  uint32_t own_sse_;
+};
 
 template <class Slice>
 static Status run_slices(int32_t threads, int32_t len, Slice slice) {
@@ -42,12 +60,24 @@ static Status run_slices(int32_t threads, int32_t len, Slice slice) {
     if (status != 0) __atomic_store_n(&merged, status, __ATOMIC_RELAXED);
   };
 
-  if (may_start_threads()) {
-#pragma omp parallel for schedule(static) num_threads(team_size(threads))
+  Team team(threads);
+  if (team.size() == 1) {
     for (int32_t i = 0; i < threads; ++i) run(i);
-  } else {
-    for (int32_t i = 0; i < threads; ++i) run(i);
+    return merged;
   }
+  CallersControl caller;
+#pragma omp parallel num_threads(team.size())
+  {
+    const Visit visit(caller, omp_get_thread_num() != 0);
+#pragma omp for schedule(static) nowait
+    for (int32_t i = 0; i < threads; ++i) {
+      const int64_t started = nox_clock();
+      run(i);
+      team.count(nox_clock() - started);
+    }
+  }
+  team.judge();
+  caller.raise_what_others_raised();
   return __atomic_load_n(&merged, __ATOMIC_RELAXED);
 }
 

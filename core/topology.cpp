@@ -35,6 +35,14 @@ long double start_up_cost(int32_t logical, int32_t cores, int32_t packages) {
          kWithinCore * share.threads;
 }
 
+// The list holds one vendor's 12 characters after the other's.
+static bool is_tuned_for(const uint32_t (&vendor)[3]) {
+  static const char kVendors[] = LUX_CPU_VENDORS;
+  for (size_t at = 0; at + sizeof vendor < sizeof kVendors; at += sizeof vendor)
+    if (memcmp(vendor, kVendors + at, sizeof vendor) == 0) return true;
+  return false;
+}
+
 static int32_t at_least_one(int32_t count) { return count < 1 ? 1 : count; }
 
 // Other threads may be storing the same value, or reading it, at this moment.
@@ -49,8 +57,7 @@ void CalculateLogicConsts() {
   nox_cpuid(0, 0, r);
   const uint32_t highest_leaf = r[0];
   const uint32_t vendor[3] = {r[1], r[3], r[2]};
-  static_assert(sizeof LUX_CPU_VENDOR == sizeof vendor + 1, "a vendor has 12 characters");
-  if (memcmp(vendor, LUX_CPU_VENDOR, sizeof vendor) != 0 || highest_leaf < 1) {
+  if (!is_tuned_for(vendor) || highest_leaf < 1) {
     store(&logic_MaxThreads, 1);
     return publish(kNeverThread);
   }

@@ -8,7 +8,9 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-LUXCORE_API int32_t threads_omp_of_n_lux = 1;
+constexpr int32_t kNotStarted = INT32_MIN;  // no count that a program would choose
+
+LUXCORE_API int32_t threads_omp_of_n_lux = kNotStarted;
 
 // The affinity mask says how many processors this process may use, which can be far fewer than the
 // machine has. A mask larger than the buffer is refused with EINVAL, so the buffer grows.
@@ -30,14 +32,41 @@ static int32_t available_processors() {
   return online > 0 ? int32_t(online) : 1;
 }
 
-// This library's own variable, also when a program defines one of that name and so takes its place:
-// the program's value is the program's.
-extern "C" __attribute__((alias("threads_omp_of_n_lux"), visibility("hidden")))
-int32_t own_thread_count;
+// The first number of an environment variable, 0 where that is no positive number.
+static int32_t number_in(const char* variable) {
+  const char* const text = getenv(variable);
+  if (!text) return 0;
+  char* end;
+  errno = 0;
+  const long number = strtol(text, &end, 10);
+  while (*end == ' ') ++end;
+  const bool whole = *end == '\0' || *end == ',';
+  return whole && errno == 0 && number > 0 && number <= INT32_MAX ? int32_t(number) : 0;
+}
 
-// Before main, so that threading works without any call.
-__attribute__((constructor)) static void start_at_available_processors() {
-  own_thread_count = available_processors();
+// Where the count came from, and what it was.
+static const char* source = "nothing: the library has not started";
+static int32_t start = kNotStarted;
+
+static int32_t starting_count() {
+  constexpr const char* kVariables[] = {"LUXVM_NUM_THREADS", "OMP_NUM_THREADS"};
+  for (const char* const variable : kVariables) {
+    source = variable;
+    if (const int32_t number = number_in(variable)) return number;
+  }
+  source = "processors";
+  return available_processors();
+}
+
+// Before main, so that threading works without any call. A program that defines the variable itself
+// keeps its value; one that is not position-independent and only mentions it has moved it into
+// itself, with the mark.
+__attribute__((constructor)) static void start_count() {
+  start = starting_count();
+  if (threads_omp_of_n_lux == kNotStarted)
+    threads_omp_of_n_lux = start;
+  else
+    start = kNotStarted;
 }
 
 LUXCORE_API int32_t luxcoreSetNumThreads(int32_t threads) {
@@ -48,4 +77,8 @@ LUXCORE_API int32_t luxcoreSetNumThreads(int32_t threads) {
 
 LUXCORE_API int32_t luxcoreGetNumThreads(void) {
   return __atomic_load_n(&threads_omp_of_n_lux, __ATOMIC_RELAXED);
+}
+
+LUXCORE_API const char* luxcoreThreadSource(void) {
+  return luxcoreGetNumThreads() == start ? source : "program";
 }

@@ -59,7 +59,7 @@ static FakeProcessor processor(const Machine& m) {
   static char alike[13];
   FakeProcessor p = m.cpu;
   if (!p.vendor) {
-    memcpy(alike, LUX_CPU_VENDOR, sizeof alike);
+    memcpy(alike, LUX_CPU_VENDORS, 12);
     alike[11] ^= 1;
     p.vendor = alike;
   }

@@ -15,12 +15,18 @@
 #include <set>
 #include <vector>
 
+#include "core/team.h"
 #include "tests/catalog.h"
 #include "tests/support.h"
 #include "tests/topology_fake.h"
 
 extern "C" int32_t threads_omp_of_n_lux;
 int32_t threads_omp_of_n_lux = 2;
+
+// A clock that stands still: no region loses time, and none bars the next.
+static std::atomic<int64_t> now;
+static int64_t standing_clock() { return now; }
+static const bool clock_stands = (nox_clock = standing_clock, true);
 
 // ---- Kernels that record their slices
 
@@ -198,6 +204,46 @@ TEST_P(Splitters, InsideARegionRunTheSameSlicesOnOneThread) {
       EXPECT_TRUE(workers.size() == 1 && workers.contains(pthread_self()));
     }
   }
+}
+
+TEST(Teams, HaveTheThreadsThatAreSetWhenTheRegionStarts) {
+  fake_processor.available = 8;
+  const Splitter splitter = kSplitters[0];
+  for (const int32_t threads : {3, 1, 0, INT32_MIN, 2}) {
+    threads_omp_of_n_lux = threads;
+    split(splitter, 6, 6000);
+    EXPECT_EQ(slices.size(), 6u);
+    EXPECT_EQ(workers.size(), size_t(std::max(threads, 1)));
+  }
+}
+
+// Each look at the clock takes the time that the step would: a slice is short, a region long.
+static int64_t losing_clock() {
+  thread_local int64_t looks = 0;
+  static const pthread_t first = pthread_self();
+  return now += pthread_equal(first, pthread_self()) && ++looks % 4 == 0 ? 1000000 : 5000;
+}
+
+TEST(Teams, RestWhereTheyLoseTimeAndComeBack) {
+  fake_processor.available = 8;
+  threads_omp_of_n_lux = 2;
+  const Splitter splitter = kSplitters[0];
+  const auto used = [&] {
+    split(splitter, 2, 1000);
+    EXPECT_EQ(slices.size(), 2u);
+    return workers.size();
+  };
+  used();
+  EXPECT_EQ(used(), 2u);
+  nox_clock = losing_clock;
+  used();
+  nox_clock = standing_clock;
+  EXPECT_EQ(used(), 1u);
+  now += 10 * 1000000;  // less than 64 times what was lost
+  EXPECT_EQ(used(), 1u);
+  now += 1000 * 1000000;
+  EXPECT_EQ(used(), 2u);
+  EXPECT_EQ(used(), 2u);
 }
 
 // The runtime's threads are gone in a child; waiting for them would never end.

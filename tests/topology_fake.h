@@ -15,7 +15,7 @@ struct FakeProcessor {
   bool hyper_threading;
   uint32_t logical, cores;  // per package, as CPUID says
   uint32_t highest_leaf = 4;
-  const char* vendor = LUX_CPU_VENDOR;
+  const char* vendor = LUX_CPU_VENDORS;  // the first of the list
 };
 inline FakeProcessor fake_processor = {1, false, 1, 1};
 
