@@ -110,12 +110,13 @@ static bool can_start(int32_t threads) {
 // ---- Threads that pay
 
 // On processors that other programs keep busy, the slices of a team wait for one another longer
-// than they compute. The runtime cannot tell before, so what a region lost bars the threads for 64
-// times as long, at most a second: little of the time is lost, and little is missed when the
-// processors are free again.
-constexpr int64_t kPatience = 64, kLongestPause = 1000000000;
+// than they compute. The runtime cannot tell before, so an account is kept of what regions gained
+// and lost against one thread. A loss beyond what was gained lately bars the threads for 64 times
+// as long, at most a second: little of the time is lost, and little is missed when the processors
+// are free again.
+constexpr int64_t kPatience = 64, kLongestPause = 1000000000, kMostCredit = 8000000;
 constexpr int64_t kLeastWork = 2000;  // less cannot be told from the clock's own time
-static int64_t pause_end = 0;
+static int64_t credit = 0, pause_end = 0;
 
 static bool pausing() {
   const int64_t end = __atomic_load_n(&pause_end, __ATOMIC_RELAXED);
@@ -170,8 +171,13 @@ void Team::count(int64_t nanoseconds) {
 void Team::judge() const {
   if (starts_threads_ || fastest_ == UINT32_MAX) return;
   const int64_t alone = int64_t(fastest_) * slices_, now = nox_clock();
-  const int64_t lost = now - started_ - alone;
-  if (alone < kLeastWork || lost <= 0) return;
-  const int64_t pause = lost < kLongestPause / kPatience ? lost * kPatience : kLongestPause;
-  __atomic_store_n(&pause_end, now + pause, __ATOMIC_RELAXED);
+  if (alone < kLeastWork) return;
+  const int64_t gained = alone - (now - started_);
+  const int64_t sum = __atomic_load_n(&credit, __ATOMIC_RELAXED) + gained;
+  if (sum < 0) {
+    const int64_t pause = -sum < kLongestPause / kPatience ? -sum * kPatience : kLongestPause;
+    __atomic_store_n(&pause_end, now + pause, __ATOMIC_RELAXED);
+  }
+  const int64_t left = sum < 0 ? 0 : sum < kMostCredit ? sum : kMostCredit;
+  __atomic_store_n(&credit, left, __ATOMIC_RELAXED);
 }
