@@ -70,11 +70,12 @@ class Run {
  public:
   Run(const AccuracyOptions& options, std::vector<Group> groups)
       : options_(options), groups_(std::move(groups)), checkpoint_(key(), options.fresh) {
-    if (!checkpoint_.resumed()) return;
-    if (!checkpoint_.content.value("finished", Json::object()).is_object())
-      checkpoint_.refuse("'finished' is no object");
-    say(fmt::format("going on where an earlier run was interrupted ({} of {} done)\n",
-                    checkpoint_.content.value("finished", Json::object()).size(), groups_.size()));
+    Json& content = checkpoint_.content;
+    if (!content.contains("finished")) content["finished"] = Json::object();
+    if (!content["finished"].is_object()) refuse("'finished' is no object");
+    if (checkpoint_.resumed())
+      say(fmt::format("going on where an earlier run was interrupted ({} of {} done)\n",
+                      content["finished"].size(), groups_.size()));
   }
 
   Json measure(const std::function<void(const Json&)>& show) {

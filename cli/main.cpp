@@ -121,7 +121,7 @@ static int run(const std::vector<std::string>& arguments) {
       "  luxvm list Exp\n"
       "  luxvm eval luxsExp_64f_A53 1 -745 inf\n"
       "  luxvm apply luxsInv_32f_A24 --in numbers.txt --out inverses.txt\n"
-      "  luxvm explain luxsExp_32f_A24 --n 1000000 --threads 2\n"
+      "  luxvm explain luxsExp_32f_A24 --n 1e6 --threads 2\n"
       "  luxvm check\n"
       "  luxvm bench Exp --compare\n"
       "`luxvm help COMMAND` tells more about each command.\n"
