@@ -2,8 +2,7 @@
 #include "bench/result_hash.h"
 
 #include "bench/intervals.h"
-
-#include "luxcore.h"
+#include "bench/thread_count.h"
 
 #include <algorithm>
 #include <bit>
@@ -279,10 +278,8 @@ Batch repeated(const Batch& batch, int32_t times) {
 
 class ThreadCount {
  public:
-  explicit ThreadCount(int32_t threads) : before(luxcoreGetNumThreads()) {
-    luxcoreSetNumThreads(threads);
-  }
-  ~ThreadCount() { luxcoreSetNumThreads(before); }
+  explicit ThreadCount(int32_t threads) : before(thread_count()) { set_thread_count(threads); }
+  ~ThreadCount() { set_thread_count(before); }
   ThreadCount(const ThreadCount&) = delete;
 
  private:

@@ -3,6 +3,7 @@
 // luxvm accuracy: measured errors beside what is promised.
 #include "bench/accuracy/promises.h"
 #include "bench/accuracy/record.h"
+#include "bench/thread_count.h"
 #include "cli/catalog.h"
 #include "cli/checkpoint.h"
 #include "cli/files.h"
@@ -10,7 +11,6 @@
 #include "cli/plot.h"
 #include "cli/progress.h"
 #include "bench/special_values.h"
-#include "luxcore.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>
@@ -26,7 +26,7 @@ struct AccuracyOptions {
   std::vector<std::string> patterns;
   bench::Sampling sampling;
   std::string range, plot, json;
-  bool exhaustive = false, details = false, fresh = false;
+  bool exhaustive = false, details = false, fresh = false, clear = false;
   int processors = 0;
 };
 
@@ -35,14 +35,10 @@ using Group = std::vector<const Function*>;
 
 static std::vector<Group> chosen(const AccuracyOptions& options) {
   std::vector<Group> groups;
-  for (const Function& f : kFunctions) {
-    if (!std::any_of(options.patterns.begin(), options.patterns.end(),
-                     [&](const std::string& pattern) { return name_matches(f, pattern); }))
-      continue;
-    if (groups.empty() || !groups.back()[0]->is(f.family, f.type.name)) groups.emplace_back();
-    groups.back().push_back(&f);
+  for (const Function* f : find_functions(options.patterns)) {
+    if (groups.empty() || !groups.back()[0]->is(f->family, f->type.name)) groups.emplace_back();
+    groups.back().push_back(f);
   }
-  if (groups.empty()) throw Failure("no function has such a name; `luxvm list` shows them all");
   return groups;
 }
 
@@ -74,10 +70,12 @@ class Run {
  public:
   Run(const AccuracyOptions& options, std::vector<Group> groups)
       : options_(options), groups_(std::move(groups)), checkpoint_(key(), options.fresh) {
+    Json& content = checkpoint_.content;
+    if (!content.contains("finished")) content["finished"] = Json::object();
+    if (!content["finished"].is_object()) refuse("'finished' is no object");
     if (checkpoint_.resumed())
       say(fmt::format("going on where an earlier run was interrupted ({} of {} done)\n",
-                      checkpoint_.content.value("finished", Json::object()).size(),
-                      groups_.size()));
+                      content["finished"].size(), groups_.size()));
   }
 
   Json measure(const std::function<void(const Json&)>& show) {
@@ -91,6 +89,7 @@ class Run {
     }
     return functions;
   }
+  [[noreturn]] void refuse(const std::string& why) const { checkpoint_.refuse(why); }
   void finish() const { checkpoint_.remove(); }
 
  private:
@@ -106,8 +105,11 @@ class Run {
   Json measure_group(const Group& group, size_t index) {
     // No references into the content are kept: an insertion moves its members.
     const std::string name(group[0]->name);
-    if (const Json& finished = checkpoint_.content["finished"]; finished.contains(name))
+    if (const Json& finished = checkpoint_.content["finished"]; finished.contains(name)) {
+      if (!finished[name].is_array() || finished[name].size() != group.size())
+        checkpoint_.refuse("'finished' is of another shape");
       return finished[name];
+    }
     const bool exhaustive = options_.exhaustive && bench::has_exhaustive_run(*group[0]);
     const std::vector<bench::Statistics> statistics =
         exhaustive ? exhaust(group) : sample(group, index);
@@ -130,9 +132,13 @@ class Run {
   }
 
   void stop_if_interrupted() const {
-    if (Interrupt::requested)
-      throw Failure(fmt::format("interrupted; the same command goes on from here (kept in {})",
-                                checkpoint_.path()));
+    if (!Interrupt::requested) return;
+    const std::string& kept = checkpoint_.path();
+    throw Interrupted(
+        kept.empty()
+            ? "interrupted; nothing was kept"
+            : fmt::format("interrupted; the same command goes on from here (kept in {})", kept),
+        Interrupt::signal_number);
   }
 
   std::vector<bench::Statistics> sample(const Group& group, size_t index) {
@@ -148,10 +154,25 @@ class Run {
     return statistics;
   }
 
+  bench::Exhaustion kept_part(const Group& group) const {
+    const bench::Exhaustion part = bench::exhaustion_of(checkpoint_.content.at("partial"));
+    bool whole = part.done.size() == size_t(bench::Exhaustion::kSlices) &&
+                 (part.statistics.empty() || part.statistics.size() == group.size());
+    for (const bench::Statistics& s : part.statistics) {
+      whole &= s.envelope.size() == size_t(bench::kEnvelope);
+      for (const auto* cases : {&s.worst, &s.mismatched}) {
+        whole &= cases->size() <= size_t(bench::kWorst);
+        for (const bench::Case& c : *cases)
+          whole &= c.result >= 0 && c.result < bench::Oracle::results(*group[0]);
+      }
+    }
+    if (!whole) checkpoint_.refuse("'partial' is of another shape");
+    return part;
+  }
+
   std::vector<bench::Statistics> exhaust(const Group& group) {
     bench::Exhaustion exhaustion;
-    if (checkpoint_.content.contains("partial"))
-      exhaustion = bench::exhaustion_of(checkpoint_.content["partial"]);
+    if (checkpoint_.content.contains("partial")) exhaustion = kept_part(group);
     Progress progress(label(group), bench::Exhaustion::kSlices, Progress::kShare);
     bench::exhaust(
         group, exhaustion, options_.processors,
@@ -176,10 +197,11 @@ class Run {
 
 static std::string verdict(const Json& entry, const char* key) {
   if (!entry.contains(key)) return "-";
-  const Json& judged = entry[key];
-  const bool met = judged["met"];
-  return paint(met ? Colour::good : Colour::bad,
-               fmt::format("{:<16}", judged["bound"].get<std::string>() + (met ? "" : " MISSED")));
+  const Json& judged = entry.at(key);
+  const bool met = judged.at("met");
+  return paint(
+      met ? Colour::good : Colour::bad,
+      fmt::format("{:<16}", judged.at("bound").get<std::string>() + (met ? "" : " MISSED")));
 }
 
 static std::string joined(const Json& arguments) {
@@ -190,9 +212,9 @@ static std::string joined(const Json& arguments) {
 }
 
 static std::string special_text(const Json& entry) {
-  const Json& special = entry["special_values"];
-  const size_t failures = special["failures"].size();
-  const std::string cases = fmt::format("{} rows", special["rows"].get<int>());
+  const Json& special = entry.at("special_values");
+  const size_t failures = special.at("failures").size();
+  const std::string cases = fmt::format("{} rows", special.at("rows").get<int>());
   return failures ? paint(Colour::bad, fmt::format("{}, {} WRONG", cases, failures)) : cases;
 }
 
@@ -204,68 +226,70 @@ static void show_header() {
 }
 
 static void show_line(const Json& entry) {
-  const Json& worst = entry["worst"];
-  fmt::print("{:<22} {:>11} {:>9.4f} {:>8.4f} {} {} {:<13} {}\n", entry["name"].get<std::string>(),
-             entry["count"].get<uint64_t>(), entry["max_ulp"].get<double>(),
-             entry["mean_ulp"].get<double>(), verdict(entry, "guarantee"), verdict(entry, "goal"),
-             special_text(entry), worst.empty() ? "-" : joined(worst[0]["arguments"]));
-  if (const uint64_t wrong = entry["mismatches"]; wrong > 0)
-    fmt::print("  {}\n", paint(Colour::bad,
-                               fmt::format("{} results of the wrong class (NaN, infinity, sign of "
-                                           "zero), first at {}",
-                                           wrong, joined(entry["mismatched"][0]["arguments"]))));
+  const Json& worst = entry.at("worst");
+  fmt::print("{:<22} {:>11} {:>9.4f} {:>8.4f} {} {} {:<13} {}\n",
+             entry.at("name").get<std::string>(), entry.at("count").get<uint64_t>(),
+             entry.at("max_ulp").get<double>(), entry.at("mean_ulp").get<double>(),
+             verdict(entry, "guarantee"), verdict(entry, "goal"), special_text(entry),
+             worst.empty() ? "-" : joined(worst.at(0).at("arguments")));
+  if (const uint64_t wrong = entry.at("mismatches"); wrong > 0)
+    fmt::print("  {}\n",
+               paint(Colour::bad,
+                     fmt::format("{} results of the wrong class (NaN, infinity, sign of "
+                                 "zero), first at {}",
+                                 wrong, joined(entry.at("mismatched").at(0).at("arguments")))));
   fflush(stdout);
 }
 
 static void show_details(const std::string& names, const Json& entry) {
   fmt::print("\n{}: {}, {} results\n", paint(Colour::strong, names),
-             entry["method"].get<std::string>(), entry["count"].get<uint64_t>());
+             entry.at("method").get<std::string>(), entry.at("count").get<uint64_t>());
   fmt::print("  relative error at most 2^{:.2f}; {:.4f} ulp among subnormal results\n",
-             std::log2(entry["max_relative"].get<double>()),
-             entry["max_ulp_subnormal_results"].get<double>());
+             std::log2(entry.at("max_relative").get<double>()),
+             entry.at("max_ulp_subnormal_results").get<double>());
   if (entry.contains("max_normwise"))
     fmt::print("  distance in the plane at most 2^{:.2f} of the result\n",
-               std::log2(entry["max_normwise"].get<double>()));
+               std::log2(entry.at("max_normwise").get<double>()));
   if (entry.contains("exceptions"))
     fmt::print("  {} results among the documented exceptions, up to {:.4g} ulp\n",
-               entry["exceptions"]["count"].get<uint64_t>(),
-               entry["exceptions"]["max_ulp"].get<double>());
-  for (const Json& failure : entry["special_values"]["failures"])
+               entry.at("exceptions").at("count").get<uint64_t>(),
+               entry.at("exceptions").at("max_ulp").get<double>());
+  for (const Json& failure : entry.at("special_values").at("failures"))
     fmt::print("  {}\n", paint(Colour::bad, failure.get<std::string>()));
   fmt::print("  ten worst             ulp  result  (nearest number)\n");
-  for (const Json& worst : entry["worst"])
-    fmt::print("    {:<20} {:.6f}  {}  ({})\n", joined(worst["arguments"]),
-               worst["ulp"].get<double>(), worst["result"].get<std::string>(),
-               worst["nearest"].get<std::string>());
+  for (const Json& worst : entry.at("worst"))
+    fmt::print("    {:<20} {:.6f}  {}  ({})\n", joined(worst.at("arguments")),
+               worst.at("ulp").get<double>(), worst.at("result").get<std::string>(),
+               worst.at("nearest").get<std::string>());
   fmt::print("  error up to    share\n");
-  const double count = entry["count"];
-  for (const Json& part : entry["histogram"])
-    if (const double share = part["count"].get<double>() / count; share > 0)
-      fmt::print(
-          "    {:<10} {:9.4f}%  {}\n",
-          part["up_to"].is_null() ? "beyond" : fmt::format("{:g}", part["up_to"].get<double>()),
-          100 * share, std::string(size_t(std::lround(40 * share)), '#'));
+  const double count = entry.at("count");
+  for (const Json& part : entry.at("histogram"))
+    if (const double share = part.at("count").get<double>() / count; share > 0)
+      fmt::print("    {:<10} {:9.4f}%  {}\n",
+                 part.at("up_to").is_null() ? "beyond"
+                                            : fmt::format("{:g}", part.at("up_to").get<double>()),
+                 100 * share, std::string(size_t(std::lround(40 * share)), '#'));
   fmt::print("  first argument          results    max ulp       mean  at\n");
-  for (const Json& range : entry["ranges"])
-    fmt::print("    {:<18} {:>10} {:>10.4f} {:>10.4f}  {}\n", range["range"].get<std::string>(),
-               range["count"].get<uint64_t>(), range["max_ulp"].get<double>(),
-               range["mean_ulp"].get<double>(),
-               range["max_ulp"] == 0 ? "" : joined(range["arguments"]));
+  for (const Json& range : entry.at("ranges"))
+    fmt::print("    {:<18} {:>10} {:>10.4f} {:>10.4f}  {}\n", range.at("range").get<std::string>(),
+               range.at("count").get<uint64_t>(), range.at("max_ulp").get<double>(),
+               range.at("mean_ulp").get<double>(),
+               range.at("max_ulp") == 0 ? "" : joined(range.at("arguments")));
 }
 
 // Grades with the same errors are shown once.
 static void show_details(const Json& functions) {
   for (size_t i = 0; i < functions.size(); ++i) {
-    std::string names = functions[i]["name"];
+    std::string names = functions[i].at("name");
     const auto same = [&](size_t k) {
-      return functions[k]["family"] == functions[i]["family"] &&
-             functions[k]["type"] == functions[i]["type"] &&
-             functions[k]["worst"] == functions[i]["worst"] &&
-             functions[k]["ranges"] == functions[i]["ranges"];
+      return functions[k].at("family") == functions[i].at("family") &&
+             functions[k].at("type") == functions[i].at("type") &&
+             functions[k].at("worst") == functions[i].at("worst") &&
+             functions[k].at("ranges") == functions[i].at("ranges");
     };
     size_t last = i;
     while (last + 1 < functions.size() && same(last + 1))
-      names += ", " + functions[++last]["grade"].get<std::string>();
+      names += ", " + functions[++last].at("grade").get<std::string>();
     show_details(names, functions[i]);
     i = last;
   }
@@ -291,14 +315,14 @@ static std::string axis_ticks(int width) {
 
 // A panel per family and type, a line per grade whose results differ.
 static std::string panel(const std::vector<Json>& grades, size_t number) {
-  const int width = grades[0]["type"].get<std::string>().substr(0, 2) == "32" ? 4 : 8;
+  const int width = grades[0].at("type").get<std::string>().substr(0, 2) == "32" ? 4 : 8;
   std::string data, plots;
   double most = 0;
   for (size_t g = 0; g < grades.size(); ++g) {
-    const Json& envelope = grades[g]["envelope"];
+    const Json& envelope = grades[g].at("envelope");
     const bool repeated =
         std::any_of(grades.begin(), grades.begin() + int64_t(g),
-                    [&](const Json& other) { return other["envelope"] == envelope; });
+                    [&](const Json& other) { return other.at("envelope") == envelope; });
     if (repeated) continue;
     const std::string name = fmt::format("$d{}_{}", number, g);
     data += name + " << END\n";
@@ -314,8 +338,8 @@ static std::string panel(const std::vector<Json>& grades, size_t number) {
     data += "END\n";
     std::string title;
     for (size_t k = grades.size(); k-- > g;)
-      if (grades[k]["envelope"] == envelope)
-        title += (title.empty() ? "" : ", ") + grades[k]["grade"].get<std::string>();
+      if (grades[k].at("envelope") == envelope)
+        title += (title.empty() ? "" : ", ") + grades[k].at("grade").get<std::string>();
     plots += fmt::format("{} {} using 1:2 with lines lw 1 title '{}'", plots.empty() ? "plot" : ",",
                          name, title);
   }
@@ -323,7 +347,7 @@ static std::string panel(const std::vector<Json>& grades, size_t number) {
          fmt::format(
              "set title '{} {}'\nset xtics ({}) font ',8' rotate by -45\nset yrange [{}:{:g}]\n"
              "{}\n{}\n",
-             grades[0]["family"].get<std::string>(), grades[0]["type"].get<std::string>(),
+             grades[0].at("family").get<std::string>(), grades[0].at("type").get<std::string>(),
              axis_ticks(width), most > 16 ? "0.01" : "0",
              most > 16 ? 2 * most : std::max(0.6, 1.15 * most),
              most > 16 ? "set logscale y" : "unset logscale y", plots);
@@ -332,9 +356,9 @@ static std::string panel(const std::vector<Json>& grades, size_t number) {
 static void plot_accuracy(const std::string& path, const Json& functions) {
   std::vector<std::vector<Json>> panels;
   for (const Json& entry : functions) {
-    if (entry["max_ulp"] == 0) continue;  // nothing to see
-    if (panels.empty() || panels.back()[0]["family"] != entry["family"] ||
-        panels.back()[0]["type"] != entry["type"])
+    if (entry.at("max_ulp") == 0) continue;  // nothing to see
+    if (panels.empty() || panels.back()[0].at("family") != entry.at("family") ||
+        panels.back()[0].at("type") != entry.at("type"))
       panels.emplace_back();
     panels.back().push_back(entry);
   }
@@ -352,18 +376,20 @@ static void plot_accuracy(const std::string& path, const Json& functions) {
 
 // ---- The command
 
-static int accuracy(AccuracyOptions options) {
-  set_range(options);
-  if (options.patterns.empty()) options.patterns = {"luxs*"};
-  if (options.processors == 0)
-    options.processors = int(std::max(1u, std::thread::hardware_concurrency()));
-  luxcoreSetNumThreads(1);  // the work is divided here
-  const Interrupt interrupt;
-  Run run(options, chosen(options));
+static void clear() {
+  std::string folder;
+  const int removed = Checkpoint::clear(folder);
+  if (folder.empty())
+    fmt::print("nothing is kept: neither XDG_STATE_HOME nor HOME is the path of a folder\n");
+  else
+    fmt::print("{} interrupted run{} forgotten in {}\n", removed, removed == 1 ? "" : "s", folder);
+}
+
+static void measure_and_tell(const AccuracyOptions& options, Run& run) {
   show_header();
   const Json functions = run.measure(show_line);
   std::vector<std::string> families;
-  for (const Json& entry : functions) families.push_back(entry["family"]);
+  for (const Json& entry : functions) families.push_back(entry.at("family"));
   const bool one =
       std::count(families.begin(), families.end(), families[0]) == int64_t(families.size());
   if (options.details || one) show_details(functions);
@@ -376,50 +402,74 @@ static int accuracy(AccuracyOptions options) {
         {"seed", options.sampling.seed},
         {"functions", functions}};
     if (!options.range.empty()) document["range"] = options.range;
-    write_file(options.json, document.dump(1) + "\n");
+    write_file(options.json, document.dump(1, ' ', false, Json::error_handler_t::replace) + "\n");
   }
   if (!options.plot.empty()) plot_accuracy(options.plot, functions);
   run.finish();
   const auto broken = std::count_if(functions.begin(), functions.end(), [](const Json& entry) {
-    return !entry["guarantee"]["met"].get<bool>() || !entry["special_values"]["failures"].empty();
+    return !entry.at("guarantee").at("met").get<bool>() ||
+           !entry.at("special_values").at("failures").empty();
   });
   if (broken > 0)
-    throw Failure(fmt::format("{} function{} not keep to the promised accuracy or special values",
-                              broken, broken == 1 ? " does" : "s do"));
-  return 0;
+    throw CheckFailed(
+        fmt::format("{} function{} not keep to the promised accuracy or special values", broken,
+                    broken == 1 ? " does" : "s do"));
+}
+
+static void accuracy(AccuracyOptions options) {
+  if (options.clear) return clear();
+  set_range(options);
+  if (!options.json.empty()) require_writable(options.json);
+  if (!options.plot.empty()) require_drawable(options.plot);
+  if (options.processors == 0)
+    options.processors = int(std::max(1u, std::thread::hardware_concurrency()));
+  bench::set_thread_count(1);  // the work is divided here
+  const Interrupt interrupt;
+  Run run(options, chosen(options));
+  try {
+    measure_and_tell(options, run);
+  } catch (const Json::exception&) {  // only what was kept can lack anything
+    run.refuse("a field is missing or of another kind");
+  }
 }
 
 void add_accuracy(CLI::App& program) {
   auto options = std::make_shared<AccuracyOptions>();
   CLI::App* command = program.add_subcommand(
       "accuracy", "Measure errors against exact values, beside what is promised");
-  command->add_option("pattern", options->patterns,
-                      "Parts of names, or globs over the whole name (default: everything)");
+  CLI::Option* pattern =
+      command->add_option("pattern", options->patterns, "Which functions; all of them by default");
   command
       ->add_option("--samples", options->sampling.samples,
                    "Arguments per function, besides the steps of its method")
       ->capture_default_str()
-      ->check(CLI::Range(100, 50'000'000));
+      ->transform(whole_number(100, 50'000'000));
   command->add_flag("--exhaustive", options->exhaustive,
                     "All 2^32 arguments of the one-argument 32f functions (others are sampled)");
   command->add_option("--range", options->range, "Only first arguments between A and B")
       ->type_name("A:B");
   command->add_option("--seed", options->sampling.seed, "Of the random arguments")
-      ->capture_default_str();
+      ->capture_default_str()
+      ->transform(whole_number(0, UINT64_MAX));
   command->add_option("--plot", options->plot, "Draw the largest error over the argument")
       ->type_name("FILE.svg");
   command->add_option("--json", options->json, "Write all figures to this file")->type_name("FILE");
   command->add_flag("--details", options->details,
                     "Ten worst, histogram and ranges of every function (default for one family)");
   command->add_option("--processors", options->processors, "To work on (default: all)")
-      ->check(CLI::Range(1, 1024));
+      ->transform(whole_number(1, 1024));
   command->add_flag("--fresh", options->fresh, "Start anew even if an earlier run was interrupted");
+  command->add_flag("--clear", options->clear, "Forget all interrupted runs and measure nothing")
+      ->excludes(pattern);
   command->footer(
+      std::string(kPatternHelp) +
       "The error is the full distance to the exact value (MPFR, MPC) in units of the last place\n"
       "of the exact value's binade; those of the subnormals are the smallest. Results of another\n"
       "class than the exact value's (NaN, infinity, sign of a zero) are counted apart.\n"
-      "An interrupted run goes on when the same command is given again.\n"
-      "Exit status 1 when a guarantee or a special value is not kept.\n"
+      "An interrupted run goes on when the same command is given again. What it had done is kept "
+      "in\n"
+      "$XDG_STATE_HOME/luxvm or ~/.local/state/luxvm; without either variable nothing is kept.\n"
+      "Exit code 1 when a guarantee or a special value is not kept.\n"
       "Examples:\n"
       "  luxvm accuracy Exp_64f\n"
       "  luxvm accuracy 'luxs*_32f_A24' --samples 20000 --json errors.json\n"

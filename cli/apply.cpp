@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
 // luxvm apply: a function over a file or a pipe, in one call.
+#include "bench/thread_count.h"
 #include "cli/catalog.h"
 #include "cli/cli.h"
 #include "cli/files.h"
 #include "cli/numbers.h"
 #include "cli/reports.h"
-#include "luxcore.h"
 
 #include <fmt/format.h>
 #include <x86intrin.h>
@@ -33,7 +33,7 @@ static const std::map<std::string, Format> kFormats{
     {"text", Format::text}, {"csv", Format::csv}, {"raw", Format::raw}, {"npy", Format::npy}};
 
 static bool is_split(const Function& function, int32_t len) {
-  const int32_t threads = luxcoreGetNumThreads();
+  const int32_t threads = bench::thread_count();
   return len > min_n(function, threads) && len > int64_t(threads) * 100;
 }
 
@@ -46,10 +46,11 @@ static Run perform(const Function& function, const Input& input, const std::stri
                       scalar.data()};
   Run run{};
   run.len = int32_t(input.sources[0].size() / size_t(function.type.bytes()));
-  // A process's first call settles the threshold, which asks the processor and takes long. A call
-  // of no elements is refused but settles it, so that the time below is that of the work.
-  function.call(arrays, 0);
-  run.threads = is_split(function, run.len) ? luxcoreGetNumThreads() : 1;
+  // A process's first call settles the threshold, asks the processor, starts the threads and
+  // touches the pages of code and results for the first time, so the second one is timed. No
+  // destination is a source.
+  function.call(arrays, run.len);
+  run.threads = is_split(function, run.len) ? bench::thread_count() : 1;
   start_reports(0);
   const auto start = std::chrono::steady_clock::now();
   const uint64_t first_cycle = __rdtsc();
@@ -94,8 +95,9 @@ static void apply(const ApplyOptions& options) {
   const bool given = !options.format.empty();
   const Format in = given ? kFormats.at(options.format) : format_of(options.in, Format::text);
   const Format out = given ? in : format_of(options.out, in);
-  if (options.threads > 0) luxcoreSetNumThreads(options.threads);
+  if (options.threads > 0) bench::set_thread_count(options.threads);
 
+  require_writable(options.out);
   Output output;
   const Input input = read_input({options.in, in, options.columns}, function);
   const Run run = perform(function, input, scalar, output);
@@ -128,7 +130,7 @@ void add_apply(CLI::App& program) {
   command
       ->add_option("--threads", options->threads,
                    "Threads that a call may use; one for each processor by default")
-      ->check(CLI::Range(1, INT32_MAX));
+      ->transform(whole_number(1, INT32_MAX));
   command->add_flag("--json", options->json, "Write the summary as JSON");
   command->add_flag("--quiet", options->quiet, "Write no summary");
   command->footer(
@@ -136,11 +138,12 @@ void add_apply(CLI::App& program) {
       ".npy), otherwise it is text. Functions of two sources read two columns.\n"
       "  text  numbers between blanks, one row a line; empty lines and lines from # on are "
       "skipped\n"
-      "  csv   the same between commas; a first line without any number is a header\n"
+      "  csv   the same between commas; a first line is a header if no field of it begins as a\n"
+      "        number does\n"
       "  raw   the elements as they are in memory, pairs of them for two sources\n"
       "  npy   one dimension, or rows and columns, of the function's own type\n"
       "The results have as many columns as the function has destinations. A summary goes to the\n"
-      "standard error.\n"
+      "standard error; its time and cycles are those of a second, equal call.\n"
       "Examples:\n"
       "  seq 1 10 | luxvm apply luxsInv_64f_A53\n"
       "  luxvm apply luxsExp_32f_A24 --in table.csv --column exponent --out result.csv\n"

@@ -2,12 +2,15 @@
 //
 // luxvm bench: core cycles per element, beside the goals and other implementations.
 #include "bench/arguments.h"
+#include "bench/thread_count.h"
 #include "cli/bench_rows.h"
 #include "cli/checkpoint.h"
 #include "cli/files.h"
+#include "cli/json_file.h"
 #include "cli/machine.h"
+#include "cli/numbers.h"
+#include "cli/plot.h"
 #include "cli/reports.h"
-#include "luxcore.h"
 
 #include <fmt/chrono.h>
 #include <gnu/libc-version.h>
@@ -18,7 +21,6 @@
 
 #include <cmath>
 #include <ctime>
-#include <fstream>
 #include <functional>
 
 constexpr int32_t kMostElements = 20'000'000;
@@ -34,7 +36,7 @@ struct BenchOptions {
 
 // ---- What the options say --------------------------------------------------------------------
 
-static double number_in(const std::string& text, const std::string& what) {
+static double parsed_number(const std::string& text, const std::string& what) {
   size_t used = 0;
   double value = NAN;
   try {
@@ -47,7 +49,7 @@ static double number_in(const std::string& text, const std::string& what) {
 }
 
 static int32_t length_in(const std::string& text) {
-  const double value = number_in(text, "number of elements");
+  const double value = parsed_number(text, "number of elements");
   if (value < 1 || value > kMostElements || value != std::floor(value))
     throw Failure(fmt::format("--n takes whole numbers from 1 to {}, A:B or {}, not {}",
                               kMostElements, kAroundThreshold, text));
@@ -73,8 +75,8 @@ static bench::Share share_in(const std::string& text) {
   if (text.empty()) return {};
   constexpr int64_t kParts = 1'000'000;
   const bool percent = text.back() == '%';
-  const double value = number_in(percent ? text.substr(0, text.size() - 1) : text,
-                                 "percentage or count for --special");
+  const double value = parsed_number(percent ? text.substr(0, text.size() - 1) : text,
+                                     "percentage or count for --special");
   if (percent && value > 0 && value <= 100) {
     const int64_t special = std::llround(value / 100 * kParts);
     if (special > 0) return {special, kParts};
@@ -110,22 +112,12 @@ static std::vector<int32_t> lengths_for(const BenchOptions& options, const Funct
   return all;
 }
 
-static bool wanted(const Function& function, const BenchOptions& options) {
-  return options.patterns.empty() ||
-         std::any_of(options.patterns.begin(), options.patterns.end(),
-                     [&](const auto& pattern) { return name_matches(function, pattern); });
-}
-
 static std::vector<const Function*> choose(const BenchOptions& options) {
   std::vector<const Function*> chosen;
-  for (const Function& function : kFunctions) {
-    if (!wanted(function, options)) continue;
-    if (options.large && !bench::has_large_arguments(function)) continue;
-    chosen.push_back(&function);
-  }
-  if (!chosen.empty()) return chosen;
-  const std::string which = options.large ? " with a path for large arguments" : "";
-  throw Failure(fmt::format("no function{} matches; `luxvm list` shows them", which));
+  for (const Function* function : find_functions(options.patterns))
+    if (!options.large || bench::has_large_arguments(*function)) chosen.push_back(function);
+  if (chosen.empty()) throw Failure("no function with a path for large arguments matches");
+  return chosen;
 }
 
 static void check(const BenchOptions& options) {
@@ -210,7 +202,7 @@ static void measure_in_child(const Function& function, int32_t threads, const Be
       fflush(to);
     };
     try {
-      luxcoreSetNumThreads(threads);
+      bench::set_thread_count(threads);
       for (int32_t offset : options.offsets)
         for (int32_t n : lengths_for(options, function, threads))
           send(row_json(measure_point(function, threads, n, offset, options)));
@@ -238,7 +230,8 @@ static void measure_in_child(const Function& function, int32_t threads, const Be
   int status = 0;
   while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
-  if (WIFSIGNALED(status)) error = strsignal(WTERMSIG(status));
+  if (WIFSIGNALED(status))
+    throw CheckFailed(fmt::format("{}: {}", function.name, strsignal(WTERMSIG(status))));
   if (!error.empty()) throw Failure(fmt::format("{}: {}", function.name, error));
 }
 
@@ -270,7 +263,10 @@ static Shown shown_by(const BenchOptions& options, const std::vector<const Funct
     return std::any_of(functions.begin(), functions.end(), holds);
   };
   BenchRow row;
-  row.n = options.lengths.size() == 1 ? std::atoi(options.lengths[0].c_str()) : 0;
+  const std::vector<int32_t> lengths = options.lengths[0] == kAroundThreshold
+                                           ? std::vector<int32_t>()
+                                           : lengths_in(options.lengths[0]);
+  row.n = options.lengths.size() == 1 && lengths.size() == 1 ? lengths[0] : 0;
   row.special_elements = !options.special.empty();
   row.large = options.large;
   return {any([&](const Function* f) { return row.function = f, row.goal() > 0; }),
@@ -413,17 +409,22 @@ static void write_rows(const std::string& path, Json document, const std::vector
   document["rows"] = Json::array();
   for (const BenchRow& row : rows) document["rows"].push_back(row_json(row));
   document["summary"] = summary_json(summarize(rows));
-  write_file(path, document.dump(1) + "\n");
+  write_file(path, document.dump(1, ' ', false, Json::error_handler_t::replace) + "\n");
 }
 
 static void take_settings(BenchOptions& options, const Json& document) {
-  const Json& settings = document.at("settings");
-  options.lengths = settings.at("n").get<std::vector<std::string>>();
-  options.threads = settings.at("threads").get<std::vector<int32_t>>();
-  options.offsets = settings.at("offset").get<std::vector<int32_t>>();
-  options.special = settings.at("special");
-  options.large = settings.at("large");
-  options.compare = settings.at("compare");
+  const Json& settings = object_in(document, "settings");
+  const auto all = [&](const char* key, auto& values) {
+    values = array_in(settings, key).get<std::decay_t<decltype(values)>>();
+    if (values.empty()) throw BadField(fmt::format("'{}' is empty", key));
+  };
+  all("n", options.lengths);
+  all("threads", options.threads);
+  all("offset", options.offsets);
+  options.special = text_in(settings, "special");
+  options.large = flag_in(settings, "large");
+  options.compare = flag_in(settings, "compare");
+  check(options);
 }
 
 struct Earlier {
@@ -431,22 +432,35 @@ struct Earlier {
   std::vector<BenchRow> rows;
 };
 
-static Earlier read_rows(const std::string& path) {
-  std::ifstream file(path);
-  if (!file) throw Failure(fmt::format("cannot read {}: {}", path, strerror(errno)));
+// The file's settings take the place of `options`.
+static Earlier read_rows(const std::string& path, BenchOptions& options) {
+  const std::string text = read_file(path);
+  const auto refuse = [&](const char* why) -> Failure {
+    return Failure(fmt::format("{} is not a file that `luxvm bench --json` wrote: {}", path, why));
+  };
   try {
-    Earlier earlier{Json::parse(file), {}};
-    for (const Json& row : earlier.document.at("rows")) earlier.rows.push_back(row_from_json(row));
+    Earlier earlier{parse_json(text), {}};
+    for (const Json& row : array_in(earlier.document, "rows"))
+      earlier.rows.push_back(row_from_json(row));
+    text_in(earlier.document, "processor");
+    number_in(earlier.document, "ticks_per_cycle");
+    flag_in(earlier.document, "complete");
+    take_settings(options, earlier.document);
     return earlier;
+  } catch (const BadField& bad) {
+    throw refuse(bad.what());
+  } catch (const Failure& bad) {
+    throw refuse(bad.what());
   } catch (const Json::exception&) {
-    throw Failure(fmt::format("{} is not a file that `luxvm bench --json` wrote", path));
+    throw refuse("a setting is of another kind");
   }
 }
 
 // The rows of an interrupted run, if it is the same run of the same library.
 static std::vector<BenchRow> rows_to_resume(const BenchOptions& options, const Json& document) {
   if (!options.resume || access(options.json.c_str(), F_OK) != 0) return {};
-  Earlier earlier = read_rows(options.json);
+  BenchOptions its_own;
+  Earlier earlier = read_rows(options.json, its_own);
   for (const char* key : {"library", "processor", "settings", "libm"})
     if (earlier.document.value(key, Json()) != document[key]) return {};
   return earlier.document.value("complete", true) ? std::vector<BenchRow>() : earlier.rows;
@@ -494,14 +508,16 @@ static bool has_lengths(const std::vector<const Function*>& functions,
   return false;
 }
 
-// Before the work, not after it.
-static void check_writable(const std::string& path) {
-  if (is_standard_stream(path)) return;
-  const size_t slash = path.find_last_of('/');
-  const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-  const bool exists = access(path.c_str(), F_OK) == 0;
-  if (access(exists ? path.c_str() : folder.c_str(), W_OK) != 0)
-    throw Failure(fmt::format("cannot write to {}: {}", path, strerror(errno)));
+// As many curves as a plot of several lengths would have.
+static void check_curves(const std::vector<const Function*>& functions,
+                         const BenchOptions& options) {
+  const auto several = [&](const Function* f) {
+    return lengths_for(options, *f, options.threads[0]).size() > 1;
+  };
+  const size_t curves = functions.size() * options.threads.size() * options.offsets.size();
+  if (!options.plot.empty() && curves > kMostCurves && several(functions[0]))
+    throw Failure(fmt::format("{} curves are too many for a plot; choose at most {} by a pattern",
+                              curves, kMostCurves));
 }
 
 // The last pass prints its rows; the ones before it only say on a terminal where they are.
@@ -522,6 +538,7 @@ static void measure_all(const BenchOptions& options) {
   const std::vector<const Function*> chosen = choose(options);
   if (!has_lengths(chosen, options))
     throw Failure("none of these functions ever threads here; `luxvm explain` says why");
+  check_curves(chosen, options);
   if (options.compare) bench::leave_out_sse2_variants();
 
   const Json document = document_for(options);
@@ -553,12 +570,12 @@ static void measure_all(const BenchOptions& options) {
 
 // The figures of an earlier run, as if they had just been measured.
 static void show_earlier(BenchOptions options) {
-  Earlier earlier = read_rows(options.from);
-  take_settings(options, earlier.document);
+  const std::vector<const Function*> wanted = find_functions(options.patterns);
+  const Earlier earlier = read_rows(options.from, options);
   std::vector<BenchRow> rows;
   std::vector<const Function*> chosen;
   for (const BenchRow& row : earlier.rows) {
-    if (!wanted(*row.function, options)) continue;
+    if (std::find(wanted.begin(), wanted.end(), row.function) == wanted.end()) continue;
     rows.push_back(row);
     chosen.push_back(row.function);
   }
@@ -580,10 +597,8 @@ static void show_earlier(BenchOptions options) {
 static void run_bench(const BenchOptions& options) {
   if (options.resume && is_standard_stream(options.json))
     throw Failure("--resume needs the file of --json");
-  if (is_standard_stream(options.plot) && !options.plot.empty())
-    throw Failure("--plot needs the name of a file");
-  check_writable(options.json);
-  check_writable(options.plot);
+  if (!options.json.empty()) require_writable(options.json);
+  if (!options.plot.empty()) require_drawable(options.plot);
   options.from.empty() ? measure_all(options) : show_earlier(options);
 }
 
@@ -591,8 +606,7 @@ void add_bench(CLI::App& program) {
   auto options = std::make_shared<BenchOptions>();
   CLI::App* command =
       program.add_subcommand("bench", "Measure core cycles per element of the functions");
-  command->add_option("pattern", options->patterns,
-                      "Parts of names, or globs over whole names; every function by default");
+  command->add_option("pattern", options->patterns, "Which functions; all of them by default");
   command
       ->add_option("--n", options->lengths,
                    "Elements of each array: numbers, A:B for 1-2-5 steps from A to B, or "
@@ -602,7 +616,7 @@ void add_bench(CLI::App& program) {
   command->add_option("--threads", options->threads, "Threads that a call may use; 1 by default")
       ->delimiter(',')
       ->allow_extra_args(false)
-      ->check(CLI::Range(1, 1024));
+      ->transform(whole_number(1, 1024));
   command->add_option("--special", options->special,
                       "Special elements among them: a percentage (1%), or COUNT for one in COUNT");
   command
@@ -610,19 +624,19 @@ void add_bench(CLI::App& program) {
                    "Bytes of every array beyond a cache line's start; 0 by default")
       ->delimiter(',')
       ->allow_extra_args(false)
-      ->check(CLI::Range(0, 4096));
+      ->transform(whole_number(0, 4096));
   command->add_flag("--large", options->large,
                     "Arguments that all miss the fast reduction of sine, cosine and tangent");
   command->add_flag("--compare", options->compare,
                     "Also the C library's scalar function in a loop, and SLEEF if it is installed");
   command->add_option("--milliseconds", options->milliseconds, "Time spent on one figure")
       ->capture_default_str()
-      ->check(CLI::Range(1, 60'000));
+      ->transform(whole_number(1, 60'000));
   command
       ->add_option("--passes", options->passes,
                    "Measure everything so often, at different times, and show the least disturbed")
       ->capture_default_str()
-      ->check(CLI::Range(1, 100));
+      ->transform(whole_number(1, 100));
   command->add_option("--json", options->json,
                       "File for the figures; - writes them to the standard output, and no table");
   command->add_option("--plot", options->plot,
@@ -633,6 +647,7 @@ void add_bench(CLI::App& program) {
   command->add_option("--from", options->from,
                       "Measure nothing: show the figures of this --json file");
   command->footer(
+      std::string(kPatternHelp) +
       "Figures are core cycles per element, the least and the median of many samples. The "
       "time-stamp\n"
       "counter does not run at the core's clock, so each group of samples stands between two\n"

@@ -77,11 +77,10 @@ static std::vector<Curve> curves_of(const std::vector<BenchRow>& rows) {
 }
 
 static void draw_curves(const std::string& path, const std::vector<BenchRow>& rows) {
-  constexpr size_t kMost = 16;
   const std::vector<Curve> curves = curves_of(rows);
-  if (curves.size() > kMost)
+  if (curves.size() > kMostCurves)
     throw Failure(fmt::format("{} curves are too many for a plot; choose at most {} by a pattern",
-                              curves.size(), kMost));
+                              curves.size(), kMostCurves));
   std::string data, plots;
   bool libm = false;
   for (size_t i = 0; i < curves.size(); ++i) {

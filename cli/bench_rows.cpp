@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/bench_rows.h"
+#include "cli/json_file.h"
+#include "cli/numbers.h"
 
 #include <fmt/format.h>
 
@@ -40,10 +42,10 @@ static Json figure_json(const Figure& figure) {
 
 static Figure figure_from_json(const Json& json) {
   Figure figure;
-  if (json.at("minimum").is_number()) figure.minimum = json["minimum"];
-  if (json.at("median").is_number()) figure.median = json["median"];
-  figure.kept = json.at("kept");
-  figure.dropped = json.at("dropped");
+  if (!member(json, "minimum").is_null()) figure.minimum = number_in(json, "minimum");
+  if (!member(json, "median").is_null()) figure.median = number_in(json, "median");
+  figure.kept = int(whole_in(json, "kept", 0, INT32_MAX));
+  figure.dropped = int(whole_in(json, "dropped", 0, INT32_MAX));
   return figure;
 }
 
@@ -88,19 +90,24 @@ Json row_json(const BenchRow& row) {
 
 BenchRow row_from_json(const Json& json) {
   BenchRow row;
-  row.function = &find_function(json.at("name"));
-  row.n = json.at("n");
-  row.threads = json.at("threads");
-  row.split = json.at("split");
-  row.offset = json.at("offset");
-  row.large = json.at("large");
-  row.special_elements = json.at("special_elements");
-  row.passes = json.at("passes");
-  row.reports = json.at("reports");
-  row.element = figure_from_json(json.at("cycles"));
+  const std::string function = text_in(json, "name");
+  row.function = function_named(function);
+  if (!row.function) throw BadField(fmt::format("there is no function {}", in_quotes(function)));
+  const auto count = [&](const char* key, int32_t least) {
+    return int32_t(whole_in(json, key, least, INT32_MAX));
+  };
+  row.n = count("n", 1);
+  row.threads = count("threads", 1);
+  row.split = flag_in(json, "split");
+  row.offset = count("offset", 0);
+  row.large = flag_in(json, "large");
+  row.special_elements = count("special_elements", 0);
+  row.passes = count("passes", 1);
+  row.reports = object_in(json, "reports");
+  row.element = figure_from_json(member(json, "cycles"));
   for (const auto& [name, figure] : kOptionalFigures)
-    if (json.contains(name)) row.*figure = figure_from_json(json[name]);
-  row.sleef_name = json.value("sleef_function", "");
+    if (json.contains(name)) row.*figure = figure_from_json(member(json, name));
+  if (json.contains("sleef_function")) row.sleef_name = text_in(json, "sleef_function");
   return row;
 }
 

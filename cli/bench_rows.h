@@ -37,7 +37,7 @@ struct BenchRow {
 double ratio(const BenchRow& row, const std::optional<Figure>& peer);
 
 Json row_json(const BenchRow& row);
-BenchRow row_from_json(const Json& json);
+BenchRow row_from_json(const Json& json);  // a BadField when it is none
 
 // Over the rows that stand beside a goal.
 struct BenchSummary {
@@ -55,6 +55,7 @@ BenchSummary summarize(const std::vector<BenchRow>& rows);
 Json summary_json(const BenchSummary& summary);
 
 // Cycles over the length where a function was measured at several, otherwise a bar for each export.
+constexpr size_t kMostCurves = 16;
 void draw_bench(const std::string& path, const std::vector<BenchRow>& rows);
 
 #endif

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/catalog.h"
 #include "cli/cli.h"
+#include "cli/numbers.h"
 
 #include <fmt/format.h>
 #include <fnmatch.h>
@@ -16,7 +17,7 @@ static std::string lower(std::string_view text) {
   return result;
 }
 
-static size_t edit_distance(const std::string& a, const std::string& b) {
+size_t edit_distance(const std::string& a, const std::string& b) {
   std::vector<size_t> row(b.size() + 1);
   std::iota(row.begin(), row.end(), size_t(0));
   for (size_t i = 0; i < a.size(); ++i) {
@@ -48,9 +49,14 @@ static bool nearer(const Function& a, const Function& b, const std::string& want
   return rank(a) < rank(b);
 }
 
-const Function& find_function(const std::string& name) {
+const Function* function_named(std::string_view name) {
   for (const Function& function : kFunctions)
-    if (function.name == name) return function;
+    if (function.name == name) return &function;
+  return nullptr;
+}
+
+const Function& find_function(const std::string& name) {
+  if (const Function* const function = function_named(name)) return *function;
 
   const std::string wanted = lower(std::string_view(name).substr(0, 64));
   const Function& nearest =
@@ -62,11 +68,62 @@ const Function& find_function(const std::string& name) {
                             close ? fmt::format("did you mean {}? ", nearest.name) : ""));
 }
 
-bool name_matches(const Function& function, const std::string& pattern) {
-  if (pattern.find_first_of("*?[") == std::string::npos)
-    return bare(function).find(lower(pattern)) != std::string::npos ||
-           lower(function.name).find(lower(pattern)) == 0;
-  return fnmatch(pattern.c_str(), function.name.data(), FNM_CASEFOLD) == 0;
+const char* const kPatternHelp =
+    "A pattern without * ? [ is compared with whole parts of the names: Inv is all of luxsInv_...\n"
+    "and not InvSqrt, Exp_64f leaves out Exp_64fc, 32f_A24 and luxsInv_32f are possible too. "
+    "Where\n"
+    "no name has such parts, it may be any piece of a name. With * ? [ it is a glob over the "
+    "whole\n"
+    "name, with or without luxs. Letter case does not matter.\n";
+
+static bool is_glob(const std::string& pattern) {
+  return pattern.find_first_of("*?[") != std::string::npos;
+}
+
+static bool glob_matches(const Function& function, const std::string& pattern) {
+  return fnmatch(pattern.c_str(), function.name.data(), FNM_CASEFOLD) == 0 ||
+         fnmatch(pattern.c_str(), function.name.data() + 4, FNM_CASEFOLD) == 0;
+}
+
+static bool parts_match(const Function& function, const std::string& wanted) {
+  const std::string name = lower(function.name) + "_";
+  if (wanted.compare(0, 4, "luxs") == 0)
+    return name.compare(0, wanted.size() + 1, wanted + "_") == 0;
+  return ("_" + name.substr(4)).find("_" + wanted + "_") != std::string::npos;
+}
+
+static bool piece_matches(const Function& function, const std::string& wanted) {
+  return bare(function).find(wanted) != std::string::npos || lower(function.name).find(wanted) == 0;
+}
+
+// Adds what the pattern stands for.
+static void mark(const std::string& pattern, std::vector<bool>& marked) {
+  const auto mark_if = [&](auto matches, const std::string& wanted) {
+    bool any = false;
+    for (size_t i = 0; i < std::size(kFunctions); ++i)
+      if (matches(kFunctions[i], wanted)) marked[i] = any = true;
+    return any;
+  };
+  if (is_glob(pattern)) {
+    mark_if(glob_matches, pattern);
+    return;
+  }
+  const std::string wanted = lower(pattern);
+  if (!mark_if(parts_match, wanted) && !mark_if(piece_matches, wanted))
+    throw Failure(
+        fmt::format("no function matches {}; `luxvm list` shows them all", in_quotes(pattern)));
+}
+
+std::vector<const Function*> find_functions(const std::vector<std::string>& patterns) {
+  std::vector<bool> marked(std::size(kFunctions), patterns.empty());
+  for (const std::string& pattern : patterns) mark(pattern, marked);
+  std::vector<const Function*> found;
+  for (size_t i = 0; i < marked.size(); ++i)
+    if (marked[i]) found.push_back(&kFunctions[i]);
+  if (found.empty())
+    throw Failure(
+        fmt::format("no function matches {}; `luxvm list` shows them all", in_quotes(patterns[0])));
+  return found;
 }
 
 int32_t min_n(const Function& function, int32_t threads) {

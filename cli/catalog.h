@@ -8,12 +8,21 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
+
+// The function of that name; null when there is none.
+const Function* function_named(std::string_view name);
 
 // The function of that name; otherwise a Failure that names the nearest one.
 const Function& find_function(const std::string& name);
 
-// A glob over the whole name, or without * ? [ a part of it; letter case does not matter.
-bool name_matches(const Function& function, const std::string& pattern);
+// The functions that any of the patterns stands for, all of them without a pattern, in the order of
+// the list; a Failure when there are none, or none for a pattern that is no glob.
+std::vector<const Function*> find_functions(const std::vector<std::string>& patterns);
+extern const char* const kPatternHelp;
+
+// How many letters must change to make one word of the other.
+size_t edit_distance(const std::string& a, const std::string& b);
 
 constexpr int32_t kNever = 0x7FFFFFFF;
 

@@ -3,10 +3,10 @@
 // luxvm check: whether the library that is loaded is whole and computes what it should.
 #include "bench/result_hash.h"
 #include "bench/special_values.h"
+#include "bench/thread_count.h"
 #include "cli/catalog.h"
 #include "cli/cli.h"
 #include "cli/files.h"
-#include "luxcore.h"
 
 #include <dlfcn.h>
 #include <fmt/format.h>
@@ -19,7 +19,8 @@
 #include <vector>
 
 struct CheckOptions {
-  std::string pattern, publish;
+  std::vector<std::string> patterns;
+  std::string publish;
   bool verbose = false, json = false;
 };
 
@@ -154,15 +155,13 @@ static Checked check_function(const Function& f) {
   return c;
 }
 
-static Summary check_all(const std::string& pattern) {
+static Summary check_all(const std::vector<std::string>& patterns) {
+  const std::vector<const Function*> chosen = find_functions(patterns);
   Summary summary;
   summary.library = file_of(loaded("luxvmGetLibVersion"));
-  summary.core = file_of(loaded("luxcoreSetNumThreads"));
+  summary.core = file_of(loaded("threads_omp_of_n_lux"));
   summary.missing = missing_exports(summary.library);
-  for (const Function& f : kFunctions) {
-    if (pattern.empty() || name_matches(f, pattern)) summary.functions.push_back(check_function(f));
-  }
-  if (summary.functions.empty()) throw Failure(fmt::format("no function matches '{}'", pattern));
+  for (const Function* f : chosen) summary.functions.push_back(check_function(*f));
   return summary;
 }
 
@@ -283,7 +282,7 @@ static Json summary_json(const Summary& s) {
         {"version", v->version},
         {"build", fmt::format("{}.{}.{}.{}", v->major, v->minor, v->major_build, v->build)},
         {"build_date", v->build_date}}},
-      {"core", {{"path", s.core}, {"threads", luxcoreGetNumThreads()}}},
+      {"core", {{"path", s.core}, {"threads", bench::thread_count()}}},
       {"missing", s.missing},
       {"functions", Json::array()}};
   for (const Checked& c : s.functions) document["functions"].push_back(function_json(c));
@@ -295,8 +294,8 @@ static Json summary_json(const Summary& s) {
 static void publish(const Summary& summary, const std::string& path) {
   for (const Checked& c : summary.functions)
     if (!c.present || !c.special.failures.empty() || !c.moved_by.empty() || c.special.rows == 0)
-      throw Failure(fmt::format("nothing is published: {} {}", c.function->name,
-                                c.special.rows ? "does not pass" : "has no special values"));
+      throw CheckFailed(fmt::format("nothing is published: {} {}", c.function->name,
+                                    c.special.rows ? "does not pass" : "has no special values"));
   std::string text =
       "// SPDX-License-Identifier: MIT\n"
       "//\n"
@@ -309,21 +308,22 @@ static void publish(const Summary& summary, const std::string& path) {
 }
 
 static void check(const CheckOptions& options) {
-  const Summary summary = check_all(options.pattern);
+  if (!options.publish.empty()) require_writable(options.publish);
+  const Summary summary = check_all(options.patterns);
   if (!options.publish.empty()) return publish(summary, options.publish);
   if (options.json)
     print_json(summary_json(summary));
   else
     print_summary(summary, options.verbose);
-  if (!summary.passed()) throw CLI::RuntimeError(1);
+  if (!summary.passed()) throw CheckFailed("");
 }
 
 void add_check(CLI::App& program) {
   auto options = std::make_shared<CheckOptions>();
   CLI::App* command = program.add_subcommand(
       "check", "Test the installed library: exports, special values, results as published");
-  CLI::Option* pattern = command->add_option("pattern", options->pattern,
-                                             "Part of a name, or a glob over the whole name");
+  CLI::Option* pattern =
+      command->add_option("pattern", options->patterns, "Which functions; all of them by default");
   command->add_flag("--verbose", options->verbose, "A line for every function, with its hash");
   command->add_flag("--json", options->json, "Write JSON");
   command
@@ -332,7 +332,8 @@ void add_check(CLI::App& program) {
       ->type_name("FILE")
       ->excludes(pattern);
   command->footer(
-      "Takes a few seconds and ends with exit code 0 when everything passed, otherwise 1.\n"
+      std::string(kPatternHelp) +
+      "Takes a few seconds and ends with exit code 0 when everything passed, 1 when not.\n"
       "Each function gets every special value at every place of short arrays, and fixed arguments\n"
       "that are the same on every machine; a hash of the results is compared with the published\n"
       "one, and they must not depend on alignment, threads or the caller's control words. Where a\n"

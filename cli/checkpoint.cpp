@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "cli/checkpoint.h"
 #include "cli/files.h"
+#include "cli/json_file.h"
 
 #include "luxvmk3.h"
 
 #include <dlfcn.h>
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 static uint64_t fnv1a(const std::string& text) {
   uint64_t hash = 0xCBF29CE484222325u;
@@ -19,39 +19,102 @@ static uint64_t fnv1a(const std::string& text) {
   return hash;
 }
 
+// Empty when the environment names no place. A relative one would be another for each directory.
 static std::filesystem::path state_folder() {
   const char* const state = getenv("XDG_STATE_HOME");
-  if (state && *state) return std::filesystem::path(state) / "luxvm";
+  if (state && *state == '/') return std::filesystem::path(state) / "luxvm";
   const char* const home = getenv("HOME");
-  return std::filesystem::path(home && *home ? home : "/tmp") / ".local/state/luxvm";
+  if (home && *home == '/') return std::filesystem::path(home) / ".local/state/luxvm";
+  return {};
 }
 
-static bool read_whole(const std::string& path, std::string& text) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return false;
-  text.assign(std::istreambuf_iterator<char>(file), {});
-  return true;
+constexpr char kDigest[] = "digest";
+
+static std::string digest_of(const std::string& text) {
+  return fmt::format("{:016x}", fnv1a(text));
+}
+
+// Without the digest, which must be that of the rest.
+static Json verified(Json kept) {
+  const std::string digest = text_in(kept, kDigest);
+  kept.erase(kDigest);
+  if (digest != digest_of(kept.dump())) throw BadField("it is not as it was written");
+  return kept;
 }
 
 Checkpoint::Checkpoint(const std::string& run, bool fresh)
     : content(Json::object()),
-      path_(state_folder() / fmt::format("{:016x}.json", fnv1a(run + '\n' + library_digest()))) {
+      path_(state_folder() / (digest_of(run + '\n' + library_digest()) + ".json")) {
+  if (state_folder().empty()) {
+    keep_nothing("neither XDG_STATE_HOME nor HOME is the path of a folder");
+    return;
+  }
   std::error_code ignored;
-  std::filesystem::create_directories(state_folder(), ignored);  // saving says what is wrong
-  std::string text;
-  if (fresh || !read_whole(path_, text)) return;
-  Json earlier = Json::parse(text, nullptr, false);
-  if (!earlier.is_object()) return;
-  content = std::move(earlier);
+  std::filesystem::create_directories(state_folder(), ignored);  // the next line says what is wrong
+  try {
+    require_writable(path_);
+  } catch (const Failure& failure) {
+    keep_nothing(failure.what());
+    return;
+  }
+  if (fresh || access(path_.c_str(), F_OK) != 0) return;
+  try {
+    content = verified(parse_json(read_file(path_)));
+  } catch (const BadField& bad) {
+    refuse(bad.what());
+  }
   resumed_ = true;
 }
 
-void Checkpoint::save() const { write_file(path_, content.dump()); }
-void Checkpoint::remove() const { std::remove(path_.c_str()); }
+void Checkpoint::refuse(const std::string& why) const {
+  throw Failure(
+      fmt::format("what was kept of an interrupted run in {} is damaged ({}); --fresh starts anew",
+                  path_, why));
+}
+
+void Checkpoint::keep_nothing(const std::string& why) {
+  path_.clear();
+  say(fmt::format("an interrupted run will not go on from where it was: {}\n", why));
+}
+
+void Checkpoint::save() {
+  if (path_.empty()) return;
+  Json whole = content;
+  whole[kDigest] = digest_of(content.dump());
+  try {
+    write_file(path_, whole.dump());
+  } catch (const Failure& failure) {
+    keep_nothing(failure.what());
+  }
+}
+
+void Checkpoint::remove() const {
+  if (!path_.empty()) std::remove(path_.c_str());
+}
+
+int Checkpoint::clear(std::string& folder) {
+  folder = state_folder();
+  if (folder.empty()) return 0;
+  int removed = 0;
+  std::error_code missing;
+  for (const auto& entry : std::filesystem::directory_iterator(folder, missing)) {
+    const std::string name = entry.path().filename();
+    if (name.size() < 21 || name.find_first_not_of("0123456789abcdef") != 16 ||
+        name.compare(16, 5, ".json") != 0)
+      continue;
+    std::error_code failed;
+    if (!std::filesystem::remove(entry.path(), failed))
+      throw Failure(fmt::format("cannot remove {}: {}", entry.path().string(), failed.message()));
+    ++removed;
+  }
+  return removed;
+}
 
 std::atomic<bool> Interrupt::requested{false};
+std::atomic<int> Interrupt::signal_number{0};
 
 static void request(int signal_number) {
+  Interrupt::signal_number = signal_number;
   Interrupt::requested = true;
   signal(signal_number, SIG_DFL);
 }
@@ -75,9 +138,4 @@ std::string library_path() {
   return failed ? info.dli_fname : path.string();
 }
 
-std::string library_digest() {
-  std::string bytes;
-  if (!read_whole(library_path(), bytes))
-    throw Failure(fmt::format("cannot read {}", library_path()));
-  return fmt::format("{:016x}", fnv1a(bytes));
-}
+std::string library_digest() { return digest_of(read_file(library_path())); }

@@ -2,6 +2,7 @@
 //
 // What a long run has done so far, kept so that the same command goes on after an interruption. It
 // belongs to one command line and one build of the library and goes away when the run is complete.
+// Where nothing can be kept, that is said once and the run goes on without.
 #ifndef LUX_CLI_CHECKPOINT_H
 #define LUX_CLI_CHECKPOINT_H
 
@@ -11,15 +12,22 @@
 
 class Checkpoint {
  public:
-  // `run` names what is done with which options; `fresh` forgets an earlier attempt.
+  // `run` names what is done with which options; `fresh` forgets an earlier attempt. A Failure when
+  // what was kept is not what was written.
   Checkpoint(const std::string& run, bool fresh);
   Json content;  // an object, empty at first
   bool resumed() const { return resumed_; }
-  void save() const;
+  void save();
   void remove() const;
-  const std::string& path() const { return path_; }
+  const std::string& path() const { return path_; }  // empty: nothing is kept
+  [[noreturn]] void refuse(const std::string& why) const;
+
+  // Forgets all runs: how many there were, and the folder, empty if the environment names none.
+  static int clear(std::string& folder);
 
  private:
+  void keep_nothing(const std::string& why);
+
   std::string path_;
   bool resumed_ = false;
 };
@@ -32,6 +40,7 @@ class Interrupt {
   ~Interrupt();
   Interrupt(const Interrupt&) = delete;
   static std::atomic<bool> requested;
+  static std::atomic<int> signal_number;  // by which
 };
 
 // The library that this process has loaded: its file and a hash of it.

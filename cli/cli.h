@@ -14,9 +14,28 @@
 
 using Json = nlohmann::ordered_json;
 
-// Ends the program with its message and exit code 1.
+// How the program ends; every command keeps to this.
+enum ExitCode {
+  kFine = 0,
+  kFailedCheck = 1,  // a promise that is not kept, or something that became worse
+  kBadInput = 2      // nothing was found out: a wrong command line, a file that cannot be used
+};
+
+// Ends the program with its message and kBadInput.
 struct Failure : std::runtime_error {
   using std::runtime_error::runtime_error;
+};
+
+// Ends the program with kFailedCheck and its message, if it has one.
+struct CheckFailed : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// Ends the program with its message, by the signal that it was sent.
+struct Interrupted : std::runtime_error {
+  Interrupted(const std::string& message, int signal)
+      : std::runtime_error(message), signal(signal) {}
+  int signal;
 };
 
 enum class Colour { good, warning, bad, quiet, strong };

@@ -2,10 +2,11 @@
 //
 // luxvm diff: what became worse between two measurements.
 #include "cli/cli.h"
+#include "cli/files.h"
+#include "cli/json_file.h"
 
 #include <fmt/format.h>
 
-#include <fstream>
 #include <map>
 
 struct DiffOptions {
@@ -24,24 +25,51 @@ struct Measurement {
   std::map<std::string, Json> entries;
 };
 
+// The name goes to the terminal, and another version may have other functions.
+static std::string name_of(const Json& entry) {
+  const std::string name = text_in(entry, "name");
+  for (const unsigned char c : name)
+    if (!isalnum(c) && c != '_') throw BadField("'name' is no function's");
+  return name;
+}
+
+// A function may have been timed in several ways.
+static std::string timed_name(const Json& row) {
+  std::string name = name_of(row);
+  for (const char* key : {"n", "threads", "offset", "special_elements"})
+    name += fmt::format(" {} {}", key, whole_in(row, key, 0, INT32_MAX));
+  return row.contains("large") && flag_in(row, "large") ? name + " large" : name;
+}
+
+static void check_speed(const Json& row) {
+  const Json& minimum = member(object_in(row, "cycles"), "minimum");
+  if (!minimum.is_null()) number_in(row["cycles"], "minimum");  // null: the clock never held still
+}
+
+static void check_accuracy(const Json& entry) {
+  number_in(entry, "max_ulp");
+  whole_in(entry, "mismatches", 0, INT64_MAX);
+  array_in(object_in(entry, "special_values"), "failures");
+  flag_in(object_in(entry, "guarantee"), "met");
+  if (entry.contains("goal")) flag_in(object_in(entry, "goal"), "met");
+}
+
 static Measurement read_measurement(const std::string& path) {
-  std::ifstream file(path);
-  if (!file) throw Failure(fmt::format("cannot read {}: {}", path, strerror(errno)));
-  const Json document = Json::parse(file, nullptr, false);
+  const std::string text = read_file(path);
   Measurement measurement;
   try {
-    measurement.speed = document.contains("rows");
-    for (const Json& entry : document.at(measurement.speed ? "rows" : "functions")) {
-      std::string name = entry.at("name");
-      // A function may have been timed in several ways.
-      for (const char* key : {"n", "threads", "offset", "special_elements"})
-        if (measurement.speed) name += fmt::format(" {} {}", key, entry.at(key).dump());
-      if (measurement.speed && entry.value("large", false)) name += " large";
-      measurement.entries[name] = entry;
+    const Json document = parse_json(text);
+    measurement.speed = document.is_object() && document.contains("rows");
+    for (const Json& entry : array_in(document, measurement.speed ? "rows" : "functions")) {
+      measurement.speed ? check_speed(entry) : check_accuracy(entry);
+      const std::string name = measurement.speed ? timed_name(entry) : name_of(entry);
+      if (!measurement.entries.emplace(name, entry).second)
+        throw BadField(fmt::format("{} stands there twice", name));
     }
-  } catch (const nlohmann::json::exception&) {
+  } catch (const BadField& bad) {
     throw Failure(
-        fmt::format("{} was not written by `luxvm accuracy --json` or `luxvm bench --json`", path));
+        fmt::format("{} was not written by `luxvm accuracy --json` or `luxvm bench --json`: {}",
+                    path, bad.what()));
   }
   return measurement;
 }
@@ -58,7 +86,7 @@ static void compare_number(const std::string& name, const char* what, double bef
 static void compare_promise(const std::string& name, const char* key, const Json& before,
                             const Json& after, std::vector<Change>& changes) {
   if (!before.contains(key) || !after.contains(key)) return;
-  const bool was = before[key]["met"], is = after[key]["met"];
+  const bool was = before.at(key).at("met"), is = after.at(key).at("met");
   if (was != is) changes.push_back({name, fmt::format("{} {}", key, is ? "met" : "missed"), !is});
 }
 
@@ -93,6 +121,10 @@ static void diff(const DiffOptions& options) {
     throw Failure(fmt::format("{} holds {}, {} holds {}", options.before,
                               before.speed ? "speeds" : "errors", options.after,
                               after.speed ? "speeds" : "errors"));
+  for (const Measurement* m : {&before, &after})
+    if (m->entries.empty())
+      throw Failure(
+          fmt::format("{} holds no figures", m == &before ? options.before : options.after));
   std::vector<Change> changes;
   size_t compared = 0;
   for (const auto& [name, entry] : before.entries) {
@@ -117,7 +149,7 @@ static void diff(const DiffOptions& options) {
                change.text);
   }
   fmt::print("{} functions compared, {} worse\n", compared, worse);
-  if (worse > 0) throw Failure(fmt::format("{} regression{}", worse, worse == 1 ? "" : "s"));
+  if (worse > 0) throw CheckFailed(fmt::format("{} regression{}", worse, worse == 1 ? "" : "s"));
 }
 
 void add_diff(CLI::App& program) {
@@ -134,7 +166,7 @@ void add_diff(CLI::App& program) {
       ->capture_default_str()
       ->check(CLI::NonNegativeNumber);
   command->footer(
-      "Exit status 1 when anything became worse: a larger error, a broken guarantee, a wrong\n"
+      "Exit code 1 when anything became worse: a larger error, a broken guarantee, a wrong\n"
       "special value, more cycles, a function that is missing.\n"
       "Examples:\n"
       "  luxvm diff before.json after.json\n"

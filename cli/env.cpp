@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
 // luxvm env: what the library's results and its use of threads depend on.
+#include "bench/thread_count.h"
 #include "cli/cli.h"
 #include "cli/machine.h"
-#include "luxcore.h"
 #include "luxvmk3.h"
 
+#include <dlfcn.h>
 #include <fmt/format.h>
 
 struct Flag {
@@ -135,18 +136,33 @@ static void print_controls(const Controls& c) {
       sse["denormals_are_zero"] ? "on" : "off", listed(sse["masked"]));
 }
 
+// Where the number of threads comes from. A program's own core library does not tell: null.
+static const char* thread_source() {
+  void* const tell = dlsym(RTLD_DEFAULT, "luxcoreThreadSource");
+  return tell ? reinterpret_cast<const char* (*)()>(tell)() : nullptr;
+}
+
+static void print_threads() {
+  const char* const source = thread_source();
+  fmt::print(
+      "{}: {}, {}\n", paint(Colour::strong, "threads"), bench::thread_count(),
+      source ? fmt::format("from {}", source) : "and the core library does not tell from where");
+}
+
 static void env(bool json) {
   const Controls controls = read_controls();
   const Machine machine = probe_machine();
-  if (json)
+  if (json) {
+    const char* const source = thread_source();
     return print_json({{"library", version_json()},
                        {"processor", processor_json(machine)},
-                       {"threads", luxcoreGetNumThreads()},
+                       {"threads", bench::thread_count()},
+                       {"threads_source", source ? Json(source) : Json()},
                        {"controls", controls_json(controls)}});
+  }
   print_library();
   print_processor(machine);
-  print_heading("threads");
-  fmt::print("  {} for a call that is worth splitting\n", luxcoreGetNumThreads());
+  print_threads();
   print_controls(controls);
 }
 

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
 // luxvm explain: whether a call would be split over threads, and why.
+#include "bench/thread_count.h"
 #include "cli/catalog.h"
 #include "cli/cli.h"
 #include "cli/machine.h"
-#include "luxcore.h"
+#include "cli/numbers.h"
 
 #include <fmt/format.h>
 
@@ -163,7 +164,7 @@ static void print_decision(const Decision& d) {
 
 static void explain(ExplainOptions options) {
   const Function& function = find_function(options.name);
-  if (options.threads == 0) options.threads = luxcoreGetNumThreads();
+  if (options.threads == 0) options.threads = bench::thread_count();
   const Machine machine = probe_machine();
   const Decision decision = decide(function, options, machine);
   if (options.json) return print_json(decision_json(function, decision, machine));
@@ -186,15 +187,15 @@ void add_explain(CLI::App& program) {
   command->add_option("name", options->name, "The function")->required();
   command->add_option("--n", options->n, "Number of elements")
       ->required()
-      ->check(CLI::Range(1, INT32_MAX));
+      ->transform(whole_number(1, INT32_MAX));
   command
       ->add_option("--threads", options->threads,
                    "Thread count; one for each available processor by default")
-      ->check(CLI::Range(1, INT32_MAX));
+      ->transform(whole_number(1, INT32_MAX));
   command->add_flag("--json", options->json, "Write JSON");
   command->footer(
       "Examples:\n"
-      "  luxvm explain luxsExp_32f_A24 --n 1000000\n"
+      "  luxvm explain luxsExp_32f_A24 --n 1e6\n"
       "  luxvm explain luxsDiv_64f_A53 --n 200000 --threads 3 --json");
   command->callback([options] { explain(*options); });
 }

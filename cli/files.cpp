@@ -4,6 +4,7 @@
 #include "cli/numbers.h"
 #include "cli/progress.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -144,13 +145,20 @@ static std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(" \t") + 1 - first);
 }
 
-// A first line without any number names the columns.
-static bool is_header(const std::vector<std::string_view>& fields) {
+// A number, or what may be a mistyped one: it begins as numbers do, or something is missing.
+static bool may_be_number(std::string_view field) {
+  field = trimmed(field);
   uint64_t bits;
   std::string why;
-  return std::none_of(fields.begin(), fields.end(), [&](std::string_view field) {
-    return trimmed(field).empty() || parse_real(field, 8, bits, why);
-  });
+  if (field.empty() || parse_real(field, 8, bits, why)) return true;
+  if (field[0] == '+' || field[0] == '-') field.remove_prefix(1);
+  if (!field.empty() && field[0] == '.') field.remove_prefix(1);
+  return !field.empty() && field[0] >= '0' && field[0] <= '9';
+}
+
+// A first line names the columns when no field of it can be meant as a number.
+static bool is_header(const std::vector<std::string_view>& fields) {
+  return std::none_of(fields.begin(), fields.end(), may_be_number);
 }
 
 static size_t column_index(const std::string& wanted, std::string_view name, size_t width,
@@ -247,6 +255,11 @@ static std::string read_bytes(Source& source) {
   }
   if (ferror(source.file.get())) throw read_failure(source.name, errno);
   return bytes;
+}
+
+std::string read_file(const std::string& path) {
+  Source source = open_source(path);
+  return read_bytes(source);
 }
 
 // `data` holds rows of `width` elements.
@@ -467,6 +480,25 @@ class Target {
   std::string name, place;
   Handle file;
 };
+
+void require_writable(const std::string& path) {
+  const auto fail = [&](int error) {
+    const char* const name = is_standard_stream(path) ? "the standard output" : path.c_str();
+    throw Failure(fmt::format("cannot write to {}: {}", name, strerror(error)));
+  };
+  if (is_standard_stream(path)) {
+    if ((fcntl(STDOUT_FILENO, F_GETFL) & O_ACCMODE) == O_RDONLY) fail(EBADF);
+    return;
+  }
+  struct stat info;
+  const bool exists = stat(path.c_str(), &info) == 0;
+  if (exists && S_ISDIR(info.st_mode)) fail(EISDIR);
+  if (!exists || S_ISREG(info.st_mode)) {
+    const Target attempt(path);  // goes away unfinished
+    return;
+  }
+  if (access(path.c_str(), W_OK) != 0) fail(errno);  // a pipe's reader must not see it come and go
+}
 
 static void write_table(Target& target, Format format, const Function& function,
                         const Output& output, bool header) {

@@ -35,6 +35,11 @@ Format format_of(const std::string& path, Format otherwise);
 // What a function needs from a file; a Failure says what is wrong with it, and where.
 Input read_input(const InputFile& file, const Function& function);
 
+std::string read_file(const std::string& path);
+
+// A Failure if that path cannot be written; to be called before long work, not after it.
+void require_writable(const std::string& path);
+
 // Both complete or not at all: a regular file is written beside its place and renamed into it. The
 // standard output when the path is empty or "-".
 void write_file(const std::string& path, const std::string& text);

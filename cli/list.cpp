@@ -20,11 +20,8 @@ static void print_line(const Function& f) {
   fmt::print("{:<22} {:<5} {:<6} {:>3} {:>7}\n", f.name, f.type.name, f.shape.name, row, variant);
 }
 
-static void list(const std::string& pattern, bool json) {
-  std::vector<const Function*> shown;
-  for (const Function& function : kFunctions)
-    if (name_matches(function, pattern)) shown.push_back(&function);
-  if (shown.empty()) throw Failure(fmt::format("no function matches '{}'", pattern));
+static void list(const std::vector<std::string>& patterns, bool json) {
+  const std::vector<const Function*> shown = find_functions(patterns);
   if (json) {
     Json document = Json::array();
     for (const Function* function : shown) document.push_back(as_json(*function));
@@ -37,19 +34,20 @@ static void list(const std::string& pattern, bool json) {
 
 void add_list(CLI::App& program) {
   struct Options {
-    std::string pattern;
+    std::vector<std::string> patterns;
     bool json = false;
   };
   auto options = std::make_shared<Options>();
   CLI::App* command = program.add_subcommand("list", "Show the functions of the library");
-  command->add_option("pattern", options->pattern, "Part of a name, or a glob over the whole name");
+  command->add_option("pattern", options->patterns, "Which functions; all of them by default");
   command->add_flag("--json", options->json, "Write JSON");
   command->footer(
+      std::string(kPatternHelp) +
       "The shape says sources_destinations; 2_1_1 is source, scalar, destination. Row and\n"
       "variant place the function in the cost table that decides on threads.\n"
       "Examples:\n"
       "  luxvm list\n"
       "  luxvm list 64f\n"
       "  luxvm list 'luxs*_32f_A24' --json");
-  command->callback([options] { list(options->pattern, options->json); });
+  command->callback([options] { list(options->patterns, options->json); });
 }

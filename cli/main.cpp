@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: MIT
 //
 // luxvm: the library from the command line.
+#include "cli/catalog.h"
 #include "cli/cli.h"
+#include "cli/numbers.h"
+#include "luxvmk3.h"
 
 #include <fcntl.h>
 #include <fmt/color.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -70,23 +75,59 @@ static std::string protect_negative(const std::string& argument) {
                                                                            : argument;
 }
 
-static int complain(const std::string& message) {
+static int complain(const std::string& message, ExitCode code) {
   say(fmt::format("{} {}\n", paint_stderr(Colour::bad, "luxvm:"), message));
-  return 1;
+  return code;
+}
+
+static std::string version_text() {
+  const LuxLibraryVersion* v = luxvmGetLibVersion();
+  return fmt::format("luxvm " LUX_VERSION "\n{} version {}, build {}.{}.{}.{}, built {}", v->name,
+                     v->version, v->major, v->minor, v->major_build, v->build, v->build_date);
+}
+
+static void require_command(const CLI::App& program, const std::string& name) {
+  const auto commands = program.get_subcommands([](const CLI::App*) { return true; });
+  const std::string wanted = name.substr(0, 64);
+  const auto distance = [&](const CLI::App* c) { return edit_distance(c->get_name(), wanted); };
+  const CLI::App* const nearest =
+      *std::min_element(commands.begin(), commands.end(),
+                        [&](auto* a, auto* b) { return distance(a) < distance(b); });
+  if (nearest->get_name() == name) return;
+  throw Failure(fmt::format("there is no command {}; did you mean {}? `luxvm help` lists them all",
+                            in_quotes(name), nearest->get_name()));
+}
+
+// `help` and `help COMMAND` are other words for --help; what is no command is told by its name.
+static std::vector<std::string> resolve_help(const CLI::App& program,
+                                             const std::vector<std::string>& arguments) {
+  const auto is_name = [&](size_t i) {
+    return i < arguments.size() && (arguments[i].empty() || arguments[i][0] != '-');
+  };
+  if (is_name(0)) require_command(program, arguments[0]);
+  if (!is_name(0) || arguments[0] != "help") return arguments;
+  if (arguments.size() == 1) return {"--help"};
+  if (arguments.size() > 2 || !is_name(1)) return arguments;
+  require_command(program, arguments[1]);
+  return {arguments[1], "--help"};
 }
 
 static int run(const std::vector<std::string>& arguments) {
   CLI::App program{"Element-wise math functions over arrays, from the command line.", "luxvm"};
   program.require_subcommand(1);
+  program.set_version_flag("--version", version_text);
   program.footer(
       "Examples:\n"
       "  luxvm list Exp\n"
       "  luxvm eval luxsExp_64f_A53 1 -745 inf\n"
       "  luxvm apply luxsInv_32f_A24 --in numbers.txt --out inverses.txt\n"
-      "  luxvm explain luxsExp_32f_A24 --n 1000000 --threads 2\n"
+      "  luxvm explain luxsExp_32f_A24 --n 1e6 --threads 2\n"
       "  luxvm check\n"
       "  luxvm bench Exp --compare\n"
-      "`luxvm COMMAND --help` tells more about each command.");
+      "`luxvm help COMMAND` tells more about each command.\n"
+      "Exit codes: 0 all is well; 1 a check failed, or `diff` found something worse; 2 nothing "
+      "was\n"
+      "found out, because of the command line, a file or the machine.");
   add_list(program);
   add_eval(program);
   add_apply(program);
@@ -96,30 +137,47 @@ static int run(const std::vector<std::string>& arguments) {
   add_diff(program);
   add_check(program);
   add_bench(program);
+  CLI::App* const help = program.add_subcommand("help", "Tell about the program or a command");
+  auto command = std::make_shared<std::string>();
+  help->add_option("command", *command, "The command");
 
-  // The parser takes the arguments in reverse.
-  std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+  std::vector<std::string> reversed = resolve_help(program, arguments);
+  std::reverse(reversed.begin(), reversed.end());  // as the parser takes them
   try {
     program.parse(reversed);
   } catch (const CLI::ParseError& error) {
-    return program.exit(error);
+    if (error.get_exit_code() == 0) return program.exit(error);  // --help and --version
+    const auto commands = program.get_subcommands();
+    return complain(
+        fmt::format("{}; `luxvm help{}{}` tells more", error.what(), commands.empty() ? "" : " ",
+                    commands.empty() ? "" : commands[0]->get_name()),
+        kBadInput);
   }
-  return 0;
+  return kFine;
 }
 
 static int guarded_run(const std::vector<std::string>& arguments) {
   try {
     return run(arguments);
   } catch (const Failure& failure) {
-    return complain(failure.what());
+    return complain(failure.what(), kBadInput);
+  } catch (const CheckFailed& failed) {
+    return *failed.what() ? complain(failed.what(), kFailedCheck) : kFailedCheck;
+  } catch (const Interrupted& interrupted) {
+    complain(interrupted.what(), kBadInput);
+    fflush(stdout);
+    signal(interrupted.signal, SIG_DFL);
+    raise(interrupted.signal);
+    return kBadInput;
   } catch (const std::bad_alloc&) {
   } catch (const std::length_error&) {
   } catch (const std::exception& error) {
-    return complain(error.what());
+    return complain(error.what(), kBadInput);
   }
   return complain(
       "not enough memory: a 32-bit program holds at most 4 GB, input and results together; "
-      "split the input");
+      "split the input",
+      kBadInput);
 }
 
 int main(int count, char** arguments) {
@@ -129,6 +187,7 @@ int main(int count, char** arguments) {
   const int result = guarded_run(list);
   // A long output has failed, and been complained of, before this.
   if ((fflush(stdout) != 0 || ferror(stdout)) && result == 0)
-    return complain(fmt::format("cannot write to the standard output: {}", strerror(errno)));
+    return complain(fmt::format("cannot write to the standard output: {}", strerror(errno)),
+                    kBadInput);
   return result;
 }

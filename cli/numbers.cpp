@@ -5,6 +5,7 @@
 
 #include <bit>
 #include <cerrno>
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -72,6 +73,30 @@ bool parse_real(std::string_view text, int width, uint64_t& bits, std::string& w
     return false;
   }
   return true;
+}
+
+static bool parse_whole(std::string_view text, uint64_t& whole) {
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), whole);
+  if (error == std::errc() && end == text.data() + text.size()) return true;
+  if (text.empty() || text.find_first_not_of("0123456789.eE+") != std::string_view::npos)
+    return false;
+  const std::string copy(text);
+  char* stop = nullptr;
+  const double value = strtod(copy.c_str(), &stop);
+  if (*stop || !(value < 0x1p64) || value != std::floor(value)) return false;
+  whole = uint64_t(value);
+  return true;
+}
+
+CLI::Validator whole_number(uint64_t least, uint64_t most) {
+  const auto take = [=](std::string& text) -> std::string {
+    uint64_t whole = 0;
+    if (!parse_whole(trimmed(text), whole) || whole < least || whole > most)
+      return fmt::format("{} is not a whole number from {} to {}", in_quotes(text), least, most);
+    text = std::to_string(whole);
+    return "";
+  };
+  return CLI::Validator(take, fmt::format("from {} to {}", least, most));
 }
 
 void parse_element(const std::string& text, const ElementType& type, std::string& bytes) {

@@ -29,6 +29,10 @@ std::string decimal(uint64_t bits, int width);  // the shortest that reads back 
 std::string hex_float(uint64_t bits, int width);
 std::string bit_pattern(uint64_t bits, int width);
 
+// Takes a whole number within the bounds, in scientific notation too (1e6), and makes plain digits
+// of it.
+CLI::Validator whole_number(uint64_t least, uint64_t most);
+
 // Text of unknown origin, made fit to stand in a message.
 std::string in_quotes(std::string_view text);
 

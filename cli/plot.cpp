@@ -11,8 +11,10 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <sstream>
 
 // Without a name, so that nothing of it is left whatever happens.
 class Scratch {
@@ -65,6 +67,26 @@ static std::string reason_in(std::string messages) {
   return start == std::string::npos ? "it was told to plot nothing" : messages.substr(start);
 }
 
+static Failure no_gnuplot() {
+  return Failure(
+      "plots are drawn by gnuplot, which is not installed (Debian: apt-get install gnuplot-nox)");
+}
+
+// As posix_spawnp looks for it.
+static bool has_gnuplot() {
+  const char* const path = getenv("PATH");
+  std::istringstream folders(path ? path : "/bin:/usr/bin");
+  for (std::string folder; std::getline(folders, folder, ':');)
+    if (access(((folder.empty() ? "." : folder) + "/gnuplot").c_str(), X_OK) == 0) return true;
+  return false;
+}
+
+void require_drawable(const std::string& path) {
+  if (is_standard_stream(path)) throw Failure("--plot needs the name of a file");
+  require_writable(path);
+  if (!has_gnuplot()) throw no_gnuplot();
+}
+
 void draw_svg(const std::string& path, int width, int height, const std::string& commands) {
   const Scratch in(
       fmt::format("set encoding utf8\n"
@@ -74,10 +96,8 @@ void draw_svg(const std::string& path, int width, int height, const std::string&
   Scratch out, messages;
   int status = 0;
   if (const int error = run_gnuplot(in, out, messages, status))
-    throw Failure(error == ENOENT
-                      ? "plots are drawn by gnuplot, which is not installed (Debian: apt-get "
-                        "install gnuplot-nox)"
-                      : fmt::format("cannot run gnuplot: {}", strerror(error)));
+    throw error == ENOENT ? no_gnuplot()
+                          : Failure(fmt::format("cannot run gnuplot: {}", strerror(error)));
   const std::string picture = out.content();
   const bool complete = picture.find("</svg>") != std::string::npos;
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0 || !complete)

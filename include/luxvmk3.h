@@ -8,7 +8,7 @@
  * bits     correct significand bits that the name guarantees: A11, A21, A24 for the single types,
  *          A50, A53 for the double ones. The rounding functions are exact and carry no grade.
  * arrays   `len` elements each, any byte alignment. A destination may be exactly one of the
- * sources; arrays that overlap in part give undefined results. returns  a Status. When it is
+ * sources; arrays that overlap in part give undefined results. returns  a LuxStatus. When it is
  * negative nothing was written. Positive codes are warnings: every element has its result, and the
  * code is that of the last element reported. state    the caller's x87 control word and MXCSR come
  * back as they were, exception masks are never changed, and results do not depend on the caller's
@@ -32,7 +32,7 @@ extern "C" {
 #endif
 
 /** Result of every vector function. */
-typedef int32_t Status;
+typedef int32_t LuxStatus;
 
 enum {
   LUX_OK = 0,            /**< success, nothing to report */
@@ -64,10 +64,21 @@ typedef struct {
   const char* name;       /**< the library's file name */
   const char* version;    /**< "major.minor" */
   const char* build_date; /**< month, day, year: "Nov 21 2026" */
-} LibraryVersion;
+} LuxLibraryVersion;
+
+/* The same without the prefix, unless another header has a macro of that name, as X11's Xlib.h has,
+ * or the program wants the names for itself and defines LUX_NO_SHORT_NAMES. */
+#ifndef LUX_NO_SHORT_NAMES
+#ifndef Status
+typedef LuxStatus Status;
+#endif
+#ifndef LibraryVersion
+typedef LuxLibraryVersion LibraryVersion;
+#endif
+#endif
 
 /** The version record: static, owned by the library, never null. */
-LUX_API const LibraryVersion* luxvmGetLibVersion(void);
+LUX_API const LuxLibraryVersion* luxvmGetLibVersion(void);
 
 /* ---- Reciprocal and division ------------------------------------------------------------------
  */
@@ -80,11 +91,11 @@ LUX_API const LibraryVersion* luxvmGetLibVersion(void);
  *  64f shares one division among four elements when their product fits the single range, so the
  *  last bit of a result may depend on its three neighbours.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_POLE. */
-LUX_API Status luxsInv_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsInv_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsInv_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsInv_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsInv_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsInv_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsInv_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsInv_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsInv_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsInv_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = src1[i] / src2[i].
  *
@@ -93,11 +104,11 @@ LUX_API Status luxsInv_64f_A53(const double* src, double* dst, int32_t len);
  * the stored value is the IEEE quotient (infinity, or a NaN for 0/0). Infinities, NaNs, overflow
  * and underflow give the IEEE quotient and no code. Returns LUX_OK, LUX_BAD_LENGTH,
  * LUX_NULL_POINTER or LUX_POLE. */
-LUX_API Status luxsDiv_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsDiv_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsDiv_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsDiv_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
-LUX_API Status luxsDiv_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
+LUX_API LuxStatus luxsDiv_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API LuxStatus luxsDiv_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API LuxStatus luxsDiv_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API LuxStatus luxsDiv_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
+LUX_API LuxStatus luxsDiv_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
 
 /* ---- Square root and its reciprocal -----------------------------------------------------------
  */
@@ -111,11 +122,11 @@ LUX_API Status luxsDiv_64f_A53(const double* src1, const double* src2, double* d
  *  number or -infinity gives a NaN, 0xFFC00000 in 32f and 0x7FF8A5A55A5A5A5A in 64f, with
  *  LUX_DOMAIN. Where denormals-are-zero is set, 32f promises results from 2^-90 to 2^120 only.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
-LUX_API Status luxsSqrt_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsSqrt_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsSqrt_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsSqrt_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsSqrt_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsSqrt_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsSqrt_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsSqrt_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsSqrt_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsSqrt_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = 1 over the square root of src[i].
  *
@@ -129,11 +140,11 @@ LUX_API Status luxsSqrt_64f_A53(const double* src, double* dst, int32_t len);
  *  last bit of its ordinary results may differ; all its zeros are reported before its negative
  *  numbers. Where denormals-are-zero is set, 32f promises results from 2^-90 to 2^120 only.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or the code of the last element reported. */
-LUX_API Status luxsInvSqrt_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsInvSqrt_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsInvSqrt_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsInvSqrt_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsInvSqrt_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsInvSqrt_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsInvSqrt_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsInvSqrt_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsInvSqrt_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsInvSqrt_64f_A53(const double* src, double* dst, int32_t len);
 
 /* ---- Cube root --------------------------------------------------------------------------------
  */
@@ -143,11 +154,11 @@ LUX_API Status luxsInvSqrt_64f_A53(const double* src, double* dst, int32_t len);
  *  Accuracy: 32f at most 0.607 ulp, 64f at most 0.51 ulp; all grades of a type are one computation.
  *  Zeros, infinities and their signs pass, a NaN comes out quiet; subnormals have their cube root.
  *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsCbrt_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsCbrt_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsCbrt_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsCbrt_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsCbrt_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsCbrt_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsCbrt_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsCbrt_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsCbrt_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsCbrt_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = 1 over the cube root of src[i], with the sign of src[i].
  *
@@ -158,11 +169,11 @@ LUX_API Status luxsCbrt_64f_A53(const double* src, double* dst, int32_t len);
  *    +infinity and -infinity give +0 and -0, a NaN comes out quiet: no code.
  *  Subnormals are computed like any number.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or the code of the last element reported. */
-LUX_API Status luxsInvCbrt_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsInvCbrt_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsInvCbrt_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsInvCbrt_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsInvCbrt_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsInvCbrt_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsInvCbrt_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsInvCbrt_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsInvCbrt_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsInvCbrt_64f_A53(const double* src, double* dst, int32_t len);
 
 /* ---- Powers -----------------------------------------------------------------------------------
  */
@@ -179,19 +190,19 @@ LUX_API Status luxsInvCbrt_64f_A53(const double* src, double* dst, int32_t len);
  *    a result that rounds to an infinity: that infinity with LUX_OVERFLOW;
  *    a result other than 0 that rounds to a zero: that zero with LUX_UNDERFLOW.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or the code of the last element reported. */
-LUX_API Status luxsPow_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsPow_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsPow_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsPow_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
-LUX_API Status luxsPow_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
+LUX_API LuxStatus luxsPow_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API LuxStatus luxsPow_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API LuxStatus luxsPow_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API LuxStatus luxsPow_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
+LUX_API LuxStatus luxsPow_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
 
 /** dst[i] = src[i] to the power scalar: what Pow gives, with one exponent for all elements.
  *  Reports get the address of a copy of the exponent as the second source. */
-LUX_API Status luxsPowx_32f_A11(const float* src, float scalar, float* dst, int32_t len);
-LUX_API Status luxsPowx_32f_A21(const float* src, float scalar, float* dst, int32_t len);
-LUX_API Status luxsPowx_32f_A24(const float* src, float scalar, float* dst, int32_t len);
-LUX_API Status luxsPowx_64f_A50(const double* src, double scalar, double* dst, int32_t len);
-LUX_API Status luxsPowx_64f_A53(const double* src, double scalar, double* dst, int32_t len);
+LUX_API LuxStatus luxsPowx_32f_A11(const float* src, float scalar, float* dst, int32_t len);
+LUX_API LuxStatus luxsPowx_32f_A21(const float* src, float scalar, float* dst, int32_t len);
+LUX_API LuxStatus luxsPowx_32f_A24(const float* src, float scalar, float* dst, int32_t len);
+LUX_API LuxStatus luxsPowx_64f_A50(const double* src, double scalar, double* dst, int32_t len);
+LUX_API LuxStatus luxsPowx_64f_A53(const double* src, double scalar, double* dst, int32_t len);
 
 /* ---- Exponential ------------------------------------------------------------------------------
  */
@@ -207,11 +218,11 @@ LUX_API Status luxsPowx_64f_A53(const double* src, double scalar, double* dst, i
  *    reported under an even number from 0 to 62, twice the middle index of the table lookup; that
  *    number may happen to be 0, 12 or 18.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or the code of the last element reported. */
-LUX_API Status luxsExp_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsExp_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsExp_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsExp_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsExp_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsExp_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsExp_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsExp_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsExp_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsExp_64f_A53(const double* src, double* dst, int32_t len);
 
 /* ---- Logarithms -------------------------------------------------------------------------------
  */
@@ -228,20 +239,20 @@ LUX_API Status luxsExp_64f_A53(const double* src, double* dst, int32_t len);
  *  and 1, 2 and 3, ...) whose other one is zero, subnormal, negative, infinite or a NaN is computed
  *  by other means, which may change its last bit.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or the code of the last element reported. */
-LUX_API Status luxsLn_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsLn_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsLn_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsLn_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsLn_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsLn_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsLn_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsLn_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsLn_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsLn_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the decimal logarithm of src[i].
  *
  *  Accuracy: 32f at most 0.712 ulp, 64f at most 0.94 ulp. Everything else as for Ln. */
-LUX_API Status luxsLog10_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsLog10_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsLog10_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsLog10_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsLog10_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsLog10_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsLog10_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsLog10_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsLog10_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsLog10_64f_A53(const double* src, double* dst, int32_t len);
 
 /* ---- Sine, cosine, tangent --------------------------------------------------------------------
  */
@@ -255,11 +266,11 @@ LUX_API Status luxsLog10_64f_A53(const double* src, double* dst, int32_t len);
  * zeros keep their sign. An infinity gives the default NaN, code LUX_DOMAIN. A NaN comes out quiet
  * in 32f; in 64f it gives the default NaN, without a code unless its upper word is 0x7FF00000
  * without the sign. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
-LUX_API Status luxsSin_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsSin_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsSin_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsSin_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsSin_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsSin_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsSin_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsSin_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsSin_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsSin_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the cosine of src[i], which is in radians and may have any size.
  *
@@ -269,11 +280,11 @@ LUX_API Status luxsSin_64f_A53(const double* src, double* dst, int32_t len);
  *  and then so are the other elements of the same block of four.
  *  The cosine of 0 is 1 in 64f and A24, and 1.0000001 in A21 and A11. Infinities and NaNs as for
  * Sin. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
-LUX_API Status luxsCos_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsCos_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsCos_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsCos_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsCos_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsCos_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsCos_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsCos_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsCos_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsCos_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst1[i] = the sine and dst2[i] = the cosine of src[i], which is in radians and may have any
  *  size.
@@ -283,11 +294,11 @@ LUX_API Status luxsCos_64f_A53(const double* src, double* dst, int32_t len);
  * on: 0.52 ulp, and then so are the other elements of the same block of four. The last bit may
  * differ from what Sin and Cos give. Zeros give (that zero, 1). Infinities and NaNs as for Sin, in
  * both. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
-LUX_API Status luxsSinCos_32f_A11(const float* src, float* dst1, float* dst2, int32_t len);
-LUX_API Status luxsSinCos_32f_A21(const float* src, float* dst1, float* dst2, int32_t len);
-LUX_API Status luxsSinCos_32f_A24(const float* src, float* dst1, float* dst2, int32_t len);
-LUX_API Status luxsSinCos_64f_A50(const double* src, double* dst1, double* dst2, int32_t len);
-LUX_API Status luxsSinCos_64f_A53(const double* src, double* dst1, double* dst2, int32_t len);
+LUX_API LuxStatus luxsSinCos_32f_A11(const float* src, float* dst1, float* dst2, int32_t len);
+LUX_API LuxStatus luxsSinCos_32f_A21(const float* src, float* dst1, float* dst2, int32_t len);
+LUX_API LuxStatus luxsSinCos_32f_A24(const float* src, float* dst1, float* dst2, int32_t len);
+LUX_API LuxStatus luxsSinCos_64f_A50(const double* src, double* dst1, double* dst2, int32_t len);
+LUX_API LuxStatus luxsSinCos_64f_A53(const double* src, double* dst1, double* dst2, int32_t len);
 
 /** dst[i] = the tangent of src[i], which is in radians and may have any size.
  *
@@ -299,11 +310,11 @@ LUX_API Status luxsSinCos_64f_A53(const double* src, double* dst1, double* dst2,
  *  A NaN comes out quiet in 32f; in 64f it gives the default NaN, without a code unless its upper
  *  word is 0x7FF00000 without the sign.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
-LUX_API Status luxsTan_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsTan_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsTan_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsTan_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsTan_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsTan_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsTan_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsTan_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsTan_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsTan_64f_A53(const double* src, double* dst, int32_t len);
 
 /* ---- Inverse trigonometric functions ----------------------------------------------------------
  */
@@ -315,20 +326,20 @@ LUX_API Status luxsTan_64f_A53(const double* src, double* dst, int32_t len);
  *  acos(1) is +0. A magnitude above 1, infinities included, gives the default NaN with LUX_DOMAIN;
  *  a NaN comes out quiet.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
-LUX_API Status luxsAcos_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAcos_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAcos_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAcos_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsAcos_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsAcos_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAcos_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAcos_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAcos_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsAcos_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the angle in [-pi/2, pi/2] whose sine is src[i].
  *
  *  Zeros keep their sign, and subnormals pass as they are. Everything else as for Acos. */
-LUX_API Status luxsAsin_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAsin_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAsin_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAsin_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsAsin_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsAsin_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAsin_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAsin_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAsin_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsAsin_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the angle in [-pi/2, pi/2] whose tangent is src[i].
  *
@@ -336,11 +347,11 @@ LUX_API Status luxsAsin_64f_A53(const double* src, double* dst, int32_t len);
  *  most 2^-11; A50 is the same computation as A53.
  *  Zeros keep their sign, subnormals pass as they are, infinities give pi/2 with their sign, a NaN
  *  comes out quiet. Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsAtan_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAtan_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAtan_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAtan_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsAtan_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsAtan_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAtan_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAtan_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAtan_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsAtan_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the angle of the point x = src2[i], y = src1[i], in [-pi, pi], signed as src1[i].
  *
@@ -351,11 +362,13 @@ LUX_API Status luxsAtan_64f_A53(const double* src, double* dst, int32_t len);
  *    x zero: pi/2;  x = +infinity: 0;  x = -infinity: pi.
  *  A NaN in either source gives it quiet, the first of two.
  *  Nothing is reported, underflow included. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsAtan2_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsAtan2_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsAtan2_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsAtan2_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
-LUX_API Status luxsAtan2_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
+LUX_API LuxStatus luxsAtan2_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API LuxStatus luxsAtan2_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API LuxStatus luxsAtan2_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API LuxStatus luxsAtan2_64f_A50(const double* src1, const double* src2, double* dst,
+                                    int32_t len);
+LUX_API LuxStatus luxsAtan2_64f_A53(const double* src1, const double* src2, double* dst,
+                                    int32_t len);
 
 /* ---- Hyperbolic functions ---------------------------------------------------------------------
  */
@@ -368,22 +381,22 @@ LUX_API Status luxsAtan2_64f_A53(const double* src1, const double* src2, double*
  *  From 89.41599 (0x42B2D4FD) on in magnitude, in 64f from 710.47586 (0x408633CE8FB9F87E) on, a
  *  finite argument gives +infinity with LUX_OVERFLOW.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_OVERFLOW. */
-LUX_API Status luxsCosh_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsCosh_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsCosh_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsCosh_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsCosh_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsCosh_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsCosh_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsCosh_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsCosh_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsCosh_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = hyperbolic sine of src[i].
  *
  *  Accuracy as for Cosh. Zeros, subnormals and infinities come out as they are, a NaN quiet.
  *  Where Cosh overflows it is an infinity with the sign of src[i] and LUX_OVERFLOW.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_OVERFLOW. */
-LUX_API Status luxsSinh_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsSinh_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsSinh_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsSinh_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsSinh_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsSinh_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsSinh_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsSinh_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsSinh_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsSinh_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = hyperbolic tangent of src[i].
  *
@@ -391,11 +404,11 @@ LUX_API Status luxsSinh_64f_A53(const double* src, double* dst, int32_t len);
  * one computation. Zeros and subnormals come out as they are; from 10 on in magnitude, in 64f
  * from 19.061546 on, infinities among them, the result is 1 with the sign of src[i]; a NaN comes
  * out quiet. Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsTanh_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsTanh_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsTanh_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsTanh_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsTanh_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsTanh_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsTanh_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsTanh_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsTanh_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsTanh_64f_A53(const double* src, double* dst, int32_t len);
 
 /* ---- Inverse hyperbolic functions -------------------------------------------------------------
  */
@@ -407,22 +420,22 @@ LUX_API Status luxsTanh_64f_A53(const double* src, double* dst, int32_t len);
  *  1 gives +0, +infinity itself, a NaN comes out quiet.
  *  Below 1, zeros and -infinity among them: the default NaN, reported with LUX_DOMAIN.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
-LUX_API Status luxsAcosh_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAcosh_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAcosh_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAcosh_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsAcosh_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsAcosh_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAcosh_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAcosh_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAcosh_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsAcosh_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the number whose hyperbolic sine is src[i].
  *
  *  Accuracy as for Acosh. Zeros keep their sign, subnormals pass as they are, infinities give
  *  themselves, a NaN comes out quiet.
  *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsAsinh_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAsinh_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAsinh_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAsinh_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsAsinh_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsAsinh_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAsinh_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAsinh_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAsinh_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsAsinh_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the number whose hyperbolic tangent is src[i].
  *
@@ -430,11 +443,11 @@ LUX_API Status luxsAsinh_64f_A53(const double* src, double* dst, int32_t len);
  *  quiet. 1 and -1 give infinity with their sign, reported with LUX_POLE; beyond, infinities among
  *  them, the default NaN, reported with LUX_DOMAIN.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER, LUX_POLE or LUX_DOMAIN. */
-LUX_API Status luxsAtanh_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAtanh_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAtanh_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsAtanh_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsAtanh_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsAtanh_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAtanh_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAtanh_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsAtanh_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsAtanh_64f_A53(const double* src, double* dst, int32_t len);
 
 /* ---- Error functions --------------------------------------------------------------------------
  */
@@ -446,11 +459,11 @@ LUX_API Status luxsAtanh_64f_A53(const double* src, double* dst, int32_t len);
  *  Zeros keep their sign, subnormals give 2/sqrt(pi) times them, infinities give 1 with their
  *  sign; a NaN comes out quiet. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsErf_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsErf_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsErf_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsErf_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsErf_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsErf_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsErf_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsErf_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsErf_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsErf_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = 1 less the error function of src[i], without cancellation.
  *
@@ -463,11 +476,11 @@ LUX_API Status luxsErf_64f_A53(const double* src, double* dst, int32_t len);
  *    a NaN comes out quiet.
  *  A subnormal result is not reported. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or
  *  LUX_UNDERFLOW. */
-LUX_API Status luxsErfc_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsErfc_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsErfc_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsErfc_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsErfc_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsErfc_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsErfc_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsErfc_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsErfc_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsErfc_64f_A53(const double* src, double* dst, int32_t len);
 
 /* ---- Inverse error function -------------------------------------------------------------------
  */
@@ -479,11 +492,11 @@ LUX_API Status luxsErfc_64f_A53(const double* src, double* dst, int32_t len);
  *  1 and -1 give an infinity of their sign with LUX_POLE. A magnitude above 1, infinities included,
  *  gives the default NaN with LUX_DOMAIN. Zeros keep their sign, and a NaN comes out quiet.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER, LUX_POLE or LUX_DOMAIN. */
-LUX_API Status luxsErfInv_32f_A11(const float* src, float* dst, int32_t len);
-LUX_API Status luxsErfInv_32f_A21(const float* src, float* dst, int32_t len);
-LUX_API Status luxsErfInv_32f_A24(const float* src, float* dst, int32_t len);
-LUX_API Status luxsErfInv_64f_A50(const double* src, double* dst, int32_t len);
-LUX_API Status luxsErfInv_64f_A53(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsErfInv_32f_A11(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsErfInv_32f_A21(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsErfInv_32f_A24(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsErfInv_64f_A50(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsErfInv_64f_A53(const double* src, double* dst, int32_t len);
 
 /* ---- Hypotenuse -------------------------------------------------------------------------------
  */
@@ -497,11 +510,13 @@ LUX_API Status luxsErfInv_64f_A53(const double* src, double* dst, int32_t len);
  * 2^512, so hypot(1e300, 0) is 1.34e154. Two arguments that are both below 2^-523 are scaled up
  * first; a larger one whose sum of squares is below 2^-1022 gives a wrong result: hypot(2^-523, 0)
  * is 1.05e-154. Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsHypot_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsHypot_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsHypot_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status luxsHypot_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
-LUX_API Status luxsHypot_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
+LUX_API LuxStatus luxsHypot_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API LuxStatus luxsHypot_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API LuxStatus luxsHypot_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
+LUX_API LuxStatus luxsHypot_64f_A50(const double* src1, const double* src2, double* dst,
+                                    int32_t len);
+LUX_API LuxStatus luxsHypot_64f_A53(const double* src1, const double* src2, double* dst,
+                                    int32_t len);
 
 /* ---- Complex square root -----------------------------------------------------------------------
  */
@@ -512,11 +527,11 @@ LUX_API Status luxsHypot_64f_A53(const double* src1, const double* src2, double*
  *  infinities and NaNs as in C; on the negative real axis the result has a positive imaginary part,
  *  whatever the sign of the argument's zero: sqrt(-4 -+ 0i) = -+0 + 2i. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsSqrt_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsSqrt_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsSqrt_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsSqrt_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsSqrt_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsSqrt_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsSqrt_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsSqrt_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsSqrt_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsSqrt_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Complex powers ----------------------------------------------------------------------------
  */
@@ -530,21 +545,21 @@ LUX_API Status luxsSqrt_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
  *  Bases on the axes give exact directions: i^2 = -1 + 0i. z^0 is 1 for every z, NaNs included; 0^w
  *  is 0 where Re w > 0; infinities and NaNs go through w log z as the reference tells. Nothing is
  *  reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsPow_32fc_A11(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
-                                int32_t len);
-LUX_API Status luxsPow_32fc_A21(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
-                                int32_t len);
-LUX_API Status luxsPow_32fc_A24(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
-                                int32_t len);
-LUX_API Status luxsPow_64fc_A50(const Lux64fc* src1, const Lux64fc* src2, Lux64fc* dst,
-                                int32_t len);
-LUX_API Status luxsPow_64fc_A53(const Lux64fc* src1, const Lux64fc* src2, Lux64fc* dst,
-                                int32_t len);
-LUX_API Status luxsPowx_32fc_A11(const Lux32fc* src, Lux32fc c, Lux32fc* dst, int32_t len);
-LUX_API Status luxsPowx_32fc_A21(const Lux32fc* src, Lux32fc c, Lux32fc* dst, int32_t len);
-LUX_API Status luxsPowx_32fc_A24(const Lux32fc* src, Lux32fc c, Lux32fc* dst, int32_t len);
-LUX_API Status luxsPowx_64fc_A50(const Lux64fc* src, Lux64fc c, Lux64fc* dst, int32_t len);
-LUX_API Status luxsPowx_64fc_A53(const Lux64fc* src, Lux64fc c, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsPow_32fc_A11(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
+                                   int32_t len);
+LUX_API LuxStatus luxsPow_32fc_A21(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
+                                   int32_t len);
+LUX_API LuxStatus luxsPow_32fc_A24(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
+                                   int32_t len);
+LUX_API LuxStatus luxsPow_64fc_A50(const Lux64fc* src1, const Lux64fc* src2, Lux64fc* dst,
+                                   int32_t len);
+LUX_API LuxStatus luxsPow_64fc_A53(const Lux64fc* src1, const Lux64fc* src2, Lux64fc* dst,
+                                   int32_t len);
+LUX_API LuxStatus luxsPowx_32fc_A11(const Lux32fc* src, Lux32fc c, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsPowx_32fc_A21(const Lux32fc* src, Lux32fc c, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsPowx_32fc_A24(const Lux32fc* src, Lux32fc c, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsPowx_64fc_A50(const Lux64fc* src, Lux64fc c, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsPowx_64fc_A53(const Lux64fc* src, Lux64fc c, Lux64fc* dst, int32_t len);
 
 /* ---- Complex exponential ------------------------------------------------------------------------
  */
@@ -554,11 +569,11 @@ LUX_API Status luxsPowx_64fc_A53(const Lux64fc* src, Lux64fc c, Lux64fc* dst, in
  *  All grades of a type share one computation. Accuracy: at most 0.502 ulp in each part; a part
  *  overflows or underflows only where its exact value does. Zeros, infinities and NaNs as in C.
  * Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsExp_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsExp_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsExp_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsExp_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsExp_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsExp_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsExp_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsExp_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsExp_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsExp_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Complex natural logarithm ------------------------------------------------------------------
  */
@@ -570,11 +585,11 @@ LUX_API Status luxsExp_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
  *  the argument's zero. Zeros, infinities and NaNs as in C: a zero gives the real part -infinity.
  *  Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsLn_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsLn_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsLn_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsLn_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsLn_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsLn_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsLn_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsLn_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsLn_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsLn_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Complex decimal logarithm ------------------------------------------------------------------
  */
@@ -585,11 +600,11 @@ LUX_API Status luxsLn_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
  *  real part where |z| is next to 1; powers of ten on the axes have exact real parts. Special
  *  arguments as of the natural logarithm. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsLog10_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsLog10_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsLog10_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsLog10_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsLog10_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsLog10_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsLog10_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsLog10_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsLog10_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsLog10_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Complex cosine -----------------------------------------------------------------------------
  */
@@ -599,11 +614,11 @@ LUX_API Status luxsLog10_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len)
  *  All grades of a type share one computation. Accuracy: at most 0.504 ulp in each part, for real
  *  parts of any size. Zeros, infinities and NaNs as in C, by the hyperbolic cosine of -y + ix.
  * Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsCos_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsCos_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsCos_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsCos_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsCos_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsCos_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsCos_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsCos_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsCos_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsCos_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Complex sine -------------------------------------------------------------------------------
  */
@@ -613,11 +628,11 @@ LUX_API Status luxsCos_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
  *  All grades of a type share one computation. Accuracy: at most 0.504 ulp in each part, for real
  *  parts of any size. Zeros, infinities and NaNs as in C, by the hyperbolic sine of -y + ix.
  * Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsSin_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsSin_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsSin_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsSin_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsSin_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsSin_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsSin_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsSin_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsSin_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsSin_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Complex tangent ----------------------------------------------------------------------------
  */
@@ -627,11 +642,11 @@ LUX_API Status luxsSin_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
  *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part, also next
  * to the poles. Zeros, infinities and NaNs as in C, by the hyperbolic tangent of -y + ix. Nothing
  * is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsTan_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsTan_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsTan_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsTan_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsTan_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsTan_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsTan_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsTan_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsTan_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsTan_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Complex arc cosine -------------------------------------------------------------------------
  */
@@ -642,11 +657,11 @@ LUX_API Status luxsTan_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
  *  the real axis outside [-1, 1], where the sign of the argument's zero chooses the side; zeros,
  *  infinities and NaNs as in C. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsAcos_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAcos_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAcos_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAcos_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsAcos_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsAcos_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAcos_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAcos_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAcos_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsAcos_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Complex arc sine ---------------------------------------------------------------------------
  */
@@ -657,11 +672,11 @@ LUX_API Status luxsAcos_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
  *  the real axis outside [-1, 1], where the sign of the argument's zero chooses the side; zeros,
  *  infinities and NaNs follow from the inverse hyperbolic sine's. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsAsin_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAsin_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAsin_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAsin_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsAsin_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsAsin_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAsin_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAsin_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAsin_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsAsin_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Complex arc tangent ------------------------------------------------------------------------
  */
@@ -673,11 +688,11 @@ LUX_API Status luxsAsin_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
  *  to the poles +-i. Zeros, infinities and NaNs as in C, by the inverse hyperbolic tangent of
  *  -y + ix. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsAtan_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAtan_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAtan_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAtan_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsAtan_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsAtan_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAtan_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAtan_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAtan_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsAtan_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Complex hyperbolic cosine ------------------------------------------------------------------
  */
@@ -687,11 +702,11 @@ LUX_API Status luxsAtan_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
  *  All grades of a type share one computation. Accuracy: at most 0.504 ulp in each part, for
  *  imaginary parts of any size. Zeros, infinities and NaNs as in C. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsCosh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsCosh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsCosh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsCosh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsCosh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsCosh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsCosh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsCosh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsCosh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsCosh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Complex hyperbolic sine --------------------------------------------------------------------
  */
@@ -701,11 +716,11 @@ LUX_API Status luxsCosh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
  *  All grades of a type share one computation. Accuracy: at most 0.504 ulp in each part, for
  *  imaginary parts of any size. Zeros, infinities and NaNs as in C. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsSinh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsSinh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsSinh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsSinh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsSinh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsSinh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsSinh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsSinh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsSinh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsSinh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Complex hyperbolic tangent -----------------------------------------------------------------
  */
@@ -716,11 +731,11 @@ LUX_API Status luxsSinh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
  *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part, also next
  * to the poles. Zeros, infinities and NaNs as in C. Nothing is reported. Returns LUX_OK,
  * LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsTanh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsTanh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsTanh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsTanh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsTanh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsTanh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsTanh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsTanh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsTanh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsTanh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Complex inverse hyperbolic cosine ----------------------------------------------------------
  */
@@ -732,11 +747,11 @@ LUX_API Status luxsTanh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
  *  the real axis below 1, where the sign of the argument's zero chooses the side; zeros, infinities
  *  and NaNs as in C. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsAcosh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAcosh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAcosh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAcosh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsAcosh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsAcosh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAcosh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAcosh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAcosh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsAcosh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Complex inverse hyperbolic sine ------------------------------------------------------------
  */
@@ -748,11 +763,11 @@ LUX_API Status luxsAcosh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len)
  *  the imaginary axis outside [-i, i], where the sign of the argument's zero chooses the side;
  *  zeros, infinities and NaNs as in C. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsAsinh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAsinh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAsinh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAsinh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsAsinh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsAsinh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAsinh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAsinh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAsinh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsAsinh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Complex inverse hyperbolic tangent ---------------------------------------------------------
  */
@@ -765,11 +780,11 @@ LUX_API Status luxsAsinh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len)
  *  to the poles +-1, which give the infinity of their sign. Zeros, infinities and NaNs as in C.
  *  Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsAtanh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAtanh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAtanh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status luxsAtanh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status luxsAtanh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsAtanh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAtanh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAtanh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus luxsAtanh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus luxsAtanh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
 /* ---- Rounding to integers: exact, no grade, never threaded, nothing reported -------------------
  */
@@ -777,36 +792,36 @@ LUX_API Status luxsAtanh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len)
 /** dst[i] = the largest integer not above src[i]. Zeros keep their sign, infinities pass, a NaN
  * comes out quiet. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER; so do Ceil, Trunc and Round.
  */
-LUX_API Status luxsFloor_32f(const float* src, float* dst, int32_t len);
-LUX_API Status luxsFloor_64f(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsFloor_32f(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsFloor_64f(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the smallest integer not below src[i]; -1 < x < 0 gives -0. */
-LUX_API Status luxsCeil_32f(const float* src, float* dst, int32_t len);
-LUX_API Status luxsCeil_64f(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsCeil_32f(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsCeil_64f(const double* src, double* dst, int32_t len);
 
 /** dst[i] = src[i] without its fraction; the sign stays, also on zeros. */
-LUX_API Status luxsTrunc_32f(const float* src, float* dst, int32_t len);
-LUX_API Status luxsTrunc_64f(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsTrunc_32f(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsTrunc_64f(const double* src, double* dst, int32_t len);
 
 /** dst[i] = src[i] rounded to the nearest integer, halves away from zero; the sign stays. */
-LUX_API Status luxsRound_32f(const float* src, float* dst, int32_t len);
-LUX_API Status luxsRound_64f(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsRound_32f(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsRound_64f(const double* src, double* dst, int32_t len);
 
 /** dst[i] = src[i] rounded to an integer in the rounding direction of the caller's x87 control
  * word, ties to even when that is to-nearest; the sign stays. Checks nothing: returns 0 when `len`
  * is below 1 and otherwise `len`, and null pointers are not tested. */
-LUX_API Status luxsNearbyInt_32f(const float* src, float* dst, int32_t len);
-LUX_API Status luxsNearbyInt_64f(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsNearbyInt_32f(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsNearbyInt_64f(const double* src, double* dst, int32_t len);
 
 /** The same function as NearbyInt, under its other name. */
-LUX_API Status luxsRint_32f(const float* src, float* dst, int32_t len);
-LUX_API Status luxsRint_64f(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus luxsRint_32f(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus luxsRint_64f(const double* src, double* dst, int32_t len);
 
 /** dst1[i] = the integer part of src[i], dst2[i] = its fractional part, both with the sign of
  * src[i]. An infinity gives (infinity, signed zero), a NaN a quiet NaN in both. Returns LUX_OK,
  * LUX_BAD_LENGTH or LUX_NULL_POINTER. */
-LUX_API Status luxsModf_32f(const float* src, float* dst1, float* dst2, int32_t len);
-LUX_API Status luxsModf_64f(const double* src, double* dst1, double* dst2, int32_t len);
+LUX_API LuxStatus luxsModf_32f(const float* src, float* dst1, float* dst2, int32_t len);
+LUX_API LuxStatus luxsModf_64f(const double* src, double* dst1, double* dst2, int32_t len);
 
 /* ---- Reports ----------------------------------------------------------------------------------
  */
@@ -886,59 +901,65 @@ LUX_API int32_t noxzMinN(int32_t row, int32_t variant, int32_t threads);
  *  elements a slice, or `threads` below 1, the kernel runs once over the whole range. Returns
  *  LUX_NULL_POINTER, or the non-zero status that a slice stored last, or 0. The name says the
  * shape: sources _ destinations, 2_1_1 for source, scalar, destination. */
-typedef Status (*LuxKernel_32f_1_1)(const float* src, float* dst, int32_t len);
-LUX_API Status noxsThreading_1_1(LuxKernel_32f_1_1 kernel, int32_t threads, const float* src,
-                                 float* dst, int32_t len);
-typedef Status (*LuxKernel_32f_2_1)(const float* src1, const float* src2, float* dst, int32_t len);
-LUX_API Status noxsThreading_2_1(LuxKernel_32f_2_1 kernel, int32_t threads, const float* src1,
-                                 const float* src2, float* dst, int32_t len);
-typedef Status (*LuxKernel_32f_1_2)(const float* src, float* dst1, float* dst2, int32_t len);
-LUX_API Status noxsThreading_1_2(LuxKernel_32f_1_2 kernel, int32_t threads, const float* src,
-                                 float* dst1, float* dst2, int32_t len);
-typedef Status (*LuxKernel_32f_2_1_1)(const float* src, float scalar, float* dst, int32_t len);
-LUX_API Status noxsThreading_2_1_1(LuxKernel_32f_2_1_1 kernel, int32_t threads, const float* src,
-                                   float scalar, float* dst, int32_t len);
-typedef Status (*LuxKernel_64f_1_1)(const double* src, double* dst, int32_t len);
-LUX_API Status noxdThreading_1_1(LuxKernel_64f_1_1 kernel, int32_t threads, const double* src,
-                                 double* dst, int32_t len);
-typedef Status (*LuxKernel_64f_2_1)(const double* src1, const double* src2, double* dst,
-                                    int32_t len);
-LUX_API Status noxdThreading_2_1(LuxKernel_64f_2_1 kernel, int32_t threads, const double* src1,
-                                 const double* src2, double* dst, int32_t len);
-typedef Status (*LuxKernel_64f_1_2)(const double* src, double* dst1, double* dst2, int32_t len);
-LUX_API Status noxdThreading_1_2(LuxKernel_64f_1_2 kernel, int32_t threads, const double* src,
-                                 double* dst1, double* dst2, int32_t len);
-typedef Status (*LuxKernel_64f_2_1_1)(const double* src, double scalar, double* dst, int32_t len);
-LUX_API Status noxdThreading_2_1_1(LuxKernel_64f_2_1_1 kernel, int32_t threads, const double* src,
-                                   double scalar, double* dst, int32_t len);
-typedef Status (*LuxKernel_32fc_1_1)(const Lux32fc* src, Lux32fc* dst, int32_t len);
-LUX_API Status noxcThreading_1_1(LuxKernel_32fc_1_1 kernel, int32_t threads, const Lux32fc* src,
-                                 Lux32fc* dst, int32_t len);
-typedef Status (*LuxKernel_32fc_2_1)(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
-                                     int32_t len);
-LUX_API Status noxcThreading_2_1(LuxKernel_32fc_2_1 kernel, int32_t threads, const Lux32fc* src1,
-                                 const Lux32fc* src2, Lux32fc* dst, int32_t len);
-typedef Status (*LuxKernel_32fc_1_2)(const Lux32fc* src, Lux32fc* dst1, Lux32fc* dst2, int32_t len);
-LUX_API Status noxcThreading_1_2(LuxKernel_32fc_1_2 kernel, int32_t threads, const Lux32fc* src,
-                                 Lux32fc* dst1, Lux32fc* dst2, int32_t len);
-typedef Status (*LuxKernel_32fc_2_1_1)(const Lux32fc* src, Lux32fc scalar, Lux32fc* dst,
+typedef LuxStatus (*LuxKernel_32f_1_1)(const float* src, float* dst, int32_t len);
+LUX_API LuxStatus noxsThreading_1_1(LuxKernel_32f_1_1 kernel, int32_t threads, const float* src,
+                                    float* dst, int32_t len);
+typedef LuxStatus (*LuxKernel_32f_2_1)(const float* src1, const float* src2, float* dst,
                                        int32_t len);
-LUX_API Status noxcThreading_2_1_1(LuxKernel_32fc_2_1_1 kernel, int32_t threads, const Lux32fc* src,
-                                   Lux32fc scalar, Lux32fc* dst, int32_t len);
-typedef Status (*LuxKernel_64fc_1_1)(const Lux64fc* src, Lux64fc* dst, int32_t len);
-LUX_API Status noxzThreading_1_1(LuxKernel_64fc_1_1 kernel, int32_t threads, const Lux64fc* src,
-                                 Lux64fc* dst, int32_t len);
-typedef Status (*LuxKernel_64fc_2_1)(const Lux64fc* src1, const Lux64fc* src2, Lux64fc* dst,
-                                     int32_t len);
-LUX_API Status noxzThreading_2_1(LuxKernel_64fc_2_1 kernel, int32_t threads, const Lux64fc* src1,
-                                 const Lux64fc* src2, Lux64fc* dst, int32_t len);
-typedef Status (*LuxKernel_64fc_1_2)(const Lux64fc* src, Lux64fc* dst1, Lux64fc* dst2, int32_t len);
-LUX_API Status noxzThreading_1_2(LuxKernel_64fc_1_2 kernel, int32_t threads, const Lux64fc* src,
-                                 Lux64fc* dst1, Lux64fc* dst2, int32_t len);
-typedef Status (*LuxKernel_64fc_2_1_1)(const Lux64fc* src, Lux64fc scalar, Lux64fc* dst,
+LUX_API LuxStatus noxsThreading_2_1(LuxKernel_32f_2_1 kernel, int32_t threads, const float* src1,
+                                    const float* src2, float* dst, int32_t len);
+typedef LuxStatus (*LuxKernel_32f_1_2)(const float* src, float* dst1, float* dst2, int32_t len);
+LUX_API LuxStatus noxsThreading_1_2(LuxKernel_32f_1_2 kernel, int32_t threads, const float* src,
+                                    float* dst1, float* dst2, int32_t len);
+typedef LuxStatus (*LuxKernel_32f_2_1_1)(const float* src, float scalar, float* dst, int32_t len);
+LUX_API LuxStatus noxsThreading_2_1_1(LuxKernel_32f_2_1_1 kernel, int32_t threads, const float* src,
+                                      float scalar, float* dst, int32_t len);
+typedef LuxStatus (*LuxKernel_64f_1_1)(const double* src, double* dst, int32_t len);
+LUX_API LuxStatus noxdThreading_1_1(LuxKernel_64f_1_1 kernel, int32_t threads, const double* src,
+                                    double* dst, int32_t len);
+typedef LuxStatus (*LuxKernel_64f_2_1)(const double* src1, const double* src2, double* dst,
                                        int32_t len);
-LUX_API Status noxzThreading_2_1_1(LuxKernel_64fc_2_1_1 kernel, int32_t threads, const Lux64fc* src,
-                                   Lux64fc scalar, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus noxdThreading_2_1(LuxKernel_64f_2_1 kernel, int32_t threads, const double* src1,
+                                    const double* src2, double* dst, int32_t len);
+typedef LuxStatus (*LuxKernel_64f_1_2)(const double* src, double* dst1, double* dst2, int32_t len);
+LUX_API LuxStatus noxdThreading_1_2(LuxKernel_64f_1_2 kernel, int32_t threads, const double* src,
+                                    double* dst1, double* dst2, int32_t len);
+typedef LuxStatus (*LuxKernel_64f_2_1_1)(const double* src, double scalar, double* dst,
+                                         int32_t len);
+LUX_API LuxStatus noxdThreading_2_1_1(LuxKernel_64f_2_1_1 kernel, int32_t threads,
+                                      const double* src, double scalar, double* dst, int32_t len);
+typedef LuxStatus (*LuxKernel_32fc_1_1)(const Lux32fc* src, Lux32fc* dst, int32_t len);
+LUX_API LuxStatus noxcThreading_1_1(LuxKernel_32fc_1_1 kernel, int32_t threads, const Lux32fc* src,
+                                    Lux32fc* dst, int32_t len);
+typedef LuxStatus (*LuxKernel_32fc_2_1)(const Lux32fc* src1, const Lux32fc* src2, Lux32fc* dst,
+                                        int32_t len);
+LUX_API LuxStatus noxcThreading_2_1(LuxKernel_32fc_2_1 kernel, int32_t threads, const Lux32fc* src1,
+                                    const Lux32fc* src2, Lux32fc* dst, int32_t len);
+typedef LuxStatus (*LuxKernel_32fc_1_2)(const Lux32fc* src, Lux32fc* dst1, Lux32fc* dst2,
+                                        int32_t len);
+LUX_API LuxStatus noxcThreading_1_2(LuxKernel_32fc_1_2 kernel, int32_t threads, const Lux32fc* src,
+                                    Lux32fc* dst1, Lux32fc* dst2, int32_t len);
+typedef LuxStatus (*LuxKernel_32fc_2_1_1)(const Lux32fc* src, Lux32fc scalar, Lux32fc* dst,
+                                          int32_t len);
+LUX_API LuxStatus noxcThreading_2_1_1(LuxKernel_32fc_2_1_1 kernel, int32_t threads,
+                                      const Lux32fc* src, Lux32fc scalar, Lux32fc* dst,
+                                      int32_t len);
+typedef LuxStatus (*LuxKernel_64fc_1_1)(const Lux64fc* src, Lux64fc* dst, int32_t len);
+LUX_API LuxStatus noxzThreading_1_1(LuxKernel_64fc_1_1 kernel, int32_t threads, const Lux64fc* src,
+                                    Lux64fc* dst, int32_t len);
+typedef LuxStatus (*LuxKernel_64fc_2_1)(const Lux64fc* src1, const Lux64fc* src2, Lux64fc* dst,
+                                        int32_t len);
+LUX_API LuxStatus noxzThreading_2_1(LuxKernel_64fc_2_1 kernel, int32_t threads, const Lux64fc* src1,
+                                    const Lux64fc* src2, Lux64fc* dst, int32_t len);
+typedef LuxStatus (*LuxKernel_64fc_1_2)(const Lux64fc* src, Lux64fc* dst1, Lux64fc* dst2,
+                                        int32_t len);
+LUX_API LuxStatus noxzThreading_1_2(LuxKernel_64fc_1_2 kernel, int32_t threads, const Lux64fc* src,
+                                    Lux64fc* dst1, Lux64fc* dst2, int32_t len);
+typedef LuxStatus (*LuxKernel_64fc_2_1_1)(const Lux64fc* src, Lux64fc scalar, Lux64fc* dst,
+                                          int32_t len);
+LUX_API LuxStatus noxzThreading_2_1_1(LuxKernel_64fc_2_1_1 kernel, int32_t threads,
+                                      const Lux64fc* src, Lux64fc scalar, Lux64fc* dst,
+                                      int32_t len);
 
 #ifdef __cplusplus
 }

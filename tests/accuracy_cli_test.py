@@ -9,6 +9,7 @@ import subprocess
 import sys
 import time
 import unittest
+from pathlib import Path
 
 from cli_test import BIN, SOURCE, Cli, luxvm
 
@@ -30,7 +31,7 @@ class Measured(Cli):
         return str(self.dir / name)
 
     def fails(self, words, *arguments):
-        """As refused, but something was shown before."""
+        """A failed check: something was shown before."""
         result = luxvm(*arguments)
         self.assertEqual(result.returncode, 1, arguments)
         self.assertIn(words, result.stderr.decode())
@@ -39,14 +40,18 @@ class Measured(Cli):
 class Accuracy(Measured):
     def test_refusals(self):
         for words, arguments in [
-            ("no function has such a name", ["Foo"]),
+            ("no function matches 'Foo'", ["Foo"]), ("no function matches 'Foo'", ["Exp", "Foo"]),
+            ("excludes", ["Exp", "--clear"]),
+            ("/nonexistent", ["Floor_32f", "--json", "/nonexistent/x.json"]),
+            ("/nonexistent", ["Floor_32f", "--plot", "/nonexistent/x.svg"]),
+            ("name of a file", ["Floor_32f", "--plot", "-"]),
+            ("not a whole number", ["Exp", "--samples", "1e2.5"]),
             ("colon", ["Exp", "--range", "1"]), ("no number", ["Exp", "--range", "a:1"]),
             ("must be below", ["Exp", "--range", "2:1"]),
             ("cannot be combined", ["Exp_32f", "--range", "1:2", "--exhaustive"]),
         ]:
             with self.subTest(arguments):
                 self.refused(words, "accuracy", *arguments)
-        self.fails("/nonexistent", "accuracy", "Floor_32f", *FEW, "--json", "/nonexistent/x.json")
 
     def test_figures_hang_together(self):
         document = self.measured("Exp_64f_", "Modf_32f")
@@ -82,6 +87,51 @@ class Accuracy(Measured):
         with open(plot) as file:
             self.assertIn("</svg>", file.read())
 
+    def test_damaged_state_is_refused_and_can_be_forgotten(self):
+        """The state that an interrupted run leaves, spoiled or with another content."""
+        folder = self.dir / "state" / "luxvm"
+        run = subprocess.Popen([BIN / "luxvm", "accuracy", "Exp_32f", "--exhaustive"],
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        time.sleep(2)
+        run.send_signal(signal.SIGINT)
+        self.assertEqual(run.wait(60), -signal.SIGINT)
+        [state] = folder.iterdir()
+        whole = state.read_bytes()
+        done = json.loads(whole)["partial"]["done"]
+
+        def with_digest(content):
+            digest = 0xCBF29CE484222325
+            for byte in json.dumps(content, separators=(",", ":")).encode():
+                digest = (digest ^ byte) * 0x100000001B3 % 2**64
+            return json.dumps(content | {"digest": f"{digest:016x}"}).encode()
+
+        shapes = [{"finished": 5}, {"finished": {"luxsExp_32f_A11": []}}, {"finished": [[1]]},
+                  {"finished": {"luxsExp_32f_A11": [{}, {}, {}]}},
+                  {"finished": {"luxsExp_32f_A11": [1, "x", None]}}, {"partial": None},
+                  {"partial": {"done": [True], "statistics": []}},
+                  {"partial": {"done": done, "statistics": [{}]}},
+                  {"partial": {"done": done, "statistics": 7}}]
+        for content in [b"", whole[:-9], whole.replace(b"true", b"null"), whole.replace(b"1", b"2"), b"[]",
+                        b"[" * 100000, b'{"finished":' * 100000, b"\xff\0", *map(with_digest, shapes)]:
+            with self.subTest(content=content[:60]):
+                state.write_bytes(content)
+                result = luxvm("accuracy", "Exp_32f", "--exhaustive")
+                message = result.stderr.decode().splitlines()
+                self.assertEqual(result.returncode, 2, message)
+                self.assertIn("is damaged", message[-1])
+        (folder / "notes.txt").write_text("not ours")
+        self.assertIn(b"1 interrupted run forgotten in", self.fine("accuracy", "--clear").stdout)
+        self.assertEqual([p.name for p in folder.iterdir()], ["notes.txt"])
+
+    def test_nothing_is_kept_without_a_home(self):
+        nowhere = {k: v for k, v in os.environ.items() if k not in ("HOME", "XDG_STATE_HOME")}
+        common = sorted(Path("/tmp/.local").rglob("*"))
+        for more in {}, {"HOME": "relative"}, {"HOME": "/proc/none"}:
+            told = self.fine("accuracy", "Floor_32f", *FEW, env={**nowhere, **more}, cwd=self.dir).stderr
+            self.assertEqual(told.count(b"an interrupted run will not go on"), 1)
+            self.assertEqual(list(self.dir.iterdir()), [])
+        self.assertEqual(sorted(Path("/tmp/.local").rglob("*")), common)
+
     def test_interrupted_exhaustive_run_goes_on(self):
         command = [os.path.join(BIN, "luxvm"), "accuracy", "Exp_32f_A24", "--exhaustive",
                    "--processors", "1"]
@@ -92,7 +142,7 @@ class Accuracy(Measured):
             time.sleep(wait)
             run.send_signal(signal.SIGINT)
             told = run.communicate()[1]
-            self.assertEqual(run.returncode, 1)
+            self.assertEqual(run.returncode, -signal.SIGINT)
             self.assertIn("the same command goes on", told)
             folder = self.path("state/luxvm")
             (name,) = os.listdir(folder)
@@ -136,9 +186,23 @@ class Diff(Measured):
         self.refused("holds speeds", "diff", old, self.file("errors.json", '{"functions": []}'))
 
     def test_other_files_are_refused(self):
-        for content in ("", "[]", '{"functions": 3}', '{"functions": [{}]}', "\x00"):
+        entry = {"name": "luxsExp_32f_A24", "max_ulp": 0.5, "mismatches": 0,
+                 "special_values": {"failures": []}, "guarantee": {"met": True}}
+        row = {"name": "luxsExp_32f_A24", "n": 1, "threads": 1, "offset": 0, "special_elements": 0,
+               "cycles": {"minimum": 1}}
+        good = self.file("good.json", json.dumps({"functions": [entry]}))
+        self.fine("diff", good, good)
+        wrong = ["", "[]", "3", '{"functions": 3}', '{"functions": [{}]}', "\x00", "[" * 100000,
+                 '{"functions":' * 100000, good.read_text()[:-3], '{"functions": [1e999]}']
+        for kind, whole in ("functions", entry), ("rows", row):
+            wrong += [json.dumps({kind: [{k: v for k, v in whole.items() if k != left_out}]})
+                      for left_out in whole]
+            wrong += [json.dumps({kind: [whole | {key: {"met": "x"}}]}) for key in whole]
+            wrong.append(json.dumps({kind: [whole, whole]}))
+        for content in wrong:
             path = self.file("other.json", content)
             self.refused("was not written by", "diff", path, path)
+        self.refused("holds no figures", "diff", good, self.file("other.json", '{"functions": []}'))
         self.refused("cannot read", "diff", "/nonexistent", "/nonexistent")
 
 

@@ -54,7 +54,6 @@ class Bench(Cli):
 
 class Measuring(Bench):
     def test_refusals(self):
-        no_json = self.file("no.json", '{"rows": 5}')
         for words, arguments in [
             ("whole numbers from 1", ["--n", "0"]), ("whole numbers from 1", ["--n", "1.5"]),
             ("x is no number of elements", ["--n", "5,x"]), ("above its end", ["--n", "9:5"]),
@@ -67,14 +66,36 @@ class Measuring(Bench):
             ("cannot write to", ["Inv", "--plot", self.dir / "none" / "a.svg"]),
             ("needs the name of a file", ["Inv", "--plot", "-"]),
             ("--resume needs the file", ["Inv", "--resume"]),
+            ("not a whole number", ["--threads", "0"]), ("not a whole number", ["--offset", "-1"]),
+            ("curves are too many", ["Exp", "Ln", "Sin", "--n", "1,2", "--threads", "1,2",
+                                     "--plot", self.dir / "a.svg"]),
             ("ever threads", ["Floor_32f", "--n", "threshold"]),
             ("cannot read", ["--from", self.dir / "none"]),
-            ("is not a file that", ["--from", no_json]),
         ]:
             with self.subTest(arguments=arguments):
                 self.refused(words, "bench", *arguments)
-        self.assertGreater(luxvm("bench", "--threads", "0").returncode, 100)  # a usage error
-        self.assertGreater(luxvm("bench", "--offset", "-1").returncode, 100)
+        self.refused("gnuplot, which is not installed", "bench", "Inv", "--plot", self.dir / "a.svg",
+                     env={"PATH": "/"})  # before measuring, as with the curves
+
+    def test_files_that_bench_did_not_write(self):
+        [exact] = [r for r in EXPONENTIALS if r["grade"] is None]
+        wrong = ["", "[]", "[" * 100000, '{"a":' * 100000, '{"rows": 5}', "1e999", "\0",
+                 json.dumps(document([exact]))[:-9], json.dumps(document([exact, 3]))]
+        wrong += [document([exact], **{key: value}) for key, value in
+                  [("n", []), ("n", [5]), ("n", ["x"]), ("n", "2000"), ("threads", []), ("offset", {}),
+                   ("threads", ["1"]), ("special", 1), ("special", "x%"), ("large", 1), ("compare", None)]]
+        wrong += [document([exact | {key: value}]) for key, value in
+                  [("name", 3), ("name", "luxsNone"), ("n", 0), ("n", 1e300), ("n", -1), ("n", 2**64 - 1),
+                   ("threads", "1"), ("split", 1), ("reports", []), ("passes", 0), ("libm", 4),
+                   ("special_elements", None), ("cycles", {}), ("cycles", figure("x")),
+                   ("sleef_function", 1)]]
+        wrong += [document([exact]) | {key: value} for key, value in
+                  [("processor", 3), ("ticks_per_cycle", "x"), ("complete", 0), ("settings", [])]]
+        for content in wrong:
+            with self.subTest(content=str(content)[:200]):
+                path = self.file("a.json", content if isinstance(content, str) else json.dumps(content))
+                self.refused("is not a file that", "bench", "--from", path)
+                self.refused("is not a file that", "bench", "Inv", "--json", path, "--resume")
 
     def test_rows_and_fields(self):
         result = self.json_of("luxsInv_64f_A53", "luxsModf_32f", "--n", "3,1000:4000",
@@ -211,7 +232,7 @@ class Showing(Bench):
                                      ("17 curves are too many", {}, many)]:
             path = self.write("a.json", document(rows or EXPONENTIALS))
             result = luxvm("bench", "--from", path, "--plot", picture, **options)
-            self.assertEqual(result.returncode, 1)
+            self.assertEqual(result.returncode, 2)
             self.assertIn(words, result.stderr.decode())
             self.assertEqual([p.name for p in self.dir.iterdir()], ["a.json"])
 

@@ -1,15 +1,20 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""The shared libraries as binaries: names, needed libraries, sections, instruction set.
+"""The shared libraries as binaries: names, needed libraries, sections, instruction set; where they
+are looked for, in the build tree and installed.
 
-binary_test.py <source dir> <libluxvmk3> <libluxcore>
+binary_test.py <source dir> <libluxvmk3> <libluxcore> <build dir> <cmake>
 """
 import re
 import subprocess
 import sys
+import tempfile
 import unittest
+from pathlib import Path
 
-SOURCE, VMATH, CORE = (sys.argv.pop(1) for _ in range(3)) if len(sys.argv) > 3 else sys.exit(__doc__)
+if len(sys.argv) < 6:
+    sys.exit(__doc__)
+SOURCE, VMATH, CORE, BUILD, CMAKE = (sys.argv.pop(1) for _ in range(5))
 
 TYPES = "sdcz"
 SHAPES = ["1_1", "2_1", "1_2", "2_1_1"]
@@ -169,6 +174,54 @@ class Sections(unittest.TestCase):
             stack = [l for l in run("readelf", "-lW", library).split("\n") if "GNU_STACK" in l]
             self.assertEqual(len(stack), 1)
             self.assertEqual(stack[0].split()[-2], "RW")
+
+
+class SearchPaths(unittest.TestCase):
+    def setUp(self):
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.dir = Path(directory.name)
+
+    def installed(self):
+        run(CMAKE, "--install", BUILD, "--prefix", self.dir / "prefix")
+        return self.dir / "prefix"
+
+    def test_no_element_means_the_current_directory(self):
+        for root in Path(BUILD, "bin"), Path(VMATH).parent, self.installed():
+            files = [p for p in root.rglob("*") if p.is_file() and p.read_bytes()[:4] == b"\x7fELF"]
+            self.assertGreaterEqual(len(files), 2, root)
+            for path in files:
+                for value in re.findall(r"\(R(?:UN)?PATH\).*\[(.*)\]", run("readelf", "-dW", path)):
+                    for element in value.split(":"):
+                        self.assertRegex(element, r"^(\$ORIGIN|/)", path)
+
+    def test_library_directory_of_another_name(self):
+        run(CMAKE, "-S", SOURCE, "-B", self.dir, f"-DCMAKE_TOOLCHAIN_FILE={SOURCE}/cmake/i386.cmake",
+            "-DCMAKE_INSTALL_LIBDIR=lib/i386-linux-gnu", "-DLUX_TESTS=OFF", "-G", "Unix Makefiles")
+        for target, wanted in [("cli/CMakeFiles/luxvm", ["$ORIGIN/../lib/i386-linux-gnu"]),
+                               ("core/CMakeFiles/luxvmk3", ["$ORIGIN"]),
+                               ("luxcore/CMakeFiles/luxcore", [])]:
+            line = (self.dir / f"{target}.dir/link.txt").read_text().replace("\\", "")
+            self.assertEqual(re.findall(r'-rpath,"?([^"\s]*)', line), wanted)
+        # Nothing is changed at installation.
+        for script in self.dir.rglob("cmake_install.cmake"):
+            self.assertNotIn("RPATH_CHANGE", script.read_text())
+
+    def test_first_program_as_the_readme_builds_it(self):
+        """From the build tree and from an installation; not from what lies in its directory."""
+        readme = Path(SOURCE, "README.md").read_text()
+        commands = re.findall(r"^gcc -m32 examples/first\.c (?:.*\\\n)*.*", readme, re.M)
+        self.assertEqual(len(commands), 2)
+        self.installed()
+        for command in commands:
+            command = re.sub(r"(\$PWD/)?build/release/lib", str(Path(VMATH).parent), command)
+            command = command.replace("/opt/luxvm", str(self.dir / "prefix"))
+            command = command.replace("-o first", f"-o {self.dir}/first")
+            subprocess.run(["sh", "-ec", command], check=True, cwd=SOURCE)
+            for name in "libgomp.so.1", "libluxcore.so.5.2", "libluxvmk3.so.5.2":
+                (self.dir / name).write_text("not a library")
+            self.assertIn("exp(1) = 2.718281828459045", subprocess.run(
+                ["./first"], cwd=self.dir, check=True, capture_output=True, text=True).stdout)
 
 
 class Instructions(unittest.TestCase):

@@ -54,8 +54,8 @@ class Sound(unittest.TestCase):
         self.assertEqual(code, 0)
         self.assertEqual(len(re.findall(r"^luxsInv_\w+ +\d+ +\d+ 0x[0-9A-F]{16}", out, re.M)), 5)
         self.assertRegex(out, r"functions +5 of 5 present\n(.*\n)+passed\n$")
-        self.assertEqual(check("nothing_like_it")[0], 1)
-        self.assertGreater(check("Exp", "--publish", "/dev/null")[0], 100)  # a usage error
+        self.assertEqual(check("nothing_like_it")[0], 2)
+        self.assertEqual(check("Exp", "--publish", "/dev/null")[0], 2)
 
     def test_publishing_writes_what_is_published(self):
         with tempfile.TemporaryDirectory() as directory:
@@ -95,6 +95,13 @@ class Spoiled(unittest.TestCase):
                 self.assertEqual(spoiled["passed"], fault == "none")
                 self.assertEqual(Path(spoiled["path"]), FAULTS)
                 self.assertTrue(all(f["passed"] for f in functions.values()))
+
+    def test_apply_does_not_time_the_first_call(self):
+        applied = subprocess.run([BIN / "luxvm", "apply", "luxsExp_32f_A24", "--json"], input="1\n",
+                                 capture_output=True, text=True, timeout=60,
+                                 env={**os.environ, "LD_PRELOAD": str(FAULTS), "FAULT": "first_call"})
+        self.assertEqual(applied.stdout, "2.7182817\n")
+        self.assertLess(json.loads(applied.stderr)["seconds"], 1)  # of the two that it slept
 
     def test_a_fault_over_threads(self):
         explained = subprocess.run([BIN / "luxvm", "explain", "luxsExp_32f_A24", "--n", "1000000",

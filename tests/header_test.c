@@ -1,7 +1,8 @@
 /* SPDX-License-Identifier: MIT
  *
  * The public headers in C99 and in every C++ standard, and the version record. Built as a program
- * once, and compiled without linking for every other language standard.
+ * once, and compiled without linking for every other language standard; also with what X11's Xlib.h
+ * defines, before (by the command line) and after the headers.
  */
 #include <stdio.h>
 #include <string.h>
@@ -10,8 +11,17 @@
 #include "luxvmk3.h"
 #include "luxvmk3_scalar.h"
 
+#ifdef XLIB_AFTER
+#define Bool int
+#define Status int
+#define True 1
+#define None 0L
+#endif
+extern Status a_function_of_xlib(void);
+
 typedef char complex_single_is_two_floats[sizeof(Lux32fc) == 8 ? 1 : -1];
 typedef char complex_double_is_two_doubles[sizeof(Lux64fc) == 16 ? 1 : -1];
+typedef char version_is_one_type[sizeof(LuxLibraryVersion) == sizeof(LibraryVersion) ? 1 : -1];
 typedef char version_is_32_bytes[sizeof(LibraryVersion) == 32 ? 1 : -1];
 
 /* "Nov  1 2026": the day right-aligned in two places. */
@@ -26,12 +36,15 @@ static int is_date(const char* text) {
 
 int main(void) {
   const LibraryVersion* v = luxvmGetLibVersion();
+  LuxStatus (*function)(const float*, float*, int32_t) = luxsExp_32f_A24;
+  Status status;
   float one = 1, out = 0;
   if (v->major != 5 || v->minor != 2 || v->major_build != 108 || v->build != 348) return 1;
   if (memcmp(v->target_code, "k3\0", 4) != 0) return 2;
   if (strcmp(v->name, "libluxvmk3.so.5.2") != 0 || strcmp(v->version, "5.2") != 0) return 3;
   if (!is_date(v->build_date)) return 4;
-  if (luxsExp_32f_A24(&one, &out, 1) != LUX_OK || out != 2.71828175f) return 5;
+  status = function(&one, &out, 1);
+  if (status != LUX_OK || out != 2.71828175f) return 5;
   if (luxvmGetLibVersion() != v || luxcoreGetNumThreads() < 1) return 6;
   if (noxfabsl_scalar(-2.0L) != 2.0L) return 7;
   return 0;

@@ -74,7 +74,7 @@ def is_complete(path, newer_than):
 
 
 def measure(options):
-    programs = [options.luxvm, *options.luxvm.parent.parent.glob("lib/lib*.so*")]
+    programs = [options.luxvm, *options.luxvm.parent.parent.glob("lib*/**/lib*.so*")]
     newest = max(p.stat().st_mtime for p in programs)
     running = options.figures / "running"
     running.mkdir(parents=True, exist_ok=True)

@@ -8,8 +8,11 @@
 namespace bench {
 namespace {
 
-Json raw(const Case& found) { return {found.argument, found.got, found.result, found.ulp}; }
-Case case_of(const Json& raw) { return {raw[0], raw[1], raw[2], raw[3]}; }
+// JSON has no infinity.
+double finite(double x) { return std::min(x, 1e300); }
+
+Json raw(const Case& found) { return {found.argument, found.got, found.result, finite(found.ulp)}; }
+Case case_of(const Json& raw) { return {raw.at(0), raw.at(1), raw.at(2), raw.at(3)}; }
 
 Json raw(const std::vector<Case>& cases) {
   Json all = Json::array();
@@ -21,9 +24,6 @@ std::vector<Case> cases_of(const Json& raw) {
   for (const Json& found : raw) all.push_back(case_of(found));
   return all;
 }
-
-// JSON has no infinity.
-double finite(double x) { return std::min(x, 1e300); }
 
 Json hex(const Function& function, const Argument& argument) {
   Json all = Json::array();
@@ -59,15 +59,15 @@ std::string hex(uint64_t bits, int width) { return fmt::format("0x{:0{}X}", bits
 Json record_of(const Statistics& s) {
   Json ranges = Json::array();
   for (const Statistics::Range& range : s.ranges)
-    ranges.push_back({range.count, range.sum, range.max, range.worst});
+    ranges.push_back({range.count, finite(range.sum), finite(range.max), range.worst});
   return {{"count", s.count},
           {"mismatches", s.mismatches},
           {"beside", s.beside},
-          {"sum", s.sum},
-          {"max_relative", s.max_relative},
-          {"max_normwise", s.max_normwise},
-          {"max_beside", s.max_beside},
-          {"max_subnormal", s.max_subnormal},
+          {"sum", finite(s.sum)},
+          {"max_relative", finite(s.max_relative)},
+          {"max_normwise", finite(s.max_normwise)},
+          {"max_beside", finite(s.max_beside)},
+          {"max_subnormal", finite(s.max_subnormal)},
           {"classes", s.classes},
           {"ranges", ranges},
           {"envelope", s.envelope},
