@@ -92,8 +92,10 @@ __attribute__((noinline, cold)) static Lux64fc complex_cosh_special(const Lux64f
 __attribute__((noinline, cold)) static Lux64fc complex_tanh_special(const Lux64fc& z) {
   if (is_finite(z.re) && is_finite(z.im)) return tanh_of(finite_parts(&z.re, &z.im));
   if (_nox_internal_isnan(z.re)) return {z.re + z.re, z.im == 0 ? z.im : z.re + z.im};
-  const double nan = z.im - z.im;
-  if (!_nox_internal_isinf(z.re)) return {z.re == 0 ? z.re : nan, nan};
+  if (!_nox_internal_isinf(z.re)) {
+    const double nan = z.im - z.im;
+    return {z.re == 0 ? z.re : nan, nan};
+  }
   const double one = __builtin_copysign(1.0, z.re);
   if (!is_finite(z.im)) return {one, __builtin_copysign(0.0, z.im)};
   long double sine, cosine;
