@@ -24,10 +24,7 @@
 __attribute__((noinline, cold)) static Lux64fc complex_sqrt_rare(const Lux64fc& z) {
   const double infinity = __builtin_inf();
   if (_nox_internal_isinf(z.im)) return {infinity, z.im};
-  if (_nox_internal_isnan(z.re)) {
-    const long double nan = load_extended(&z.re) + load_extended(&z.im);
-    return rounded(nan, nan);
-  }
+  if (_nox_internal_isnan(z.re)) return {z.re + z.im, z.re + z.im};
   if (_nox_internal_ispinf(z.re)) return {z.re, z.im * 0};
   if (_nox_internal_isninf(z.re))
     return {_nox_internal_isnan(z.im) ? z.im + z.im : 0, __builtin_copysign(infinity, z.im)};

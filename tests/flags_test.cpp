@@ -117,6 +117,7 @@ struct Call {
   Status run_in(const Environment& e, Flags& raised) {
     set(e);
     const Status status = run();
+    __asm__ volatile("fwait");  // or the last instruction's trap is lost
     raised = flags();
     set({});
     return status;
