@@ -64,6 +64,12 @@ static inline Lux64fc rounded(long double re, long double im) {
 // Arguments go by reference and become extended numbers in their load: a subnormal double that is
 // stored again, as the compiler does with copies, traps where the caller has underflow unmasked.
 
+// A NaN for infinities and NaNs, and invalid for infinities.
+static inline double minus_itself(const double& x) {
+  const long double value = load_extended(&x);
+  return double(value - value);
+}
+
 // i z, and back again: f(z) = turned_back(g(turned(z))) for a trigonometric f with partner g. A
 // NaN keeps its sign.
 static inline Lux64fc turned(const Lux64fc& z) {
