@@ -6,8 +6,8 @@
  * control   all but noxssqrt_scalar and noxdsqrt_scalar take the x87 unit at 64-bit precision,
  *           rounding to nearest, which is how Linux starts a program, and do not set it.
  * reports   none: special values follow the annexes F and G of the C standard; exceptions show as
- *           results and in the flags of the x87 status word, where inexact and underflow may be
- *           raised without need.
+ *           results and in the flags of the x87 status word, where inexact may be missing or raised
+ *           without need.
  * accuracy  of extended results in units of the 64-bit significand's last place, as stated; of
  *           complex results per part, in units of the double's.
  * state     none; any number of threads may call them.

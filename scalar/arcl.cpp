@@ -17,6 +17,7 @@
 // 0xb.e80150c3bdd1022p-3.
 #include "scalar/arcl_table.h"  // kArcSine, kAreaSine
 #include "scalar/careful_log.h"
+#include "scalar/extended_parts.h"
 #include "scalar/internal.h"
 
 constexpr TwoPart kHalfPi = {0xc90fdaa22168c235p-63L, -0x1.d9cceba3f91f2p-66L};
@@ -60,6 +61,7 @@ static TwoPart arc_sine(long double x) {
 long double noxasinl_scalar(long double x) {
   const long double a = __builtin_fabsl(x);
   if (!__builtin_islessequal(a, 1.0L)) return undefined(x);
+  if (is_tiny(x)) return x;
   if (a <= 0.5L) {
     const TwoPart angle = arc_sine(x);
     return angle.high + angle.low;
@@ -71,6 +73,7 @@ long double noxasinl_scalar(long double x) {
 long double noxacosl_scalar(long double x) {
   const long double a = __builtin_fabsl(x);
   if (!__builtin_islessequal(a, 1.0L)) return undefined(x);
+  if (is_below(x, -70)) return kHalfPi.high;
   if (a <= 0.5L) return difference(kHalfPi, arc_sine(x));
   const TwoPart acute = twice_of_root(kArcSine, 0.5L * (1 - a));
   return x > 0 ? acute.high + acute.low : difference(kPi, acute);
@@ -99,9 +102,10 @@ static long double area(long double x, long double one) {
 
 long double noxasinhl_scalar(long double x) {
   const long double a = __builtin_fabsl(x);
+  if (is_tiny(x)) return x;
   if (!__builtin_isgreater(a, 0.5L)) {  // a NaN, too
     const long double z = x * x;
-    return __builtin_copysignl(x + x * (z * polynomial(kAreaSine, z)), x);  // -0
+    return x + x * (z * polynomial(kAreaSine, z));
   }
   return __builtin_copysignl(area(a, 1), x);
 }

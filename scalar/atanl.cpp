@@ -35,6 +35,16 @@ static FirstOctant first_octant(long double y, long double x) {
 // Below this quotient the arc tangent is the quotient to a hundredth of a unit.
 constexpr long double kSmallQuotient = 0x1p-35L;
 
+// A quotient may underflow where the angle does not: where pi/2 or pi is added to it, or where it
+// is turned into degrees. So exponents are compared first.
+static int32_t exponent_gap(const FirstOctant& p) {
+  return (parts_of(p.d).exponent & 0x7FFF) - (parts_of(p.n).exponent & 0x7FFF);
+}
+static bool is_small_quotient(const FirstOctant& p) {
+  return exponent_gap(p) > 40 || p.n / p.d < kSmallQuotient;
+}
+static bool is_on_axis(const FirstOctant& p) { return p.octant != 0 && exponent_gap(p) > 130; }
+
 // atan(n/d) less the angle of (64, j), for n/d not small.
 struct Remainder {
   int32_t j;
@@ -69,9 +79,10 @@ static long double rounded_sum(long double high, const TwoPart& low) {
 }
 
 static long double radians(const FirstOctant& p) {
-  const long double turn = kTurn[p.octant], quotient = p.n / p.d;
+  const long double turn = kTurn[p.octant];
   const Angle* const angles = kAtan.angle[p.octant];
-  if (quotient < kSmallQuotient) return angles->high + (angles->low + quotient * turn);
+  if (is_on_axis(p)) return angles->high + (long double)angles->low;
+  if (is_small_quotient(p)) return angles->high + (angles->low + p.n / p.d * turn);
   const auto [j, rest] = turned_first(p.n, p.d);
   if (p.octant == 0 && j == 0) return rest.high + rest.low;
   return rounded_sum(angles[j].high, {rest.high * turn, rest.low * turn + angles[j].low});
@@ -92,8 +103,8 @@ static long double scaled(long double x, int32_t exponent) {
 static long double degrees(const FirstOctant& p) {
   static const float axes[4] = {0, 90, 180, 90};
   const long double axis = axes[p.octant], turn = kTurn[p.octant];
-  if (p.n == 0) return axis;
-  if (p.n / p.d < kSmallQuotient) {
+  if (p.n == 0 || is_on_axis(p)) return axis;
+  if (is_small_quotient(p)) {
     const Significand n = significand_of(p.n), d = significand_of(p.d);
     const TwoPart angle = in_degrees({n.m, 0}) / TwoPart{d.m, 0};
     return axis + scaled(angle.high + angle.low, n.exponent - d.exponent) * turn;

@@ -32,11 +32,8 @@ static inline Lux64fc complex_asinh(const Lux64fc& z) {
 }
 
 static inline Lux64fc complex_asin(const Lux64fc& z) {
-  if (__builtin_expect(!has_arc(z.re, z.im), false)) {
-    const Lux64fc turned = {_nox_internal_isnan(z.im) ? z.im : -z.im, z.re};
-    const Lux64fc root = complex_asinh_rare(turned);
-    return {root.im, -root.re};
-  }
+  if (__builtin_expect(!has_arc(z.re, z.im), false))
+    return turned_back(complex_asinh_rare(turned(z)));
   const long double re = load_extended(&z.re), im = load_extended(&z.im);
   const Arc found = arc(__builtin_fabsl(re), __builtin_fabsl(im));
   const long double u = atan2_core(found.sine, found.cosine);

@@ -16,25 +16,27 @@
 constexpr uint32_t kExpBound = 0x40862000;  // upper word of 708
 
 // Beyond, every product with a sine or cosine overflows or underflows as at the bound.
-static inline long double bounded_exponent(double x) {
+static inline long double bounded_exponent(const double& from) {
+  const long double x = load_extended(&from);
   return x > 3000 ? 3000 : x < -3000 ? -3000 : x;
 }
 
 // Infinite x: a zero or an infinity for each part, the sign from y. `unknown` where y has no sign.
-static inline Lux64fc at_angle(double size, double y, double unknown) {
+static inline Lux64fc at_angle(double size, const double& y, double unknown) {
   if (_nox_internal_isinf(y) || _nox_internal_isnan(y)) return {size, unknown};
   long double sine, cosine;
   sine_cosine(y, &sine, &cosine);
   const double re = cosine < 0 ? -size : size, im = sine < 0 ? -size : size;
-  return {re, y == 0 ? y : im};
+  return {re, _nox_internal_iszero(y) ? y : im};
 }
 
 __attribute__((noinline, cold)) static Lux64fc complex_exp_special(const Lux64fc& z) {
-  if (_nox_internal_isnan(z.re)) return {z.re + z.re, z.im == 0 ? z.im : z.re + z.im};
-  if (_nox_internal_ispinf(z.re)) return at_angle(z.re, z.im, z.im - z.im);
+  if (_nox_internal_isnan(z.re))
+    return {z.re + z.re, _nox_internal_iszero(z.im) ? z.im : z.re + z.im};
+  if (_nox_internal_ispinf(z.re)) return at_angle(z.re, z.im, minus_itself(z.im));
   if (_nox_internal_isninf(z.re)) return at_angle(0, z.im, 0);
   if (_nox_internal_isinf(z.im) || _nox_internal_isnan(z.im)) {
-    const double nan = z.im - z.im;
+    const double nan = minus_itself(z.im);
     return {nan, nan};
   }
   const Exponential e = exp_parts(bounded_exponent(z.re));

@@ -73,32 +73,37 @@ static inline Lux64fc tanh_of(const FourParts& p) {
 
 __attribute__((noinline, cold)) static Lux64fc complex_sinh_special(const Lux64fc& z) {
   if (is_finite(z.re) && is_finite(z.im)) return sinh_of(finite_parts(&z.re, &z.im));
-  if (_nox_internal_isnan(z.re)) return {z.re + z.re, z.im == 0 ? z.im : z.re + z.im};
-  const double nan = z.im - z.im;  // of y that is not finite
-  if (!_nox_internal_isinf(z.re)) return {z.re == 0 ? z.re : nan, nan};
+  if (_nox_internal_isnan(z.re))
+    return {z.re + z.re, _nox_internal_iszero(z.im) ? z.im : z.re + z.im};
+  const double nan = minus_itself(z.im);  // of y that is not finite
+  if (!_nox_internal_isinf(z.re)) return {_nox_internal_iszero(z.re) ? z.re : nan, nan};
   const Lux64fc positive = at_angle(__builtin_inf(), z.im, nan);
   return {z.re < 0 ? -positive.re : positive.re, positive.im};
 }
 
 __attribute__((noinline, cold)) static Lux64fc complex_cosh_special(const Lux64fc& z) {
   if (is_finite(z.re) && is_finite(z.im)) return cosh_of(finite_parts(&z.re, &z.im));
-  if (_nox_internal_isnan(z.re)) return {z.re + z.re, z.im == 0 ? z.im : z.re + z.im};
-  const double nan = z.im - z.im;
-  if (!_nox_internal_isinf(z.re)) return {nan, z.re == 0 ? z.re : nan};
+  if (_nox_internal_isnan(z.re))
+    return {z.re + z.re, _nox_internal_iszero(z.im) ? z.im : z.re + z.im};
+  const double nan = minus_itself(z.im);
+  if (!_nox_internal_isinf(z.re)) return {nan, _nox_internal_iszero(z.re) ? z.re : nan};
   const Lux64fc positive = at_angle(__builtin_inf(), z.im, nan);
   return {positive.re, z.re < 0 ? -positive.im : positive.im};
 }
 
 __attribute__((noinline, cold)) static Lux64fc complex_tanh_special(const Lux64fc& z) {
   if (is_finite(z.re) && is_finite(z.im)) return tanh_of(finite_parts(&z.re, &z.im));
-  if (_nox_internal_isnan(z.re)) return {z.re + z.re, z.im == 0 ? z.im : z.re + z.im};
-  const double nan = z.im - z.im;
-  if (!_nox_internal_isinf(z.re)) return {z.re == 0 ? z.re : nan, nan};
+  if (_nox_internal_isnan(z.re))
+    return {z.re + z.re, _nox_internal_iszero(z.im) ? z.im : z.re + z.im};
+  if (!_nox_internal_isinf(z.re)) {
+    const double nan = minus_itself(z.im);
+    return {_nox_internal_iszero(z.re) ? z.re : nan, nan};
+  }
   const double one = __builtin_copysign(1.0, z.re);
   if (!is_finite(z.im)) return {one, __builtin_copysign(0.0, z.im)};
   long double sine, cosine;
   sine_cosine(z.im, &sine, &cosine);
-  return {one, z.im == 0 ? z.im : (sine < 0) == (cosine < 0) ? 0.0 : -0.0};
+  return {one, _nox_internal_iszero(z.im) ? z.im : (sine < 0) == (cosine < 0) ? 0.0 : -0.0};
 }
 
 // ---- The six functions. Ordinary arguments of the trigonometric ones need no turn: each sign that

@@ -83,7 +83,7 @@ __attribute__((noinline, cold)) static Lux64fc complex_log_far(const Lux64fc& z,
     const Lux64fc axis = {__builtin_copysign(1.0, z.re), z.im};
     return rounded(-1 / __builtin_fabsl(z.re), full_angle(axis) * (2 * half));
   }
-  const long double norm = (long double)z.re * z.re + (long double)z.im * z.im;
+  const long double re = load_extended(&z.re), im = load_extended(&z.im), norm = re * re + im * im;
   return rounded(log_core(norm) * half, full_angle(z) * (2 * half));
 }
 

@@ -69,8 +69,11 @@ static Lux64fc polar(const TwoPart& t, const TwoPart& a, bool negative) {
 //   magnitude infinite: an infinity in the direction of the angle, infinity + i NaN where it is
 //   unknown; otherwise an unknown angle gives NaNs.
 
+static bool is_zero(const Lux64fc& z) { return !is_nonzero(z.re) && !is_nonzero(z.im); }
 static bool is_infinite(long double x) { return __builtin_fabsl(x) == __builtin_infl(); }
-static bool is_finite(long double x) { return __builtin_fabsl(x) < __builtin_infl(); }
+static bool is_finite(long double x) {
+  return __builtin_isless(__builtin_fabsl(x), __builtin_infl());
+}
 
 static long double times(long double exponent, long double log) {
   if (exponent == 0 || (log == 0 && is_infinite(exponent))) return 0;
@@ -79,52 +82,57 @@ static long double times(long double exponent, long double log) {
 
 // The same direction in finite numbers, NaN where there is none.
 static long double angle_of(const Lux64fc& z) {
-  Lux64fc direction = z;
-  if (z.re != z.re || z.im != z.im) return __builtin_nan("");
-  if (is_infinite(z.re) || is_infinite(z.im)) {
-    direction.re = __builtin_copysign(is_infinite(z.re) ? 1.0 : 0.0, z.re);
-    direction.im = __builtin_copysign(is_infinite(z.im) ? 1.0 : 0.0, z.im);
-  } else if (z.re == 0 && z.im == 0) {
-    direction.re = __builtin_copysign(1.0, z.re);
-  }
-  return angle_short(direction);
+  if (_nox_internal_isnan(z.re) || _nox_internal_isnan(z.im)) return __builtin_nan("");
+  const bool wide = _nox_internal_isinf(z.re), high = _nox_internal_isinf(z.im);
+  const bool zero = is_zero(z);
+  if (!wide && !high && !zero) return angle_short(z);
+  const double re = wide || zero, im = high;
+  return angle_short({upper_word(&z.re) >> 31 ? -re : re, upper_word(&z.im) >> 31 ? -im : im});
 }
 
 static TwoPart log_of_magnitude(const Lux64fc& z) {
   const bool flat = __builtin_fabs(z.re) >= __builtin_fabs(z.im);
-  const long double large = flat ? z.re : z.im, small = flat ? z.im : z.re;
+  const double* const parts = &z.re;
+  const long double large = load_extended(parts + !flat), small = load_extended(parts + flat);
   const TwoPart squares[] = {exact_product(large, large), exact_product(small, small)};
   const TwoPart log =
       log2_long(squares[0] + squares[1], (TwoPart{-1, 0} + squares[0]) + squares[1]);
   return {log.high / 2, log.low / 2};
 }
 
+// a + b, but no exception where infinities of both signs meet: the magnitude may do without.
+static long double silent_sum(long double a, long double b) {
+  return is_infinite(a) && b == -a ? __builtin_nanl("") : a + b;
+}
+
 static long double log_of(const Lux64fc& z) {
-  if (is_infinite(z.re) || is_infinite(z.im)) return __builtin_infl();
-  if (z.re != z.re || z.im != z.im) return __builtin_nanl("");
-  if (z.re == 0 && z.im == 0) return -__builtin_infl();
+  if (_nox_internal_isinf(z.re) || _nox_internal_isinf(z.im)) return __builtin_infl();
+  if (_nox_internal_isnan(z.re) || _nox_internal_isnan(z.im)) return __builtin_nanl("");
+  if (is_zero(z)) return -__builtin_infl();
   return log_of_magnitude(z).high;
 }
 
 static double part_of(double magnitude, long double direction) {
-  return __builtin_copysign(direction == 0 ? 0 : magnitude, double(direction));
+  const double size = direction == 0 ? 0 : magnitude;
+  return __builtin_signbit(direction) ? -size : size;
 }
 
 static Lux64fc special(const Lux64fc& z, const Lux64fc& w) {
   constexpr double kNan = __builtin_nan("");
-  if (w.re == 0 && w.im == 0) return {1, 0};
+  if (is_zero(w)) return {1, 0};
   const long double log = log_of(z), angle = angle_of(z);
-  long double t = times(w.re, log), a = times(w.re, angle);
-  if (w.im != 0) {
-    t -= times(w.im, angle) * whole(power_table.right_angle_log2_e);
-    a += times(w.im, log) * whole(power_table.ln2_by_right_angle);
+  const long double u = load_extended(&w.re), v = load_extended(&w.im);
+  long double t = times(u, log), a = times(u, angle);
+  if (v != 0) {
+    t -= times(v, angle) * whole(power_table.right_angle_log2_e);
+    a = silent_sum(a, times(v, log) * whole(power_table.ln2_by_right_angle));
   }
   const bool known = is_finite(a), negative = __builtin_signbit(a);
   if (!is_infinite(t)) {
     if (!known || t != t) return {kNan, kNan};
     return polar({t, 0}, {a, 0}, negative);
   }
-  const bool pole = t > 0 && z.re == 0 && z.im == 0;  // raises the divide-by-zero flag
+  const bool pole = t > 0 && is_zero(z);  // raises the divide-by-zero flag
   const double magnitude = t < 0 ? 0 : pole ? 1 / __builtin_fabs(z.re) : __builtin_inf();
   if (!known) return {magnitude, t > 0 ? kNan : is_infinite(a) && negative ? -0.0 : 0.0};
   const Point point = circle_point(without_turns({__builtin_fabsl(a), 0}));
@@ -137,18 +145,19 @@ void _nox_internal_cpow_long(const Lux64fc* z, const Lux64fc* w, Lux64fc* power)
     return (upper_word(part) & 0x7FF00000) == 0x7FF00000;
   };
   if (special_part(&z->re) || special_part(&z->im) || special_part(&w->re) ||
-      special_part(&w->im) || (z->re == 0 && z->im == 0)) {
+      special_part(&w->im) || is_zero(*z)) {
     *power = special(*z, *w);
     return;
   }
   const TwoPart log = log_of_magnitude(*z), angle = angle_long(*z);
-  TwoPart t = log * w->re, a = angle * w->re;
-  if (w->im != 0) {
-    t = t + -((angle * w->im) * power_table.long_right_angle_log2_e);
-    a = a + (log * w->im) * power_table.long_ln2_by_right_angle;
+  const long double u = load_extended(&w->re), v = load_extended(&w->im);
+  TwoPart t = log * u, a = angle * u;
+  if (v != 0) {
+    t = t + -((angle * v) * power_table.long_right_angle_log2_e);
+    a = a + (log * v) * power_table.long_ln2_by_right_angle;
   }
   // Products in two parts do not keep the sign of a zero: that of the angle is the sign of Im z.
   const bool negative =
-      a.high != 0 ? a.high < 0 : __builtin_signbit(w->re) != __builtin_signbit(z->im);
+      a.high != 0 ? a.high < 0 : int32_t(upper_word(&w->re) ^ upper_word(&z->im)) < 0;
   *power = polar(t, a, negative);
 }

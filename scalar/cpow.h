@@ -45,7 +45,7 @@ static inline __attribute__((always_inline)) Lux64fc complex_pow(const Lux64fc& 
     const long double log = log2_short(m, cell) * 0.5f, angle = angle_short(z);
     const long double size =
         (__builtin_fabsl(w.re) + __builtin_fabsl(w.im)) * (__builtin_fabsl(log) + 4.0f);
-    if (__builtin_expect(size < 96.0f, true)) {
+    if (__builtin_expect(__builtin_isless(size, 96.0f), true)) {  // not so a NaN, silently
       long double t = log * w.re, a = angle * w.re;
       if (is_nonzero(w.im)) {
         const PowerTable& table = power_table_anew();

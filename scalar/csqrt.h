@@ -21,7 +21,7 @@
 
 #include "scalar/internal.h"
 
-__attribute__((noinline, cold)) static Lux64fc complex_sqrt_rare(Lux64fc z) {
+__attribute__((noinline, cold)) static Lux64fc complex_sqrt_rare(const Lux64fc& z) {
   const double infinity = __builtin_inf();
   if (_nox_internal_isinf(z.im)) return {infinity, z.im};
   if (_nox_internal_isnan(z.re)) return {z.re + z.im, z.re + z.im};

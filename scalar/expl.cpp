@@ -23,6 +23,7 @@ static long double beyond(long double tiny_or_huge) {
 long double noxexpl_scalar(long double x) {
   const ExtendedParts parts = parts_of(x);
   if (parts.is_special()) return parts.is_nan() || x > 0 ? x + x : 0;
+  if (is_below(x, -70)) return 1 + x;
   if (__builtin_fabsl(x) >= kOutside) return beyond(x > 0 ? 0x1p16383L : 0x1p-16382L);
   const Exponential e = exp_parts(x);
   return scaled_extended(e.fraction, e.exponent);
@@ -41,6 +42,9 @@ void noxsinhcoshl_scalar(long double x, long double* sine, long double* cosine) 
   if (parts_of(x).is_special()) {
     *sine = x + x;
     *cosine = a + a;
+  } else if (is_tiny(x)) {
+    *sine = x;
+    *cosine = 1;
   } else if (a >= kOutside) {
     *cosine = beyond(0x1p16383L);
     *sine = x < 0 ? -*cosine : *cosine;
@@ -48,7 +52,7 @@ void noxsinhcoshl_scalar(long double x, long double* sine, long double* cosine) 
     const HyperbolicAddends h = hyperbolic_addends<true>(a);
     *cosine = scaled_extended(h.cosine + h.cosine_tail, h.exponent);
     if (a < kSeries) {
-      *sine = x == 0 ? x : sinh_series(x) + x;
+      *sine = sinh_series(x) + x;
     } else {
       const long double size = scaled_extended(h.sine + h.sine_tail, h.exponent);
       *sine = x < 0 ? -size : size;
@@ -70,7 +74,7 @@ long double noxcoshl_scalar(long double x) {
 
 long double noxtanhl_scalar(long double x) {
   if (parts_of(x).is_nan()) return x + x;
-  if (x == 0) return x;
+  if (is_tiny(x)) return x;
   const long double a = __builtin_fabsl(x);
   if (a >= kTanhOne) return x < 0 ? -1 : 1;
   const HyperbolicAddends h = hyperbolic_addends<true>(a);

@@ -21,4 +21,14 @@ static inline ExtendedParts parts_of(long double x) {
   return parts;
 }
 
+// |x| < 2^exponent.
+static inline bool is_below(long double x, int32_t exponent) {
+  return (parts_of(x).exponent & 0x7FFF) < 16383 + exponent;
+}
+
+// Below, the functions that are odd give their argument and those that are 1 at 0 give 1: the next
+// term is less than 2^-16 units, and formed from the smallest numbers it would underflow.
+constexpr int32_t kTinyExponent = -40;
+static inline bool is_tiny(long double x) { return is_below(x, kTinyExponent); }
+
 #endif

@@ -61,10 +61,24 @@ static inline Lux64fc rounded(long double re, long double im) {
   return {store_f64(double(re)), store_f64(double(im))};
 }
 
+// Arguments go by reference and become extended numbers in their load: a subnormal double that is
+// stored again, as the compiler does with copies, traps where the caller has underflow unmasked.
+
+// A NaN for infinities and NaNs, and invalid for infinities.
+static inline double minus_itself(const double& x) {
+  const long double value = load_extended(&x);
+  return double(value - value);
+}
+
 // i z, and back again: f(z) = turned_back(g(turned(z))) for a trigonometric f with partner g. A
 // NaN keeps its sign.
 static inline Lux64fc turned(const Lux64fc& z) {
-  return {_nox_internal_isnan(z.im) ? z.im : -z.im, z.re};
+  Words re = load_words(&z.im);
+  if (!_nox_internal_isnan(z.im)) re.upper ^= kSignUpper;
+  Lux64fc w;
+  store_words(&w.re, re);
+  store_words(&w.im, load_words(&z.re));
+  return w;
 }
 
 static inline Lux64fc turned_back(const Lux64fc& w) { return {w.im, -w.re}; }
@@ -83,10 +97,11 @@ extern "C" long double __invsqrtl(long double* x);
 
 // Principal square root of re + i im. Squares of doubles cannot leave the extended range, so
 // nothing is scaled. At re <= 0 with im = 0 the caller treats zeros and the sign of the cut.
-static inline Lux64fc _nox_internal_csqrt(double re, double im) {
-  const long double x = re, y = im, m = noxsqrtl_scalar(x * x + y * y);
+static inline Lux64fc _nox_internal_csqrt(const double& re, const double& im) {
+  const long double x = load_extended(&re), y = load_extended(&im),
+                    m = noxsqrtl_scalar(x * x + y * y);
   Lux64fc root;
-  if (re > 0) {
+  if (x > 0) {
     const long double u = noxsqrtl_scalar(0.5L * m + 0.5L * x);
     root.re = store_f64(double(u));
     root.im = store_f64(double(0.5L * y / u));
@@ -97,7 +112,7 @@ static inline Lux64fc _nox_internal_csqrt(double re, double im) {
     root.re = store_f64(double(w < 0 ? -w : w));
   }
   // Deliberate order of the tests: a NaN leaves with its sign inverted when im is a NaN.
-  if (im >= 0 ? root.im < 0 : !(root.im <= 0)) root.im = -root.im;
+  if (y >= 0 ? root.im < 0 : !(root.im <= 0)) root.im = -root.im;
   return root;
 }
 

@@ -99,9 +99,10 @@ static inline Image image_of(const Lux64fc& z) {
       {{{1, 0.0f}, {-1, 1}}, {{-1, 2}, {1, 1}}},
       {{{-1, -0.0f}, {1, -1}}, {{1, -2}, {-1, -1}}},
   };
-  const double* const parts = reinterpret_cast<const double*>(&z);
+  const double* const parts = &z.re;
   const bool steep = magnitude<double>(load_bits(&z.im)) > magnitude<double>(load_bits(&z.re));
-  return {__builtin_fabsl(parts[steep]), __builtin_fabsl(parts[1 - steep]),
+  return {__builtin_fabsl(load_extended(parts + steep)),
+          __builtin_fabsl(load_extended(parts + 1 - steep)),
           kTurns[upper_word(&z.im) >> 31][upper_word(&z.re) >> 31][steep]};
 }
 

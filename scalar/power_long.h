@@ -29,7 +29,9 @@ static TwoPart log2_long(const TwoPart& x, const TwoPart& x_minus_1) {
   TwoPart z = x_minus_1;
   if (cell.reciprocal != (place.exponent == 0 ? 1.0 : 0.5) || uint32_t(place.exponent + 1) > 1) {
     const TwoPart product = exact_product(m, cell.reciprocal);
-    const long double low = x.low * power_of_two(-place.exponent) * cell.reciprocal;
+    // 2^-16383 would be a subnormal number.
+    const long double low =
+        x.low == 0 ? 0 : x.low * power_of_two(-place.exponent) * cell.reciprocal;
     z = TwoPart{product.high - 1, product.low} + TwoPart{low, 0};
   }
   const TwoPart small = ordered_sum(cell.middle, cell.low) + log1p_series(z) * power_table.log2_e;

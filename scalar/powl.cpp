@@ -32,7 +32,8 @@ static long double underflow() {
 static long double positive_pow(long double x, long double y) {
   if (y == 0.5L) return noxsqrtl_scalar(x);
   if (y == -0.5L) return __invsqrtl(&x);
-  constexpr long double kLarge = 0x1p80L;  // log2 x is at least 2^-64
+  constexpr long double kLarge = 0x1p80L;  // log2 x is at least 2^-64, and at most 2^15
+  if (__builtin_fabsl(y) < 1 / kLarge) return 1;
   if (__builtin_fabsl(y) > kLarge) return (x > 1) == (y > 0) ? overflow() : underflow();
   const TwoPart t = log2_of(x) * y;
   if (t.high > 16400) return overflow();

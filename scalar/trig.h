@@ -77,7 +77,7 @@ __attribute__((noinline, cold)) static SineCosine long_sine_cosine(const double*
 }
 
 // Of a finite x: errors below 2.6 units of the last place of 64 bits, relatively.
-static inline void sine_cosine(const double x, long double* sine, long double* cosine) {
+static inline void sine_cosine(const double& x, long double* sine, long double* cosine) {
   const SineCosine pair = __builtin_expect(is_short_angle(&x), true)
                               ? short_sine_cosine(load_extended(&x))
                               : long_sine_cosine(&x);

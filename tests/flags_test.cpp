@@ -117,6 +117,7 @@ struct Call {
   Status run_in(const Environment& e, Flags& raised) {
     set(e);
     const Status status = run();
+    __asm__ volatile("fwait");  // or the last instruction's trap is lost
     raised = flags();
     set({});
     return status;
@@ -126,27 +127,28 @@ struct Call {
 // What the call may raise: by its arguments, by the class of each result, by its code.
 static uint16_t accounted_for(const Call& c, Status status) {
   const Function& f = c.f;
+  const bool complex = f.type.parts == 2;
   uint16_t may = kInexact;
-  bool infinite_argument = false, nan_argument = false;
-  const auto look = [&](const Bytes& numbers) {
-    for (size_t at = 0; at < numbers.size(); at += f.type.width) {
-      const Class k = class_of(&numbers[at], f.type.width);
+  for (int i = 0; i < c.len; ++i) {
+    bool infinite_argument = false, nan_argument = false;
+    const auto each = [&](const Bytes& numbers, int element, auto look) {
+      for (int part = 0; part < f.type.parts; ++part)
+        look(class_of(&numbers[element * f.type.bytes() + part * f.type.width], f.type.width));
+    };
+    const auto argument = [&](Class k) {
       if (k == kSubnormal) may |= kDenormal;
       infinite_argument |= k == kInfinite;
       nan_argument |= k == kQuietNan;
-    }
-  };
-  for (int k = 0; k < f.shape.sources; ++k) look(c.source[k]);
-  if (f.shape.scalar) look(c.scalar);
-  for (int k = 0; k < f.shape.destinations; ++k)
-    for (size_t at = 0; at < c.destination[k].size(); at += f.type.width)
-      switch (class_of(&c.destination[k][at], f.type.width)) {
+    };
+    const auto result = [&](Class k) {
+      switch (k) {
         case kZero:
         case kSubnormal:
           may |= kUnderflow | kDenormal;
           break;
         case kInfinite:
           if (!infinite_argument) may |= kOverflow;
+          if (!infinite_argument && complex) may |= kZeroDivide;  // a pole has no code there
           break;
         case kQuietNan:
           if (!nan_argument) may |= kInvalid;
@@ -154,6 +156,11 @@ static uint16_t accounted_for(const Call& c, Status status) {
         case kNormal:
           break;
       }
+    };
+    for (int k = 0; k < f.shape.sources; ++k) each(c.source[k], i, argument);
+    if (f.shape.scalar) each(c.scalar, 0, argument);
+    for (int k = 0; k < f.shape.destinations; ++k) each(c.destination[k], i, result);
+  }
   if (f.counts) return may;
   if (status == LUX_DOMAIN) may |= kInvalid;
   if (status == LUX_POLE) may |= kZeroDivide;

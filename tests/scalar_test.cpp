@@ -3,6 +3,8 @@
 // Scalar routines: roots against MPFR and, where the last bits are prescribed, against a literal
 // model of the steps; magnitudes and classes by rows.
 #include <gtest/gtest.h>
+#include <setjmp.h>
+#include <signal.h>
 
 #include <cmath>
 #include <vector>
@@ -289,6 +291,88 @@ TEST(Scalar, ExtendedInverseRootIsTheModelAndScalesItsOperand) {
   }
   EXPECT_LE(worst, 0.501);
   RecordProperty("ulp", std::to_string(worst));
+}
+
+// ---- Exception flags
+
+static sigjmp_buf before_trap;
+
+using Routine = long double (*)(long double);
+static bool traps(Routine f, long double x, uint16_t masked) {
+  if (sigsetjmp(before_trap, 1) == 0) {
+    set({uint16_t(0x340 | masked), kDefaultMxcsr});
+    f(x);
+    __asm__ volatile("fwait");
+    set({});
+    return false;
+  }
+  __asm__ volatile("fninit");
+  return true;
+}
+
+// Intermediates that leave the range, comparisons with a NaN: arguments of every exponent raise,
+// and unmasked trap, what they and their results account for and nothing more.
+TEST(Scalar, ExtendedRoutinesRaiseWhatArgumentsAndResultsAccountFor) {
+  static long double other;
+  const Routine routines[] = {
+      noxfabsl_scalar,
+      noxsqrtl_scalar,
+      noxexpl_scalar,
+      noxlogl_scalar,
+      noxlog1pl_scalar,
+      noxsinl_scalar,
+      noxcosl_scalar,
+      noxtanl_scalar,
+      noxsindl_scalar,
+      noxcosdl_scalar,
+      noxasinl_scalar,
+      noxacosl_scalar,
+      noxatanl_scalar,
+      noxsinhl_scalar,
+      noxcoshl_scalar,
+      noxtanhl_scalar,
+      noxasinhl_scalar,
+      noxacoshl_scalar,
+      noxatanhl_scalar,
+      [](long double x) { return noxpowl_scalar(x, other); },
+      [](long double x) { return noxpowl_scalar(other, x); },
+      [](long double x) { return noxatan2l_scalar(x, other); },
+      [](long double x) { return noxatan2l_scalar(other, x); },
+      [](long double x) { return noxatan2dl_scalar(x, other); },
+      [](long double x) { return noxatan2dl_scalar(other, x); },
+      [](long double x) {
+        long double sine, cosine;
+        noxsincosl_scalar(x, &sine, &cosine);
+        return sine;
+      },
+  };
+  Random random{17};
+  std::vector<long double> all = {0, 0.5L, 1, 1.5L, 30, HUGE_VALL, __builtin_nanl("")};
+  for (int exponent = 0; exponent < 0x7FFF; exponent += 1 + exponent % 7) {
+    const uint64_t digits = exponent % 3 ? random.next() | 1ull << 63 : 1ull << 63;
+    all.push_back(whole({exponent ? digits : digits >> 40, uint16_t(exponent)}));
+  }
+  signal(SIGFPE, [](int) { siglongjmp(before_trap, 1); });
+  for (const Routine& f : routines)
+    for (const long double size : all) {
+      const long double x = random.next() & 1 ? size : -size;
+      constexpr long double kOthers[] = {1, -1, 0.75L, -3, 0x1p-16445L, -0x1p16383L};
+      other = kOthers[random.next() % std::size(kOthers)];
+      set({});
+      const long double y = f(x);
+      const uint16_t raised = x87_flags();
+      uint16_t may = kInexact | kDenormal;
+      if (std::fpclassify(y) == FP_SUBNORMAL || y == 0) may |= kUnderflow;
+      if (std::isinf(y) && !std::isinf(x)) may |= kOverflow | kZeroDivide;
+      if (std::isnan(y) && !std::isnan(x)) may |= kInvalid;
+      const auto at = [&] {
+        return testing::Message() << "routine " << &f - routines << " of " << parts(x) << ", "
+                                  << parts(other);
+      };
+      ASSERT_EQ(raised & ~may, 0) << at();
+      ASSERT_FALSE(traps(f, x, may)) << at();
+    }
+  signal(SIGFPE, SIG_DFL);
 }
 
 // ---- Classes

@@ -33,9 +33,10 @@ static inline Status run_complex_2_1(const E* src1, const E* src2, E* dst, int32
 }
 
 template <class E, class Routine>
-static inline Status run_complex_2_1_1(const E* src, E scalar, E* dst, int32_t len,
+static inline Status run_complex_2_1_1(const E* src, const E& scalar, E* dst, int32_t len,
                                        Routine routine) {
-  return run_complex(src, src, dst, len, [=](int32_t i) { return routine(src[i], scalar); });
+  return run_complex(src, src, dst, len,
+                     [=, &scalar](int32_t i) { return routine(src[i], scalar); });
 }
 
 // Kept in memory as it was stored: put together again from halves, it would stall its load.
