@@ -8,6 +8,9 @@
 // Sixteen elements below 2^126 are computed at once; from there on y y is subnormal. Otherwise they
 // are done in eights, scaled where they are large, which leaves the bits alone.
 //
+// Twelve packed operations, and fourteen of the test for sixteen elements: where the processor
+// starts three a cycle, no less than 1.29 cycles an element.
+//
 // Of an eight that holds a zero, a subnormal, a negative number, an infinity or a NaN, every
 // element is computed on the x87 unit as 1 / sqrt(x), deliberately under the caller's precision and
 // rounding, and its zeros are reported before its negative numbers.

@@ -10,6 +10,9 @@
 // them is no such number they are done in eights, with the estimate of +0 made finite, and an eight
 // with anything else goes one by one. What is small is scaled then, which leaves the bits alone.
 //
+// Nineteen packed operations, and fourteen of the test for sixteen elements: where the processor
+// starts three a cycle, no less than 1.88 cycles an element.
+//
 // Worst error 0.7608 ulp, at 0x0169B52F (every input, with the estimate of an Intel Xeon 6/207).
 #include "kernels/explog/root_32f.h"
 
@@ -27,7 +30,7 @@ static inline __m128 root(__m128 x) {
   else
     y = nine_bits(y);
   const __m128 h = nine_bits(x);
-  const __m128 minus_l = _mm_sub_ps(h, x);  // +0 for either zero, so that -0 stays -0
+  const __m128 minus_l = _mm_sub_ps(h, x);
   const __m128 hy = _mm_mul_ps(h, y), minus_ly = _mm_mul_ps(minus_l, y);
   const __m128 e =
       _mm_sub_ps(_mm_sub_ps(_mm_mul_ps(hy, y), _mm_set1_ps(1.0f)), _mm_mul_ps(minus_ly, y));
