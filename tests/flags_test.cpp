@@ -278,13 +278,16 @@ TEST_P(Exceptions, AreThoseOfTheArgumentsAndResults) {
     const int len = kLengths[random.next() % std::size(kLengths)];
     const int at = int(random.next() % len);
     std::vector<Element> elements(len, random.next() & 1 ? e : ordinary);
-    // Some beside numbers of any exponent, each different.
+    // Some beside numbers of any exponent, each different, zeros and infinities among them.
     if (random.next() % 4 == 0)
       for (Element& other : elements)
         other = element([&](unsigned char* to) {
           const int least = f.type.width == 4 ? -126 : -1022;
-          const double value =
-              std::ldexp(1 + random.unit(), least + int(random.next() % -(2 * least)));
+          const int exponent = least + int(random.next() % -(2 * least));
+          const uint64_t choice = random.next() % 16;
+          const double value = choice == 0   ? 0
+                               : choice == 1 ? HUGE_VAL
+                                             : std::ldexp(1 + random.unit(), exponent);
           put(to, f.type.width, random.next() & 1 ? value : -value);
         });
     elements[at] = e;
