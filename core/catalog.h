@@ -69,9 +69,20 @@ template <class E>
 Status call(Status (*f)(const E*, E*, E*, int32_t), const Arrays& a, int32_t len) {
   return f(source<E>(a, 0), destination<E>(a, 0), destination<E>(a, 1), len);
 }
+
+// The words of a scalar lie on the stack as it does. Passed as a number it might go through the x87
+// unit, which quiets a signalling NaN and raises flags.
+template <class E>
+struct ScalarWords {
+  uint32_t word[sizeof(E) / 4];
+};
+
 template <class E>
 Status call(Status (*f)(const E*, E, E*, int32_t), const Arrays& a, int32_t len) {
-  return f(source<E>(a, 0), *static_cast<const E*>(a.scalar), destination<E>(a, 0), len);
+  using ByWords = Status (*)(const E*, ScalarWords<E>, E*, int32_t);
+  const auto by_words = reinterpret_cast<ByWords>(reinterpret_cast<void (*)()>(f));
+  return by_words(source<E>(a, 0), *static_cast<const ScalarWords<E>*>(a.scalar),
+                  destination<E>(a, 0), len);
 }
 
 inline constexpr ElementType kType_32f{"32f", 's', 4, 1};

@@ -120,7 +120,7 @@ LUX_API LuxStatus luxsDiv_64f_A53(const double* src1, const double* src2, double
  *  integers give the integer. All grades of a type are one computation.
  *  A zero gives itself, sign kept; +infinity itself; a NaN comes out quiet: no code. A negative
  *  number or -infinity gives a NaN, 0xFFC00000 in 32f and 0x7FF8A5A55A5A5A5A in 64f, with
- *  LUX_DOMAIN. Where denormals-are-zero is set, 32f promises results from 2^-90 to 2^120 only.
+ *  LUX_DOMAIN. Where denormals-are-zero is set, 32f promises results of normal arguments only.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
 LUX_API LuxStatus luxsSqrt_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsSqrt_32f_A21(const float* src, float* dst, int32_t len);
@@ -137,8 +137,9 @@ LUX_API LuxStatus luxsSqrt_64f_A53(const double* src, double* dst, int32_t len);
  *  comes out quiet: no code.
  *  32f works in blocks of eight. A block that holds a zero, a subnormal, a negative number, an
  *  infinity or a NaN is computed on the x87 unit under the caller's precision and rounding, so the
- *  last bit of its ordinary results may differ; all its zeros are reported before its negative
- *  numbers. Where denormals-are-zero is set, 32f promises results from 2^-90 to 2^120 only.
+ *  last bits of its ordinary results may differ: at most 1.0001 ulp, 2 ulp at 24 bits. All its zeros
+ *  are reported before its negative numbers. Where denormals-are-zero is set, 32f promises results of
+ *  normal arguments only.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or the code of the last element reported. */
 LUX_API LuxStatus luxsInvSqrt_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsInvSqrt_32f_A21(const float* src, float* dst, int32_t len);

@@ -13,7 +13,8 @@ Accuracy guarantee(const Function& function) {
   const bool power = function.family == "Pow" || function.family == "Powx";
   if (function.type.complex() && power)
     return find_goal(function)->accuracy;  // a component of a power may cancel without limit
-  // From the processor's estimate, whatever processor it is.
+  // From the processor's estimate, whatever processor it is. InvSqrt beside special elements, on the
+  // x87 unit, is as good where the caller rounds to nearest at 53 bits or more, as here.
   if (function.is("Sqrt", "32f")) return {Accuracy::kUlp, 0.99};
   if (function.is("InvSqrt", "32f")) return {Accuracy::kUlp, 0.995};
   if (function.is("Hypot", "64f")) return {Accuracy::kUlp, 1.23};

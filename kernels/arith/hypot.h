@@ -26,7 +26,7 @@
 constexpr int32_t kBlock = 8;
 
 // An ordinary element has the upper word of its larger magnitude in low <= word < high: no sum of
-// squares is a subnormal double, and every root is a normal number. The lower 23 bits are zero.
+// squares leaves the normal doubles, and every root is a normal number. The lower 23 bits are zero.
 template <class E>
 struct Ordinary;
 
@@ -147,15 +147,32 @@ static inline void hypot_ordinary(const E* x, const E* y, E* dst) {
 // Any exponents. The bits of D are read as they are, also those of infinity and of a subnormal:
 // deliberate, the reference lists what comes of it.
 template <class E>
-static inline E scaled_root(double d, int32_t scaled_up) {
+static inline E scaled_root(const double* d, int32_t scaled_up) {
   double root;
-  roots<1>(&d, &root);
-  const int32_t k = int32_t(half_exponent(upper_word(&d))) >> 20;
+  roots<1>(d, &root);
+  const int32_t k = int32_t(half_exponent(upper_word(d))) >> 20;
   return E(root * power_of_two(k - scaled_up));
 }
 
 static inline float finite_hypot(const float* x, const float* y) {
-  return store_f32(scaled_root<float>(sum_of_squares(*x, *y), 0));
+  const double d = sum_of_squares(*x, *y);
+  return store_f32(scaled_root<float>(&d, 0));
+}
+
+// The double that a store would give, out of the range of normal doubles too, without the overflow
+// or underflow that a store would raise: those are not the result's. Added to the smallest normal
+// number a sum below it is rounded where a subnormal ends.
+static inline void any_sum_of_squares(long double x, long double y, double* d) {
+  static const double smallest = 0x1p-1022;
+  const long double sum = x * x + y * y;
+  if (sum >= power_of_two(1024)) {
+    store_bits(d, Format<double>::kInf);
+  } else if (sum < smallest) {
+    put(d, sum + smallest);
+    store_bits(d, load_bits(d) - load_bits(&smallest));
+  } else {
+    put(d, sum);
+  }
 }
 
 static inline double finite_hypot(const double* x, const double* y) {
@@ -163,7 +180,9 @@ static inline double finite_hypot(const double* x, const double* y) {
   const bool tiny = (upper_word(x) & ~Format<float>::kSign) < kTiny &&
                     (upper_word(y) & ~Format<float>::kSign) < kTiny;
   const double scale = tiny ? 0x1p+1000 : 1.0;
-  return store_f64(scaled_root<double>(sum_of_squares(*x * scale, *y * scale), tiny ? 1000 : 0));
+  double d;
+  any_sum_of_squares(*x * scale, *y * scale, &d);
+  return store_f64(scaled_root<double>(&d, tiny ? 1000 : 0));
 }
 
 template <class E>

@@ -8,11 +8,10 @@
 // 0x3FF6AA9B990C98D2, 0x3FF00485EC8D5A6A (sampled).
 #include "kernels/arith/hypot.h"
 
-// Sums at and above 2^1024 are ordinary too: the bits of infinity give 2^512.
 template <>
 struct Ordinary<double> {
   static constexpr uint32_t kLow = 0x20000000;   // 2^-511: sums are at least 2^-1022
-  static constexpr uint32_t kHigh = 0x7F800000;  // 2^1017
+  static constexpr uint32_t kHigh = 0x5F800000;  // 2^505: sums are finite
 };
 
 LUX_KERNELS_64F(Hypot, 2_1, hypot<double>)

@@ -27,8 +27,10 @@ static inline bool product_surely_in_range(const double* d) {
   return above < kDivisorRange;
 }
 
-// Quiet comparisons: a NaN fails both.
+// Quiet comparisons: a NaN fails both. Zeros do not come so far, for 0 times infinity is invalid.
 __attribute__((noinline)) static bool product_in_range(const double* d) {
+  for (int lane = 0; lane < 4; ++lane)
+    if (is_zero<double>(load_bits(d + lane))) return false;
   const long double p = __builtin_fabsl((long double)d[0] * d[1] * ((long double)d[2] * d[3]));
   return __builtin_isgreater(p, kProductTooSmall) && __builtin_isless(p, kProductTooLarge);
 }

@@ -47,8 +47,10 @@ static inline void extended_block(const float* src, float* dst) {
 
 template <int kTerms, int kCount>
 static inline void packed_block(const float* src, float* dst) {
-  const __m128 x = load_elements<kCount>(src), a = saturated(magnitude_of(x));
-  const Reduced reduced = reduce(a);
+  const __m128 x = load_elements<kCount>(src),
+               a = _mm_min_ps(magnitude_of(x), _mm_set1_ps(kSaturated));
+  // Below 2^-40 the ratio is that at 0, and terms in a would be subnormal.
+  const Reduced reduced = reduce(_mm_max_ps(a, _mm_set1_ps(0x1p-40f)));
   const __m128 ratio = polynomial(look_up<kTerms>(kRow, reduced.shifted), reduced.r);
   const __m128 y = _mm_min_ps(_mm_mul_ps(ratio, a), _mm_set1_ps(1.0f));
   store_elements<kCount>(dst, _mm_or_ps(y, sign_of(x)));

@@ -29,11 +29,16 @@ struct Side {
 };
 static const Side kSides[2] = {{1, 0}, {-1, 2}};
 
+// Below 2^-40 every grade gives 1, and terms in |x| would be subnormal.
+static inline __m128 magnitude_from_least(__m128 x) {
+  return _mm_max_ps(magnitude_of(x), _mm_set1_ps(0x1p-40f));
+}
+
 template <int kCount>
 static inline void extended_block(const float* src, float* dst) {
   alignas(16) float x[4], r[4], shifted[4];
   const __m128 loaded = load_elements<kCount>(src);
-  const Reduced reduced = reduce(magnitude_of(loaded));
+  const Reduced reduced = reduce(magnitude_from_least(loaded));
   _mm_store_ps(x, loaded);
   _mm_store_ps(r, reduced.r);
   _mm_store_ps(shifted, reduced.shifted);
@@ -49,7 +54,8 @@ static inline void extended_block(const float* src, float* dst) {
 
 template <int kTerms, const auto& kPower, int kCount>
 static inline void packed_block(const float* src, float* dst) {
-  const __m128 x = load_elements<kCount>(src), a = magnitude_of(x), one = _mm_set1_ps(1.0f);
+  const __m128 x = load_elements<kCount>(src), a = magnitude_from_least(x);
+  const __m128 one = _mm_set1_ps(1.0f);
   const Reduced reduced = reduce(a);
   const __m128 r = reduced.r;
   const Coefficients<kTerms> row = look_up<kTerms>(kRow, reduced.shifted);

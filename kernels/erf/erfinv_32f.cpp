@@ -63,7 +63,9 @@ static inline __m128 cubic(const uint32_t (&cell)[4], __m128 u) {
   __m128 c3 = _mm_load_ps(kCubic[cell[0]]), c2 = _mm_load_ps(kCubic[cell[1]]);
   __m128 c1 = _mm_load_ps(kCubic[cell[2]]), c0 = _mm_load_ps(kCubic[cell[3]]);
   _MM_TRANSPOSE4_PS(c3, c2, c1, c0);
-  const __m128 quadratic = _mm_add_ps(_mm_mul_ps(_mm_add_ps(_mm_mul_ps(c3, u), c2), u), c1);
+  // Below 2^-40 that is c1, and smaller products would be subnormal.
+  const __m128 v = _mm_max_ps(u, _mm_set1_ps(0x1p-40f));
+  const __m128 quadratic = _mm_add_ps(_mm_mul_ps(_mm_add_ps(_mm_mul_ps(c3, v), c2), v), c1);
   return _mm_add_ps(_mm_mul_ps(quadratic, u), c0);
 }
 

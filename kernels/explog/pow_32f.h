@@ -26,8 +26,9 @@
 // A11, packed: the same in plain single precision with shorter polynomials; the logarithm's
 // relative error of 2^-21 becomes 2^-14.5 in t, the polynomial adds 2^-17.
 //
-//   ordinary elements   blocks of eight: x a positive normal number, y finite, |t| < 126; packed
-//                       |t| < 125, since an error of t must not lift a subnormal result
+//   ordinary elements   blocks of eight: x a positive normal number, |y| < 2^31, |t| < 126; packed
+//                       |t| < 125, since an error of t must not lift a subnormal result. A larger y
+//                       only lets x = 1 through, and its products overflow.
 //   others              one by one in every grade by pow_extended.h, rounded once
 //
 // Worst errors found: A24 0.5017 ulp at (0x3E6D0512, 0x41270251); relative A21 2^-22.0, A11 2^-15.0
@@ -44,32 +45,33 @@ constexpr int32_t kBlock = 8;
 constexpr uint32_t kSmallestNormal = 0x00800000;  // 2^-126
 constexpr uint32_t kFraction = kSmallestNormal - 1;
 constexpr uint32_t kLargest = Format<float>::kInf - 1;
+constexpr uint32_t kLargeExponent = 0x4F000000;  // 2^31
 
-// The sign bit tells whether x is no positive normal number, or y is not finite.
+// The sign bit tells whether x is no positive normal number, or y is too large or a NaN.
 static inline uint32_t outside(const float* x) {
   const uint32_t u = load_bits(x);
   return (u - kSmallestNormal) | (kLargest - u);
 }
-static inline uint32_t not_finite(const float* y) {
-  return kLargest - magnitude<float>(load_bits(y));
+static inline uint32_t too_large(const float* y) {
+  return kLargeExponent - 1 - magnitude<float>(load_bits(y));
 }
 
-static inline uint32_t not_all_finite(EachExponent<float> y, int32_t i) {
+static inline uint32_t any_too_large(EachExponent<float> y, int32_t i) {
   uint32_t any = 0;
-  for (int lane = 0; lane < kBlock; ++lane) any |= not_finite(y.at(i + lane));
+  for (int lane = 0; lane < kBlock; ++lane) any |= too_large(y.at(i + lane));
   return any;
 }
-static inline uint32_t not_all_finite(OneExponent<float> y, int32_t) { return not_finite(y.y); }
+static inline uint32_t any_too_large(OneExponent<float> y, int32_t) { return too_large(y.y); }
 
 template <class Exponent>
 static inline bool in_domain(const float* x, Exponent y, int32_t i) {
-  uint32_t any = not_all_finite(y, i);
+  uint32_t any = any_too_large(y, i);
   for (int lane = 0; lane < kBlock; ++lane) any |= outside(x + i + lane);
   return int32_t(any) >= 0;
 }
 
 static inline bool in_domain(const float* x, const float* y) {
-  return int32_t(outside(x) | not_finite(y)) >= 0;
+  return int32_t(outside(x) | too_large(y)) >= 0;
 }
 
 static inline __m128 everywhere(uint32_t pattern) {
@@ -266,10 +268,17 @@ static inline __m128 power(const Split& t) {
   return times(fraction, powers_of_two(t.k));
 }
 
-static inline __m128 four_exponents(EachExponent<float> y, int32_t i) {
-  return _mm_loadu_ps(y.y + i);
+// Below 2^-40 the power is 1 as it is with 0; the products would be subnormal.
+static inline __m128 zero_if_tiny(__m128 y) {
+  return _mm_and_ps(y, _mm_cmplt_ps(all(0x1p-40f), magnitude_of(y)));
 }
-static inline __m128 four_exponents(OneExponent<float> y, int32_t) { return load_everywhere(y.y); }
+
+static inline __m128 four_exponents(EachExponent<float> y, int32_t i) {
+  return zero_if_tiny(_mm_loadu_ps(y.y + i));
+}
+static inline __m128 four_exponents(OneExponent<float> y, int32_t) {
+  return zero_if_tiny(load_everywhere(y.y));
+}
 
 template <class Grade, class Exponent>
 static inline int32_t packed_blocks(const float* x, Exponent y, float* dst, int32_t i,
@@ -290,7 +299,7 @@ static inline int32_t packed_blocks(const float* x, Exponent y, float* dst, int3
 template <class Grade>
 static inline bool packed_element(const float* x, const float* y, float* dst) {
   if (!in_domain(x, y)) return false;
-  const Split t = Grade::product(load_everywhere(x), load_everywhere(y));
+  const Split t = Grade::product(load_everywhere(x), zero_if_tiny(load_everywhere(y)));
   const bool ordinary = in_range(t.whole);
   if (ordinary) store_lane(dst, power<Grade>(t));
   _mm_empty();

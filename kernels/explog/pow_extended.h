@@ -121,6 +121,7 @@ static inline long double extended_pow(const double* x, const double* y) {
   const long double about = (long double)log.high * *y;
   if (about > 1500.0f) return power_of_two(1500);
   if (about < -1500.0f) return power_of_two(-1500);
+  if (__builtin_fabsl(about) < 0x1p-70f) return 1;  // r as a double might underflow
   GridPoint t;
   product(log, *y, y_high, (long double)*y - y_high, &t);
   const ScaledPower power = exp2_of<true>(t);

@@ -6,13 +6,12 @@
 //   e = (h y y - 1) + l y y, the relative error of y squared,  p = ((1 + e)^(-1/2) - 1) / e,
 //   sqrt(x) = (x y e p + l y) + h y, where h y and l y are exact.
 //
-// A zero, an infinity, a NaN, a subnormal or a negative number makes the packed result infinite or
-// a NaN. Its sixteen elements are then done in eights with the estimate of a zero made finite, and
-// an eight that still comes out so goes one by one. An eight with -0 does too: under
-// denormals-are-zero it looks like a negative subnormal, which must be reported.
+// Sixteen elements from 2^-102 on are computed at once; below, l might be subnormal. When one of
+// them is no such number they are done in eights, with the estimate of +0 made finite, and an eight
+// with anything else goes one by one. What is small is scaled then, which leaves the bits alone.
 //
-// Nineteen packed operations, of which the processor starts three a cycle: no less than 1.58 cycles
-// an element, 1.69 with the test.
+// Nineteen packed operations, and fourteen of the test for sixteen elements: where the processor
+// starts three a cycle, no less than 1.88 cycles an element.
 //
 // Worst error 0.7608 ulp, at 0x0169B52F (every input, with the estimate of an Intel Xeon 6/207).
 #include "kernels/explog/root_32f.h"
@@ -31,7 +30,7 @@ static inline __m128 root(__m128 x) {
   else
     y = nine_bits(y);
   const __m128 h = nine_bits(x);
-  const __m128 minus_l = _mm_sub_ps(h, x);  // +0 for either zero, so that -0 stays -0
+  const __m128 minus_l = _mm_sub_ps(h, x);
   const __m128 hy = _mm_mul_ps(h, y), minus_ly = _mm_mul_ps(minus_l, y);
   const __m128 e =
       _mm_sub_ps(_mm_sub_ps(_mm_mul_ps(hy, y), _mm_set1_ps(1.0f)), _mm_mul_ps(minus_ly, y));
@@ -39,30 +38,33 @@ static inline __m128 root(__m128 x) {
   return _mm_add_ps(_mm_sub_ps(correction, minus_ly), hy);
 }
 
-// A sum of ordinary roots stays below 2^66. Without zeros in view a special element gives +infinity
-// or a NaN, with them also -infinity.
-static inline bool below_infinity(__m128 sum) {
+constexpr uint32_t kLeast = 0x0C800000;  // 2^-102
+
+static inline bool sixteen_ordinary(const float* x) {
+  static const BitLanes least = {{kLeast, kLeast, kLeast, kLeast}};
   static const BitLanes infinity = {{0x7F800000, 0x7F800000, 0x7F800000, 0x7F800000}};
-  return in_all_lanes(_mm_cmplt_ps(sum, lanes_of(infinity)));
+  return all_within(x, least, infinity);
+}
+
+// Or +0.
+static inline bool eight_ordinary(const float* x) {
+  uint32_t outside = 0;
+  for (int lane = 0; lane < 8; ++lane) {
+    const uint32_t u = load_bits(x + lane);
+    outside |= u | ((u - kLeast) & -u) | (Format<float>::kInf - 1 - u);
+  }
+  return int32_t(outside) >= 0;
 }
 
 static inline int32_t root_blocks(const float* src, float* dst, int32_t i, int32_t last) {
   while (i < last) {
-    for (; i + 8 < last; i += 16) {
-      const __m128 a = root<kNoZeros>(load_lanes(src + i)),
-                   b = root<kNoZeros>(load_lanes(src + i + 4)),
-                   c = root<kNoZeros>(load_lanes(src + i + 8)),
-                   d = root<kNoZeros>(load_lanes(src + i + 12));
-      if (!below_infinity(_mm_add_ps(_mm_add_ps(a, b), _mm_add_ps(c, d)))) break;
-      store_lanes(dst + i, a);
-      store_lanes(dst + i + 4, b);
-      store_lanes(dst + i + 8, c);
-      store_lanes(dst + i + 12, d);
-    }
+    for (; i + 8 < last && sixteen_ordinary(src + i); i += 16)
+      for (int lane = 0; lane < 16; lane += 4)
+        store_lanes(dst + i + lane, root<kNoZeros>(load_lanes(src + i + lane)));
     for (const int32_t end = i + 16 < last ? i + 16 : last; i < end; i += 8) {
+      if (!eight_ordinary(src + i)) return i;
       const __m128 a = root<kWithZeros>(load_lanes(src + i)),
                    b = root<kWithZeros>(load_lanes(src + i + 4));
-      if (!below_infinity(_mm_add_ps(a, b)) || _mm_movemask_ps(_mm_or_ps(a, b))) return i;
       store_lanes(dst + i, a);
       store_lanes(dst + i + 4, b);
     }
@@ -74,7 +76,7 @@ static void sqrt_scalar(const Arrays<float>& arrays, int32_t i, Status* status) 
   float* const y = arrays.dst1 + i;
   const uint32_t x = load_bits(arrays.src1 + i);
   const __m128 lane = load_everywhere(arrays.src1 + i);
-  if (is_positive_normal(x)) {
+  if (x - kLeast < Format<float>::kInf - kLeast) {
     store_lane(y, root<kNoZeros>(lane));
   } else if (is_zero<float>(x) || x == Format<float>::kInf) {
     store_bits(y, x);

@@ -9,6 +9,9 @@
 // No exponential and no power of two is needed, and nothing cancels near zero: in cell 0 the sine
 // is 1 (r + r v).
 //
+// Magnitudes below 2^-20 are taken for 2^-20 where that leaves the result alone, since the products
+// of smaller ones are subnormal: they raise underflow, and are slow.
+//
 // A24: z and v packed, the rest on the x87 unit at 53-bit precision, rounded once. The two series
 // are off by 2^-31 of the result together, the packed roundings by 2^-35: 0.0075 ulp.
 // A21: all of it packed, with halves of C and S, so that no entry overflows, and doubled at last.
@@ -32,6 +35,8 @@ struct Reduced {
   __m128 sum, grid, r;
 };
 
+static inline __m128 from_least(__m128 a) { return _mm_max_ps(a, _mm_set1_ps(0x1p-20f)); }
+
 static inline Reduced reduce(__m128 a) {
   const __m128 shifter = _mm_set1_ps(kShifter);
   const __m128 sum = _mm_add_ps(a, shifter), grid = _mm_sub_ps(sum, shifter);
@@ -42,15 +47,13 @@ static inline uint32_t index_of(const float* sum) { return load_bits(sum) - kShi
 
 // ---- A24
 
-// The x87 unit takes r once more from a and j/32: a processor may treat a packed subnormal a as
-// zero. Below 2^-20 the terms z and v do not count; they stop there, since products of subnormals
-// are slow.
+// The x87 unit takes r once more from |x| and j/32. Below 2^-20 the terms z and v do not count.
 template <Function kFunction, int kCount>
 static inline void x87_block(const float* src, float* dst) {
   alignas(16) float a[4], grid[4], sum[4], z[4], v[4];
   const __m128 x = load_elements<kCount>(src), magnitudes = magnitude_of(x);
-  const Reduced reduced = reduce(magnitudes);
-  const __m128 r = _mm_max_ps(magnitude_of(reduced.r), _mm_set1_ps(0x1p-20f));
+  const Reduced reduced = reduce(from_least(magnitudes));
+  const __m128 r = from_least(magnitude_of(reduced.r));
   const __m128 square = _mm_mul_ps(_mm_mul_ps(r, r), _mm_set1_ps(kC2));
   uint32_t sign[kCount];
   for (int lane = 0; lane < kCount; ++lane)
@@ -96,7 +99,7 @@ static inline Entries entries_of(__m128 sum) {
 template <Function kFunction, Grade kGrade, int kCount>
 static inline void packed_block(const float* src, float* dst) {
   const __m128 x = load_elements<kCount>(src), a = magnitude_of(x);
-  const Reduced reduced = reduce(a);
+  const Reduced reduced = reduce(from_least(a));
   const Entries entries = entries_of<kFunction, kCount>(reduced.sum);
   __m128 r = reduced.r, rest;
   if (kGrade == kA21) {

@@ -28,7 +28,8 @@
 
 constexpr uint64_t kOverflow = 0x408633CE8FB9F87E;  // 710.47586: both functions round to infinity
 // Upper words.
-constexpr uint32_t kTableEnd = 0x40370000;  // 23.0
+constexpr uint32_t kSmallestNormal = 0x00100000;  // 2^-1022
+constexpr uint32_t kTableEnd = 0x40370000;        // 23.0
 constexpr uint32_t kWideEnd = kOverflow >> 32;
 
 enum Function { kCosh, kSinh };
@@ -73,6 +74,18 @@ static inline void table_block(const double* x, double* y) {
   }
 }
 
+// A cosine's r is stored for normal |x| only: a subnormal one may trap, and 1 is the result.
+template <Function kFunction>
+static inline bool all_in_table(const double* x) {
+  if (kFunction == kSinh) return all_below(x, kTableEnd);
+  uint32_t outside = 0;
+  for (int lane = 0; lane < 4; ++lane) {
+    const uint32_t a = upper_magnitude(x + lane);
+    outside |= (a - kSmallestNormal) | (kTableEnd - 1 - a);
+  }
+  return int32_t(outside) >= 0;
+}
+
 // Any |x| below the bound of overflow.
 template <Function kFunction, Grade kGrade>
 static inline void wide_element(const double* x, double* y) {
@@ -98,7 +111,7 @@ static inline Status hyperbolic(const double* src, double* dst, int32_t len) {
       arrays, len,
       [=](int32_t i, int32_t last) {
         for (; i < last; i += 4) {
-          if (all_below(src + i, kTableEnd)) {
+          if (all_in_table<kFunction>(src + i)) {
             table_block<kFunction, kGrade>(src + i, dst + i);
           } else if (all_below(src + i, kWideEnd)) {
             for (int lane = 0; lane < 4; ++lane)

@@ -170,7 +170,9 @@ template <class Family, const auto& kP, int kCount>
 static inline void packed_block(const float* src, float* dst) {
   const __m128 x = load_elements<kCount>(src), sign = _mm_and_ps(x, everywhere(Family::kSigned)),
                a = _mm_xor_ps(x, sign);
-  __m128 y = packed_log1p<kP>(Family::argument(a));
+  // Those that pass are computed too, as 2^-20: their squares are subnormal.
+  const __m128 used = Family::kSigned ? _mm_max_ps(a, _mm_set1_ps(0x1p-20f)) : a;
+  __m128 y = packed_log1p<kP>(Family::argument(used));
   if (Family::kScale != 1) y = _mm_mul_ps(y, _mm_set1_ps(Family::kScale));
   if (Family::kSigned) y = _mm_or_ps(select(_mm_cmplt_ps(a, _mm_set1_ps(0x1p-12f)), a, y), sign);
   if (kCount == 4)
