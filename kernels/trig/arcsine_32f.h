@@ -47,10 +47,12 @@ static inline void arcsine_block(const Cases& cases, const float* src, float* ds
     dst[i] = inverse(kQuadratic, cases, double(high[i]) + low[i], cell + i, word + i);
 }
 
-// asin |x|, or asin of the folded u.
+// asin |x|, or asin of the folded u. Below 2^-30 something else decides the result, and a larger
+// argument keeps products from underflowing.
 template <const auto& kP>
 static inline __m128 packed_arcsine(const Folded& f) {
-  return polynomial<kP>(select(f.mask, f.root, f.a), select(f.mask, f.z, _mm_mul_ps(f.a, f.a)));
+  const __m128 a = _mm_max_ps(f.a, _mm_set1_ps(0x1p-30f));
+  return polynomial<kP>(select(f.mask, f.root, a), select(f.mask, f.z, _mm_mul_ps(a, a)));
 }
 
 template <class Control, class Block, class One>

@@ -50,6 +50,13 @@ __attribute__((noinline, cold)) static float special_angle(uint32_t y, uint32_t 
   return store_f32(inverse(kQuadratic, kCases, u, &cell, &word));
 }
 
+// What a smaller magnitude may be raised to, beside d, without a change of angles of pi/2 or pi that
+// it is taken from, nor of the cell: at most 2^-36 d, and no more than the smallest normal number
+// where that underflows. The quotient does not underflow then.
+static inline __m128 least_beside(__m128 d) {
+  return _mm_mul_ps(_mm_max_ps(d, _mm_set1_ps(0x1p-90f)), _mm_set1_ps(0x1p-36f));
+}
+
 struct Point {
   __m128 x, y;
   Ratio ratio;
@@ -90,16 +97,22 @@ template <int kCount>
 static inline void block(const float* y, const float* x, float* dst) {
   const Point p = load_point<kCount>(y, x);
   const __m128 words = _mm_or_ps(sign_of(p.y), _mm_and_ps(is_left(p), lanes_of(kLeftLanes)));
-  arctangent_block<kCount>(kCases, p.ratio, words, dst);
+  const __m128 n = _mm_max_ps(p.ratio.n, least_beside(p.ratio.d));
+  arctangent_block<kCount>(kCases, p.ratio, _mm_div_ps(n, p.ratio.d), words, dst);
 }
 
 template <const auto& kP, int kCount>
 static inline void packed(const float* y, const float* x, float* dst) {
   const Point p = load_point<kCount>(y, x);
-  const __m128 q = p.ratio.q, y1 = select(is_tiny(q), q, packed_arctangent<kP>(q));
-  const __m128 t = from_axis(p.ratio, y1);
-  const __m128 left = _mm_sub_ps(_mm_set1_ps(kSinglePi), t);
-  store_elements<kCount>(dst, _mm_or_ps(select(is_left(p), left, t), sign_of(p.y)));
+  const Ratio& r = p.ratio;
+  const __m128 left = is_left(p);
+  // Only an angle that is the quotient itself may be lost in underflow.
+  const __m128 least = _mm_and_ps(_mm_or_ps(left, r.swapped), least_beside(r.d));
+  const __m128 q = _mm_div_ps(_mm_max_ps(r.n, least), r.d);
+  const __m128 y1 = packed_arctangent<kP>(_mm_max_ps(q, _mm_set1_ps(0x1p-30f)));
+  const __m128 t = from_axis(r, select(is_tiny(q), q, y1));
+  const __m128 reflected = _mm_sub_ps(_mm_set1_ps(kSinglePi), t);
+  store_elements<kCount>(dst, _mm_or_ps(select(left, reflected, t), sign_of(p.y)));
 }
 
 LUX_KERNEL(Atan2, 32f, A24, 2_1) {

@@ -9,11 +9,23 @@
 
 static const float kSide[2] = {1, -1};
 
+// The upper word of a/b, which chooses the cell alone: where the magnitudes are more than 2^16
+// apart, that of a quotient on the same side, since a/b itself may not fit a double.
+static inline uint32_t upper_quotient(const double* y, const double* x) {
+  constexpr int32_t kApart = 16 << 20;
+  static const double kFar[2] = {1, 0x1p16};
+  const int32_t apart = int32_t(upper_magnitude(y) - upper_magnitude(x));
+  const bool far = apart > kApart || apart < -kApart;
+  const double* const a = far ? kFar + (apart > 0) : y;
+  const double* const b = far ? kFar + (apart < 0) : x;
+  const double quotient = store_f64(double(magnitude_of(a) / magnitude_of(b)));
+  return upper_word(&quotient);
+}
+
 static inline void element(const double* y, const double* x, double* dst) {
   const uint32_t sign = upper_word(y) & kSignUpper, left = upper_word(x) >> 31;
   const long double a = magnitude_of(y), b = magnitude_of(x);
-  const double quotient = store_f64(double(a / b));  // chooses the cell alone
-  const Cell& c = cell_of(upper_word(&quotient));
+  const Cell& c = cell_of(upper_quotient(y, x));
   const Pair& angle = c.angle[left];
   *dst = double(turned(c, a, b) * kSide[left] + angle.low + angle.high);
   set_upper_bits(dst, sign);

@@ -24,7 +24,7 @@ static void cosine_x87(const float* src, float* dst, int32_t count) {
   }
   reduce_pass(src, m, r, count, kHalfPi);
   for (int32_t i = 0; i < count; ++i)
-    store_signed(dst + i, sine_polynomial<double>(r[i]), uint32_t(~m[i] & 2) << 30);
+    store_signed(dst + i, sine_polynomial<double>(r[i], r[i] * r[i]), uint32_t(~m[i] & 2) << 30);
 }
 
 static Status cos_a24(const float* src, float* dst, int32_t len) {
@@ -43,7 +43,8 @@ static Status cos_a21(const float* src, float* dst, int32_t len) {
         return at;
       },
       [](__m128 shifted, __m128 r, float* y, float*) {
-        store_lanes(y, _mm_xor_ps(sine_polynomial<float>(r), sign_where(bit_mask(shifted, 1))));
+        const __m128 sine = sine_polynomial<float>(r, r * r);
+        store_lanes(y, _mm_xor_ps(sine, sign_where(bit_mask(shifted, 1))));
       },
       [=](int32_t i, Status* status) { noxsCos_SC_LA(i, src, dst, status); });
 }

@@ -133,6 +133,16 @@ struct Located {
   __m128 multiple;  // of the period
 };
 
+// x beside kNudge has a product with 1/period that does not underflow, as that of x alone may:
+// numbers from 1/2 on do not feel it, and below n is 0 either way.
+constexpr float kNudge = 0x1p-26f;
+
+// r for the terms of higher order, which below 2^-20 are lost in the sum: zero there, so that no
+// product underflows.
+static inline __m128 unless_tiny(__m128 r) {
+  return _mm_and_ps(r, _mm_cmple_ps(_mm_set1_ps(0x1p-20f), magnitude_of(r)));
+}
+
 static inline Located nearest_multiple(__m128 t) {
   const __m128 shifted = t + kShifter;
   return {shifted, shifted - kShifter};
