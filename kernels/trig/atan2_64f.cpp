@@ -10,15 +10,12 @@
 static const float kSide[2] = {1, -1};
 
 // The upper word of a/b, which chooses the cell alone: where the magnitudes are more than 2^16
-// apart, that of a quotient on the same side, since a/b itself may not fit a double.
+// apart, one on the same side, since a/b itself may not fit a double.
 static inline uint32_t upper_quotient(const double* y, const double* x) {
-  constexpr int32_t kApart = 16 << 20;
-  static const double kFar[2] = {1, 0x1p16};
-  const int32_t apart = int32_t(upper_magnitude(y) - upper_magnitude(x));
-  const bool far = apart > kApart || apart < -kApart;
-  const double* const a = far ? kFar + (apart > 0) : y;
-  const double* const b = far ? kFar + (apart < 0) : x;
-  const double quotient = store_f64(double(magnitude_of(a) / magnitude_of(b)));
+  constexpr uint32_t kFar = 16 << 20, kLarge = 0x7FE00000;
+  const uint32_t apart = upper_magnitude(y) - upper_magnitude(x);
+  if (__builtin_expect(apart + kFar > 2 * kFar, 0)) return int32_t(apart) > 0 ? kLarge : 0;
+  const double quotient = store_f64(double(magnitude_of(y) / magnitude_of(x)));
   return upper_word(&quotient);
 }
 

@@ -36,13 +36,13 @@ static Status cos_a24(const float* src, float* dst, int32_t len) {
 
 static Status cos_a21(const float* src, float* dst, int32_t len) {
   return run_a21(
-      {src, src, dst, dst}, len, kPi, [](uint32_t x) { return within(x, kBoundA21); },
+      {src, src, dst, dst}, len, kPi, 0, kBoundA21, [](uint32_t x) { return within(x, kBoundA21); },
       [](__m128 x) {
         Located at = nearest_multiple((x + float(kPiOver2)) * float(kPi.inverse));
         at.multiple -= 0.5f;
         return at;
       },
-      [](__m128 shifted, __m128 r, float* y, float*) {
+      [](__m128 shifted, __m128 r, __m128, float* y, float*) {
         const __m128 sine = sine_polynomial<float>(r, r * r);
         store_lanes(y, _mm_xor_ps(sine, sign_where(bit_mask(shifted, 1))));
       },

@@ -30,10 +30,11 @@ static Status sin_a24(const float* src, float* dst, int32_t len) {
 
 static Status sin_a21(const float* src, float* dst, int32_t len) {
   return run_a21(
-      {src, src, dst, dst}, len, kPi, [](uint32_t x) { return within(x, kBoundA21); },
-      [](__m128 x) { return nearest_multiple((x + kNudge) * float(kPi.inverse)); },
-      [](__m128 shifted, __m128 r, float* y, float*) {
-        const __m128 s = unless_tiny(r), sine = sine_polynomial<float>(r, s * s);
+      {src, src, dst, dst}, len, kPi, kSmall, kBoundA21,
+      [](uint32_t x) { return within(x, kBoundA21); },
+      [](__m128 x) { return nearest_multiple(x * float(kPi.inverse)); },
+      [](__m128 shifted, __m128 r, __m128 s, float* y, float*) {
+        const __m128 sine = sine_polynomial<float>(r, s * s);
         store_lanes(y, _mm_xor_ps(sine, sign_where(bit_mask(shifted, 1))));
       },
       [=](int32_t i, Status* status) { noxsSin_SC_LA(i, src, dst, status); });

@@ -67,11 +67,11 @@ static Status sincos_a24(const float* src, float* dst1, float* dst2, int32_t len
 
 static Status sincos_a21(const float* src, float* dst1, float* dst2, int32_t len) {
   return run_a21(
-      {src, src, dst1, dst2}, len, kHalfPi, [](uint32_t x) { return in_range(x); },
-      [](__m128 x) { return nearest_multiple((x + kNudge) * float(kHalfPi.inverse)); },
-      [](__m128 shifted, __m128 r, float* y1, float* y2) {
+      {src, src, dst1, dst2}, len, kHalfPi, kSmall, kBound, [](uint32_t x) { return in_range(x); },
+      [](__m128 x) { return nearest_multiple(x * float(kHalfPi.inverse)); },
+      [](__m128 shifted, __m128 r, __m128 s, float* y1, float* y2) {
         __m128 sine, cosine;
-        polynomials<float>(r, unless_tiny(r), sine, cosine);
+        polynomials<float>(r, s, sine, cosine);
         const __m128 odd = bit_mask(shifted, 1), second = bit_mask(shifted, 2);
         const __m128 change = _mm_and_ps(odd, _mm_xor_ps(sine, cosine));
         sine = _mm_xor_ps(sine, change);

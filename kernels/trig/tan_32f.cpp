@@ -45,10 +45,11 @@ static Status tan_a24(const float* src, float* dst, int32_t len) {
 
 static Status tan_a21(const float* src, float* dst, int32_t len) {
   return run_a21(
-      {src, src, dst, dst}, len, kHalfPi, [](uint32_t x) { return in_range(x, kBoundA21); },
-      [](__m128 x) { return nearest_multiple((x + kNudge) * float(kHalfPi.inverse)); },
-      [](__m128 shifted, __m128 r, float* y, float*) {
-        const __m128 s = unless_tiny(r), r2 = s * s, odd = bit_mask(shifted, 1);
+      {src, src, dst, dst}, len, kHalfPi, kSmall, kBoundA21,
+      [](uint32_t x) { return in_range(x, kBoundA21); },
+      [](__m128 x) { return nearest_multiple(x * float(kHalfPi.inverse)); },
+      [](__m128 shifted, __m128 r, __m128 s, float* y, float*) {
+        const __m128 r2 = s * s, odd = bit_mask(shifted, 1);
         const __m128 numerator = r + float(kT1) * s * r2;
         const __m128 denominator = 1.0f + float(kU1) * r2 + float(kU2) * r2 * r2;
         const __m128 change = _mm_and_ps(odd, _mm_xor_ps(numerator, denominator));
