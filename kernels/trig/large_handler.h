@@ -8,6 +8,7 @@
 #include "core/bits.h"
 #include "core/control.h"
 #include "kernels/trig/large_argument.h"
+#include "kernels/trig/pi_32.h"
 
 static inline void call_error(int32_t index, const float* src, const float* dst1, const float* dst2,
                               const char* name) {
@@ -53,6 +54,12 @@ __attribute__((noinline, cold)) static void special(int32_t i, const E* src, E* 
   call_error(i, src, dst1, dst2, name);
   *status = LUX_DOMAIN;
 }
+
+// The reduction of doubles from 2^17 on, and their functions, for the singles that need them.
+Step large_step(const double& x);
+long double double_sine(const double& x);
+long double double_cosine(const double& x);
+long double double_tangent(const double& x);
 
 // The functions are not inlined into their three handlers each.
 #define LUX_SCALAR static __attribute__((noinline, regparm(3)))
