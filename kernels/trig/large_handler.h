@@ -32,7 +32,8 @@ static inline bool is_infinite(const float* x) {
   return magnitude<float>(load_bits(x)) == Format<float>::kInf;
 }
 
-// Deliberate: only the upper word is looked at, so a NaN may pass for an infinity.
+// Only the upper word is looked at: a NaN with all of its payload in the lower passes for an
+// infinity.
 static inline bool is_infinite(const double* x) {
   return (load_words(x).upper & 0x7FFFFFFF) == 0x7FF00000;
 }

@@ -11,7 +11,7 @@
 constexpr uint32_t kBound = 0x49742400;         // 1000000
 constexpr uint32_t kTwoPartBound = 0x49000000;  // 2^19
 
-// Deliberate: -0 takes the slow path.
+// -0 goes to the handler: the sum of the sine would lose its sign.
 static inline bool in_range(uint32_t x) { return within(x, kBound) && x != 0x80000000; }
 
 // s is r, or 0 where r alone counts. V is double, or four packed singles with coefficients rounded

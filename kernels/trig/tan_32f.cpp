@@ -18,7 +18,7 @@ constexpr double kT1 = -0x1.8867706ed6612p-4;
 constexpr double kU1 = -0x1.b76f5e7f08c11p-2;
 constexpr double kU2 = 0x1.3e66ea6aa37f2p-7;
 
-// Deliberate: zeros take the slow path.
+// Zeros go to the handler: the sum of the numerator would lose the sign of -0.
 static inline bool in_range(uint32_t x, uint32_t bound) { return 2 * x - 2 <= 2 * bound - 2; }
 
 static void tangent_x87(const float* src, float* dst, int32_t count) {

@@ -6,7 +6,7 @@
 //                 tan x = (S + C t) / (C - S t), S = sin(j pi/32), C = cos(j pi/32), t = tan z by a
 //                 polynomial: A53 of degree 11 with S and C to 64 bits, A50 of degree 9 with
 //                 doubles
-//   otherwise     by the handlers, and so with |x| < 2^-252 and zeros
+//   otherwise     by the handlers, with the whole block, and so with |x| < 2^-252 and zeros
 //
 // Worst error found: A53 0.5012 ulp, at 0xF8CBAD43AAB9C95B, A50 1.6506 ulp, at 0x40E47F692A295818
 // (sampled against high precision).

@@ -145,9 +145,11 @@ static inline bool ordinary(uint32_t x, uint32_t smallest, uint32_t bound) {
 // and below n is 0 either way.
 static inline __m128 nudged(__m128 x) { return _mm_add_ps(x, _mm_set1_ps(0x1p-26f)); }
 
-// Takes the place of r in the terms of higher order, which are lost in the sum below 2^-20.
+// Takes the place of r in the terms of higher order, which are lost in the sum below 2^-20. A zero
+// keeps its sign: a caller's denormals-are-zero makes one of r too.
 static inline __m128 unless_tiny(__m128 r) {
-  return _mm_and_ps(r, _mm_cmple_ps(_mm_set1_ps(0x1p-20f), magnitude_of(r)));
+  const __m128 counts = _mm_cmple_ps(_mm_set1_ps(0x1p-20f), magnitude_of(r));
+  return _mm_and_ps(r, _mm_or_ps(counts, lanes_of(kSignLanes)));
 }
 
 static inline Located nearest_multiple(__m128 t) {
