@@ -3,7 +3,10 @@
 """Polynomials of the double-precision sine on 65 intervals of |r|, and pi in four parts.
 
 Row j approximates sin r = r + r^3 (C0 + C1 u + C2 u^2 + C3 u^3 + C4 u^4), u = r^2, on |r| within
-pi/254 of j pi/127. Rows 0 and 64 are fixed; the others interpolate at five Chebyshev nodes in u.
+pi/254 of j pi/127. Row 0 is the polynomial of least relative error on |r| <= pi/128: five nodes on
+its own narrow interval would leave C3 and C4 to chance. Its coefficients are checked against a fit
+by exchange, which leaves C4 open beyond 46 bits. Row 64 is a constant too; the others interpolate at
+five Chebyshev nodes in u.
 Rounding each of their coefficients on its own would cost 0.38 ulp. So they are rounded one after
 another, and each time those that are left are fitted anew, at the same nodes, to what is left.
 """
@@ -13,7 +16,7 @@ import tablegen
 PI = mpmath.pi
 STEPS = 127
 FIXED = {
-    0: (-0.16666666666666666, 0.008333333333333333, -0.00019841269841269698, 2.755731922210186e-06,
+    0: (-0.16666666666666666, 0.008333333333333333, -0.00019841269841269836, 2.755731922210186e-06,
         -2.5051823200351557e-08),
     64: (-0.16666665171049472, 0.008333303420935396, -0.00019838874022732182,
          2.7461144259669618e-06, -2.3110163778536015e-08),
@@ -34,6 +37,33 @@ def fitted(values, nodes, powers):
     """Coefficients of these powers: interpolation, or least squares with fewer powers than nodes."""
     matrix = mpmath.matrix([[u**p for p in powers] for u in nodes])
     return mpmath.lu_solve(matrix, mpmath.matrix(values))
+
+
+def weight(u):
+    """From the error of the cubic part to the relative error of the sine."""
+    r = mpmath.sqrt(u)
+    return r**3 / mpmath.sin(r)
+
+
+def least_relative_error(limit, terms=5, points=300):
+    """The coefficients by Remez exchange on 0 < u <= limit, rounded."""
+    extremes = [limit * (1 + mpmath.cos(PI * k / (terms + 1))) / 2 for k in range(terms + 1)]
+    grid = [limit * (1 - mpmath.cos(PI * k / points)) / 2 for k in range(1, points + 1)]
+    parts = [(cubic_part(u), weight(u)) for u in grid]
+    for _ in range(6):
+        rows = [[u**p for p in range(terms)] + [(-1)**i / weight(u)] for i, u in enumerate(extremes)]
+        solution = mpmath.lu_solve(mpmath.matrix(rows), mpmath.matrix([cubic_part(u) for u in extremes]))
+        fit = list(solution)[:terms]
+        error = [(horner(fit, u) - part) * w for u, (part, w) in zip(grid, parts)]
+        extremes = [limit]
+        for k in range(points - 2, 0, -1):
+            if abs(error[k]) >= max(abs(error[k - 1]), abs(error[k + 1])):
+                left = (error[k] - error[k - 1]) / (grid[k] - grid[k - 1])
+                right = (error[k + 1] - error[k]) / (grid[k + 1] - grid[k])
+                curvature = (right - left) / (grid[k + 1] - grid[k - 1])
+                slope = left + curvature * (grid[k] - grid[k - 1])
+                extremes.append(grid[k] - slope / (2 * curvature))
+    return [tablegen.rounded(c, 53) for c in fit]
 
 
 def bounds(j):
@@ -72,6 +102,9 @@ def worst_error(j, coefficients):
 
 
 rows = [row(j) for j in range(65)]
+with mpmath.workprec(400):
+    fit = least_relative_error((PI / 128)**2)
+assert fit[:4] == rows[0][:4] and abs(fit[4] / rows[0][4] - 1) < mpmath.mpf(2)**-46, fit
 errors = [worst_error(j, coefficients) for j, coefficients in enumerate(rows)]
 worst = max(range(65), key=lambda j: errors[j])
 

@@ -169,7 +169,7 @@ static std::vector<uint32_t> arguments(const Family& family, double bound, int c
   return all;
 }
 
-TEST(TrigModel, EveryStepRoundsAsPrescribed) {
+TEST(TrigModel, EveryStepRoundsAsInTheModel) {
   for (const Family& family : kFamilies) {
     const std::vector<uint32_t> x = arguments(family, family.model_bound, 12000);
     std::vector<Results> want;

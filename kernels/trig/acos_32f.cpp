@@ -13,7 +13,7 @@
 static const Cases kCases = {{-1, kHalfPi}, {}, {2, 0},    {},  //
                              {1, kHalfPi},  {}, {-2, kPi}, {}};
 
-static inline __m128 combine(__m128 x, const Folded& f, __m128 y) {
+static inline __m128 combine(__m128 x, const Folded& f, __m128 y, bool) {
   const __m128 sign = sign_of(x);
   const __m128 constant =
       select(f.mask, _mm_and_ps(_mm_cmplt_ps(x, _mm_setzero_ps()), _mm_set1_ps(kSinglePi)),

@@ -47,10 +47,15 @@ static inline void arcsine_block(const Cases& cases, const float* src, float* ds
     dst[i] = inverse(kQuadratic, cases, double(high[i]) + low[i], cell + i, word + i);
 }
 
-// asin |x|, or asin of the folded u.
+static inline __m128 passes(const Folded& f) { return _mm_cmplt_ps(f.a, _mm_set1_ps(kPasses)); }
+
+// asin |x|, or asin of the folded u. Below 2^-30 something else decides the result, and a larger
+// argument keeps products from underflowing: `small` says whether any is below kPasses.
 template <const auto& kP>
-static inline __m128 packed_arcsine(const Folded& f) {
-  return polynomial<kP>(select(f.mask, f.root, f.a), select(f.mask, f.z, _mm_mul_ps(f.a, f.a)));
+static inline __m128 packed_arcsine(const Folded& f, bool small) {
+  __m128 a = f.a;
+  if (small) a = _mm_max_ps(a, _mm_set1_ps(0x1p-30f));
+  return polynomial<kP>(select(f.mask, f.root, a), select(f.mask, f.z, _mm_mul_ps(a, a)));
 }
 
 template <class Control, class Block, class One>
@@ -82,12 +87,13 @@ static inline Status arcsine_a24(const float* src, float* dst, int32_t len) {
       [](const float* x, float* y) { arcsine_block<1>(kCases, x, y); });
 }
 
-// kCombine(x, f, y): the result from the packed arcsine y.
+// kCombine(x, f, y, small): the result from the packed arcsine y.
 template <const auto& kP, auto kCombine, int kCount>
 static inline void packed_block(const float* src, float* dst) {
   const __m128 x = load_elements<kCount>(src);
   const Folded f = fold(x);
-  store_elements<kCount>(dst, kCombine(x, f, packed_arcsine<kP>(f)));
+  const bool small = __builtin_expect(in_any_lane(passes(f)), 0);
+  store_elements<kCount>(dst, kCombine(x, f, packed_arcsine<kP>(f, small), small));
 }
 
 template <const auto& kP, auto kCombine>

@@ -13,21 +13,22 @@
 #include "kernels/trig/inverse_32f.h"
 
 struct Ratio {
-  __m128 n, d, swapped, q;  // n <= d, the lanes where n is not the first source, n/d
+  __m128 n, d, swapped;  // n <= d, the lanes where n is not the first source
 };
 
 static inline Ratio ratio_of(__m128 a, __m128 b) {
   const __m128 swapped = _mm_cmplt_ps(b, a);
-  const __m128 n = select(swapped, b, a), d = select(swapped, a, b);
-  return {n, d, swapped, _mm_div_ps(n, d)};
+  return {select(swapped, b, a), select(swapped, a, b), swapped};
 }
 
+// q is n/d, or any other quotient of the same cell.
 template <int kCount>
-static inline void arctangent_block(const Cases& cases, const Ratio& r, __m128 words, float* dst) {
+static inline void arctangent_block(const Cases& cases, const Ratio& r, __m128 q, __m128 words,
+                                    float* dst) {
   alignas(16) float n[4], d[4], cell[4], word[4];
   _mm_store_ps(n, r.n);
   _mm_store_ps(d, r.d);
-  _mm_store_ps(cell, cells_of(r.q));
+  _mm_store_ps(cell, cells_of(q));
   _mm_store_ps(word, _mm_or_ps(words, _mm_and_ps(r.swapped, lanes_of(kFoldedLanes))));
 #pragma GCC unroll 4
   for (int i = 0; i < kCount; ++i)

@@ -19,12 +19,22 @@ static const Cases kCases = {{1, 0},    {-1, kPi}, {-1, kHalfPi}, {1, kHalfPi}, 
 static const BitLanes kExponentLanes = {{0x7F800000, 0x7F800000, 0x7F800000, 0x7F800000}};
 static const BitLanes kLeftLanes = {{0x20000000, 0x20000000, 0x20000000, 0x20000000}};
 
-// Compares powers of two, zero and infinity only: that raises no flag and depends on no setting.
-static inline bool all_normal(const float* y, const float* x) {
+// All magnitudes, less their fractions, between the two, which are excluded. Compares powers of
+// two, zero and infinity only: that raises no flag and depends on no setting.
+static inline bool all_between(const float* y, const float* x, float low, float high) {
   const __m128 inf = lanes_of(kExponentLanes);
   const __m128 a = _mm_and_ps(load_lanes(y), inf), b = _mm_and_ps(load_lanes(x), inf);
-  return in_all_lanes(_mm_and_ps(_mm_cmplt_ps(_mm_setzero_ps(), _mm_min_ps(a, b)),
-                                 _mm_cmplt_ps(_mm_max_ps(a, b), inf)));
+  return in_all_lanes(_mm_and_ps(_mm_cmplt_ps(_mm_set1_ps(low), _mm_min_ps(a, b)),
+                                 _mm_cmplt_ps(_mm_max_ps(a, b), _mm_set1_ps(high))));
+}
+
+static inline bool all_normal(const float* y, const float* x) {
+  return all_between(y, x, 0, __builtin_inff());
+}
+
+// No quotient is below 2^-30, and no step of the packed computation underflows.
+static inline bool all_moderate(const float* y, const float* x) {
+  return all_between(y, x, 0x1p-17f, 0x1p+13f);
 }
 
 static inline bool is_normal(uint32_t x) {
@@ -50,6 +60,13 @@ __attribute__((noinline, cold)) static float special_angle(uint32_t y, uint32_t 
   return store_f32(inverse(kQuadratic, kCases, u, &cell, &word));
 }
 
+// What a smaller magnitude may be raised to, beside d, without a change of angles of pi/2 or pi
+// that it is taken from, nor of the cell: at most 2^-36 d, and no more than the smallest normal
+// number where that underflows. The quotient does not underflow then.
+static inline __m128 least_beside(__m128 d) {
+  return _mm_mul_ps(_mm_max_ps(d, _mm_set1_ps(0x1p-90f)), _mm_set1_ps(0x1p-36f));
+}
+
 struct Point {
   __m128 x, y;
   Ratio ratio;
@@ -63,14 +80,14 @@ static inline Point load_point(const float* y, const float* x) {
   return {b, a, ratio_of(magnitude_of(a), magnitude_of(b))};
 }
 
+// block(y, x, to): whether all of a block are normal numbers, whose angles it then stores.
 template <class Block, class One>
 static inline Status angle(const float* src1, const float* src2, float* dst, int32_t len,
                            Block block, One element) {
   return run_kernel<BothNearest, 4>(
       Arrays<float>{src1, src2, dst, dst}, len,
       [=](int32_t i, int32_t last) {
-        for (; i < last && all_normal(src1 + i, src2 + i); i += 4)
-          block(src1 + i, src2 + i, dst + i);
+        while (i < last && block(src1 + i, src2 + i, dst + i)) i += 4;
         return i;
       },
       [=](int32_t i, Status*) {
@@ -90,21 +107,33 @@ template <int kCount>
 static inline void block(const float* y, const float* x, float* dst) {
   const Point p = load_point<kCount>(y, x);
   const __m128 words = _mm_or_ps(sign_of(p.y), _mm_and_ps(is_left(p), lanes_of(kLeftLanes)));
-  arctangent_block<kCount>(kCases, p.ratio, words, dst);
+  const __m128 n = _mm_max_ps(p.ratio.n, least_beside(p.ratio.d));
+  arctangent_block<kCount>(kCases, p.ratio, _mm_div_ps(n, p.ratio.d), words, dst);
 }
 
-template <const auto& kP, int kCount>
+template <const auto& kP, int kCount, bool kIsModerate>
 static inline void packed(const float* y, const float* x, float* dst) {
   const Point p = load_point<kCount>(y, x);
-  const __m128 q = p.ratio.q, y1 = select(is_tiny(q), q, packed_arctangent<kP>(q));
-  const __m128 t = from_axis(p.ratio, y1);
-  const __m128 left = _mm_sub_ps(_mm_set1_ps(kSinglePi), t);
-  store_elements<kCount>(dst, _mm_or_ps(select(is_left(p), left, t), sign_of(p.y)));
+  const Ratio& r = p.ratio;
+  const __m128 left = is_left(p);
+  // Only an angle that is the quotient itself may be lost in underflow.
+  __m128 n = r.n;
+  if (!kIsModerate) n = _mm_max_ps(n, _mm_and_ps(_mm_or_ps(left, r.swapped), least_beside(r.d)));
+  const __m128 q = _mm_div_ps(n, r.d);
+  const __m128 u = kIsModerate ? q : _mm_max_ps(q, _mm_set1_ps(0x1p-30f));
+  const __m128 t = from_axis(r, select(is_tiny(q), q, packed_arctangent<kP>(u)));
+  const __m128 reflected = _mm_sub_ps(_mm_set1_ps(kSinglePi), t);
+  store_elements<kCount>(dst, _mm_or_ps(select(left, reflected, t), sign_of(p.y)));
 }
 
 LUX_KERNEL(Atan2, 32f, A24, 2_1) {
   return angle(
-      src1, src2, dst, len, [](const float* y, const float* x, float* to) { block<4>(y, x, to); },
+      src1, src2, dst, len,
+      [](const float* y, const float* x, float* to) {
+        const bool ordinary = all_normal(y, x);
+        if (ordinary) block<4>(y, x, to);
+        return ordinary;
+      },
       [](const float* y, const float* x, float* to) { block<1>(y, x, to); });
 }
 
@@ -112,8 +141,16 @@ template <const auto& kP>
 static inline Status packed_angle(const float* src1, const float* src2, float* dst, int32_t len) {
   return angle(
       src1, src2, dst, len,
-      [](const float* y, const float* x, float* to) { packed<kP, 4>(y, x, to); },
-      [](const float* y, const float* x, float* to) { packed<kP, 1>(y, x, to); });
+      [](const float* y, const float* x, float* to) {
+        if (__builtin_expect(all_moderate(y, x), 1)) {
+          packed<kP, 4, true>(y, x, to);
+          return true;
+        }
+        const bool ordinary = all_normal(y, x);
+        if (ordinary) packed<kP, 4, false>(y, x, to);
+        return ordinary;
+      },
+      [](const float* y, const float* x, float* to) { packed<kP, 1, false>(y, x, to); });
 }
 
 LUX_KERNEL(Atan2, 32f, A21, 2_1) { return packed_angle<kAtan21>(src1, src2, dst, len); }

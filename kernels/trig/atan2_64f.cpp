@@ -9,11 +9,20 @@
 
 static const float kSide[2] = {1, -1};
 
+// The upper word of a/b, which chooses the cell alone: where the magnitudes are more than 2^16
+// apart, one on the same side, since a/b itself may not fit a double.
+static inline uint32_t upper_quotient(const double* y, const double* x) {
+  constexpr uint32_t kFar = 16 << 20, kLarge = 0x7FE00000;
+  const uint32_t apart = upper_magnitude(y) - upper_magnitude(x);
+  if (__builtin_expect(apart + kFar > 2 * kFar, 0)) return int32_t(apart) > 0 ? kLarge : 0;
+  const double quotient = store_f64(double(magnitude_of(y) / magnitude_of(x)));
+  return upper_word(&quotient);
+}
+
 static inline void element(const double* y, const double* x, double* dst) {
   const uint32_t sign = upper_word(y) & kSignUpper, left = upper_word(x) >> 31;
   const long double a = magnitude_of(y), b = magnitude_of(x);
-  const double quotient = store_f64(double(a / b));  // chooses the cell alone
-  const Cell& c = cell_of(upper_word(&quotient));
+  const Cell& c = cell_of(upper_quotient(y, x));
   const Pair& angle = c.angle[left];
   *dst = double(turned(c, a, b) * kSide[left] + angle.low + angle.high);
   set_upper_bits(dst, sign);

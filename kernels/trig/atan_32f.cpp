@@ -30,18 +30,28 @@ static inline Status arctangent(const float* src, float* dst, int32_t len, Block
       });
 }
 
+// Beyond these the arctangent is the argument, or rounds to pi/2. Clamped to them, neither
+// quotients nor products underflow.
+static const __m128 kSmallest = _mm_set1_ps(0x1p-30f), kLargest = _mm_set1_ps(0x1p+30f);
+
 template <int kCount>
 static inline void block(const float* src, float* dst) {
   const __m128 x = load_elements<kCount>(src);
-  arctangent_block<kCount>(kCases, ratio_of(magnitude_of(x), _mm_set1_ps(1.0f)), sign_of(x), dst);
+  const Ratio r = ratio_of(magnitude_of(x), _mm_set1_ps(1.0f));
+  const __m128 q = _mm_div_ps(r.n, _mm_min_ps(r.d, kLargest));
+  arctangent_block<kCount>(kCases, r, q, sign_of(x), dst);
 }
 
 template <const auto& kP, int kCount>
 static inline void packed(const float* src, float* dst) {
   const __m128 x = load_elements<kCount>(src);
-  const __m128 a = magnitude_of(x);
-  const Ratio r = ratio_of(a, _mm_set1_ps(1.0f));
-  const __m128 y = select(is_tiny(a), a, from_axis(r, packed_arctangent<kP>(r.q)));
+  const __m128 a = magnitude_of(x), tiny = is_tiny(a);
+  const bool extreme = __builtin_expect(in_any_lane(_mm_or_ps(tiny, _mm_cmplt_ps(kLargest, a))), 0);
+  __m128 clamped = a;
+  if (extreme) clamped = _mm_min_ps(_mm_max_ps(a, kSmallest), kLargest);
+  const Ratio r = ratio_of(clamped, _mm_set1_ps(1.0f));
+  __m128 y = from_axis(r, packed_arctangent<kP>(_mm_div_ps(r.n, r.d)));
+  if (extreme) y = select(tiny, a, y);
   store_elements<kCount>(dst, _mm_or_ps(y, sign_of(x)));
 }
 

@@ -24,7 +24,7 @@ static void cosine_x87(const float* src, float* dst, int32_t count) {
   }
   reduce_pass(src, m, r, count, kHalfPi);
   for (int32_t i = 0; i < count; ++i)
-    store_signed(dst + i, sine_polynomial<double>(r[i]), uint32_t(~m[i] & 2) << 30);
+    store_signed(dst + i, sine_polynomial<double>(r[i], r[i] * r[i]), uint32_t(~m[i] & 2) << 30);
 }
 
 static Status cos_a24(const float* src, float* dst, int32_t len) {
@@ -36,14 +36,15 @@ static Status cos_a24(const float* src, float* dst, int32_t len) {
 
 static Status cos_a21(const float* src, float* dst, int32_t len) {
   return run_a21(
-      {src, src, dst, dst}, len, kPi, [](uint32_t x) { return within(x, kBoundA21); },
+      {src, src, dst, dst}, len, kPi, 0, kBoundA21, [](uint32_t x) { return within(x, kBoundA21); },
       [](__m128 x) {
         Located at = nearest_multiple((x + float(kPiOver2)) * float(kPi.inverse));
         at.multiple -= 0.5f;
         return at;
       },
-      [](__m128 shifted, __m128 r, float* y, float*) {
-        store_lanes(y, _mm_xor_ps(sine_polynomial<float>(r), sign_where(bit_mask(shifted, 1))));
+      [](__m128 shifted, __m128 r, __m128, float* y, float*) {
+        const __m128 sine = sine_polynomial<float>(r, r * r);
+        store_lanes(y, _mm_xor_ps(sine, sign_where(bit_mask(shifted, 1))));
       },
       [=](int32_t i, Status* status) { noxsCos_SC_LA(i, src, dst, status); });
 }

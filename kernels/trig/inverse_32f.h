@@ -30,6 +30,8 @@ struct Case {
 };
 typedef Case Cases[8];
 
+static inline bool in_any_lane(__m128 condition) { return _mm_movemask_ps(condition) != 0; }
+
 // Leaves k in the low bits of each lane.
 constexpr uint32_t kCellBase = 0x46C00000;  // 1.5 2^14, whose ulp is 1/512
 static inline __m128 cells_of(__m128 u) { return _mm_add_ps(u, _mm_set1_ps(0x1.8p+14f)); }

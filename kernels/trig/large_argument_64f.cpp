@@ -13,7 +13,6 @@
 //   sin(j pi/32 + z) = S + (S (cos z - 1) + C sin z), S and C from a table, Taylor series
 //   tan(j pi/32 + z) = (S + C tan z) / (C - S tan z)
 #include "kernels/trig/large_handler.h"
-#include "kernels/trig/pi_32.h"
 #include "kernels/trig/turns.h"
 
 constexpr int32_t kTinyExponent = 771;    // biased: |x| < 2^-252
@@ -98,7 +97,7 @@ int32_t noxreduce_pio2d(double x, double* reduced) {
 
 // The three leading words of the fraction are enough but next to a multiple of pi/2, where too many
 // of them vanish.
-__attribute__((always_inline)) static inline Step large_step(const double* x) {
+__attribute__((always_inline)) static inline Step fraction_step(const double* x) {
   const Words words = load_words(x);
   const Scaled m = scaled(words);
   uint32_t w[5];
@@ -130,7 +129,7 @@ __attribute__((always_inline)) static inline Step large_step(const double* x) {
 }
 
 __attribute__((always_inline)) static inline Step step_of(const double* x) {
-  return biased_exponent(load_words(x)) < kLargeExponent ? nearest_step(*x) : large_step(x);
+  return biased_exponent(load_words(x)) < kLargeExponent ? nearest_step(*x) : fraction_step(x);
 }
 
 // ---- The functions of one finite double
@@ -189,6 +188,11 @@ LUX_SCALAR long double _dSinCos(const double* x, double* cosine) {
   *cosine = double(sine_of(uint32_t(step.j) + 16, z));
   return sine_of(uint32_t(step.j), z);
 }
+
+Step large_step(const double& x) { return fraction_step(&x); }
+long double double_sine(const double& x) { return _dSin(&x); }
+long double double_cosine(const double& x) { return _dCos(&x); }
+long double double_tangent(const double& x) { return _dTan(&x); }
 
 LUX_HANDLERS(d, double, HA)
 LUX_HANDLERS(d, double, LA)

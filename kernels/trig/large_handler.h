@@ -8,6 +8,7 @@
 #include "core/bits.h"
 #include "core/control.h"
 #include "kernels/trig/large_argument.h"
+#include "kernels/trig/pi_32.h"
 
 static inline void call_error(int32_t index, const float* src, const float* dst1, const float* dst2,
                               const char* name) {
@@ -31,7 +32,8 @@ static inline bool is_infinite(const float* x) {
   return magnitude<float>(load_bits(x)) == Format<float>::kInf;
 }
 
-// Deliberate: only the upper word is looked at, so a NaN may pass for an infinity.
+// Only the upper word is looked at: a NaN with all of its payload in the lower passes for an
+// infinity.
 static inline bool is_infinite(const double* x) {
   return (load_words(x).upper & 0x7FFFFFFF) == 0x7FF00000;
 }
@@ -53,6 +55,12 @@ __attribute__((noinline, cold)) static void special(int32_t i, const E* src, E* 
   call_error(i, src, dst1, dst2, name);
   *status = LUX_DOMAIN;
 }
+
+// The reduction of doubles from 2^17 on, and their functions, for the singles that need them.
+Step large_step(const double& x);
+long double double_sine(const double& x);
+long double double_cosine(const double& x);
+long double double_tangent(const double& x);
 
 // The functions are not inlined into their three handlers each.
 #define LUX_SCALAR static __attribute__((noinline, regparm(3)))

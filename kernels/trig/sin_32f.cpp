@@ -18,7 +18,7 @@ static void sine_x87(const float* src, float* dst, int32_t count) {
   for (int32_t i = 0; i < count; ++i) store_nearest_integer(n + i, src[i] * kPi.inverse);
   reduce_pass(src, n, r, count, kPi);
   for (int32_t i = 0; i < count; ++i)
-    store_signed(dst + i, sine_polynomial<double>(r[i]), uint32_t(n[i]) << 31);
+    store_signed(dst + i, sine_polynomial<double>(r[i], r[i] * r[i]), uint32_t(n[i]) << 31);
 }
 
 static Status sin_a24(const float* src, float* dst, int32_t len) {
@@ -30,10 +30,12 @@ static Status sin_a24(const float* src, float* dst, int32_t len) {
 
 static Status sin_a21(const float* src, float* dst, int32_t len) {
   return run_a21(
-      {src, src, dst, dst}, len, kPi, [](uint32_t x) { return within(x, kBoundA21); },
+      {src, src, dst, dst}, len, kPi, kSmall, kBoundA21,
+      [](uint32_t x) { return within(x, kBoundA21); },
       [](__m128 x) { return nearest_multiple(x * float(kPi.inverse)); },
-      [](__m128 shifted, __m128 r, float* y, float*) {
-        store_lanes(y, _mm_xor_ps(sine_polynomial<float>(r), sign_where(bit_mask(shifted, 1))));
+      [](__m128 shifted, __m128 r, __m128 s, float* y, float*) {
+        const __m128 sine = sine_polynomial<float>(r, s * s);
+        store_lanes(y, _mm_xor_ps(sine, sign_where(bit_mask(shifted, 1))));
       },
       [=](int32_t i, Status* status) { noxsSin_SC_LA(i, src, dst, status); });
 }

@@ -11,14 +11,15 @@
 constexpr uint32_t kBound = 0x49742400;         // 1000000
 constexpr uint32_t kTwoPartBound = 0x49000000;  // 2^19
 
-// Deliberate: -0 takes the slow path.
+// -0 goes to the handler: the sum of the sine would lose its sign.
 static inline bool in_range(uint32_t x) { return within(x, kBound) && x != 0x80000000; }
 
-// V is double, or four packed singles with coefficients rounded to C = float.
+// s is r, or 0 where r alone counts. V is double, or four packed singles with coefficients rounded
+// to C = float.
 template <class C, class V>
-static inline void polynomials(V r, V& sine, V& cosine) {
-  const V r2 = r * r;
-  sine = r + (r * r2) * (C(-0x1.55554527af34p-3) +
+static inline void polynomials(V r, V s, V& sine, V& cosine) {
+  const V r2 = s * s;
+  sine = r + (s * r2) * (C(-0x1.55554527af34p-3) +
                          r2 * (C(0x1.11073afce563fp-7) + r2 * C(-0x1.9943e0fbea90ap-13)));
   cosine = (C(1) - C(0.5) * r2) +
            (r2 * r2) * (C(0x1.55554a115b568p-5) +
@@ -47,7 +48,7 @@ static void sine_and_cosine_x87(const float* src, float* dst1, float* dst2, int3
     for (int32_t i = 0; i < count; ++i) r[i] = reduced_in_three(src[i], n[i]);
   for (int32_t i = 0; i < count; ++i) {
     double sine, cosine;
-    polynomials<double>(r[i], sine, cosine);
+    polynomials<double>(r[i], r[i], sine, cosine);
     const float y[2] = {store_f32(float(sine)), store_f32(float(cosine))};
     const uint32_t k = uint32_t(n[i]), odd = k & 1;
     store_bits(dst1 + i, load_bits(y + odd) ^ ((k - odd) & 2) << 30);
@@ -66,11 +67,11 @@ static Status sincos_a24(const float* src, float* dst1, float* dst2, int32_t len
 
 static Status sincos_a21(const float* src, float* dst1, float* dst2, int32_t len) {
   return run_a21(
-      {src, src, dst1, dst2}, len, kHalfPi, [](uint32_t x) { return in_range(x); },
+      {src, src, dst1, dst2}, len, kHalfPi, kSmall, kBound, [](uint32_t x) { return in_range(x); },
       [](__m128 x) { return nearest_multiple(x * float(kHalfPi.inverse)); },
-      [](__m128 shifted, __m128 r, float* y1, float* y2) {
+      [](__m128 shifted, __m128 r, __m128 s, float* y1, float* y2) {
         __m128 sine, cosine;
-        polynomials<float>(r, sine, cosine);
+        polynomials<float>(r, s, sine, cosine);
         const __m128 odd = bit_mask(shifted, 1), second = bit_mask(shifted, 2);
         const __m128 change = _mm_and_ps(odd, _mm_xor_ps(sine, cosine));
         sine = _mm_xor_ps(sine, change);

@@ -18,7 +18,7 @@ constexpr double kT1 = -0x1.8867706ed6612p-4;
 constexpr double kU1 = -0x1.b76f5e7f08c11p-2;
 constexpr double kU2 = 0x1.3e66ea6aa37f2p-7;
 
-// Deliberate: zeros take the slow path.
+// Zeros go to the handler: the sum of the numerator would lose the sign of -0.
 static inline bool in_range(uint32_t x, uint32_t bound) { return 2 * x - 2 <= 2 * bound - 2; }
 
 static void tangent_x87(const float* src, float* dst, int32_t count) {
@@ -45,11 +45,12 @@ static Status tan_a24(const float* src, float* dst, int32_t len) {
 
 static Status tan_a21(const float* src, float* dst, int32_t len) {
   return run_a21(
-      {src, src, dst, dst}, len, kHalfPi, [](uint32_t x) { return in_range(x, kBoundA21); },
+      {src, src, dst, dst}, len, kHalfPi, kSmall, kBoundA21,
+      [](uint32_t x) { return in_range(x, kBoundA21); },
       [](__m128 x) { return nearest_multiple(x * float(kHalfPi.inverse)); },
-      [](__m128 shifted, __m128 r, float* y, float*) {
-        const __m128 r2 = r * r, odd = bit_mask(shifted, 1);
-        const __m128 numerator = r + float(kT1) * r * r2;
+      [](__m128 shifted, __m128 r, __m128 s, float* y, float*) {
+        const __m128 r2 = s * s, odd = bit_mask(shifted, 1);
+        const __m128 numerator = r + float(kT1) * s * r2;
         const __m128 denominator = 1.0f + float(kU1) * r2 + float(kU2) * r2 * r2;
         const __m128 change = _mm_and_ps(odd, _mm_xor_ps(numerator, denominator));
         const __m128 quotient = _mm_xor_ps(numerator, change) / _mm_xor_ps(denominator, change);

@@ -133,6 +133,25 @@ struct Located {
   __m128 multiple;  // of the period
 };
 
+// Below this magnitude, products of an argument or of its powers may underflow where the result
+// does not. Blocks with such an element take two more steps; others never have so small an r.
+constexpr uint32_t kSmall = 0x35800000;  // 2^-20
+
+static inline bool ordinary(uint32_t x, uint32_t smallest, uint32_t bound) {
+  return 2 * x - 2 * smallest <= 2 * (bound - smallest);
+}
+
+// Takes the place of x in its product with 1/period: numbers from 1/2 on do not feel the addition,
+// and below n is 0 either way.
+static inline __m128 nudged(__m128 x) { return _mm_add_ps(x, _mm_set1_ps(0x1p-26f)); }
+
+// Takes the place of r in the terms of higher order, which are lost in the sum below 2^-20. A zero
+// keeps its sign: a caller's denormals-are-zero makes one of r too.
+static inline __m128 unless_tiny(__m128 r) {
+  const __m128 counts = _mm_cmple_ps(_mm_set1_ps(0x1p-20f), magnitude_of(r));
+  return _mm_and_ps(r, _mm_or_ps(counts, lanes_of(kSignLanes)));
+}
+
 static inline Located nearest_multiple(__m128 t) {
   const __m128 shifted = t + kShifter;
   return {shifted, shifted - kShifter};
@@ -164,28 +183,39 @@ static inline void reduce_block(const float* x, __m128 multiple, Lanes* r, long 
 // A packed load soon after the four single stores of r waits for them, so a block is finished when
 // the eighth block behind it is due.
 //
-// locate(x)                    n, as the sum with kShifter, and the multiple of the period
-// finish(shifted, r, y1, y2)   stores the results
+// smallest                        from here on an element up to the bound is ordinary
+// locate(x)                       n, as the sum with kShifter, and the multiple of the period
+// finish(shifted, r, s, y1, y2)   stores the results; s stands for r in terms of higher order
 template <class InRange, class Locate, class Finish, class Large>
 static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& period,
-                             InRange in_range, Locate locate, Finish finish, Large large) {
+                             uint32_t smallest, uint32_t bound, InRange in_range, Locate locate,
+                             Finish finish, Large large) {
   constexpr uint32_t kDelay = 8;
   return run_trig<X87ExtendedAndSse>(
       a, len, in_range,
       [=](int32_t first, int32_t last) {
         Lanes shifted[kDelay], r[kDelay];
+        bool small[kDelay];
         const long double high = load_extended(&period.high), low = load_extended(&period.low);
         int32_t i = first, done = first;
         const auto finish_one = [&] {
           const uint32_t slot = uint32_t(done) / 4 % kDelay;
-          finish(_mm_load_ps(shifted[slot].lane), _mm_load_ps(r[slot].lane), a.dst1 + done,
-                 a.dst2 + done);
+          const __m128 reduced = _mm_load_ps(r[slot].lane);
+          __m128 s = reduced;
+          if (__builtin_expect(small[slot], 0)) s = unless_tiny(s);
+          finish(_mm_load_ps(shifted[slot].lane), reduced, s, a.dst1 + done, a.dst2 + done);
           done += 4;
         };
-        for (; i < last && block_in_range(a.src1 + i, in_range); i += 4) {
+        const auto is_ordinary = [=](uint32_t x) { return ordinary(x, smallest, bound); };
+        for (; i < last; i += 4) {
+          const bool with_small = !block_in_range(a.src1 + i, is_ordinary);
+          if (__builtin_expect(with_small, 0) && !block_in_range(a.src1 + i, in_range)) break;
           if (i - done == 4 * kDelay) finish_one();
           const uint32_t slot = uint32_t(i) / 4 % kDelay;
-          const Located at = locate(load_lanes(a.src1 + i));
+          __m128 x = load_lanes(a.src1 + i);
+          if (__builtin_expect(with_small, 0)) x = nudged(x);
+          small[slot] = with_small;
+          const Located at = locate(x);
           _mm_store_ps(shifted[slot].lane, at.shifted);
           reduce_block(a.src1 + i, at.multiple, &r[slot], high, low);
         }
@@ -194,7 +224,9 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
       },
       [=](int32_t i) {
         const long double high = load_extended(&period.high), low = load_extended(&period.low);
-        const Located at = locate(load_lane(a.src1 + i));
+        const bool small = !ordinary(load_bits(a.src1 + i), smallest, bound);
+        const __m128 x = load_lane(a.src1 + i);
+        const Located at = locate(small ? nudged(x) : x);
         float n, r;
         Lanes y1, y2;
         _mm_store_ss(&n, at.multiple);
@@ -202,7 +234,8 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
                      : [r] "=m"(r)
                      : [x] "m"(a.src1[i]), [n] "m"(n), "t"(high), "u"(low)
                      : "st(2)", "st(3)");
-        finish(at.shifted, _mm_load_ss(&r), y1.lane, y2.lane);
+        const __m128 reduced = _mm_load_ss(&r);
+        finish(at.shifted, reduced, small ? unless_tiny(reduced) : reduced, y1.lane, y2.lane);
         store_bits(a.dst1 + i, load_bits(y1.lane));
         if (a.dst2 != a.dst1) store_bits(a.dst2 + i, load_bits(y2.lane));
       },
