@@ -127,7 +127,8 @@ static bool pausing() {
 
 // The runtime keeps the threads of the last region that this thread opened, and lets those go that
 // the next one does not need.
-static __thread int32_t pool_size = 1;
+// In the block that every thread has, as the runtime's own: without the loader's help.
+__attribute__((tls_model("initial-exec"))) static __thread int32_t pool_size = 1;
 static bool refused = false;
 
 // Inside a region of the program's, the runtime starts threads anew each time, if it may.

@@ -27,7 +27,7 @@ CORE_NAMES = {"threads_omp_of_n_lux", "luxcoreSetNumThreads", "luxcoreGetNumThre
               "luxcoreThreadSource"}
 LIBC = {"memcmp", "memcpy", "memset", "sched_getaffinity", "sysconf", "__errno_location",
         "__sched_cpucount", "__sched_cpualloc", "__sched_cpufree", "malloc", "free",
-        "__stack_chk_fail", "___tls_get_addr", "clock_gettime", "getenv", "strtol", "strtoul",
+        "__stack_chk_fail", "clock_gettime", "getenv", "strtol", "strtoul",
         "sigfillset", "__register_atfork", "pthread_create", "pthread_join", "pthread_sigmask",
         "pthread_mutex_lock", "pthread_mutex_unlock", "pthread_attr_init", "pthread_attr_destroy",
         "pthread_attr_setstacksize", "pthread_attr_setaffinity_np"}

@@ -118,7 +118,7 @@ TEST(ExtendedInverse, SpecialArguments) {
       EXPECT_TRUE(std::isnan(y)) << "row " << i;
     else
       EXPECT_EQ(y, row.y) << "row " << i;
-    if (y == 0) EXPECT_FALSE(std::signbit(y)) << "row " << i;
+    EXPECT_FALSE(y == 0 && std::signbit(y)) << "row " << i;
     EXPECT_EQ(bool(flags & kInvalid), row.invalid) << "row " << i;
   }
   EXPECT_TRUE(x87_stack_empty());

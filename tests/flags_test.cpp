@@ -158,6 +158,7 @@ static uint16_t accounted_for(const Call& c, Status status) {
           break;
         case kQuietNan:
           if (!nan_argument) may |= kInvalid;
+          if (!nan_argument && complex) may |= kZeroDivide;  // a pole without a direction
           break;
         case kNormal:
           break;

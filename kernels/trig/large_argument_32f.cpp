@@ -43,7 +43,7 @@ __attribute__((always_inline)) static inline Step step_of(const float* x) {
 // rounded.
 static inline bool is_open(const double* y) {
   constexpr uint32_t kMiddle = 0x10000000, kMargin = 0x80000;  // in the lower word
-  return (load_words(y).lower - (kMiddle - kMargin) & 0x1FFFFFFF) < 2 * kMargin;
+  return ((load_words(y).lower - (kMiddle - kMargin)) & 0x1FFFFFFF) < 2 * kMargin;
 }
 
 static inline void store_copy(double* to, long double y) {
