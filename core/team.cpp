@@ -114,7 +114,7 @@ static bool can_start(int32_t threads) {
 // and lost against one thread. A loss beyond what was gained lately bars the threads for 64 times
 // as long, at most a second: little of the time is lost, and little is missed when the processors
 // are free again.
-constexpr int64_t kPatience = 64, kLongestPause = 1000000000, kMostCredit = 8000000;
+constexpr int64_t kPatience = 32, kLongestPause = 250000000, kMostCredit = 8000000;
 constexpr int64_t kLeastWork = 2000;  // less cannot be told from the clock's own time
 static int64_t credit = 0, pause_end = 0;
 

@@ -239,7 +239,7 @@ TEST(Teams, RestWhereTheyLoseTimeAndComeBack) {
   used();
   nox_clock = standing_clock;
   EXPECT_EQ(used(), 1u);
-  now += 10 * 1000000;  // less than 64 times what was lost
+  now += 10 * 1000000;  // less than 32 times what was lost
   EXPECT_EQ(used(), 1u);
   now += 1000 * 1000000;
   EXPECT_EQ(used(), 2u);
