@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "bench/arguments.h"
 
-#include "bench/intervals.h"
+#include "catalog/intervals.h"
 
 #include <math.h>
 #include <string.h>
@@ -25,7 +25,7 @@ constexpr LargeInput kLargeInputs[] = {
 #define LUX_REAL_INPUT(...)
 #define LUX_COMPLEX_INPUT(...)
 #define LUX_LARGE_INPUT(F, spread, low, high) {#F, {spread, low, high}},
-#include "bench/intervals.def"
+#include "catalog/intervals.def"
 };
 
 const Interval* large_interval(const Function& function) {

@@ -4,7 +4,7 @@
 #ifndef LUX_BENCH_ARGUMENTS_H
 #define LUX_BENCH_ARGUMENTS_H
 
-#include "core/catalog.h"
+#include "catalog/catalog.h"
 
 #include <cstdint>
 #include <vector>

@@ -7,7 +7,7 @@
 #ifndef LUX_BENCH_MEASURE_H
 #define LUX_BENCH_MEASURE_H
 
-#include "core/catalog.h"
+#include "catalog/catalog.h"
 
 #include <cstdint>
 #include <functional>
@@ -29,24 +29,6 @@ Figure measure(const std::function<void(int32_t times)>& loop, int32_t milliseco
 
 // Ticks of the time-stamp counter per core cycle, now.
 double ticks_per_cycle();
-
-// How far from the exact value a result may be.
-struct Accuracy {
-  enum Kind { kUlp, kRelativeBits, kNormwiseBits, kExact } kind;
-  double value;
-};
-
-struct Goal {
-  Accuracy accuracy;
-  double cycles;  // per element, about 2000 in cache, typical arguments; 0: none
-};
-
-// Null when there is none.
-const Goal* find_goal(const Function& function);
-// For arrays of which every element is too large for the fast reduction.
-const Goal* find_large_argument_goal(const Function& function);
-// Cycles of a call with one element beyond the element's own work.
-double call_goal();
 
 // Another implementation; runs `times` times over the same arrays. Empty when there is none.
 struct Peer {

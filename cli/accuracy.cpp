@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
 //
 // luxvm accuracy: measured errors beside what is promised.
-#include "bench/accuracy/promises.h"
-#include "bench/accuracy/record.h"
-#include "bench/thread_count.h"
-#include "cli/catalog.h"
+#include "accuracy/promises.h"
+#include "accuracy/record.h"
+#include "catalog/thread_count.h"
+#include "catalog/lookup.h"
 #include "cli/checkpoint.h"
 #include "cli/files.h"
 #include "cli/numbers.h"
 #include "cli/plot.h"
 #include "cli/progress.h"
-#include "bench/special_values.h"
+#include "conformance/special_values.h"
 
 #include <fmt/chrono.h>
 #include <fmt/format.h>

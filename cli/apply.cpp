@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // luxvm apply: a function over a file or a pipe, in one call.
-#include "bench/thread_count.h"
-#include "cli/catalog.h"
+#include "catalog/thread_count.h"
+#include "catalog/lookup.h"
 #include "cli/cli.h"
 #include "cli/files.h"
 #include "cli/numbers.h"

@@ -2,7 +2,7 @@
 //
 // luxvm bench: core cycles per element, beside the goals and other implementations.
 #include "bench/arguments.h"
-#include "bench/thread_count.h"
+#include "catalog/thread_count.h"
 #include "cli/bench_rows.h"
 #include "cli/checkpoint.h"
 #include "cli/files.h"

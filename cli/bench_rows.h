@@ -5,7 +5,8 @@
 #define LUX_CLI_BENCH_ROWS_H
 
 #include "bench/measure.h"
-#include "cli/catalog.h"
+#include "catalog/goals.h"
+#include "catalog/lookup.h"
 #include "cli/cli.h"
 
 #include <optional>

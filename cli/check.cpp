@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
 // luxvm check: whether the library that is loaded is whole and computes what it should.
-#include "bench/result_hash.h"
-#include "bench/special_values.h"
-#include "bench/thread_count.h"
-#include "cli/catalog.h"
+#include "conformance/result_hash.h"
+#include "conformance/special_values.h"
+#include "catalog/thread_count.h"
+#include "catalog/lookup.h"
 #include "cli/cli.h"
 #include "cli/files.h"
 
@@ -89,7 +89,7 @@ constexpr std::string_view kOtherExports[] = {
     LUX_EACH_TYPE(d),     LUX_EACH_TYPE(c),  LUX_EACH_TYPE(z), LUX_HANDLERS("noxs"),
     LUX_HANDLERS("noxd"), "noxreduce_pio2d",
 #define LUX_SCALAR_ROUTINE(name) #name,
-#include "scalar/routines.def"
+#include "core/routines.def"
 };
 
 // This program's own noxsError and noxdError must not be taken for the library's.

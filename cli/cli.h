@@ -4,6 +4,8 @@
 #ifndef LUX_CLI_CLI_H
 #define LUX_CLI_CLI_H
 
+#include "catalog/failure.h"  // ends the program with its message and kBadInput
+
 #include <CLI/App.hpp>
 #include <CLI/Formatter.hpp>
 #include <CLI/Config.hpp>
@@ -19,11 +21,6 @@ enum ExitCode {
   kFine = 0,
   kFailedCheck = 1,  // a promise that is not kept, or something that became worse
   kBadInput = 2      // nothing was found out: a wrong command line, a file that cannot be used
-};
-
-// Ends the program with its message and kBadInput.
-struct Failure : std::runtime_error {
-  using std::runtime_error::runtime_error;
 };
 
 // Ends the program with kFailedCheck and its message, if it has one.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // luxvm env: what the library's results and its use of threads depend on.
-#include "bench/thread_count.h"
+#include "catalog/thread_count.h"
 #include "cli/cli.h"
 #include "cli/machine.h"
 #include "luxvmk3.h"

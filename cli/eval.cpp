@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // luxvm eval: one call on the values of the command line.
-#include "cli/catalog.h"
+#include "catalog/lookup.h"
 #include "cli/cli.h"
 #include "cli/numbers.h"
 #include "cli/reports.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // luxvm explain: whether a call would be split over threads, and why.
-#include "bench/thread_count.h"
-#include "cli/catalog.h"
+#include "catalog/thread_count.h"
+#include "catalog/lookup.h"
 #include "cli/cli.h"
 #include "cli/machine.h"
 #include "cli/numbers.h"

@@ -4,7 +4,7 @@
 #ifndef LUX_CLI_FILES_H
 #define LUX_CLI_FILES_H
 
-#include "cli/catalog.h"
+#include "catalog/lookup.h"
 
 #include <string>
 #include <vector>

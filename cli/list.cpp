@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // luxvm list: the functions of the library.
-#include "cli/catalog.h"
+#include "catalog/lookup.h"
 #include "cli/cli.h"
 
 #include <fmt/format.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // luxvm: the library from the command line.
-#include "cli/catalog.h"
+#include "catalog/lookup.h"
 #include "cli/cli.h"
 #include "cli/numbers.h"
 #include "luxvmk3.h"

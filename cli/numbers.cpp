@@ -17,13 +17,6 @@ static std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kSpace) + 1 - first);
 }
 
-std::string in_quotes(std::string_view text) {
-  constexpr size_t kLongest = 40;
-  std::string shown;
-  for (unsigned char c : text.substr(0, kLongest)) shown += c < 0x20 || c == 0x7F ? '?' : char(c);
-  return fmt::format("'{}{}'", shown, text.size() > kLongest ? "..." : "");
-}
-
 // 0x without the point or the exponent of a hex float.
 static bool is_pattern(std::string_view text) {
   return text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X') &&

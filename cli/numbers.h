@@ -5,7 +5,7 @@
 #ifndef LUX_CLI_NUMBERS_H
 #define LUX_CLI_NUMBERS_H
 
-#include "cli/catalog.h"
+#include "catalog/lookup.h"
 #include "cli/cli.h"
 
 #include <cstdint>
@@ -32,8 +32,5 @@ std::string bit_pattern(uint64_t bits, int width);
 // Takes a whole number within the bounds, in scientific notation too (1e6), and makes plain digits
 // of it.
 CLI::Validator whole_number(uint64_t least, uint64_t most);
-
-// Text of unknown origin, made fit to stand in a message.
-std::string in_quotes(std::string_view text);
 
 #endif

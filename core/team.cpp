@@ -111,8 +111,8 @@ static bool can_start(int32_t threads) {
 
 // On processors that other programs keep busy, the slices of a team wait for one another longer
 // than they compute. The runtime cannot tell before, so an account is kept of what regions gained
-// and lost against one thread. A loss beyond what was gained lately bars the threads for 64 times
-// as long, at most a second: little of the time is lost, and little is missed when the processors
+// and lost against one thread. A loss beyond what was gained lately bars the threads for 32 times
+// as long, at most 250 ms: little of the time is lost, and little is missed when the processors
 // are free again.
 constexpr int64_t kPatience = 32, kLongestPause = 250000000, kMostCredit = 8000000;
 constexpr int64_t kLeastWork = 2000;  // less cannot be told from the clock's own time

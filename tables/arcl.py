@@ -42,4 +42,4 @@ for function, sign, name, what in (
         "long double", name, literals,
         f"{what}, z = s^2 <= 1/4, from the constant on; relative error of the sum at most "
         f"{mpmath.nstr(error, 3)} (2001 points)."))
-tablegen.main("scalar/arcl_table.h", __file__, "\n\n".join(body))
+tablegen.main("extended/generated/arcl_table.h", __file__, "\n\n".join(body))

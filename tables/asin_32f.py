@@ -16,4 +16,4 @@ POLYNOMIALS = {
 body = "\n".join(
     quadratics.table(mpmath.asin, mpmath.mpf(1) / 6, 512, 256, "asin")
     + quadratics.polynomials(POLYNOMIALS, mpmath.asin, "asin", "1/2", mpmath.mpf(1) / 2))
-tablegen.main("kernels/trig/asin_32f_table.h", __file__, body)
+tablegen.main("kernels/trig/generated/asin_32f_table.h", __file__, body)

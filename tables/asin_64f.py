@@ -70,4 +70,4 @@ body = "\n".join([
     "static const double kSeries[3] = {  // of v^7, v^5, v^3",
     *[f"    {tablegen.double(mpmath.mpf(n) / d)}," for n, d in ((15, 336), (3, 40), (1, 6))],
     "};"])
-tablegen.main("kernels/trig/asin_64f_table.h", __file__, body)
+tablegen.main("kernels/trig/generated/asin_64f_table.h", __file__, body)

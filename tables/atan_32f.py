@@ -17,4 +17,4 @@ POLYNOMIALS = {
 body = "\n".join(
     quadratics.table(mpmath.atan, -mpmath.mpf(1) / 3, 512, 512, "atan")
     + quadratics.polynomials(POLYNOMIALS, mpmath.atan, "atan", "1", mpmath.mpf(1)))
-tablegen.main("kernels/trig/atan_32f_table.h", __file__, body)
+tablegen.main("kernels/trig/generated/atan_32f_table.h", __file__, body)

@@ -63,4 +63,4 @@ body = "\n".join([
     "static const double kSeries[3] = {  // of t^7, t^5, t^3",
     *[f"    {tablegen.double(mpmath.mpf(n) / d)}," for n, d in ((-1, 7), (1, 5), (-1, 3))],
     "};"])
-tablegen.main("kernels/trig/atan_64f_table.h", __file__, body)
+tablegen.main("kernels/trig/generated/atan_64f_table.h", __file__, body)

@@ -74,4 +74,4 @@ body = "\n".join([
     "    {" + ",\n     ".join(pair(a) for a in degrees) + "},",
     f"    {{{tablegen.double(degree)}, {tablegen.double(180 / pi - degree)}}},",
     "};"])
-tablegen.main("scalar/atan_table.h", __file__, body)
+tablegen.main("extended/generated/atan_table.h", __file__, body)

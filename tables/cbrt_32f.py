@@ -79,4 +79,4 @@ if __name__ == "__main__":
           for line in doubles(name, values)],
         "};",
     ])
-    tablegen.main("kernels/arith/cbrt_32f_table.h", __file__, body)
+    tablegen.main("kernels/roots/generated/cbrt_32f_table.h", __file__, body)

@@ -47,7 +47,7 @@ def body(power, shift):
     low = [mpf(0) if abs(a - b) < mpf(2)**-200 else tablegen.rounded(a - b, 24)
            for a, b in zip(whole, high)]
     return "\n".join([
-        '#include "kernels/arith/cbrt_64f.h"',
+        '#include "kernels/roots/cbrt_64f.h"',
         "",
         f"// Relative error of 1 + t p(t), proven: at most {mpmath.nstr(error, 4)} for 0 <= t <= 2^-8.",
         "static constexpr CubeRootTable static_const_table = {",
@@ -60,4 +60,4 @@ def body(power, shift):
 
 
 if __name__ == "__main__":
-    tablegen.main("kernels/arith/cbrt_64f_table.h", __file__, body(mpf(1) / 3, 0))
+    tablegen.main("kernels/roots/generated/cbrt_64f_table.h", __file__, body(mpf(1) / 3, 0))

@@ -53,4 +53,4 @@ body = "\n".join([
     f"alignas(16) static const Row kRow[{len(singles)}] = {{",
     *[f"    {{{{{', '.join(cells.single(c) for c in row)}}}}}," for row in singles],
     "};"])
-tablegen.main("kernels/erf/erf_32f_table.h", __file__, body)
+tablegen.main("kernels/erf/generated/erf_32f_table.h", __file__, body)

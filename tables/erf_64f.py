@@ -75,4 +75,4 @@ body = "\n".join([
     "} kSeries = {",
     f"    {{{', '.join(tablegen.double(c) for c in reversed(held))}}},",
     f"    {tablegen.double(series[0] - head)}, {tablegen.double(head)}}};"])
-tablegen.main("kernels/erf/erf_64f_table.h", __file__, body)
+tablegen.main("kernels/erf/generated/erf_64f_table.h", __file__, body)

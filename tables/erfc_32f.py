@@ -79,4 +79,4 @@ body = "\n".join([
     *[line for name, (literals, worst_power) in powers.items() for line in (
         f"// Relative error at most {worst_power}.",
         f"static const float {name}[{len(literals)}] = {{{', '.join(literals)}}};")]])
-tablegen.main("kernels/erf/erfc_32f_table.h", __file__, body)
+tablegen.main("kernels/erf/generated/erfc_32f_table.h", __file__, body)

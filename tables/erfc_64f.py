@@ -90,4 +90,4 @@ body = "\n".join([
     "static const double kExponential[4] = {",
     *[f"    {tablegen.double(c)}," for c in reversed(exponential)],
     "};"])
-tablegen.main("kernels/erf/erfc_64f_table.h", __file__, body)
+tablegen.main("kernels/erf/generated/erfc_64f_table.h", __file__, body)

@@ -33,4 +33,4 @@ body = "\n".join([
     *polynomials("kQuintic", "double", 5, 53),
     *polynomials("kCubic", "float", 3, 24),
     *polynomials("kLinear", "float", 1, 24)])
-tablegen.main("kernels/erf/erfinv_32f_table.h", __file__, body)
+tablegen.main("kernels/erf/generated/erfinv_32f_table.h", __file__, body)

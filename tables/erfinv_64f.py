@@ -40,4 +40,4 @@ body = "\n".join([
     f"static const Cell kCell[{len(rows)}] = {{",
     *[f"    {row}," for row in rows],
     "};"])
-tablegen.main("kernels/erf/erfinv_64f_table.h", __file__, body)
+tablegen.main("kernels/erf/generated/erfinv_64f_table.h", __file__, body)

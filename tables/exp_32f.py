@@ -34,4 +34,4 @@ body = "\n".join([
     "    0x1.8p+17f,",
     "};",
 ])
-tablegen.main("kernels/explog/exp_32f_table.h", __file__, body)
+tablegen.main("kernels/explog/generated/exp_32f_table.h", __file__, body)

@@ -45,4 +45,4 @@ body = "\n".join([
     "    0x1.8p+38f,",
     "};",
 ])
-tablegen.main("kernels/explog/exp_64f_table.h", __file__, body)
+tablegen.main("kernels/explog/generated/exp_64f_table.h", __file__, body)

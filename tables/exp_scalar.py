@@ -87,4 +87,4 @@ body = "\n".join([
     "    },",
     "};",
 ])
-tablegen.main("scalar/exp_table.h", __file__, body)
+tablegen.main("extended/generated/exp_table.h", __file__, body)

@@ -51,4 +51,4 @@ body = "\n".join([
     *[f"    {{{single(mpmath.cosh(x) / 2)}, {single(mpmath.sinh(x) / 2)}}}," for x in points],
     "};",
 ])
-tablegen.main("kernels/hyper/hyperbolic_32f_table.h", __file__, body)
+tablegen.main("kernels/hyper/generated/hyperbolic_32f_table.h", __file__, body)

@@ -114,4 +114,4 @@ body = "\n".join([
     *[row(x) for x in points],
     "};",
 ])
-tablegen.main("kernels/hyper/hyperbolic_64f_table.h", __file__, body)
+tablegen.main("kernels/hyper/generated/hyperbolic_64f_table.h", __file__, body)

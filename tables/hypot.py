@@ -37,4 +37,4 @@ body = "\n".join([
     "    0x1.0000002p+27,",
     "};",
 ])
-tablegen.main("kernels/arith/hypot_table.h", __file__, body)
+tablegen.main("kernels/arith/generated/hypot_table.h", __file__, body)

@@ -69,4 +69,4 @@ body = "\n".join([
     f"constexpr float kStep[3] = {{{', '.join(float(c).hex() + 'f' for c in step)}}};"
     "  // constant first",
 ])
-tablegen.main("kernels/arith/invcbrt_32f_table.h", __file__, body)
+tablegen.main("kernels/roots/generated/invcbrt_32f_table.h", __file__, body)

@@ -5,5 +5,5 @@ import cbrt_64f
 import mpmath
 import tablegen
 
-tablegen.main("kernels/arith/invcbrt_64f_table.h", __file__,
+tablegen.main("kernels/roots/generated/invcbrt_64f_table.h", __file__,
               cbrt_64f.body(-mpmath.mpf(1) / 3, 1))

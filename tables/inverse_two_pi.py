@@ -32,4 +32,4 @@ body = "\n".join([
     "// pi/2 in parts of 26, 26, 53 bits",
     f"static const double kHalfPi[3] = {{{', '.join(tablegen.double(p) for p in parts)}}};",
 ])
-tablegen.main("kernels/trig/inverse_two_pi_table.h", __file__, body)
+tablegen.main("kernels/trig/generated/inverse_two_pi_table.h", __file__, body)

@@ -91,4 +91,4 @@ def body(scale, constant):
 
 
 if __name__ == "__main__":
-    tablegen.main("kernels/explog/ln_32f_table.h", __file__, body(mpf(1), "ln 2"))
+    tablegen.main("kernels/explog/generated/ln_32f_table.h", __file__, body(mpf(1), "ln 2"))

@@ -70,4 +70,4 @@ if __name__ == "__main__":
     MAIN = [1.0, -0.4999999999999955, 0.3333333333198306, -0.24999998524219055, 0.19999270610222492,
             -0.16500333306925632]
     NEAR_ONE = [1.0, -1 / 2, 1 / 3, -1 / 4, 1 / 5, -1 / 6]
-    tablegen.main("kernels/explog/ln_64f_table.h", __file__, body(mpf(1), MAIN, NEAR_ONE))
+    tablegen.main("kernels/explog/generated/ln_64f_table.h", __file__, body(mpf(1), MAIN, NEAR_ONE))

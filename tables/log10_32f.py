@@ -5,5 +5,5 @@ import ln_32f
 import mpmath
 import tablegen
 
-tablegen.main("kernels/explog/log10_32f_table.h", __file__,
+tablegen.main("kernels/explog/generated/log10_32f_table.h", __file__,
               ln_32f.body(1 / mpmath.log(10), "log10(2)"))

@@ -91,4 +91,4 @@ body = "\n".join([
     f"// The same: {short(short_error)}.",
     f"static const float kShort[1] = {{{singles(short_terms)}}};",
 ])
-tablegen.main("kernels/hyper/log1p_32f_table.h", __file__, body)
+tablegen.main("kernels/hyper/generated/log1p_32f_table.h", __file__, body)

@@ -53,4 +53,4 @@ body = "\n".join([
     "// ln 2, high a multiple of 2^-40.",
     f"static const double kLn2[2] = {{{halves(mpmath.log(2))}}};",
 ])
-tablegen.main("kernels/hyper/log1p_64f_table.h", __file__, body)
+tablegen.main("kernels/hyper/generated/log1p_64f_table.h", __file__, body)

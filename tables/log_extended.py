@@ -75,4 +75,4 @@ body = "\n".join([
     f"    {tablegen.double(two_high)}, {tablegen.double(mpmath.log(2) - two_high)},",
     f"    {{{', '.join(value.hex() for value in series)}}},",
     "};"])
-tablegen.main("scalar/log_table.h", __file__, body)
+tablegen.main("extended/generated/log_table.h", __file__, body)

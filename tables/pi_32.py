@@ -71,4 +71,4 @@ body = "\n".join([
     f"    {literals(SHORT_TANGENT)},",
     "};",
 ])
-tablegen.main("kernels/trig/pi_32_table.h", __file__, body)
+tablegen.main("kernels/trig/generated/pi_32_table.h", __file__, body)

@@ -116,4 +116,4 @@ body = "\n".join([
     f"// The same: {short(short_error)}.",
     f"static const float kShortExp[4] = {{{singles(short_terms)}}};",
 ])
-tablegen.main("kernels/explog/pow_32f_table.h", __file__, body)
+tablegen.main("kernels/explog/generated/pow_32f_table.h", __file__, body)

@@ -80,4 +80,4 @@ body = "\n".join([
     "    0x1.8p+39f,",
     "};",
 ])
-tablegen.main("kernels/explog/pow_64f_table.h", __file__, body)
+tablegen.main("kernels/explog/generated/pow_64f_table.h", __file__, body)

@@ -113,7 +113,7 @@ def coefficients(values):
 
 
 body = "\n".join([
-    '#include "scalar/two_part.h"',
+    '#include "extended/two_part.h"',
     "",
     f"// log2(1 + z), |z| <= {short(cell_width)}: relative error {short(log_error)}.",
     f"// atan(s) in right angles, |s| <= {short(slope_width)}: relative error {short(angle_error)}.",
@@ -179,4 +179,4 @@ body = "\n".join([
     "    },",
     "};",
 ])
-tablegen.main("scalar/power_table.h", __file__, body)
+tablegen.main("extended/generated/power_table.h", __file__, body)

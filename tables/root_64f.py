@@ -56,4 +56,4 @@ body = "\n".join([
     "};",
 ])
 assert max(errors) == errors[0] and min(errors) == errors[-1]
-tablegen.main("kernels/explog/root_64f_table.h", __file__, body)
+tablegen.main("kernels/roots/generated/root_64f_table.h", __file__, body)

@@ -87,4 +87,4 @@ body = "\n".join([
     "    1.0f,",
     "};",
 ])
-tablegen.main("kernels/trig/sincos_64f_table.h", __file__, body)
+tablegen.main("kernels/trig/generated/sincos_64f_table.h", __file__, body)

@@ -133,4 +133,4 @@ body = "\n".join([
     "    0.5f,",
     "};",
 ])
-tablegen.main("kernels/trig/sine_64f_table.h", __file__, body)
+tablegen.main("kernels/trig/generated/sine_64f_table.h", __file__, body)

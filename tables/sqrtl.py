@@ -41,4 +41,4 @@ body = "\n".join([
                    [tablegen.double(c) for c in seeds + series],
                    "Seeds for 1/sqrt(1 + j/256), then for 1/sqrt(2 + j/128), then the series from -1/2 on."),
 ])
-tablegen.main("scalar/sqrtl_table.h", __file__, body)
+tablegen.main("extended/generated/sqrtl_table.h", __file__, body)

@@ -48,4 +48,4 @@ body = "\n".join([
     "    0x1p+19f,",
     "};",
 ])
-tablegen.main("kernels/hyper/tanh_32f_table.h", __file__, body)
+tablegen.main("kernels/hyper/generated/tanh_32f_table.h", __file__, body)

@@ -35,4 +35,4 @@ body = "\n".join([
     *[row(j) for j in range(LAST + 1)],
     "};",
 ])
-tablegen.main("kernels/hyper/tanh_64f_table.h", __file__, body)
+tablegen.main("kernels/hyper/generated/tanh_64f_table.h", __file__, body)

@@ -101,4 +101,4 @@ body = "\n".join([
     *["    " + ", ".join(digits[i:i + 8]) + "," for i in range(0, WORDS, 8)],
     "};",
 ])
-tablegen.main("scalar/trig_table.h", __file__, body)
+tablegen.main("extended/generated/trig_table.h", __file__, body)

@@ -8,9 +8,9 @@
 #include <algorithm>
 #include <string>
 
-#include "bench/accuracy/exhaustive.h"
-#include "bench/accuracy/promises.h"
-#include "bench/accuracy/record.h"
+#include "accuracy/exhaustive.h"
+#include "accuracy/promises.h"
+#include "accuracy/record.h"
 #include "tests/catalog.h"
 #include "tests/support.h"
 

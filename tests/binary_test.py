@@ -59,7 +59,7 @@ def function_list():
 def scalar_routines():
     text = preprocessed("""
 #define LUX_SCALAR_ROUTINE(name) name
-#include "scalar/routines.def"
+#include "core/routines.def"
 """)
     return set(re.findall(r"nox\w+", text))
 

@@ -4,7 +4,7 @@
 #ifndef LUX_TESTS_CATALOG_H
 #define LUX_TESTS_CATALOG_H
 
-#include "core/catalog.h"
+#include "catalog/catalog.h"
 
 // Arguments for which a family computes without any exception but inexact, under either sign of
 // rounding: the interval of every source.

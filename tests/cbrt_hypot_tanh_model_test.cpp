@@ -7,7 +7,7 @@
 #include <cmath>
 #include <vector>
 
-#include "kernels/arith/cbrt_32f_table.h"  // the fitted coefficients, which are data
+#include "kernels/roots/generated/cbrt_32f_table.h"  // the fitted coefficients, which are data
 #include "tests/catalog.h"
 #include "tests/mpfr_number.h"
 

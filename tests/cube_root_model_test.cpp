@@ -8,7 +8,7 @@
 #include <cmath>
 #include <vector>
 
-#include "kernels/arith/invcbrt_32f_table.h"
+#include "kernels/roots/generated/invcbrt_32f_table.h"
 #include "tests/catalog.h"
 #include "tests/mpfr_number.h"
 

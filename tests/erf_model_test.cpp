@@ -13,16 +13,16 @@
 
 // The tables are data; the models look up in their own way.
 namespace erf32 {
-#include "kernels/erf/erf_32f_table.h"
+#include "kernels/erf/generated/erf_32f_table.h"
 }
 namespace erfc32 {
-#include "kernels/erf/erfc_32f_table.h"
+#include "kernels/erf/generated/erfc_32f_table.h"
 }
 namespace erf64 {
-#include "kernels/erf/erf_64f_table.h"
+#include "kernels/erf/generated/erf_64f_table.h"
 }
 namespace erfc64 {
-#include "kernels/erf/erfc_64f_table.h"
+#include "kernels/erf/generated/erfc_64f_table.h"
 }
 
 template <class U>

@@ -13,10 +13,10 @@
 
 // The tables are data; the models look up in their own way.
 namespace erfinv32 {
-#include "kernels/erf/erfinv_32f_table.h"
+#include "kernels/erf/generated/erfinv_32f_table.h"
 }
 namespace erfinv64 {
-#include "kernels/erf/erfinv_64f_table.h"
+#include "kernels/erf/generated/erfinv_64f_table.h"
 }
 
 template <class To, class U>

@@ -13,13 +13,13 @@
 
 // The tables are data; the models look up in their own way.
 namespace table32 {
-#include "kernels/hyper/hyperbolic_32f_table.h"
+#include "kernels/hyper/generated/hyperbolic_32f_table.h"
 }
 namespace table64 {
-#include "kernels/hyper/hyperbolic_64f_table.h"
+#include "kernels/hyper/generated/hyperbolic_64f_table.h"
 }
 namespace tangent64 {
-#include "kernels/hyper/tanh_64f_table.h"
+#include "kernels/hyper/generated/tanh_64f_table.h"
 }
 
 template <class N, class U>

@@ -13,10 +13,10 @@
 
 // The tables are data; the models look up in their own way.
 namespace single {
-#include "kernels/hyper/log1p_32f_table.h"
+#include "kernels/hyper/generated/log1p_32f_table.h"
 }
 namespace twice {
-#include "kernels/hyper/log1p_64f_table.h"
+#include "kernels/hyper/generated/log1p_64f_table.h"
 }
 
 using Grade = std::string_view;

@@ -13,16 +13,16 @@
 
 // The tables are data; the models look up in their own way.
 namespace asin32 {
-#include "kernels/trig/asin_32f_table.h"
+#include "kernels/trig/generated/asin_32f_table.h"
 }
 namespace atan32 {
-#include "kernels/trig/atan_32f_table.h"
+#include "kernels/trig/generated/atan_32f_table.h"
 }
 namespace asin64 {
-#include "kernels/trig/asin_64f_table.h"
+#include "kernels/trig/generated/asin_64f_table.h"
 }
 namespace atan64 {
-#include "kernels/trig/atan_64f_table.h"
+#include "kernels/trig/generated/atan_64f_table.h"
 }
 
 // ---- Numbers

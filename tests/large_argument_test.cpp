@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "bench/accuracy/arguments.h"
+#include "accuracy/arguments.h"
 #include "luxvmk3.h"
 #include "tests/mpfr_number.h"
 

@@ -11,10 +11,10 @@
 #include "tests/mpfr_number.h"
 
 namespace singles {
-#include "kernels/explog/pow_32f_table.h"
+#include "kernels/explog/generated/pow_32f_table.h"
 }
 namespace doubles {
-#include "kernels/explog/pow_64f_table.h"
+#include "kernels/explog/generated/pow_64f_table.h"
 }
 
 template <class To, class From>

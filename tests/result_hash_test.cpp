@@ -8,7 +8,7 @@
 #include <set>
 #include <vector>
 
-#include "bench/result_hash.h"
+#include "conformance/result_hash.h"
 #include "tests/support.h"
 
 static Function listed(std::string_view name) {

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-#include "kernels/explog/root_64f_table.h"
+#include "kernels/roots/generated/root_64f_table.h"
 #include "tests/catalog.h"
 #include "tests/mpfr_number.h"
 

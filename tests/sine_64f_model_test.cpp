@@ -2,7 +2,7 @@
 //
 // Sine and cosine of doubles: bit for bit against a plain model of the method, and how blocks of
 // four, single elements and the handlers of large arguments share an array.
-#include "kernels/trig/sine_64f_table.h"  // static_const_table
+#include "kernels/trig/generated/sine_64f_table.h"  // static_const_table
 
 #include <gtest/gtest.h>
 

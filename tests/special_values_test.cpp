@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// The rows of bench/special_values.def, and what no row can say.
+// The rows of conformance/special_values.def, and what no row can say.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
-#include "bench/special_values.h"
+#include "conformance/special_values.h"
 #include "tests/catalog.h"
 #include "tests/support.h"
 
@@ -18,7 +18,7 @@ INSTANTIATE_TEST_SUITE_P(All, SpecialValues, testing::ValuesIn(kFunctions),
 TEST_P(SpecialValues, StandAtEveryPlace) {
   const bench::SpecialOutcome outcome = bench::check_special_values(GetParam());
   for (const std::string& failure : outcome.failures) ADD_FAILURE() << failure;
-  EXPECT_GT(outcome.rows, 0) << "bench/special_values.def has no rows for it";
+  EXPECT_GT(outcome.rows, 0) << "conformance/special_values.def has no rows for it";
 }
 
 // Kernels with a fault each, which the rows must show.

@@ -19,8 +19,8 @@
 
 #include <xmmintrin.h>
 
-#include "kernels/arith/frame.h"
-#include "kernels/arith/hypot_table.h"  // _noxdSqrtHATab
+#include "kernels/frame.h"
+#include "kernels/arith/generated/hypot_table.h"  // _noxdSqrtHATab
 
 // So many that every step has another element's work to do while it waits for the one before it.
 constexpr int32_t kBlock = 8;

@@ -7,8 +7,8 @@
 // denormals-are-zero it takes subnormals for zeros, and the report goes by the bits.
 #include <xmmintrin.h>
 
-#include "kernels/arith/frame.h"
-#include "kernels/arith/lanes.h"
+#include "kernels/frame.h"
+#include "kernels/lanes.h"
 
 static inline __m128 zero_lanes(__m128 x) { return _mm_cmpeq_ps(x, _mm_setzero_ps()); }
 

@@ -9,7 +9,7 @@
 // products from left to right. As long as P lies in the range of singles no intermediate leaves the
 // extended range or loses precision; other blocks get one division an element. At most 0.502 ulp
 // on the fast path; worst found 0.5008 (sampled against 200 bits).
-#include "kernels/arith/frame.h"
+#include "kernels/frame.h"
 
 // P as a single would be 0 at and below the first bound and infinite from the second on. Rounding
 // it to a single would tell the same but raise overflow or underflow for ordinary arguments.

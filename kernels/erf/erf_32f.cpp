@@ -17,7 +17,7 @@
 // Worst errors (every positive input to 4.5): A24 0.5008 ulp, at 0x3DDFCC2C; A21
 // 2^-22.47 of the result, at 0x3EF776D2; A11 2^-13.58, at 0x3C7FFFE1.
 #include "kernels/erf/rows_32f.h"
-#include "kernels/erf/erf_32f_table.h"  // kCubic, kRow
+#include "kernels/erf/generated/erf_32f_table.h"  // kCubic, kRow
 
 constexpr float kSaturated = 4.0f;
 constexpr uint32_t kNaNs = Format<float>::kInf + 1;

@@ -13,8 +13,8 @@
 // which the last two count, add 2^-63: 0.006 ulp together beside the last rounding.
 //
 // Worst error found 0.5048 ulp, at 0x3FB6E04FBC353CCA (sampled against 200 bits).
-#include "kernels/arith/frame.h"
-#include "kernels/erf/erf_64f_table.h"  // kCell, kSeries
+#include "kernels/frame.h"
+#include "kernels/erf/generated/erf_64f_table.h"  // kCell, kSeries
 
 // Upper words.
 constexpr uint32_t kSeriesEnd = 0x3FB20000;  // 9/128

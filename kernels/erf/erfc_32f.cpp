@@ -18,7 +18,7 @@
 // Worst errors (every input from -4.5 on): A24 0.5017 ulp, at 0x40FA7E81; A21
 // 2^-21.77 of the result, at 0x40E282BB; A11 2^-11.99, at 0x3C7FFF7C.
 #include "kernels/erf/rows_32f.h"
-#include "kernels/erf/erfc_32f_table.h"  // kSeptic, kRow, kPower21, kPower11
+#include "kernels/erf/generated/erfc_32f_table.h"  // kSeptic, kRow, kPower21, kPower11
 
 constexpr uint32_t kUnderflow = 0x4120DDFC;    // 10.0541954: half the smallest subnormal
 constexpr uint32_t kPackedBound = 0x41130000;  // 9.1875: results are normal below

@@ -22,8 +22,8 @@
 //
 // Worst errors found: A53 0.5081 ulp at 0x401CF607F3CFC48A, A50 1.91 ulp (sampled against 200
 // bits).
-#include "kernels/arith/frame.h"
-#include "kernels/erf/erfc_64f_table.h"  // kCell, kPower, kExponential
+#include "kernels/frame.h"
+#include "kernels/erf/generated/erfc_64f_table.h"  // kCell, kPower, kExponential
 
 constexpr uint32_t kPairBound = 0x402DF000;          // upper word of 14.96875
 constexpr uint64_t kUnderflow = 0x403B39DC41E48BFD;  // 27.226017111108366

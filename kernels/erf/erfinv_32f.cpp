@@ -16,9 +16,9 @@
 //
 // Worst errors (every positive input): A24 0.50002 ulp, at 0x3EEC143B; A21
 // 2^-21.42 of the result, at 0xBF02382D; A11 2^-12.61, at 0x3C800014.
-#include "kernels/arith/frame.h"
-#include "kernels/arith/lanes.h"
-#include "kernels/erf/erfinv_32f_table.h"  // kQuintic, kCubic, kLinear
+#include "kernels/frame.h"
+#include "kernels/lanes.h"
+#include "kernels/erf/generated/erfinv_32f_table.h"  // kQuintic, kCubic, kLinear
 
 constexpr uint32_t kOne = Format<float>::kOne;
 constexpr uint32_t kDefaultNaN = 0xFFC00000;

@@ -15,8 +15,8 @@
 // products and sums round at 64 bits: together about 0.002 ulp beside the last rounding.
 //
 // Worst error found 0.5005 ulp, at 0x3FA2E497EE466800 (sampled against 200 bits).
-#include "kernels/arith/frame.h"
-#include "kernels/erf/erfinv_64f_table.h"  // kCell
+#include "kernels/frame.h"
+#include "kernels/erf/generated/erfinv_64f_table.h"  // kCell
 
 constexpr uint32_t kOneUpper = 0x3FF00000;
 constexpr uint64_t kDefaultNaN = 0xFFF8000000000000;

@@ -5,8 +5,8 @@
 #ifndef LUX_KERNELS_ERF_ROWS_32F_H
 #define LUX_KERNELS_ERF_ROWS_32F_H
 
-#include "kernels/arith/frame.h"
-#include "kernels/arith/lanes.h"
+#include "kernels/frame.h"
+#include "kernels/lanes.h"
 
 // a = k/32 + r, k in the low bits of `shifted`.
 struct Reduced {

@@ -12,8 +12,8 @@
 //   beyond               +infinity; a subnormal down to -103.97208; +0
 //
 // Worst error 0.6108 ulp, at 0xBB31DA1D (every input from 2^-27 on in magnitude).
-#include "kernels/arith/frame.h"
-#include "kernels/explog/exp_32f_table.h"  // static_const_table
+#include "kernels/frame.h"
+#include "kernels/explog/generated/exp_32f_table.h"  // static_const_table
 
 constexpr uint32_t kPackedBound = 0x42AE0000;  // 87.0: results are normal below
 constexpr uint32_t kOverflow = 0x42B17218;     // 88.72283935546875

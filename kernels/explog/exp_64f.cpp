@@ -13,8 +13,8 @@
 //                             -745.1332191019412 down
 //
 // Worst error found 0.7576 ulp, at 0x4086232AFFFFFFFD (sampled against 200 bits).
-#include "kernels/arith/frame.h"
-#include "kernels/explog/exp_64f_table.h"  // static_const_table
+#include "kernels/frame.h"
+#include "kernels/explog/generated/exp_64f_table.h"  // static_const_table
 
 constexpr uint32_t kFastBound = 0x4086232B;           // high word of 708.39599609375
 constexpr uint64_t kSubnormal = 0x4086232BDD7ABCD3u;  // 708.3964185322642

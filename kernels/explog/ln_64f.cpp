@@ -2,7 +2,7 @@
 //
 // ln x of double-precision arrays; the method is in kernels/explog/log_64f.h.
 // Worst error found 0.6738 ulp, at 0x3FEFDFFF1B8354B8 (sampled against 200 bits).
-#include "kernels/explog/ln_64f_table.h"  // static_const_table
+#include "kernels/explog/generated/ln_64f_table.h"  // static_const_table
 
 static void _noxdLn_HA_scalar(const Arrays<double>& arrays, int32_t i, Status* status) {
   log_scalar(static_const_table, arrays, i, status);

@@ -2,7 +2,7 @@
 //
 // log10 x of double-precision arrays; the method is in kernels/explog/log_64f.h.
 // Worst error found 0.9338 ulp, at 0x3FEFDFFF62B465F5 (sampled against 200 bits).
-#include "kernels/explog/log10_64f_table.h"  // static_const_table
+#include "kernels/explog/generated/log10_64f_table.h"  // static_const_table
 
 static void _noxdLog10_HA_scalar(const Arrays<double>& arrays, int32_t i, Status* status) {
   log_scalar(static_const_table, arrays, i, status);

@@ -11,7 +11,7 @@
 #ifndef LUX_KERNELS_EXPLOG_LOG_32F_H
 #define LUX_KERNELS_EXPLOG_LOG_32F_H
 
-#include "kernels/arith/frame.h"
+#include "kernels/frame.h"
 
 struct LogTable {
   struct {

@@ -36,8 +36,8 @@
 #ifndef LUX_KERNELS_EXPLOG_POW_32F_H
 #define LUX_KERNELS_EXPLOG_POW_32F_H
 
-#include "kernels/arith/lanes.h"
-#include "kernels/explog/pow_32f_table.h"  // static_const_table
+#include "kernels/lanes.h"
+#include "kernels/explog/generated/pow_32f_table.h"  // static_const_table
 #include "kernels/explog/pow_extended.h"
 #include "kernels/explog/pow_special.h"
 

@@ -20,8 +20,8 @@
 #ifndef LUX_KERNELS_EXPLOG_POW_EXTENDED_H
 #define LUX_KERNELS_EXPLOG_POW_EXTENDED_H
 
-#include "kernels/arith/frame.h"
-#include "kernels/explog/pow_64f_table.h"  // extended_table
+#include "kernels/frame.h"
+#include "kernels/explog/generated/pow_64f_table.h"  // extended_table
 
 using ExtendedTable = decltype(extended_table);
 

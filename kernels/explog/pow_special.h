@@ -4,7 +4,7 @@
 #ifndef LUX_KERNELS_EXPLOG_POW_SPECIAL_H
 #define LUX_KERNELS_EXPLOG_POW_SPECIAL_H
 
-#include "kernels/arith/frame.h"
+#include "kernels/frame.h"
 
 // Where the exponent of element i stands: in an array, or once for all.
 template <class E>

@@ -5,7 +5,7 @@
 #ifndef LUX_KERNELS_HYPER_CELLS_64F_H
 #define LUX_KERNELS_HYPER_CELLS_64F_H
 
-#include "kernels/arith/frame.h"
+#include "kernels/frame.h"
 
 // All four magnitudes below the double with this upper word.
 static inline bool all_below(const double* x, uint32_t bound) {

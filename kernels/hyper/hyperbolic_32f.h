@@ -20,9 +20,9 @@
 #ifndef LUX_KERNELS_HYPER_HYPERBOLIC_32F_H
 #define LUX_KERNELS_HYPER_HYPERBOLIC_32F_H
 
-#include "kernels/arith/frame.h"
-#include "kernels/arith/lanes.h"
-#include "kernels/hyper/hyperbolic_32f_table.h"  // kSingleCell, kSingleHalves, kC2, kS3OverC2
+#include "kernels/frame.h"
+#include "kernels/lanes.h"
+#include "kernels/hyper/generated/hyperbolic_32f_table.h"  // kSingleCell, kSingleHalves, kC2, kS3OverC2
 
 constexpr uint32_t kOverflow = 0x42B2D4FD;  // 89.41599: both functions round to infinity
 constexpr float kShifter = 0x1.8p+18f;      // its ulp is 1/32

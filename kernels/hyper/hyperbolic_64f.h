@@ -24,7 +24,7 @@
 #define LUX_KERNELS_HYPER_HYPERBOLIC_64F_H
 
 #include "kernels/hyper/cells_64f.h"
-#include "kernels/hyper/hyperbolic_64f_table.h"  // kDoubleCell, series, ln 2
+#include "kernels/hyper/generated/hyperbolic_64f_table.h"  // kDoubleCell, series, ln 2
 
 constexpr uint64_t kOverflow = 0x408633CE8FB9F87E;  // 710.47586: both functions round to infinity
 // Upper words.

@@ -22,9 +22,9 @@
 #ifndef LUX_KERNELS_HYPER_LOG1P_32F_H
 #define LUX_KERNELS_HYPER_LOG1P_32F_H
 
-#include "kernels/arith/frame.h"
-#include "kernels/arith/lanes.h"
-#include "kernels/hyper/log1p_32f_table.h"  // kCubic, kExponent, kLn2, kLong, kShort
+#include "kernels/frame.h"
+#include "kernels/lanes.h"
+#include "kernels/hyper/generated/log1p_32f_table.h"  // kCubic, kExponent, kLn2, kLong, kShort
 
 constexpr uint32_t kSign = Format<float>::kSign;
 constexpr uint32_t kSmallestNormal = 0x00800000;  // 2^-126

@@ -16,8 +16,8 @@
 #ifndef LUX_KERNELS_HYPER_LOG1P_64F_H
 #define LUX_KERNELS_HYPER_LOG1P_64F_H
 
-#include "kernels/arith/frame.h"
-#include "kernels/hyper/log1p_64f_table.h"  // kCell, kExponent, kP, kLn2
+#include "kernels/frame.h"
+#include "kernels/hyper/generated/log1p_64f_table.h"  // kCell, kExponent, kP, kLn2
 
 constexpr int32_t kBlock = 8;
 constexpr uint32_t kSmallestNormal = 0x00100000;  // of 2^-1022

@@ -14,8 +14,8 @@
 // take its place in a block.
 //
 // Worst error 0.7612 ulp, at 0x3AFDB0D6 (all inputs).
-#include "kernels/arith/frame.h"
-#include "kernels/hyper/tanh_32f_table.h"  // static_const_table
+#include "kernels/frame.h"
+#include "kernels/hyper/generated/tanh_32f_table.h"  // static_const_table
 
 constexpr uint32_t kTiny = 0x00800000;     // 2^-126
 constexpr uint32_t kSeries = 0x3A83126F;   // 0.001

@@ -10,7 +10,7 @@
 //
 // Worst error found 0.5033 ulp, at 0x4012E63B52A5C389 (sampled against exact values).
 #include "kernels/hyper/cells_64f.h"
-#include "kernels/hyper/tanh_64f_table.h"  // kCell, kSeries
+#include "kernels/hyper/generated/tanh_64f_table.h"  // kCell, kSeries
 
 constexpr uint32_t kOneFrom = 0x40330FC1;  // upper word of 19.061546; the table gives 1 just below
 

@@ -12,7 +12,7 @@
 #ifndef LUX_KERNELS_TRIG_ARCSINE_32F_H
 #define LUX_KERNELS_TRIG_ARCSINE_32F_H
 
-#include "kernels/trig/asin_32f_table.h"  // kQuadratic, kAsin21, kAsin11
+#include "kernels/trig/generated/asin_32f_table.h"  // kQuadratic, kAsin21, kAsin11
 #include "kernels/trig/inverse_32f.h"
 
 constexpr uint32_t kBeyondOne = Format<float>::kOne + 1;

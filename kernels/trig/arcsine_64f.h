@@ -16,7 +16,7 @@
 #ifndef LUX_KERNELS_TRIG_ARCSINE_64F_H
 #define LUX_KERNELS_TRIG_ARCSINE_64F_H
 
-#include "kernels/trig/asin_64f_table.h"  // kRotation, kComplement, kSeries
+#include "kernels/trig/generated/asin_64f_table.h"  // kRotation, kComplement, kSeries
 #include "kernels/trig/odd_series.h"
 
 constexpr uint32_t kOneUpper = 0x3FF00000;

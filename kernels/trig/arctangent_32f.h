@@ -9,7 +9,7 @@
 #ifndef LUX_KERNELS_TRIG_ARCTANGENT_32F_H
 #define LUX_KERNELS_TRIG_ARCTANGENT_32F_H
 
-#include "kernels/trig/atan_32f_table.h"  // kQuadratic, kAtan21, kAtan11
+#include "kernels/trig/generated/atan_32f_table.h"  // kQuadratic, kAtan21, kAtan11
 #include "kernels/trig/inverse_32f.h"
 
 struct Ratio {

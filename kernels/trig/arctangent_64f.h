@@ -13,7 +13,7 @@
 #ifndef LUX_KERNELS_TRIG_ARCTANGENT_64F_H
 #define LUX_KERNELS_TRIG_ARCTANGENT_64F_H
 
-#include "kernels/trig/atan_64f_table.h"  // kCell, kSeries
+#include "kernels/trig/generated/atan_64f_table.h"  // kCell, kSeries
 #include "kernels/trig/odd_series.h"
 
 constexpr int32_t kLastCell = sizeof kCell / sizeof kCell[0] - 1;

@@ -6,7 +6,7 @@
 #ifndef LUX_KERNELS_TRIG_BLOCKS_64F_H
 #define LUX_KERNELS_TRIG_BLOCKS_64F_H
 
-#include "kernels/arith/frame.h"
+#include "kernels/frame.h"
 #include "kernels/trig/large_argument.h"
 
 constexpr uint32_t kBound =

@@ -13,8 +13,8 @@
 #ifndef LUX_KERNELS_TRIG_INVERSE_32F_H
 #define LUX_KERNELS_TRIG_INVERSE_32F_H
 
-#include "kernels/arith/frame.h"
-#include "kernels/arith/lanes.h"
+#include "kernels/frame.h"
+#include "kernels/lanes.h"
 
 constexpr double kPi = 0x1.921fb54442d18p+1;  // 3.141592653589793
 constexpr double kHalfPi = kPi / 2;

@@ -5,7 +5,7 @@
 #ifndef LUX_KERNELS_TRIG_ODD_SERIES_H
 #define LUX_KERNELS_TRIG_ODD_SERIES_H
 
-#include "kernels/arith/frame.h"
+#include "kernels/frame.h"
 
 constexpr uint32_t kInfUpper = 0x7FF00000;
 

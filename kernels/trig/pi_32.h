@@ -5,7 +5,7 @@
 #define LUX_KERNELS_TRIG_PI_32_H
 
 #include "core/bits.h"
-#include "kernels/trig/pi_32_table.h"
+#include "kernels/trig/generated/pi_32_table.h"
 
 // x = j pi/32 + z, |z| <= pi/64 and a little. For |x| < 2^17: then j has 21 bits, and the first two
 // products and all differences of comparable numbers are exact. z has a relative error of 2^-63,

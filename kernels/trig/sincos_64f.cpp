@@ -12,7 +12,7 @@
 // Worst error found: A53 0.5007 ulp at 0xC012CCB703B86DF4, A50 3.051 ulp at 0x3FF95B9EF68F07F8
 // (sampled against 160 bits).
 #include "kernels/trig/blocks_64f.h"
-#include "kernels/trig/sincos_64f_table.h"  // static_const_table
+#include "kernels/trig/generated/sincos_64f_table.h"  // static_const_table
 
 // From r on top of the stack; word becomes the offset of the table's entry.
 #define SQUARE(n)          \

@@ -17,7 +17,7 @@
 #define LUX_KERNELS_TRIG_SINE_64F_H
 
 #include "kernels/trig/blocks_64f.h"
-#include "kernels/trig/sine_64f_table.h"  // static_const_table
+#include "kernels/trig/generated/sine_64f_table.h"  // static_const_table
 
 // Leaves r on the stack, and the row with the sign of r in memory.
 #define SINE_REDUCE(x, n, row, after) \

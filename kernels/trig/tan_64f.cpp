@@ -10,7 +10,7 @@
 //
 // Worst error found: A53 0.5012 ulp, at 0xF8CBAD43AAB9C95B, A50 1.6506 ulp, at 0x40E47F692A295818
 // (sampled against high precision).
-#include "kernels/arith/frame.h"
+#include "kernels/frame.h"
 #include "kernels/trig/large_argument.h"
 #include "kernels/trig/pi_32.h"
 

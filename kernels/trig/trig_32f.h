@@ -13,8 +13,8 @@
 
 #include <xmmintrin.h>
 
-#include "kernels/arith/frame.h"
-#include "kernels/arith/lanes.h"
+#include "kernels/frame.h"
+#include "kernels/lanes.h"
 #include "kernels/trig/large_argument.h"
 
 // The high part ends with 18 zero bits, so that n high is exact.

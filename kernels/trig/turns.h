@@ -5,7 +5,7 @@
 #define LUX_KERNELS_TRIG_TURNS_H
 
 #include "core/bits.h"
-#include "kernels/trig/inverse_two_pi_table.h"
+#include "kernels/trig/generated/inverse_two_pi_table.h"
 
 static inline uint64_t product(uint32_t a, uint32_t b) { return uint64_t(a) * b; }
 static inline uint32_t high(uint64_t a) { return uint32_t(a >> 32); }

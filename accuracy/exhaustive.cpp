@@ -1,0 +1,364 @@
+// SPDX-License-Identifier: MIT
+#include "accuracy/exhaustive.h"
+
+#include <fmt/format.h>
+#include <math.h>
+
+#include <algorithm>
+#include <bit>
+#include <chrono>
+#include <cstring>
+#include <exception>
+#include <mutex>
+#include <stdexcept>
+#include <thread>
+
+namespace bench {
+namespace {
+
+constexpr uint32_t kBlock = 4096, kSlice = uint32_t((uint64_t(1) << 32) / Exhaustion::kSlices);
+constexpr long double kMargin = 0x1p-24L;  // units in the last place
+
+using Wide = long double;
+using Quick = void (*)(Wide x, Wide* exact);
+
+template <Wide (*function)(Wide)>
+void quick(Wide x, Wide* exact) {
+  exact[0] = function(x);
+}
+
+struct Row {
+  std::string_view family;
+  Quick quick;
+};
+constexpr Row kRows[] = {
+    {"Inv", [](Wide x, Wide* r) { r[0] = 1 / x; }},
+    {"Sqrt", quick<sqrtl>},
+    {"InvSqrt", [](Wide x, Wide* r) { r[0] = 1 / sqrtl(x); }},
+    {"Cbrt", quick<cbrtl>},
+    {"InvCbrt", [](Wide x, Wide* r) { r[0] = 1 / cbrtl(x); }},
+    {"Exp", quick<expl>},
+    {"Ln", quick<logl>},
+    {"Log10", quick<log10l>},
+    {"Cos", quick<cosl>},
+    {"Sin", quick<sinl>},
+    {"SinCos", [](Wide x, Wide* r) { sincosl(x, r, r + 1); }},
+    {"Tan", quick<tanl>},
+    {"Acos", quick<acosl>},
+    {"Asin", quick<asinl>},
+    {"Atan", quick<atanl>},
+    {"Cosh", quick<coshl>},
+    {"Sinh", quick<sinhl>},
+    {"Tanh", quick<tanhl>},
+    {"Acosh", quick<acoshl>},
+    {"Asinh", quick<asinhl>},
+    {"Atanh", quick<atanhl>},
+    {"Erf", quick<erfl>},
+    {"Erfc", quick<erfcl>},
+    {"ErfInv", quick<quick_erf_inv>},
+    {"Floor", quick<floorl>},
+    {"Ceil", quick<ceill>},
+    {"Trunc", quick<truncl>},
+    {"Round", quick<roundl>},
+    {"NearbyInt", quick<nearbyintl>},
+    {"Rint", quick<rintl>},
+    {"Modf", [](Wide x, Wide* r) { r[1] = modfl(x, r); }},
+};
+
+Quick find_quick(const Function& function) {
+  for (const Row& row : kRows)
+    if (row.family == function.family) return row.quick;
+  return nullptr;
+}
+
+// By exponent field of a single: the binade's least number, and how many units in the last place
+// make 1.
+struct Scale {
+  double binade[256], units[256];
+  Scale() {
+    for (int field = 0; field < 256; ++field) {
+      const int exponent = std::max(field, 1) - 127;
+      binade[field] = ldexp(1, exponent);
+      units[field] = ldexp(1, 23 - exponent);
+    }
+  }
+};
+
+// The class of the histogram. Nearly all errors are below 1 and spread evenly, so that branches
+// would be guessed wrong: integers are compared instead, in steps of 2^-24, which the quick values
+// allow.
+class Classes {
+ public:
+  Classes() {
+    for (int i = 0; i < kBelowOne; ++i) edges_[i] = int32_t(kHistogram[i] * 0x1p24);
+  }
+  int of(Wide ulp) const {
+    if (ulp <= 1) {
+      const int32_t steps = int32_t(lrintl(ulp * 0x1p24L));
+      int c = 0;
+      for (const int32_t edge : edges_) c += steps > edge;
+      return c;
+    }
+    int c = kBelowOne;
+    while (c < kClasses - 1 && ulp > kHistogram[c]) ++c;
+    return c;
+  }
+
+ private:
+  static constexpr int kBelowOne =
+      int(std::find(std::begin(kHistogram), std::end(kHistogram), 1) - std::begin(kHistogram)) + 1;
+  int32_t edges_[kBelowOne];
+};
+
+// The tenth worst error of a grade as far as any thread knows it: only what reaches it needs MPFR.
+class Floor {
+ public:
+  double raise(double to) {
+    double known = value_.load(std::memory_order_relaxed);
+    while (known < to && !value_.compare_exchange_weak(known, to, std::memory_order_relaxed)) {
+    }
+    return std::max(known, to);
+  }
+
+ private:
+  std::atomic<double> value_{0};
+};
+
+// A long double as it stands in memory.
+struct Parts {
+  uint64_t significand;
+  int exponent;  // 16384 for infinities and NaNs
+  bool negative;
+  bool is_zero() const { return significand == 0; }
+  bool is_nan() const { return exponent == 16384 && significand << 1; }
+};
+Parts parts_of(const Wide& x) {
+  Parts parts;
+  uint16_t top;
+  memcpy(&parts.significand, &x, 8);
+  memcpy(&top, reinterpret_cast<const char*>(&x) + 8, 2);
+  parts.exponent = (top & 0x7FFF) - 16383;
+  parts.negative = top >> 15;
+  return parts;
+}
+
+class Exhauster {
+ public:
+  Exhauster(const std::vector<const Function*>& grades, std::vector<Floor>& floors)
+      : grades_(grades), floors_(floors), quick_(find_quick(*grades[0])), oracle_(*grades[0]) {
+    results_ = grades[0]->shape.destinations;
+    outputs_.resize(grades.size());
+    for (auto& both : outputs_)
+      for (auto& output : both) output.resize(kBlock);
+  }
+
+  // Adds to `own`, which starts with the ten worst of what is known already.
+  void measure(uint32_t slice, std::vector<Statistics>& own) {
+    for (uint32_t block = 0; block < kSlice / kBlock; ++block) {
+      const uint32_t first = slice * kSlice + block * kBlock;
+      compute(first);
+      for (size_t g = 0; g < grades_.size(); ++g)
+        for (int k = 0; k < results_; ++k) compare(g, k, first, own[g]);
+    }
+  }
+
+ private:
+  void compute(uint32_t first) {
+    for (uint32_t i = 0; i < kBlock; ++i) input_[i] = first + i;
+    for (size_t g = 0; g < grades_.size(); ++g)
+      grades_[g]->call({{input_, nullptr}, {outputs_[g][0].data(), outputs_[g][1].data()}, nullptr},
+                       kBlock);
+    for (uint32_t i = 0; i < kBlock; ++i) {
+      Wide exact[2] = {0, 0};
+      quick_(std::bit_cast<float>(input_[i]), exact);
+      exact_[0][i] = exact[0];
+      exact_[1][i] = exact[1];
+    }
+    check(first);
+  }
+
+  // That the quick values are as good as they are taken to be.
+  void check(uint32_t first) {
+    // A different place of every block: neighbours have much in common.
+    const uint32_t i = (first / kBlock * 2654435761u) >> 20;
+    if (is_nan(input_[i], 4)) return;
+    oracle_.evaluate({input_[i]});
+    for (int k = 0; k < results_; ++k) {
+      const mpfr_srcptr exact = oracle_.exact(k);
+      if (!mpfr_regular_p(exact) || mpfr_get_exp(exact) > 128) continue;
+      Real distance(96);
+      mpfr_set_ld(distance, exact_[k][i], MPFR_RNDN);
+      mpfr_sub(distance, distance, exact, MPFR_RNDA);
+      mpfr_mul_2si(distance, distance, 24 - std::max<mpfr_exp_t>(mpfr_get_exp(exact), -125),
+                   MPFR_RNDA);
+      if (!(fabsl(mpfr_get_ld(distance, MPFR_RNDA)) <= kMargin))
+        throw std::runtime_error(
+            fmt::format("the C library's long double value for {} of 0x{:08X} is off by more than "
+                        "is allowed for",
+                        grades_[0]->family, input_[i]));
+    }
+  }
+
+  void compare(size_t g, int k, uint32_t first, Statistics& statistics) {
+    const std::vector<uint32_t>& got = outputs_[g][size_t(k)];
+    Statistics::Range part;
+    Wide sum = 0, largest = 0;
+    uint64_t* const classes = statistics.classes;
+    double relative_step = statistics.max_relative * 0x1p23;
+    double floor = floors_[g].raise(statistics.threshold());
+    for (uint32_t i = 0; i < kBlock; ++i) {
+      const Parts parts = parts_of(exact_[k][i]);
+      const uint32_t field = got[i] >> 23 & 0xFF;
+      Wide ulp = 0;
+      bool settled = true;
+      // No arithmetic on what is infinite or no number: it takes the x87 unit a hundred cycles.
+      if (field == 255 || parts.exponent > 127 || parts.is_zero()) {
+        if (is_nan(input_[i], 4) && is_nan(got[i], 4)) continue;
+        settled = same_limit(got[i], parts);
+      } else {
+        const Wide exact = exact_[k][i];
+        const Wide off = fabsl(Wide(std::bit_cast<float>(got[i])) - exact);
+        ulp = off * scale_.units[field];
+        // The unit is that of the exact value's binade.
+        if (fabsl(exact) < scale_.binade[field])
+          ulp *= field > 1 ? 2 : 1;
+        else if (field < 254 && fabsl(exact) >= 2 * scale_.binade[field])
+          ulp /= 2;
+        if (parts.exponent < -126)
+          statistics.max_subnormal = std::max(statistics.max_subnormal, double(ulp));
+        settled = ulp == 0 || ulp + 2 * kMargin < floor;
+        if (settled && ulp > relative_step) {  // a unit is at most 2^-23 of the value
+          const Wide relative = off / fmaxl(fabsl(exact), 0x1p-126L);
+          statistics.max_relative = std::max(statistics.max_relative, double(relative));
+          relative_step = statistics.max_relative * 0x1p23;
+        }
+      }
+      if (!settled) {
+        ulp = measure_exactly(Case{{input_[i]}, got[i], k, 0}, statistics);
+        if (ulp < 0) continue;
+        floor = floors_[g].raise(statistics.threshold());
+      }
+      ++part.count;
+      sum += ulp;
+      ++classes[classes_.of(ulp)];
+      if (ulp > largest) {
+        largest = ulp;
+        part.worst = {input_[i]};
+      }
+    }
+    statistics.count += part.count;
+    statistics.sum += double(sum);
+    Statistics::Range& range = statistics.ranges[range_of(first, 4)];
+    range.count += part.count;
+    range.sum += double(sum);
+    if (double(largest) > range.max) range.max = double(largest), range.worst = part.worst;
+    if (part.count > 0) {
+      float& bin = statistics.envelope[size_t(envelope_bin(first, 4))];
+      bin = std::max(bin, float(largest));
+    }
+  }
+
+  // Both NaN, both zero, or both infinite by the same sign: no distance.
+  static bool same_limit(uint32_t got, const Parts& exact) {
+    if (exact.is_nan()) return is_nan(got, 4);
+    if (exact.negative != bool(got >> 31)) return false;
+    return exact.is_zero() ? got << 1 == 0 : is_infinite(got, 4) && exact.exponent > 127;
+  }
+
+  // The error with MPFR, or below 0 when there is none to count.
+  double measure_exactly(Case found, Statistics& statistics) {
+    const uint64_t argument = found.argument[0];
+    if (is_nan(argument, 4)) {
+      if (!is_nan(found.got, 4)) statistics.add_mismatch(found);
+      return -1;
+    }
+    oracle_.evaluate(found.argument);
+    const mpfr_srcptr exact = oracle_.exact(found.result);
+    const Error error = error_of(found.got, 4, exact);
+    if (error.mismatch) {
+      statistics.add_mismatch(found);
+      return -1;
+    }
+    found.ulp = error.ulp;
+    statistics.add_worst(found);
+    statistics.max_relative = std::max(statistics.max_relative, error.relative);
+    if (mpfr_regular_p(exact) && mpfr_get_exp(exact) < -125)
+      statistics.max_subnormal = std::max(statistics.max_subnormal, error.ulp);
+    return error.ulp;
+  }
+
+  const std::vector<const Function*>& grades_;
+  std::vector<Floor>& floors_;
+  Quick quick_;
+  Oracle oracle_;
+  int results_;
+  const Scale scale_;
+  const Classes classes_;
+  uint32_t input_[kBlock];
+  std::vector<std::array<std::vector<uint32_t>, 2>> outputs_;
+  Wide exact_[2][kBlock];
+};
+
+}  // namespace
+
+bool has_exhaustive_run(const Function& function) {
+  return function.type.name == "32f" && function.shape.sources == 1 && !function.shape.scalar &&
+         find_quick(function);
+}
+
+void exhaust(const std::vector<const Function*>& grades, Exhaustion& exhaustion, int threads,
+             const Advance& advance, const std::function<void()>& save,
+             const std::atomic<bool>& stop) {
+  using Clock = std::chrono::steady_clock;
+  exhaustion.statistics.resize(grades.size());
+  std::vector<uint32_t> left;
+  for (uint32_t slice = 0; slice < Exhaustion::kSlices; ++slice)
+    // From 1 on, where errors are large and the ten worst soon known, in far-apart slices: what is
+    // left then takes about as long as what was done.
+    if (const uint32_t mixed = (254 + slice * 397) % Exhaustion::kSlices; !exhaustion.done[mixed])
+      left.push_back(mixed);
+  uint64_t finished = Exhaustion::kSlices - left.size();
+  std::atomic<size_t> next{0};
+  std::vector<Floor> floors(grades.size());
+  std::mutex mutex;
+  std::exception_ptr failure;
+  std::atomic<bool> failed{false};
+  auto saved = Clock::now();
+  const auto work = [&] {
+    try {
+      const auto exhauster = std::make_unique<Exhauster>(grades, floors);
+      for (size_t i; !stop && !failed && (i = next++) < left.size();) {
+        std::vector<Statistics> own(grades.size());
+        {
+          const std::lock_guard lock(mutex);
+          for (size_t g = 0; g < grades.size(); ++g) {
+            own[g].worst = exhaustion.statistics[g].worst;
+            own[g].max_relative = exhaustion.statistics[g].max_relative;
+          }
+        }
+        exhauster->measure(left[i], own);
+        const std::lock_guard lock(mutex);
+        for (size_t g = 0; g < grades.size(); ++g) exhaustion.statistics[g].merge(own[g]);
+        exhaustion.done[left[i]] = true;
+        if (advance) advance(++finished, Exhaustion::kSlices);
+        if (save && Clock::now() - saved > std::chrono::seconds(5)) {
+          save();
+          saved = Clock::now();
+        }
+      }
+    } catch (...) {
+      const std::lock_guard lock(mutex);
+      failure = std::current_exception();
+      failed = true;
+    }
+    mpfr_free_cache();
+  };
+  std::vector<std::thread> workers;
+  for (int i = 1; i < threads; ++i) workers.emplace_back(work);
+  work();
+  for (std::thread& worker : workers) worker.join();
+  if (save) save();
+  if (failure) std::rethrow_exception(failure);
+}
+
+}  // namespace bench

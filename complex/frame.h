@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+//
+// What every complex kernel shares: argument checks, the control word, the loop, and the passage of
+// single-precision elements through the double-precision routines.
+//
+// A kernel file names one routine and is done: the routine of an element takes one complex number,
+// or base and exponent, and gives one. Nothing is reported; the status of valid arguments is 0.
+#ifndef LUX_COMPLEX_FRAME_H
+#define LUX_COMPLEX_FRAME_H
+
+#include "kernels/frame.h"
+
+template <class E, class Element>
+static inline Status run_complex(const E* src1, const E* src2, E* dst, int32_t len,
+                                 Element element) {
+  if (len < 1) return LUX_BAD_LENGTH;
+  if (!src1 || !src2 || !dst) return LUX_NULL_POINTER;
+  const X87Nearest<X87_EXTENDED> control;
+  for (int32_t i = 0; i < len; ++i) dst[i] = element(i);
+  control.leave();
+  return LUX_OK;
+}
+
+template <class E, class Routine>
+static inline Status run_complex_1_1(const E* src, E* dst, int32_t len, Routine routine) {
+  return run_complex(src, src, dst, len, [=](int32_t i) { return routine(src[i]); });
+}
+
+template <class E, class Routine>
+static inline Status run_complex_2_1(const E* src1, const E* src2, E* dst, int32_t len,
+                                     Routine routine) {
+  return run_complex(src1, src2, dst, len, [=](int32_t i) { return routine(src1[i], src2[i]); });
+}
+
+template <class E, class Routine>
+static inline Status run_complex_2_1_1(const E* src, const E& scalar, E* dst, int32_t len,
+                                       Routine routine) {
+  return run_complex(src, src, dst, len,
+                     [=, &scalar](int32_t i) { return routine(src[i], scalar); });
+}
+
+// Kept in memory as it was stored: put together again from halves, it would stall its load.
+static inline Lux64fc widened(Lux32fc z) {
+  Lux64fc wide = {z.re, z.im};
+  asm("" : "+m"(wide));
+  return wide;
+}
+
+static inline bool is_subnormal(float x) {
+  return magnitude<float>(load_bits(&x)) - 1 < 0x007FFFFF;
+}
+
+// Rounds a result to singles. A subnormal part raises the underflow flag of the x87 unit, which is
+// all that tells of it; the stored product raises it whether the part was exact or not.
+static inline Lux32fc narrowed(Lux64fc z) {
+  const Lux32fc result = {store_f32(float(z.re)), store_f32(float(z.im))};
+  if (__builtin_expect(is_subnormal(result.re) || is_subnormal(result.im), false)) {
+    float smallest_normal = 0x1p-126f;
+    asm("" : "+m"(smallest_normal));  // keeps the product from being folded
+    store_f32(smallest_normal * smallest_normal);
+  }
+  return result;
+}
+
+// The converters of one function, under the name that it goes by: c<name>f.
+#define LUX_CONVERTER(name, routine) \
+  static inline Lux32fc _nox_c##name##f_scalar(Lux32fc z) { return narrowed(routine(widened(z))); }
+#define LUX_CONVERTER_2(name, routine)                                 \
+  static inline Lux32fc _nox_c##name##f_scalar(Lux32fc z, Lux32fc w) { \
+    return narrowed(routine(widened(z), widened(w)));                  \
+  }
+
+// An element goes to its routine by reference: a copy made in halves stalls the load that follows.
+#define LUX_COMPLEX_ROUTINE(routine) [](const auto&... z) { return routine(z...); }
+
+#define LUX_KERNELS_32FC(family, shape, routine)                                     \
+  LUX_KERNEL(family, 32fc, A24, shape) {                                             \
+    return run_complex_##shape(LUX_ARGS_##shape, len, LUX_COMPLEX_ROUTINE(routine)); \
+  }                                                                                  \
+  LUX_KERNEL_ALIAS(family, 32fc, A21, shape, A24)                                    \
+  LUX_KERNEL_ALIAS(family, 32fc, A11, shape, A24)
+
+#define LUX_KERNELS_64FC(family, shape, routine)                                     \
+  LUX_KERNEL(family, 64fc, A53, shape) {                                             \
+    return run_complex_##shape(LUX_ARGS_##shape, len, LUX_COMPLEX_ROUTINE(routine)); \
+  }                                                                                  \
+  LUX_KERNEL_ALIAS(family, 64fc, A50, shape, A53)
+
+#endif

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+//
+// The rows of conformance/special_values.def, tried at every place of short arrays.
+#ifndef LUX_CONFORMANCE_SPECIAL_VALUES_H
+#define LUX_CONFORMANCE_SPECIAL_VALUES_H
+
+#include "catalog/catalog.h"
+
+#include <string>
+#include <vector>
+
+namespace bench {
+
+struct SpecialOutcome {
+  int rows = 0;                       // that the table has for the function
+  int cases = 0;                      // calls compared: each row at each place of each length
+  std::vector<std::string> failures;  // one for a row, with the first place where it fails
+};
+
+// Every row stands at every place of arrays of plain values, lengths 1 to 12: in each lane of a
+// block and in the tail. Compared are the result's bits, the status, and that the neighbours come
+// out as if nothing special stood there.
+SpecialOutcome check_special_values(const Function& function);
+
+}  // namespace bench
+
+#endif

@@ -1,7 +1,0 @@
-// SPDX-License-Identifier: MIT
-// The largest integer not above each element.
-#include "kernels/arith/rounding.h"
-
-Status luxsFloor_32f(const float* src, float* dst, int32_t len) {
-  return round_array<Direction::kDown>(src, dst, len);
-}

@@ -1,7 +1,0 @@
-// SPDX-License-Identifier: MIT
-// Integer part and fraction, both with the sign of the element.
-#include "kernels/arith/rounding.h"
-
-Status luxsModf_32f(const float* src, float* dst1, float* dst2, int32_t len) {
-  return split_array(src, dst1, dst2, len);
-}

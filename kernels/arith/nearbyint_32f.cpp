@@ -1,7 +1,0 @@
-// SPDX-License-Identifier: MIT
-// Integers in the caller's rounding direction.
-#include "kernels/arith/rounding.h"
-
-Status luxsNearbyInt_32f(const float* src, float* dst, int32_t len) {
-  return round_as_caller(src, dst, len);
-}

@@ -1,7 +1,0 @@
-// SPDX-License-Identifier: MIT
-// Integers in the caller's rounding direction.
-#include "kernels/arith/rounding.h"
-
-Status luxsNearbyInt_64f(const double* src, double* dst, int32_t len) {
-  return round_as_caller(src, dst, len);
-}

@@ -1,7 +1,0 @@
-// SPDX-License-Identifier: MIT
-// The nearest integer, halves away from zero.
-#include "kernels/arith/rounding.h"
-
-Status luxsRound_32f(const float* src, float* dst, int32_t len) {
-  return round_array<Direction::kNearestAway>(src, dst, len);
-}

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+//
+// What the cube root and the reciprocal cube root of single-precision arrays share: the screening
+// of four elements, and x^d, d = +-1/3, on the x87 unit at 53-bit precision:
+//
+//   |x| = m 2^(E - 127), 1 <= m < 2,  j = the top fraction bits,
+//   +-|x|^d = +-((c2[j] m + c1[j]) m + c0[j]) 2^((E - 127) d), rounded once.
+//
+// The power of two with the sign comes from one table. They differ in their tables, also in how
+// many quadratics these have.
+#ifndef LUX_KERNELS_ROOTS_CBRT_32F_H
+#define LUX_KERNELS_ROOTS_CBRT_32F_H
+
+#include <xmmintrin.h>
+
+#include "kernels/frame.h"
+
+constexpr uint32_t kExponent = 0x7F800000;
+constexpr uint32_t kFraction = 0x007FFFFF;
+constexpr uint32_t kOne = 0x3F800000;
+
+static inline __m128 four(uint32_t pattern) {
+  float value;
+  store_bits(&value, pattern);
+  return _mm_set1_ps(value);
+}
+
+// Compares powers of two, zero and infinity only: that raises no flag and depends on no setting.
+static inline bool all_normal(__m128 x) {
+  const __m128 exponents = _mm_and_ps(x, four(kExponent));
+  const __m128 special = _mm_or_ps(_mm_cmpeq_ps(exponents, _mm_setzero_ps()),
+                                   _mm_cmpeq_ps(exponents, four(kExponent)));
+  return !_mm_movemask_ps(special);
+}
+
+static inline __m128 significands(__m128 x) {
+  return _mm_or_ps(_mm_and_ps(x, four(kFraction)), four(kOne));
+}
+
+template <class Table>
+constexpr uint32_t kQuadratics = sizeof(Table::c0) / sizeof(double);
+
+#define CBRT_ELEMENT(lane)                    \
+  "movl 4*" #lane                             \
+  "(%[src]), %[upper]\n\t"                    \
+  "flds 4*" #lane                             \
+  "+%[m]\n\t"                                 \
+  "movl %[upper], %[j]\n\t"                   \
+  "shrl %[shift], %[j]\n\t"                   \
+  "andl %[index], %[j]\n\t"                   \
+  "fldl %c[c2](%[table],%[j])\n\t"            \
+  "fmul %%st(1), %%st\n\t"                    \
+  "shrl $23, %[upper]\n\t"                    \
+  "faddl %c[c1](%[table],%[j])\n\t"           \
+  "fmulp %%st, %%st(1)\n\t"                   \
+  "faddl %c[c0](%[table],%[j])\n\t"           \
+  "fmull %c[factor](%[table],%[upper],8)\n\t" \
+  "fstps 4*" #lane "(%[dst])\n\t"
+
+template <class Table>
+static inline void cbrt_block(const Table& table, const float* src, __m128 x, float* dst) {
+  constexpr uint32_t kIndex = kQuadratics<Table> - 1;
+  alignas(16) float m[4];
+  uint32_t upper, j;
+  _mm_store_ps(m, significands(x));
+  asm volatile(CBRT_ELEMENT(0) CBRT_ELEMENT(1) CBRT_ELEMENT(2) CBRT_ELEMENT(3)
+               : [upper] "=&r"(upper), [j] "=&r"(j)
+               : [m] "o"(m), [src] "r"(src), [dst] "r"(dst), [table] "r"(&table),
+                 [shift] "i"(20 - __builtin_popcount(kIndex)), [index] "i"(kIndex * 8),
+                 [c2] "i"(offsetof(Table, c2)), [c1] "i"(offsetof(Table, c1)),
+                 [c0] "i"(offsetof(Table, c0)), [factor] "i"(offsetof(Table, scaled_factor))
+               : "cc", LUX_X87_STACK);
+}
+
+// Whole blocks up to the first with a zero, a subnormal, an infinity or a NaN.
+template <class Table>
+static inline int32_t cbrt_blocks(const Table& table, const float* src, float* dst, int32_t i,
+                                  int32_t last) {
+  for (; i < last; i += 4) {
+    const __m128 x = _mm_loadu_ps(src + i);
+    if (!all_normal(x)) break;
+    cbrt_block(table, src + i, x, dst + i);
+  }
+  return i;
+}
+
+// The interval comes from a single's pattern.
+template <class Table>
+static inline double quadratic(const Table& table, uint32_t x, double m) {
+  constexpr uint32_t kIndex = kQuadratics<Table> - 1;
+  const uint32_t j = x >> (23 - __builtin_popcount(kIndex)) & kIndex;
+  return (table.c2[j] * m + table.c1[j]) * m + table.c0[j];
+}
+
+template <class Table>
+static inline float cbrt_normal(const Table& table, uint32_t x) {
+  float m;
+  store_bits(&m, (x & kFraction) | kOne);
+  return store_f32(float(quadratic(table, x, m) * table.scaled_factor[x >> 23]));
+}
+
+#endif

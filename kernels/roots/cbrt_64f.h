@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+//
+// What the cube root and the reciprocal cube root of double-precision arrays share; they differ in
+// their tables. x^d, d = +-1/3, on the x87 unit at 64-bit precision:
+//
+//   |x| = z 2^(E - 1023), 1 <= z < 2, j the upper eight fraction bits of z, f the other 44,
+//   t = f / (1 + j/256) by a tabulated reciprocal, 0 <= t < 2^-8,
+//   |x|^d = (1 + t p(t)) h 2^(q - 341), p of fourth degree,
+//   3 q + r = E for the root and 2047 - E for the reciprocal root, 0 <= r < 3,
+//   h = (1 + j/256)^d 2^(r/3), the reciprocal's by 2^((r - 1)/3), as a double and a single.
+//
+// The double is added last, so that three errors count: that of p, at most 2^-61.9 (proven in the
+// tables), that of t, 2^-62.6 of the result, and one rounding to 64 bits. Together they are below
+// 0.004 ulp, before the rounding to a double. No result leaves the normal numbers: q - 341 is added
+// to the exponent of the stored double.
+//
+//   normal x      pairs; when one of two does not belong here, both go one by one
+//   subnormal x   the same for 2^54 x, times 2^(-54 d)
+#ifndef LUX_KERNELS_ROOTS_CBRT_64F_H
+#define LUX_KERNELS_ROOTS_CBRT_64F_H
+
+#include "kernels/frame.h"
+
+struct CubeRootTable {
+  double p[5];             // the highest power first
+  double reciprocal[256];  // times 2^-52, since it multiplies f as an integer
+  double high[3 * 256];    // h, by r and j
+  float low[3 * 256];
+};
+
+// Upper words.
+constexpr uint32_t kSmallestNormal = 0x00100000;             // 2^-1022
+constexpr uint32_t kNormals = 0x7FF00000 - kSmallestNormal;  // how many there are
+constexpr uint32_t kSign = 0x80000000;
+
+constexpr uint32_t kThird = 21846;  // 2^16/3: the product's bits 15 and 14 tell the remainder
+constexpr uint32_t kBias = 341u << 20;
+alignas(16) static const uint64_t kLowFraction[2] = {0x00000FFFFFFFFFFF, 0x00000FFFFFFFFFFF};
+
+#define CBRT_ELEMENT(lane)                    \
+  "movl 4+8*" #lane                           \
+  "(%[src],%[i],8), %[k]\n\t"                 \
+  "movl %[k], %[j]\n\t"                       \
+  "shrl $20, %[k]\n\t"                        \
+  "shrl $12, %[j]\n\t"                        \
+  "andl $0x7FF, %[k]\n\t"                     \
+  "andl $0xFF, %[j]\n\t"                      \
+  "xorl %[flip], %[k]\n\t"                    \
+  "imull %[third], %[k], %[k]\n\t"            \
+  "fildll 8*" #lane                           \
+  "+%[f]\n\t"                                 \
+  "fmull %c[reciprocal](%[table],%[j],8)\n\t" \
+  "movl %[k], 4*" #lane                       \
+  "+%[thirds]\n\t"                            \
+  "shrl $6, %[k]\n\t"                         \
+  "andl $0x300, %[k]\n\t"                     \
+  "orl %[k], %[j]\n\t"                        \
+  "fldl %c[p](%[table])\n\t"                  \
+  "fmul %%st(1), %%st\n\t"                    \
+  "faddl %c[p]+8(%[table])\n\t"               \
+  "fmul %%st(1), %%st\n\t"                    \
+  "faddl %c[p]+16(%[table])\n\t"              \
+  "fmul %%st(1), %%st\n\t"                    \
+  "faddl %c[p]+24(%[table])\n\t"              \
+  "fmul %%st(1), %%st\n\t"                    \
+  "faddl %c[p]+32(%[table])\n\t"              \
+  "fmulp %%st, %%st(1)\n\t"                   \
+  "fmull %c[high](%[table],%[j],8)\n\t"       \
+  "fadds %c[low](%[table],%[j],4)\n\t"        \
+  "faddl %c[high](%[table],%[j],8)\n\t"       \
+  "movl 4*" #lane                             \
+  "+%[thirds], %[k]\n\t"                      \
+  "movl 4+8*" #lane                           \
+  "(%[src],%[i],8), %[j]\n\t"                 \
+  "shll $4, %[k]\n\t"                         \
+  "andl %[sign], %[j]\n\t"                    \
+  "andl $0xFFF00000, %[k]\n\t"                \
+  "leal %c[bias](%[k],%[j]), %[k]\n\t"        \
+  "fstpl 8*" #lane                            \
+  "(%[dst],%[i],8)\n\t"                       \
+  "addl %[k], 4+8*" #lane "(%[dst],%[i],8)\n\t"
+
+#define CBRT_SCREEN(lane)      \
+  "movl 4+8*" #lane            \
+  "(%[src],%[i],8), %[k]\n\t"  \
+  "andl $0x7FFFFFFF, %[k]\n\t" \
+  "subl %[smallest], %[k]\n\t" \
+  "cmpl %[normals], %[k]\n\t"  \
+  "jae 3f\n\t"
+
+// Six registers are all there are, so no instrumentation fits beside this. The fractions are cut
+// out of both elements at once: a double that is stored in halves cannot be loaded without a stall.
+template <bool kInverse>
+__attribute__((no_sanitize("address", "undefined"))) static inline int32_t cbrt_pairs(
+    const CubeRootTable& table, const double* src, double* dst, int32_t i, int32_t last) {
+  alignas(16) uint64_t f[2];
+  uint32_t thirds[2];
+  uint32_t k, j;
+  asm volatile(
+      "movaps (%[low_fraction]), %%xmm1\n\t"
+      "jmp 2f\n"
+      "1:\n\t"  //
+      CBRT_SCREEN(0) CBRT_SCREEN(1)
+      "movups (%[src],%[i],8), %%xmm0\n\t"
+      "andps %%xmm1, %%xmm0\n\t"
+      "movaps %%xmm0, %[f]\n\t"  //
+      CBRT_ELEMENT(0) CBRT_ELEMENT(1)
+      "addl $2, %[i]\n"
+      "2:\n\t"
+      "cmpl %[last], %[i]\n\t"
+      "jl 1b\n"
+      "3:\n\t"
+      : [i] "+r"(i), [f] "=o"(f), [thirds] "=o"(thirds), [k] "=&r"(k), [j] "=&r"(j)
+      : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&table),
+        [low_fraction] "[k]"(kLowFraction), [smallest] "i"(kSmallestNormal),
+        [normals] "i"(kNormals), [flip] "i"(kInverse ? 0x7FF : 0), [third] "i"(kThird),
+        [bias] "i"(-int32_t(kBias)), [sign] "i"(kSign), [p] "i"(offsetof(CubeRootTable, p)),
+        [reciprocal] "i"(offsetof(CubeRootTable, reciprocal)),
+        [high] "i"(offsetof(CubeRootTable, high)), [low] "i"(offsetof(CubeRootTable, low))
+      : "cc", "xmm0", "xmm1", LUX_X87_STACK);
+  return i;
+}
+
+// The steps of a pair for one normal element, times 2^shift.
+template <bool kInverse>
+static inline void cbrt_normal(const CubeRootTable& table, uint64_t x, int32_t shift, double* dst) {
+  const uint32_t upper = uint32_t(x >> 32), exponent = upper >> 20 & 0x7FF;
+  const uint32_t thirds = (kInverse ? 2047 - exponent : exponent) * kThird;
+  const uint32_t j = upper >> 12 & 255, r = thirds >> 14 & 3, k = r << 8 | j;
+  const long double t = (long double)int64_t(x & kLowFraction[0]) * table.reciprocal[j];
+  long double p = table.p[0];
+  for (int n = 1; n < 5; ++n) p = p * t + table.p[n];
+  *dst = double(p * t * table.high[k] + table.low[k] + table.high[k]);
+  const uint32_t power = (thirds >> 16) + shift;
+  reinterpret_cast<WordInMemory*>(dst)[1] += (power << 20) - kBias + (upper & kSign);
+}
+
+template <bool kInverse>
+__attribute__((noinline, cold)) static void cbrt_subnormal(const CubeRootTable& table, double x,
+                                                           double* dst) {
+  const double scaled = store_f64(x * 0x1p54);  // exact
+  cbrt_normal<kInverse>(table, load_bits(&scaled), kInverse ? 18 : -18, dst);
+}
+
+// Zeros, infinities and NaNs are `other`'s.
+template <bool kInverse, class Other>
+static inline Status cbrt_64f(const CubeRootTable& table, const Arrays<double>& arrays, int32_t len,
+                              Other other) {
+  const double* const src = arrays.src1;
+  double* const dst = arrays.dst1;
+  return run_kernel<X87Nearest<X87_EXTENDED>, 2>(
+      arrays, len,
+      [&](int32_t i, int32_t last) { return cbrt_pairs<kInverse>(table, src, dst, i, last); },
+      [&](int32_t i, Status* status) {
+        const uint64_t x = load_bits(src + i), a = magnitude<double>(x);
+        if (a >= Format<double>::kInf || a == 0)
+          other(i, x, status);
+        else if (a >> 32 < kSmallestNormal)
+          cbrt_subnormal<kInverse>(table, src[i], dst + i);
+        else
+          cbrt_normal<kInverse>(table, x, 0, dst + i);
+      });
+}
+
+#endif

@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: MIT
+//
+// Reciprocal cube root of single-precision arrays.
+//
+//   A24        one of 256 quadratics, on the x87 unit; see kernels/roots/cbrt_32f.h
+//   A21, A11   packed. y from the pattern of x: a constant less a third of the exponent and
+//              fraction bits, taken in 16-bit words on the MMX unit, with the sign of x;
+//                y1 = y (s0 + s1 c + s2 c^2),  c = (x y) (y y)     relative error 2^-14.94
+//                y2 = y1 + y1 (1 - (x y1) (y1 y1)) / 3             A21 only
+//              The products in the second step err by at most 3 2^-24 together, of which a third
+//              counts, the step itself by 2 2^-29.9, the last sum by 2^-24.
+//
+//   normal x      blocks of four
+//   subnormal x   x = +-n 2^-149 with an integer n: the same for 2 n, times 2^50
+//
+// Worst error, every positive input: A24 0.5053 ulp, at 0x3F8061DB; A21 2^-23.16 of the result, at
+// 0x007CE41F; A11 2^-14.93, at 0x007D613C.
+#include "kernels/roots/cbrt_32f.h"
+#include "kernels/roots/generated/invcbrt_32f_table.h"  // static_const_table, kStart, kStep
+#include "kernels/lanes.h"
+
+constexpr uint32_t kThirds = 0x5555;  // in 2^-16
+
+typedef __m64 __attribute__((may_alias, aligned(1))) HalfLanes;
+
+// The first estimate for two elements, and the same for one, which can do without the MMX unit.
+static inline __m64 start(__m64 x) {
+  const __m64 magnitudes = _mm_and_si64(x, _mm_set1_pi32(0x7FFFFFFF));
+  return _mm_sub_pi32(_mm_set1_pi32(kStart),
+                      _mm_mulhi_pu16(magnitudes, _mm_set1_pi32(kThirds << 16 | kThirds)));
+}
+
+static inline uint32_t start(uint32_t x) {
+  const uint32_t a = magnitude<float>(x);
+  return kStart - ((a >> 16) * kThirds & 0xFFFF0000) - ((a & 0xFFFF) * kThirds >> 16);
+}
+
+// From the first estimate y, which has the sign of x.
+template <bool kRefined>
+static inline __m128 corrected(__m128 x, __m128 y) {
+  const __m128 c = _mm_mul_ps(_mm_mul_ps(x, y), _mm_mul_ps(y, y));
+  __m128 step = _mm_add_ps(_mm_mul_ps(_mm_set1_ps(kStep[2]), c), _mm_set1_ps(kStep[1]));
+  step = _mm_add_ps(_mm_mul_ps(step, c), _mm_set1_ps(kStep[0]));
+  y = _mm_mul_ps(y, step);
+  if (!kRefined) return y;
+  const __m128 cube = _mm_mul_ps(_mm_mul_ps(x, y), _mm_mul_ps(y, y));
+  const __m128 rest = _mm_sub_ps(_mm_set1_ps(1.0f), cube);
+  return _mm_add_ps(y, _mm_mul_ps(_mm_mul_ps(y, _mm_set1_ps(1.0f / 3)), rest));
+}
+
+template <bool kRefined>
+static inline void packed_block(const float* src, __m128 x, float* dst) {
+  alignas(16) __m64 half[2];
+  const HalfLanes* const patterns = reinterpret_cast<const HalfLanes*>(src);
+  half[0] = start(patterns[0]);
+  half[1] = start(patterns[1]);
+  const __m128 y = _mm_loadh_pi(_mm_loadl_pi(_mm_setzero_ps(), half), half + 1);
+  const __m128 sign = _mm_and_ps(x, four(Format<float>::kSign));
+  _mm_storeu_ps(dst, corrected<kRefined>(x, _mm_or_ps(y, sign)));
+}
+
+template <bool kRefined>
+static inline int32_t packed_blocks(const float* src, float* dst, int32_t i, int32_t last) {
+  for (; i < last; i += 4) {
+    const __m128 x = _mm_loadu_ps(src + i);
+    if (!all_normal(x)) break;
+    packed_block<kRefined>(src + i, x, dst + i);
+  }
+  _mm_empty();
+  return i;
+}
+
+// Of a vector whose lanes are equal, or of which one lane counts, the compiler makes x87 code,
+// which rounds differently.
+static inline __m128 kept_packed(__m128 lanes) {
+  asm("" : "+x"(lanes));
+  return lanes;
+}
+
+template <bool kRefined>
+static inline void packed_normal(uint32_t x, float* dst) {
+  const __m128 number = kept_packed(four(x));
+  const __m128 y = kept_packed(four(start(x) | (x & Format<float>::kSign)));
+  store_lane(dst, kept_packed(corrected<kRefined>(number, y)));
+}
+
+// The step for one element; `normal` computes the ordinary ones. The packed kernels use no x87
+// instruction.
+template <class Normal>
+static inline void inverse_cube_root(const Arrays<float>& arrays, int32_t i, Status* status,
+                                     Normal normal) {
+  float* const dst = arrays.dst1 + i;
+  const uint32_t x = load_bits(arrays.src1 + i), a = magnitude<float>(x), sign = x ^ a;
+  if (a > kExponent) {
+    store_bits(dst, quieted<float>(x));
+  } else if (a == kExponent) {
+    store_bits(dst, sign);
+  } else if (a == 0) {
+    store_bits(dst, sign | kExponent);
+    _ErrorCall(arrays, LUX_POLE, i, status);
+  } else if (a <= kFraction) {
+    const int shift = __builtin_clz(a) - 8;
+    const uint32_t doubled = (uint32_t(150 - shift) << 23) + (a << shift);  // the number 2 a
+    normal(sign | doubled, dst);
+    store_bits(dst, load_bits(dst) + (50 << 23));
+  } else {
+    normal(x, dst);
+  }
+}
+
+static Status table_driven(const float* src, float* dst, int32_t len) {
+  const Arrays<float> arrays = {src, src, dst, dst};
+  return run_kernel<X87Nearest<X87_DOUBLE>, 4>(
+      arrays, len,
+      [=](int32_t i, int32_t last) { return cbrt_blocks(static_const_table, src, dst, i, last); },
+      [&](int32_t i, Status* status) {
+        inverse_cube_root(arrays, i, status,
+                          [](uint32_t x, float* y) { *y = cbrt_normal(static_const_table, x); });
+      });
+}
+
+template <bool kRefined>
+static inline Status packed(const float* src, float* dst, int32_t len) {
+  const Arrays<float> arrays = {src, src, dst, dst};
+  return run_kernel<SseNearest, 4>(
+      arrays, len,
+      [=](int32_t i, int32_t last) { return packed_blocks<kRefined>(src, dst, i, last); },
+      [&](int32_t i, Status* status) {
+        inverse_cube_root(arrays, i, status, packed_normal<kRefined>);
+      });
+}
+
+LUX_KERNEL(InvCbrt, 32f, A24, 1_1) { return table_driven(src, dst, len); }
+LUX_KERNEL(InvCbrt, 32f, A21, 1_1) { return packed<true>(src, dst, len); }
+LUX_KERNEL(InvCbrt, 32f, A11, 1_1) { return packed<false>(src, dst, len); }

@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: MIT
+//
+// What the double square root and reciprocal square root share, on the x87 unit at 64-bit
+// precision.
+//
+//   x = v 4^m with v in [1/2, 2): the exponent field of v is 0x3FE with the lowest bit of x's own.
+//   z = the significand of x in [1, 2),  i = its 7 leading fraction bits,
+//   y = q(z) P, about 1/sqrt(v), with the quadratic q of interval i and P = sqrt(2) for an even
+//       biased exponent, 1 for an odd one,
+//   Newton step: 1/sqrt(v) = y (3 - v y y) / 2, sqrt(v) = v times that.
+//
+// The halving and the power of two go to the exponent of the stored double by integer addition,
+// which is exact because every result is a normal number.
+#ifndef LUX_KERNELS_ROOTS_ROOT_64F_H
+#define LUX_KERNELS_ROOTS_ROOT_64F_H
+
+#include <xmmintrin.h>
+
+#include "kernels/frame.h"
+#include "kernels/roots/generated/root_64f_table.h"  // static_const_table
+
+enum Root { kRoot, kInverseRoot };
+
+constexpr uint32_t kSmallestNormal = 0x00100000;           // high word of 2^-1022
+constexpr uint32_t kLargest = 0x7FEFFFFF;                  // high word
+constexpr uint64_t kNegativeMarker = 0x7FF8A5A55A5A5A5Au;  // deliberate payload
+
+struct alignas(16) WordLanes {
+  uint32_t word[4];
+};
+static const WordLanes kFraction = {{~0u, 0x000FFFFF, ~0u, 0x000FFFFF}},
+                       kFractionAndParity = {{~0u, 0x001FFFFF, ~0u, 0x001FFFFF}},
+                       kOneField = {{0, 0x3FF00000, 0, 0x3FF00000}},
+                       kHalfField = {{0, 0x3FE00000, 0, 0x3FE00000}};
+
+// z and v of a pair, and of the next two; their halves are loaded from where 16 bytes were stored,
+// which store forwarding can do.
+struct alignas(16) Reduced {
+  double z[4], v[4];
+};
+
+typedef __m128 __attribute__((may_alias, aligned(1))) UnalignedPair;
+
+static inline __m128 masked(__m128 x, const WordLanes& keep, const WordLanes& field) {
+  const __m128 kept = _mm_and_ps(x, _mm_load_ps(reinterpret_cast<const float*>(&keep)));
+  return _mm_or_ps(kept, _mm_load_ps(reinterpret_cast<const float*>(&field)));
+}
+
+static inline void reduce_pair(const double* x, double* z, double* v) {
+  __m128 pair;  // the intrinsic gives two halves for this processor class
+  asm("movups %1, %0" : "=x"(pair) : "m"(*reinterpret_cast<const UnalignedPair*>(x)));
+  _mm_store_ps(reinterpret_cast<float*>(z), masked(pair, kFraction, kOneField));
+  _mm_store_ps(reinterpret_cast<float*>(v), masked(pair, kFractionAndParity, kHalfField));
+}
+
+#define ROOT_ELEMENT(lane, root)                        \
+  "movl 4+8*" #lane                                     \
+  "(%[src]), %[k]\n\t"                                  \
+  "fldl %[z" #lane                                      \
+  "]\n\t"                                               \
+  "movl %[k], %[j]\n\t"                                 \
+  "shrl $13, %[j]\n\t"                                  \
+  "andl $127, %[j]\n\t"                                 \
+  "fmull %c[c2](%[table],%[j],8)\n\t"                   \
+  "faddl %c[c1](%[table],%[j],8)\n\t"                   \
+  "fmull %[z" #lane                                     \
+  "]\n\t"                                               \
+  "faddl %c[c0](%[table],%[j],8)\n\t"                   \
+  "movl %[k], %[j]\n\t"                                 \
+  "shrl $20, %[j]\n\t"                                  \
+  "andl $1, %[j]\n\t"                                   \
+  "fmull %c[parity](%[table],%[j],8)\n\t" /* y */       \
+  "fld %%st\n\t"                                        \
+  "fmull %[v" #lane                                     \
+  "]\n\t"                                               \
+  "fmul %%st(1), %%st\n\t"                              \
+  "fsubrs %c[three](%[table])\n\t"                      \
+  "shrl $1, %[k]\n\t"                                   \
+  "andl $0x7FF00000, %[k]\n\t"                          \
+  "fmulp %%st, %%st(1)\n\t" root(lane) "fstpl 8*" #lane \
+                                       "(%[dst])\n\t"   \
+                                       "addl %[k], 4+8*" #lane "(%[dst])\n\t"
+// st is 2 / sqrt(v); k becomes (m - 1) << 20.
+#define FINISH_ROOT(lane) "fmull %[v" #lane "]\n\tsubl $0x20000000, %[k]\n\t"
+// k becomes (-m - 1) << 20.
+#define FINISH_INVERSE_ROOT(lane) "negl %[k]\n\taddl $0x1FE00000, %[k]\n\t"
+
+#define ROOT_LANES(elements)                                                                   \
+  {                                                                                            \
+    using Table = decltype(static_const_table);                                                \
+    uint32_t k, j;                                                                             \
+    asm volatile(                                                                              \
+        elements                                                                               \
+        : [k] "=&r"(k), [j] "=&r"(j)                                                           \
+        : [src] "r"(src), [dst] "r"(dst), [table] "r"(&static_const_table), [z0] "m"(r.z[0]),  \
+          [z1] "m"(r.z[1]), [z2] "m"(r.z[2]), [z3] "m"(r.z[3]), [v0] "m"(r.v[0]),              \
+          [v1] "m"(r.v[1]), [v2] "m"(r.v[2]), [v3] "m"(r.v[3]), [c0] "i"(offsetof(Table, c0)), \
+          [c1] "i"(offsetof(Table, c1)), [c2] "i"(offsetof(Table, c2)),                        \
+          [parity] "i"(offsetof(Table, parity)), [three] "i"(offsetof(Table, three))           \
+        : "cc", LUX_X87_STACK);                                                                \
+  }
+#define ROOT_BLOCK(root)                                                       \
+  ROOT_LANES(ROOT_ELEMENT(0, root) ROOT_ELEMENT(1, root) ROOT_ELEMENT(2, root) \
+                 ROOT_ELEMENT(3, root))
+
+// Six registers are all there are, so no instrumentation fits beside the assembly.
+template <Root kKind>
+__attribute__((no_sanitize("address", "undefined"))) static inline void root_block(
+    const double* src, double* dst) {
+  Reduced r;
+  reduce_pair(src, r.z, r.v);
+  reduce_pair(src + 2, r.z + 2, r.v + 2);
+  if constexpr (kKind == kRoot)
+    ROOT_BLOCK(FINISH_ROOT)
+  else
+    ROOT_BLOCK(FINISH_INVERSE_ROOT)
+}
+
+// One positive normal number.
+template <Root kKind>
+__attribute__((no_sanitize("address", "undefined"), noinline)) static void root_element(
+    const double* src, double* dst) {
+  Reduced r;
+  const __m128 x = _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(src));
+  _mm_store_ps(reinterpret_cast<float*>(r.z), masked(x, kFraction, kOneField));
+  _mm_store_ps(reinterpret_cast<float*>(r.v), masked(x, kFractionAndParity, kHalfField));
+  if constexpr (kKind == kRoot)
+    ROOT_LANES(ROOT_ELEMENT(0, FINISH_ROOT))
+  else
+    ROOT_LANES(ROOT_ELEMENT(0, FINISH_INVERSE_ROOT))
+}
+
+// The sign bit is set when a high word is not that of a positive normal number.
+static inline uint32_t outside(uint32_t high) {
+  return (high - kSmallestNormal) | (kLargest - high);
+}
+
+static inline bool all_positive_normal(const double* x) {
+  uint32_t any = 0;
+  for (int lane = 0; lane < 4; ++lane) any |= outside(upper_word(x + lane));
+  return int32_t(any) >= 0;
+}
+
+// Finite and at least the smallest subnormal.
+template <Root kKind>
+static inline void root_scaled(const double* src, double* dst) {
+  if (int32_t(outside(upper_word(src))) >= 0) {
+    root_element<kKind>(src, dst);
+  } else {
+    const double normal = store_f64(*src * 0x1p996);
+    root_element<kKind>(&normal, dst);
+    *dst *= kKind == kRoot ? 0x1p-498 : 0x1p498;
+  }
+}
+
+template <Root kKind>
+static inline int32_t root_blocks(const double* src, double* dst, int32_t i, int32_t last) {
+  for (; i < last && all_positive_normal(src + i); i += 4) root_block<kKind>(src + i, dst + i);
+  return i;
+}
+
+// Zeros and +infinity have their own results.
+template <Root kKind>
+static inline void root_special(const Arrays<double>& arrays, int32_t i, uint64_t x,
+                                Status* status) {
+  double* const y = arrays.dst1 + i;
+  if (magnitude<double>(x) > Format<double>::kInf) {
+    store_bits(y, quieted<double>(x));
+  } else if (x & Format<double>::kSign) {
+    store_bits(y, kNegativeMarker);
+    _ErrorCall(arrays, LUX_DOMAIN, i, status);
+  } else {
+    root_scaled<kKind>(arrays.src1 + i, y);
+  }
+}
+
+#endif

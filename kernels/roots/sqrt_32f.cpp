@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+//
+// Square root of single-precision arrays, packed, from the processor's estimate of 1/sqrt(x).
+//
+//   y = the estimate cut to 9 bits,  x = h + l with the 9 leading bits in h,
+//   e = (h y y - 1) + l y y, the relative error of y squared,  p = ((1 + e)^(-1/2) - 1) / e,
+//   sqrt(x) = (x y e p + l y) + h y, where h y and l y are exact.
+//
+// Sixteen elements from 2^-102 on are computed at once; below, l might be subnormal. When one of
+// them is no such number they are done in eights, with the estimate of +0 made finite, and an eight
+// with anything else goes one by one. What is small is scaled then, which leaves the bits alone.
+//
+// Nineteen packed operations, and fourteen of the test for sixteen elements: where the processor
+// starts three a cycle, no less than 1.88 cycles an element.
+//
+// Worst error 0.7608 ulp, at 0x0169B52F (every input, with the estimate of an Intel Xeon 6/207).
+#include "kernels/roots/root_32f.h"
+
+constexpr uint32_t kDefaultNan = 0xFFC00000;
+
+enum Zeros { kNoZeros, kWithZeros };
+
+template <Zeros kZeros>
+static inline __m128 root(__m128 x) {
+  static const BitLanes magnitude_of_nine_bits = {{0x7FFF8000, 0x7FFF8000, 0x7FFF8000, 0x7FFF8000}};
+  static const BitLanes largest = {{0x7F7FFFFF, 0x7F7FFFFF, 0x7F7FFFFF, 0x7F7FFFFF}};
+  __m128 y = _mm_rsqrt_ps(x);
+  if constexpr (kZeros == kWithZeros)
+    y = _mm_min_ps(_mm_and_ps(y, lanes_of(magnitude_of_nine_bits)), lanes_of(largest));
+  else
+    y = nine_bits(y);
+  const __m128 h = nine_bits(x);
+  const __m128 minus_l = _mm_sub_ps(h, x);
+  const __m128 hy = _mm_mul_ps(h, y), minus_ly = _mm_mul_ps(minus_l, y);
+  const __m128 e =
+      _mm_sub_ps(_mm_sub_ps(_mm_mul_ps(hy, y), _mm_set1_ps(1.0f)), _mm_mul_ps(minus_ly, y));
+  const __m128 correction = _mm_mul_ps(_mm_mul_ps(_mm_mul_ps(x, y), e), series(e));
+  return _mm_add_ps(_mm_sub_ps(correction, minus_ly), hy);
+}
+
+constexpr uint32_t kLeast = 0x0C800000;  // 2^-102
+
+static inline bool sixteen_ordinary(const float* x) {
+  static const BitLanes least = {{kLeast, kLeast, kLeast, kLeast}};
+  static const BitLanes infinity = {{0x7F800000, 0x7F800000, 0x7F800000, 0x7F800000}};
+  return all_within(x, least, infinity);
+}
+
+// Or +0.
+static inline bool eight_ordinary(const float* x) {
+  uint32_t outside = 0;
+  for (int lane = 0; lane < 8; ++lane) {
+    const uint32_t u = load_bits(x + lane);
+    outside |= u | ((u - kLeast) & -u) | (Format<float>::kInf - 1 - u);
+  }
+  return int32_t(outside) >= 0;
+}
+
+static inline int32_t root_blocks(const float* src, float* dst, int32_t i, int32_t last) {
+  while (i < last) {
+    for (; i + 8 < last && sixteen_ordinary(src + i); i += 16)
+      for (int lane = 0; lane < 16; lane += 4)
+        store_lanes(dst + i + lane, root<kNoZeros>(load_lanes(src + i + lane)));
+    for (const int32_t end = i + 16 < last ? i + 16 : last; i < end; i += 8) {
+      if (!eight_ordinary(src + i)) return i;
+      const __m128 a = root<kWithZeros>(load_lanes(src + i)),
+                   b = root<kWithZeros>(load_lanes(src + i + 4));
+      store_lanes(dst + i, a);
+      store_lanes(dst + i + 4, b);
+    }
+  }
+  return i;
+}
+
+static void sqrt_scalar(const Arrays<float>& arrays, int32_t i, Status* status) {
+  float* const y = arrays.dst1 + i;
+  const uint32_t x = load_bits(arrays.src1 + i);
+  const __m128 lane = load_everywhere(arrays.src1 + i);
+  if (x - kLeast < Format<float>::kInf - kLeast) {
+    store_lane(y, root<kNoZeros>(lane));
+  } else if (is_zero<float>(x) || x == Format<float>::kInf) {
+    store_bits(y, x);
+  } else if (magnitude<float>(x) > Format<float>::kInf) {
+    store_bits(y, quieted<float>(x));
+  } else if (x & Format<float>::kSign) {
+    store_bits(y, kDefaultNan);
+    _ErrorCall(arrays, LUX_DOMAIN, i, status);
+  } else {
+    const __m128 scaled = root<kWithZeros>(_mm_mul_ps(lane, _mm_set1_ps(0x1p26f)));
+    store_lane(y, _mm_mul_ps(scaled, _mm_set1_ps(0x1p-13f)));
+  }
+}
+
+static Status sqrt_32f(const float* src, float* dst, int32_t len) {
+  const Arrays<float> arrays = {src, src, dst, dst};
+  return run_kernel<SseNearest, 8>(
+      arrays, len, [=](int32_t first, int32_t last) { return root_blocks(src, dst, first, last); },
+      [&](int32_t i, Status* status) { sqrt_scalar(arrays, i, status); });
+}
+
+LUX_KERNELS_32F(Sqrt, 1_1, sqrt_32f)

@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: MIT
+// The smallest integer not below each element.
+#include "kernels/rounding/rounding.h"
+
+Status luxsCeil_64f(const double* src, double* dst, int32_t len) {
+  return round_array<Direction::kUp>(src, dst, len);
+}
