@@ -137,20 +137,20 @@ static bool may_open_region() {
   return !omp_in_parallel() || omp_get_active_level() < omp_get_max_active_levels();
 }
 
-// More threads than this would only take address space.
-static int32_t most_threads() {
+// More threads than that would only take address space.
+static int32_t at_most_useful(int32_t threads) {
   constexpr int32_t kAlwaysFit = 64;
+  if (threads <= kAlwaysFit) return threads;  // without asking for the processors, a system call
   const int32_t processors = omp_get_num_procs();
-  return processors > kAlwaysFit ? processors : kAlwaysFit;
+  const int32_t most = processors > kAlwaysFit ? processors : kAlwaysFit;
+  return threads < most ? threads : most;
 }
 
 Team::Team(int32_t slices) : slices_(slices), size_(1) {
   const int32_t threads = __atomic_load_n(&threads_omp_of_n_lux, __ATOMIC_RELAXED);
-  int32_t wanted = threads < slices ? threads : slices;
+  const int32_t wanted = at_most_useful(threads < slices ? threads : slices);
   if (wanted <= 1 || in_forked_child || __atomic_load_n(&refused, __ATOMIC_RELAXED)) return;
   if (!may_open_region() || pausing()) return;
-  const int32_t most = most_threads();
-  if (wanted > most) wanted = most;
   starts_threads_ = starts_threads(wanted);
   if (starts_threads_ && !can_start(wanted - 1)) {
     __atomic_store_n(&refused, true, __ATOMIC_RELAXED);
