@@ -126,8 +126,8 @@ static bool pausing() {
 // ---- The team
 
 // The runtime keeps the threads of the last region that this thread opened, and lets those go that
-// the next one does not need.
-// In the block that every thread has, as the runtime's own: without the loader's help.
+// the next one does not need. The number stands where the runtime's own variables of a thread do, so
+// that reading it takes no call of the loader.
 __attribute__((tls_model("initial-exec"))) static __thread int32_t pool_size = 1;
 static bool refused = false;
 
