@@ -6,10 +6,12 @@ PRESET = release
 BUILD = build/$(PRESET)
 PREFIX = /usr/local
 JOBS = $(shell nproc)
+SECONDS = 60
+SEED = $(shell date +%s)
 # What to build; empty for everything.
 TARGETS =
 
-.PHONY: help deps build run test slow test-slow asan accuracy accuracy-quick bench hashes install format clean
+.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench hashes install format clean
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -36,6 +38,10 @@ slow: deps   ## build and run the exhaustive tests
 	ctest --preset slow
 
 test-slow: slow
+
+fuzz: deps   ## try the promises over random patterns for SECONDS (60), from SEED (the time)
+	@$(MAKE) --no-print-directory build TARGETS=fuzz
+	$(BUILD)/bin/fuzz --seconds $(SECONDS) --seed $(SEED)
 
 asan: deps   ## build with the sanitizers and run the tests under them
 	@$(MAKE) --no-print-directory build PRESET=asan-ubsan

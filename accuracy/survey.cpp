@@ -152,7 +152,7 @@ int range_of(uint64_t first_argument, int width) {
   const uint64_t magnitude = first_argument & ~layout(width).sign();
   const int exponent = int(magnitude >> mantissa) - bias;
   int range = 0;
-  while (exponent >= kRangeEnds[range]) ++range;
+  while (range < kRanges / 2 - 1 && exponent >= kRangeEnds[range]) ++range;  // infinities, too
   return range + (first_argument & layout(width).sign() ? kRanges / 2 : 0);
 }
 

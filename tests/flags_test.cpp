@@ -12,8 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/catalog.h"
-#include "tests/support.h"
+#include "tests/exceptions.h"
 
 using Bytes = std::vector<unsigned char>;
 
@@ -23,18 +22,6 @@ struct Flags {
 };
 
 static Flags flags() { return {x87_flags(), uint16_t(environment().mxcsr & kAllFlags)}; }
-
-static std::string names(uint16_t set) {
-  std::string text;
-  for (const auto& [flag, name] : {std::pair{kInvalid, " invalid"},
-                                   {kDenormal, " denormal"},
-                                   {kZeroDivide, " zero-divide"},
-                                   {kOverflow, " overflow"},
-                                   {kUnderflow, " underflow"},
-                                   {kInexact, " inexact"}})
-    if (set & flag) text += name;
-  return text;
-}
 
 // ---- Arguments
 
@@ -73,22 +60,6 @@ static void put_quiet_nan(unsigned char* to, int width) {
     put_pattern(to, uint64_t(0x7FF8000012345678));
 }
 
-enum Class { kZero, kSubnormal, kNormal, kInfinite, kQuietNan };
-
-template <class U>
-static Class class_of_pattern(const unsigned char* at) {
-  U x;
-  memcpy(&x, at, sizeof x);
-  x &= ~kSign<U>;
-  if (x == 0) return kZero;
-  if (x > kInfinity<U>) return kQuietNan;
-  if (x == kInfinity<U>) return kInfinite;
-  return x >> Format<U>::mantissa ? kNormal : kSubnormal;
-}
-static Class class_of(const unsigned char* at, int width) {
-  return width == 4 ? class_of_pattern<uint32_t>(at) : class_of_pattern<uint64_t>(at);
-}
-
 // Real numbers of the two sources and the scalar in turn.
 struct Element {
   Bytes source[2], scalar;
@@ -114,12 +85,12 @@ struct Call {
       memcpy(&source[k][i * f.type.bytes()], e.source[k].data(), f.type.bytes());
     scalar = e.scalar;
   }
-  Status run() {
-    return f.call({{source[0].data(), source[1].data()},
-                   {destination[0].data(), destination[1].data()},
-                   scalar.data()},
-                  len);
+  Arrays arrays() {
+    return {{source[0].data(), source[1].data()},
+            {destination[0].data(), destination[1].data()},
+            scalar.data()};
   }
+  Status run() { return f.call(arrays(), len); }
   Status run_in(const Environment& e, Flags& raised) {
     set(e);
     const Status status = run();
@@ -129,52 +100,6 @@ struct Call {
     return status;
   }
 };
-
-// What a call of one element may raise: by its arguments, by the class of each result, by its code.
-static uint16_t accounted_for(const Call& c, Status status) {
-  const Function& f = c.f;
-  const bool complex = f.type.parts == 2;
-  uint16_t may = kInexact;
-  for (int i = 0; i < c.len; ++i) {
-    bool infinite_argument = false, nan_argument = false;
-    const auto each = [&](const Bytes& numbers, int element, auto look) {
-      for (int part = 0; part < f.type.parts; ++part)
-        look(class_of(&numbers[element * f.type.bytes() + part * f.type.width], f.type.width));
-    };
-    const auto argument = [&](Class k) {
-      if (k == kSubnormal) may |= kDenormal;
-      infinite_argument |= k == kInfinite;
-      nan_argument |= k == kQuietNan;
-    };
-    const auto result = [&](Class k) {
-      switch (k) {
-        case kZero:
-        case kSubnormal:
-          may |= kUnderflow | kDenormal;
-          break;
-        case kInfinite:
-          if (!infinite_argument) may |= kOverflow;
-          if (!infinite_argument && complex) may |= kZeroDivide;  // a pole has no code there
-          break;
-        case kQuietNan:
-          if (!nan_argument) may |= kInvalid;
-          if (!nan_argument && complex) may |= kZeroDivide;  // a pole without a direction
-          break;
-        case kNormal:
-          break;
-      }
-    };
-    for (int k = 0; k < f.shape.sources; ++k) each(c.source[k], i, argument);
-    if (f.shape.scalar) each(c.scalar, 0, argument);
-    for (int k = 0; k < f.shape.destinations; ++k) each(c.destination[k], i, result);
-  }
-  if (f.counts) return may;
-  if (status == LUX_DOMAIN) may |= kInvalid;
-  if (status == LUX_POLE) may |= kZeroDivide;
-  if (status == LUX_OVERFLOW) may |= kOverflow;
-  if (status == LUX_UNDERFLOW) may |= kUnderflow;
-  return may;
-}
 
 static sigjmp_buf before_trap;
 static void trapped(int) {
@@ -217,7 +142,8 @@ class Exceptions : public testing::TestWithParam<Function> {
       c.put_at(i, elements[i]);
       Call alone(f, 1, elements[i]);
       alone.scalar = elements[at].scalar;
-      may |= accounted_for(alone, alone.run());
+      const Status status = alone.run();
+      may |= accounted_for(f, alone.arrays(), status);
     }
     c.scalar = elements[at].scalar;
     Flags first;
@@ -316,9 +242,7 @@ TEST_P(Exceptions, AreNoneWhereTheCallIsRefused) {
         put_pattern(&(*bytes)[part * 8], uint64_t(0x7FF4000000000001));
   }
   Call c(f, 1, e);
-  Arrays arrays = {{c.source[0].data(), c.source[1].data()},
-                   {c.destination[0].data(), c.destination[1].data()},
-                   c.scalar.data()};
+  Arrays arrays = c.arrays();
   set({});
   f.call(arrays, 0);
   EXPECT_EQ(names(flags().x87 | flags().sse), "") << "length 0";
