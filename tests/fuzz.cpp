@@ -220,6 +220,12 @@ static uint64_t any_number() {
   return (pattern & ~(kInfinity<U>)) | exponent;
 }
 
+// An infinity or a NaN.
+static bool is_special(uint64_t number, int width) {
+  const uint64_t infinity = width == 4 ? kInfinity<uint32_t> : kInfinity<uint64_t>;
+  return (number & infinity) == infinity;
+}
+
 static std::vector<bench::Argument> any_arguments(const Function& f, int count) {
   std::vector<bench::Argument> all(count);
   const int numbers = bench::Oracle::arguments(f);
@@ -228,8 +234,13 @@ static std::vector<bench::Argument> any_arguments(const Function& f, int count) 
       argument[k] = f.type.width == 4 ? any_number<uint32_t>() : any_number<uint64_t>();
       // What a complex function makes of infinities and NaNs is for the special rows to say.
       const uint64_t infinity = f.type.width == 4 ? kInfinity<uint32_t> : kInfinity<uint64_t>;
-      if (f.type.complex() && (argument[k] & infinity) == infinity) argument[k] ^= infinity / 2;
+      if (f.type.complex() && is_special(argument[k], f.type.width)) argument[k] ^= infinity / 2;
     }
+  // An infinity beside a NaN has the NaN for hypotenuse here, not the infinity as in C.
+  if (f.family == "Hypot")
+    for (bench::Argument& argument : all)
+      if (is_special(argument[0], f.type.width) && is_special(argument[1], f.type.width))
+        argument[1] = argument[0];
   // Elements of functions with a scalar are grouped by it.
   if (f.shape.scalar)
     for (int i = 0; i < count; ++i)
