@@ -21,7 +21,7 @@ inline std::string names(uint16_t set) {
   return text;
 }
 
-enum Class { kZero, kSubnormal, kNormal, kInfinite, kNan };
+enum Class { kZero, kSubnormal, kSmallestNormal, kNormal, kInfinite, kNan };
 
 template <class U>
 inline Class class_of_pattern(const unsigned char* at) {
@@ -31,6 +31,7 @@ inline Class class_of_pattern(const unsigned char* at) {
   if (x == 0) return kZero;
   if (x > kInfinity<U>) return kNan;
   if (x == kInfinity<U>) return kInfinite;
+  if (x == U(1) << Format<U>::mantissa) return kSmallestNormal;
   return x >> Format<U>::mantissa ? kNormal : kSubnormal;
 }
 inline Class class_of(const unsigned char* at, int width) {
@@ -56,6 +57,7 @@ inline uint16_t accounted_for(const Function& f, const Arrays& arrays, Status st
     switch (k) {
       case kZero:
       case kSubnormal:
+      case kSmallestNormal:  // perhaps from below
         may |= kUnderflow | kDenormal;
         break;
       case kInfinite:
