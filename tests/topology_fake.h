@@ -9,6 +9,7 @@
 #include <string.h>
 
 #include "core/topology.h"
+#include "tests/catalog.h"
 
 struct FakeProcessor {
   int32_t available;  // what omp_get_num_procs says
@@ -42,6 +43,15 @@ inline void impose(const FakeProcessor& p) {
   nox_cpuid = fake_cpuid;
   HHTs_count = Core_count = Proc_count = logic_MaxThreads = 0;
   logic_A_const = kNotComputed;
+}
+
+// The length above which a call is split between two threads, by its own row.
+inline int32_t threshold(const Function& f) {
+  const auto min_n = f.type.letter == 's'   ? noxsMinN
+                     : f.type.letter == 'd' ? noxdMinN
+                     : f.type.letter == 'c' ? noxcMinN
+                                            : noxzMinN;
+  return min_n(f.row, f.variant, 2);
 }
 
 extern "C" int omp_get_num_procs() noexcept { return fake_processor.available; }

@@ -46,7 +46,8 @@ static Status note(const char* name, const void* kernel, int32_t threads, const 
   SPLITTER(t, type, 1_1) SPLITTER(t, type, 2_1) SPLITTER(t, type, 1_2) SPLITTER(t, type, 2_1_1)
 SPLITTERS(s, 32f)
 SPLITTERS(d, 64f)
-SPLITTERS(c, 32fc) SPLITTERS(z, 64fc)
+SPLITTERS(c, 32fc)
+SPLITTERS(z, 64fc)
 // The kernels, which the wrappers name in the same way.
 #define LUX_GRADED(F, type, grade, letter, shape, row, variant)                                \
   extern "C" Status _noxomp_luxs##F##_##type##_##grade(LUX_PARAMS_##shape(LUX_ELEMENT_##type), \
@@ -58,14 +59,6 @@ SPLITTERS(c, 32fc) SPLITTERS(z, 64fc)
     return reinterpret_cast<const void*>(_noxomp_luxs##F##_##type##_##grade);
 #include "core/functions.def"
   return nullptr;
-}
-
-static int32_t threshold(const Function& f) {
-  const auto min_n = f.type.letter == 's'   ? noxsMinN
-                     : f.type.letter == 'd' ? noxdMinN
-                     : f.type.letter == 'c' ? noxcMinN
-                                            : noxzMinN;
-  return min_n(f.row, f.variant, 2);
 }
 
 TEST(Wrappers, SplitAboveTheThresholdOfTheirRow) {
