@@ -115,7 +115,7 @@ static Status div_64f(const double* src1, const double* src2, double* dst, int32
       [&](int32_t i, Status* status) {
         const uint64_t divisor = load_bits(src2 + i);
         dst[i] = double((long double)src1[i] / src2[i]);
-        // Deliberate: whatever the dividend is, also a NaN.
+        // The divisor alone is looked at: the dividend may be a zero or a NaN.
         if (is_zero<double>(divisor)) _ErrorCall(arrays, LUX_POLE, i, status);
       });
 }

@@ -14,18 +14,13 @@
 // Worst error 0.6108 ulp, at 0xBB31DA1D (every input from 2^-27 on in magnitude).
 #include "kernels/frame.h"
 #include "kernels/explog/generated/exp_32f_table.h"  // static_const_table
+#include "kernels/grid.h"
+#include "kernels/screens.h"
 
 constexpr uint32_t kPackedBound = 0x42AE0000;  // 87.0: results are normal below
 constexpr uint32_t kOverflow = 0x42B17218;     // 88.72283935546875
 constexpr uint32_t kUnderflow = 0x42CFF1B4;    // 103.97207641601562: e^-x is the smallest subnormal
 constexpr long double kLog2E = 0xb8aa3b295c17f0bcp-63L;
-
-static inline bool all_normal(const float* x) {
-  uint32_t below = ~0u;
-  for (int lane = 0; lane < 4; ++lane)
-    below &= magnitude<float>(load_bits(x + lane)) - kPackedBound;
-  return int32_t(below) < 0;
-}
 
 // st: log2(e). The index arithmetic works on the bits of u: 0x48400000 + k, whose upper part
 // vanishes when k / 64 is shifted into the exponent field.
@@ -73,7 +68,7 @@ static float exp_scaled(float x) {
   const auto& table = static_const_table;
   const double u = double(x * kLog2E) + table.shifter;
   const float grid = store_f32(float(u));
-  const int32_t k = int32_t(load_bits(&grid) - 0x48400000);
+  const int32_t k = int32_t(Grid<64>::index(&grid));
   const double r = u - grid;
   const double y = table.power[k & 63] * ((r + table.d2) * r + table.d1);
   return store_f32(float(y * power_of_two(k >> 6)));
@@ -84,8 +79,7 @@ static Status exp_32f(const float* src, float* dst, int32_t len) {
   return run_kernel<X87Nearest<X87_DOUBLE>, 4>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        for (; i < last && all_normal(src + i); i += 4) exp_block(src + i, dst + i);
-        return i;
+        return blocks_below<4>(src, dst, kPackedBound, i, last, exp_block);
       },
       [&](int32_t i, Status* status) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);

@@ -12,6 +12,7 @@
 #define LUX_KERNELS_EXPLOG_LOG_32F_H
 
 #include "kernels/frame.h"
+#include "kernels/lanes.h"
 
 struct LogTable {
   struct {
@@ -21,11 +22,7 @@ struct LogTable {
   long double two;       // log 2
 };
 
-constexpr uint32_t kSmallestNormal = 0x00800000;                      // 2^-126
-constexpr uint32_t kNormals = Format<float>::kInf - kSmallestNormal;  // how many there are
-constexpr uint32_t kFraction = kSmallestNormal - 1;
 constexpr uint32_t kMinusInf = Format<float>::kSign | Format<float>::kInf;
-constexpr uint32_t kDefaultNaN = kMinusInf | Format<float>::kQuiet;
 
 // k: the element's pattern less that of 2^-126, whose exponent field is one lower.
 #define LOG_LOAD(lane)        \
@@ -56,9 +53,9 @@ constexpr uint32_t kDefaultNaN = kMinusInf | Format<float>::kQuiet;
   "faddl %c[exponent]+8(%[table],%[k],8)\n\t" \
   "fstps 4*" #lane "(%[dst],%[i],4)\n\t"
 
-alignas(16) static const uint32_t kSplit[2][4] = {
-    {kFraction, kFraction, kFraction, kFraction},
-    {Format<float>::kOne, Format<float>::kOne, Format<float>::kOne, Format<float>::kOne}};
+constexpr uint32_t kFraction = Format<float>::kFraction, kOne = Format<float>::kOne;
+static const BitLanes kSplit[2] = {{{kFraction, kFraction, kFraction, kFraction}},
+                                   {{kOne, kOne, kOne, kOne}}};
 
 // Six registers are all there are, so no instrumentation fits beside this. Upper lane first: its
 // pattern is still in a register from the screening.
@@ -84,8 +81,8 @@ __attribute__((no_sanitize("address", "undefined"))) static inline int32_t log_p
       "3:\n\t"
       : [i] "+r"(i), [z] "=o"(z), [k] "=&r"(k), [j] "=&r"(j)
       : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&table), [split] "[k]"(kSplit),
-        [exponent] "i"(offsetof(LogTable, exponent)), [smallest] "i"(kSmallestNormal),
-        [normals] "i"(kNormals)
+        [exponent] "i"(offsetof(LogTable, exponent)), [smallest] "i"(Format<float>::kSmallestNormal),
+        [normals] "i"(Format<float>::kInf - Format<float>::kSmallestNormal)
       : "cc", "xmm0", "xmm1", "xmm2", LUX_X87_STACK);
   return i;
 }
@@ -93,7 +90,7 @@ __attribute__((no_sanitize("address", "undefined"))) static inline int32_t log_p
 // The steps of a pair for one element.
 static inline float log_normal(const LogTable& table, uint32_t x) {
   float z;
-  store_bits(&z, (x & kFraction) | Format<float>::kOne);
+  store_bits(&z, (x & Format<float>::kFraction) | Format<float>::kOne);
   const auto& c = table.cubic[x >> 15 & 255];
   const double cubic = ((c.c3 * z + c.c2) * z + c.c1) * z + c.c0;
   return store_f32(float(cubic + table.exponent[x >> 23]));
@@ -120,11 +117,11 @@ static inline Status log_32f(const LogTable& table, const float* src, float* dst
           store_bits(dst + i, kMinusInf);
           _ErrorCall(arrays, LUX_POLE, i, status);
         } else if (x & Format<float>::kSign) {
-          store_bits(dst + i, kDefaultNaN);
+          store_bits(dst + i, Format<float>::kDefaultNaN);
           _ErrorCall(arrays, LUX_DOMAIN, i, status);
         } else if (x == Format<float>::kInf) {
           store_bits(dst + i, x);
-        } else if (alone && x >= kSmallestNormal) {
+        } else if (alone && x >= Format<float>::kSmallestNormal) {
           dst[i] = log_normal(table, x);
         } else {
           dst[i] = times_log2(table.two, src + i);

@@ -8,8 +8,9 @@
 //   log x = t (a0 + t (a1 + ... + t a5)) + ((e log 2 + high[i]) + low[i]), rounded once.
 //
 //   normal numbers              pairs; when one of two does not belong here, both go one by one
-//   0.998046875 <= x < 1        where that sum would cancel: s (b0 + s (b1 + ... + s b5)), s = x -
-//   1 subnormal                   the processor's logarithm
+//   0.998046875 <= x < 1        where that sum would cancel: s (b0 + s (b1 + ... + s b5)),
+//                               s = x - 1
+//   subnormal                   the processor's logarithm
 #ifndef LUX_KERNELS_EXPLOG_LOG_64F_H
 #define LUX_KERNELS_EXPLOG_LOG_64F_H
 
@@ -25,12 +26,9 @@ struct LogTable {
 };
 
 // Upper words.
-constexpr uint32_t kSmallestNormal = 0x00100000;             // 2^-1022
-constexpr uint32_t kNormals = 0x7FF00000 - kSmallestNormal;  // how many there are
 constexpr uint32_t kMinusInf = 0xFFF00000;
 constexpr uint32_t kNearOne = 0x3FEFF;  // upper 20 bits of 0.998046875 to 1 - 2^-53
 
-constexpr uint64_t kDefaultNaN = 0xFFF8000000000000;
 alignas(16) static const uint64_t kLowFraction[2] = {0x00000FFFFFFFFFFF, 0x00000FFFFFFFFFFF};
 
 #define LOG_SCREEN(lane)            \
@@ -103,8 +101,8 @@ __attribute__((no_sanitize("address", "undefined"))) static inline int32_t log_p
       "fstp %%st\n\t"
       : [i] "+r"(i), [f] "=o"(f), [e] "=o"(e), [k] "=&r"(k), [j] "=&r"(j)
       : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&table),
-        [low_fraction] "[k]"(kLowFraction), [offset] "i"(-int32_t(kSmallestNormal)),
-        [normals] "i"(kNormals), [near_one] "i"(kNearOne), [two] "i"(offsetof(LogTable, two)),
+        [low_fraction] "[k]"(kLowFraction), [offset] "i"(-int32_t(Upper<double>::kSmallestNormal)),
+        [normals] "i"(Upper<double>::kInf - Upper<double>::kSmallestNormal), [near_one] "i"(kNearOne), [two] "i"(offsetof(LogTable, two)),
         [main] "i"(offsetof(LogTable, main))
       : "cc", "xmm0", "xmm1", LUX_X87_STACK);
   return i;
@@ -137,18 +135,18 @@ static inline void log_scalar(const LogTable& table, const Arrays<double>& array
   double* const dst = arrays.dst1 + i;
   const uint64_t x = load_bits(src), a = magnitude<double>(x);
   const uint32_t upper = uint32_t(x >> 32);
-  // Deliberate: the upper word alone decides what is negative, so these NaNs are.
+  // The upper word alone decides what is negative, so NaNs with that of -infinity are.
   if (a > Format<double>::kInf && upper != kMinusInf) {
     store_bits(dst, quieted<double>(x));
   } else if (a == 0) {
     store_bits(dst, Format<double>::kSign | Format<double>::kInf);
     _ErrorCall(arrays, LUX_POLE, i, status);
   } else if (x != a) {
-    store_bits(dst, kDefaultNaN);
+    store_bits(dst, Format<double>::kDefaultNaN);
     _ErrorCall(arrays, LUX_DOMAIN, i, status);
   } else if (a == Format<double>::kInf) {
     store_bits(dst, x);
-  } else if (upper < kSmallestNormal) {
+  } else if (upper < Upper<double>::kSmallestNormal) {
     *dst = double(times_log2(table.two, load_extended(src)));
   } else if (upper >> 12 == kNearOne) {
     *dst = double(polynomial(table.near_one, load_extended(src) - 1));

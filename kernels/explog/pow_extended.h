@@ -37,7 +37,7 @@ static inline const ExtendedTable& table_anew() {
 // ---- Logarithm of 2^e m; `upper` is a word with the fraction of m's upper word
 
 static inline const auto& cell_of(const ExtendedTable& table, uint32_t upper) {
-  return table.cell[((upper & 0x000FFFFF) + 0x400) >> 11];
+  return table.cell[((upper & Upper<double>::kFraction) + 0x400) >> 11];
 }
 
 // c2 z + ... + c6 z^5
@@ -56,7 +56,7 @@ static inline Log log2_long(const double* m, uint32_t upper, int32_t e) {
   const auto& cell = cell_of(table, upper);
   const long double z = (long double)*m * cell.reciprocal - 1.0f;
   float z_high, high;
-  asm("fsts %0" : "=m"(z_high) : "t"(z));
+  put_copy(&z_high, z);
   const long double head = (long double)z_high * table.c0_high, whole = e + (long double)cell.high;
   put(&high, whole + head);
   const long double left = ((whole - high) + head) + (z - z_high) * table.c0_high;
@@ -115,7 +115,7 @@ static inline long double extended_pow(const double* x, const double* y) {
   }
   e += int32_t(pattern >> kFractionBits);
   double m, y_high;
-  store_bits(&m, (pattern & ((uint64_t(1) << kFractionBits) - 1)) | Format<double>::kOne);
+  store_bits(&m, (pattern & Format<double>::kFraction) | Format<double>::kOne);
   store_bits(&y_high, load_bits(y) & 0xFFFFFFFF00000000u);
   const Log log = log2_long(&m, upper_word(&m), e);
   const long double about = (long double)log.high * *y;

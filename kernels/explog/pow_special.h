@@ -30,7 +30,7 @@ static inline Parity parity(typename Format<E>::Bits a) {
   if (exponent > kFractionBits) return Parity::kEven;
   // The implicit bit stands above the fraction; the exponent field must not be shifted in.
   const auto one = typename Format<E>::Bits(1);
-  const auto significand = (a & ((one << kFractionBits) - 1)) | one << kFractionBits;
+  const auto significand = (a & Format<E>::kFraction) | one << kFractionBits;
   const auto unit = one << (kFractionBits - exponent);
   if (significand & (unit - 1)) return Parity::kNoInteger;
   return significand & unit ? Parity::kOdd : Parity::kEven;
@@ -60,7 +60,7 @@ static inline void pow_special(const Arrays<E>& arrays, const E* exponent, int32
     store_bits(dst, sign | ((a == 0) == falling ? kInf : 0));
     if (a == 0 && falling) _ErrorCall(arrays, LUX_POLE, i, status);
   } else if (x != a && kind == Parity::kNoInteger) {
-    store_bits(dst, kSign | kInf | Format<E>::kQuiet);
+    store_bits(dst, Format<E>::kDefaultNaN);
     _ErrorCall(arrays, LUX_DOMAIN, i, status);
   } else {
     const Bits power = finite(a, exponent);

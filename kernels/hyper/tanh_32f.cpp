@@ -16,22 +16,19 @@
 // Worst error 0.7612 ulp, at 0x3AFDB0D6 (all inputs).
 #include "kernels/frame.h"
 #include "kernels/hyper/generated/tanh_32f_table.h"  // static_const_table
+#include "kernels/screens.h"
 
-constexpr uint32_t kTiny = 0x00800000;     // 2^-126
 constexpr uint32_t kSeries = 0x3A83126F;   // 0.001
 constexpr uint32_t kOneFrom = 0x41200000;  // 10.0
 constexpr uint32_t kInf = Format<float>::kInf;
 
 // False when an element is too small or a NaN.
 static inline bool load_magnitudes(const float* x, float* magnitudes) {
-  uint32_t outside = 0;
-#pragma GCC unroll 4
-  for (int lane = 0; lane < 4; ++lane) {
-    const uint32_t a = magnitude<float>(load_bits(x + lane));
-    outside |= (a - kSeries) | (kInf - a);
+  return none_outside<4>([=](int lane) {
+    const uint32_t a = upper_magnitude(x + lane);
     store_bits(magnitudes + lane, a < kOneFrom ? a : kOneFrom - 1);
-  }
-  return int32_t(outside) >= 0;
+    return outside(a, kSeries, kInf + 1);
+  });
 }
 
 #define TANH_ELEMENT(lane)                   \
@@ -115,7 +112,7 @@ static Status tanh_32f(const float* src, float* dst, int32_t len) {
       },
       [=](int32_t i, Status*) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x), sign = x ^ a;
-        if (a <= kTiny || a > kInf) {
+        if (a <= Format<float>::kSmallestNormal || a > kInf) {
           store_bits(dst + i, quieted<float>(x));
         } else if (a < kSeries) {
           dst[i] = series(src[i]);

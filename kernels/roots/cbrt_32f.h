@@ -11,30 +11,15 @@
 #ifndef LUX_KERNELS_ROOTS_CBRT_32F_H
 #define LUX_KERNELS_ROOTS_CBRT_32F_H
 
-#include <xmmintrin.h>
-
 #include "kernels/frame.h"
-
-constexpr uint32_t kExponent = 0x7F800000;
-constexpr uint32_t kFraction = 0x007FFFFF;
-constexpr uint32_t kOne = 0x3F800000;
-
-static inline __m128 four(uint32_t pattern) {
-  float value;
-  store_bits(&value, pattern);
-  return _mm_set1_ps(value);
-}
+#include "kernels/lanes.h"
 
 // Compares powers of two, zero and infinity only: that raises no flag and depends on no setting.
 static inline bool all_normal(__m128 x) {
-  const __m128 exponents = _mm_and_ps(x, four(kExponent));
+  const __m128 exponents = _mm_and_ps(x, all_lanes(Format<float>::kInf));
   const __m128 special = _mm_or_ps(_mm_cmpeq_ps(exponents, _mm_setzero_ps()),
-                                   _mm_cmpeq_ps(exponents, four(kExponent)));
-  return !_mm_movemask_ps(special);
-}
-
-static inline __m128 significands(__m128 x) {
-  return _mm_or_ps(_mm_and_ps(x, four(kFraction)), four(kOne));
+                                   _mm_cmpeq_ps(exponents, all_lanes(Format<float>::kInf)));
+  return !in_any_lane(special);
 }
 
 template <class Table>
@@ -62,7 +47,7 @@ static inline void cbrt_block(const Table& table, const float* src, __m128 x, fl
   constexpr uint32_t kIndex = kQuadratics<Table> - 1;
   alignas(16) float m[4];
   uint32_t upper, j;
-  _mm_store_ps(m, significands(x));
+  _mm_store_ps(m, significand_of(x));
   asm volatile(CBRT_ELEMENT(0) CBRT_ELEMENT(1) CBRT_ELEMENT(2) CBRT_ELEMENT(3)
                : [upper] "=&r"(upper), [j] "=&r"(j)
                : [m] "o"(m), [src] "r"(src), [dst] "r"(dst), [table] "r"(&table),
@@ -77,7 +62,7 @@ template <class Table>
 static inline int32_t cbrt_blocks(const Table& table, const float* src, float* dst, int32_t i,
                                   int32_t last) {
   for (; i < last; i += 4) {
-    const __m128 x = _mm_loadu_ps(src + i);
+    const __m128 x = load_lanes(src + i);
     if (!all_normal(x)) break;
     cbrt_block(table, src + i, x, dst + i);
   }
@@ -95,7 +80,7 @@ static inline double quadratic(const Table& table, uint32_t x, double m) {
 template <class Table>
 static inline float cbrt_normal(const Table& table, uint32_t x) {
   float m;
-  store_bits(&m, (x & kFraction) | kOne);
+  store_bits(&m, (x & Format<float>::kFraction) | Format<float>::kOne);
   return store_f32(float(quadratic(table, x, m) * table.scaled_factor[x >> 23]));
 }
 

@@ -28,11 +28,6 @@ struct CubeRootTable {
   float low[3 * 256];
 };
 
-// Upper words.
-constexpr uint32_t kSmallestNormal = 0x00100000;             // 2^-1022
-constexpr uint32_t kNormals = 0x7FF00000 - kSmallestNormal;  // how many there are
-constexpr uint32_t kSign = 0x80000000;
-
 constexpr uint32_t kThird = 21846;  // 2^16/3: the product's bits 15 and 14 tell the remainder
 constexpr uint32_t kBias = 341u << 20;
 alignas(16) static const uint64_t kLowFraction[2] = {0x00000FFFFFFFFFFF, 0x00000FFFFFFFFFFF};
@@ -112,9 +107,9 @@ __attribute__((no_sanitize("address", "undefined"))) static inline int32_t cbrt_
       "3:\n\t"
       : [i] "+r"(i), [f] "=o"(f), [thirds] "=o"(thirds), [k] "=&r"(k), [j] "=&r"(j)
       : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&table),
-        [low_fraction] "[k]"(kLowFraction), [smallest] "i"(kSmallestNormal),
-        [normals] "i"(kNormals), [flip] "i"(kInverse ? 0x7FF : 0), [third] "i"(kThird),
-        [bias] "i"(-int32_t(kBias)), [sign] "i"(kSign), [p] "i"(offsetof(CubeRootTable, p)),
+        [low_fraction] "[k]"(kLowFraction), [smallest] "i"(Upper<double>::kSmallestNormal),
+        [normals] "i"(Upper<double>::kInf - Upper<double>::kSmallestNormal), [flip] "i"(kInverse ? 0x7FF : 0), [third] "i"(kThird),
+        [bias] "i"(-int32_t(kBias)), [sign] "i"(kSignUpper), [p] "i"(offsetof(CubeRootTable, p)),
         [reciprocal] "i"(offsetof(CubeRootTable, reciprocal)),
         [high] "i"(offsetof(CubeRootTable, high)), [low] "i"(offsetof(CubeRootTable, low))
       : "cc", "xmm0", "xmm1", LUX_X87_STACK);
@@ -132,7 +127,7 @@ static inline void cbrt_normal(const CubeRootTable& table, uint64_t x, int32_t s
   for (int n = 1; n < 5; ++n) p = p * t + table.p[n];
   *dst = double(p * t * table.high[k] + table.low[k] + table.high[k]);
   const uint32_t power = (thirds >> 16) + shift;
-  reinterpret_cast<WordInMemory*>(dst)[1] += (power << 20) - kBias + (upper & kSign);
+  add_to_upper_word(dst, (power << 20) - kBias + (upper & kSignUpper));
 }
 
 template <bool kInverse>
@@ -155,7 +150,7 @@ static inline Status cbrt_64f(const CubeRootTable& table, const Arrays<double>& 
         const uint64_t x = load_bits(src + i), a = magnitude<double>(x);
         if (a >= Format<double>::kInf || a == 0)
           other(i, x, status);
-        else if (a >> 32 < kSmallestNormal)
+        else if (a < Format<double>::kSmallestNormal)
           cbrt_subnormal<kInverse>(table, src[i], dst + i);
         else
           cbrt_normal<kInverse>(table, x, 0, dst + i);

@@ -9,10 +9,9 @@
 #include "kernels/frame.h"
 #include "kernels/trig/large_argument.h"
 
-constexpr uint32_t kBound =
-    0x40FF4000;  // high word of 128000; infinities and NaNs are above it too
+constexpr uint32_t kBound = 0x40FF4000;  // upper word of 128000; infinities and NaNs are above
 
-static inline bool out_of_range(const double* x) { return (upper_word(x) & 0x7FFFFFFF) >= kBound; }
+static inline bool out_of_range(const double* x) { return upper_magnitude(x) >= kBound; }
 
 // blocks(first, last) stops at the first block with an element out of range or a negative zero,
 // whose sign polynomials lose; in_range(i) computes an element, handler(i, status) takes any.
@@ -82,12 +81,6 @@ constexpr uint32_t kScreenBound = 2 * kBound - 1;
 // What to add to an address in one array for the same element of the other.
 static inline int32_t distance(const double* from, const double* to) {
   return int32_t(uintptr_t(to) - uintptr_t(from));
-}
-
-static inline int32_t nearest(long double x) {
-  int32_t n;
-  asm("fistpl %0" : "=m"(n) : "t"(x) : "st");
-  return n;
 }
 
 #endif

@@ -167,7 +167,7 @@ template <class Grade>
 static void sincos_element(const double* src, double* dst1, double* dst2, int32_t i) {
   const auto& t = static_const_table;
   const long double x = load_extended(src + i);
-  const int32_t n = nearest(x * t.inv_step);
+  const int32_t n = nearest_integer(x * t.inv_step);
   const long double r = x - n * (long double)t.p1 - n * (long double)t.p2 - n * (long double)t.p3;
   const long double u = r * r;
   const Pair &S = t.sine[n & 255], &C = t.sine[(n & 255) + 64];

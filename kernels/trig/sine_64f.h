@@ -143,10 +143,10 @@ template <bool kCosine>
 static void sine_element(const double* src, double* dst, int32_t i) {
   const auto& t = static_const_table;
   const long double x = load_extended(src + i);
-  const int32_t n = nearest((kCosine ? x + t.half_pi : x) * t.inv_pi);
+  const int32_t n = nearest_integer((kCosine ? x + t.half_pi : x) * t.inv_pi);
   const long double m = kCosine ? n - (long double)t.half : n;
   const long double r = x - m * t.p12 - m * t.p3 - m * t.p4, r2 = r * r;
-  const int32_t j = nearest(r * t.rows);
+  const int32_t j = nearest_integer(r * t.rows);
   const double* const c = t.c[j < 0 ? -j : j];
   double* const y = dst + i;
   if (!kCosine && r == 0)
