@@ -24,6 +24,9 @@ struct LogTable {
 
 constexpr uint32_t kMinusInf = Format<float>::kSign | Format<float>::kInf;
 
+// Assembly. Operands: src, dst and the index i of the pair; z, the significands; table; k and j to
+// work with; exponent, an offset in the table; smallest and normals, bounds of the screening.
+
 // k: the element's pattern less that of 2^-126, whose exponent field is one lower.
 #define LOG_LOAD(lane)        \
   "movl 4*" #lane             \
@@ -87,13 +90,17 @@ __attribute__((no_sanitize("address", "undefined"))) static inline int32_t log_p
   return i;
 }
 
-// The steps of a pair for one element.
-static inline float log_normal(const LogTable& table, uint32_t x) {
+__attribute__((no_sanitize("address", "undefined"), noinline)) static void log_element(
+    const LogTable& table, const float* src, float* dst) {
   float z;
-  store_bits(&z, (x & Format<float>::kFraction) | Format<float>::kOne);
-  const auto& c = table.cubic[x >> 15 & 255];
-  const double cubic = ((c.c3 * z + c.c2) * z + c.c1) * z + c.c0;
-  return store_f32(float(cubic + table.exponent[x >> 23]));
+  uint32_t k, j;
+  store_lane(&z, significand_of(load_lane(src)));
+  asm volatile(
+      LOG_LOAD(0) LOG_ELEMENT(0)
+      : [k] "=&r"(k), [j] "=&r"(j)
+      : [src] "r"(src), [dst] "r"(dst), [i] "r"(0), [z] "m"(z), [table] "r"(&table),
+        [exponent] "i"(offsetof(LogTable, exponent)), [smallest] "i"(Format<float>::kSmallestNormal)
+      : "cc", LUX_X87_STACK);
 }
 
 // factor log2(x)
@@ -122,7 +129,7 @@ static inline Status log_32f(const LogTable& table, const float* src, float* dst
         } else if (x == Format<float>::kInf) {
           store_bits(dst + i, x);
         } else if (alone && x >= Format<float>::kSmallestNormal) {
-          dst[i] = log_normal(table, x);
+          log_element(table, src + i, dst + i);
         } else {
           dst[i] = times_log2(table.two, src + i);
         }

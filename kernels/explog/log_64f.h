@@ -15,6 +15,7 @@
 #define LUX_KERNELS_EXPLOG_LOG_64F_H
 
 #include "kernels/frame.h"
+#include "kernels/lanes.h"
 
 struct LogTable {
   struct {
@@ -31,6 +32,9 @@ constexpr uint32_t kNearOne = 0x3FEFF;  // upper 20 bits of 0.998046875 to 1 - 2
 
 alignas(16) static const uint64_t kLowFraction[2] = {0x00000FFFFFFFFFFF, 0x00000FFFFFFFFFFF};
 
+// Assembly. Operands: src, dst and the index i of the pair; f and e, the fractions and exponents;
+// table; k and j to work with; main, an offset in the table; offset, normals and near_one, bounds of
+// the screening.
 #define LOG_SCREEN(lane)            \
   "movl 4+8*" #lane                 \
   "(%[src],%[i],8), %[k]\n\t"       \
@@ -108,18 +112,24 @@ __attribute__((no_sanitize("address", "undefined"))) static inline int32_t log_p
   return i;
 }
 
-static inline long double polynomial(const double (&coefficient)[6], long double t) {
+static inline long double near_one(const double (&coefficient)[6], long double t) {
   long double sum = coefficient[0];
   for (int k = 1; k < 6; ++k) sum = sum * t + coefficient[k];
   return sum * t;
 }
 
-// The steps of a pair for one element.
-static inline long double log_normal(const LogTable& table, uint64_t x) {
-  const auto& interval = table.interval[x >> 44 & 255];
-  const int32_t e = int32_t(x >> 52) - 1023;
-  const long double t = (long double)int64_t(x & kLowFraction[0]) * interval.reciprocal;
-  return polynomial(table.main, t) + ((e * table.two + interval.high) + interval.low);
+// log 2 comes on the stack, where the steps leave it.
+__attribute__((no_sanitize("address", "undefined"), noinline)) static void log_element(
+    const LogTable& table, const double* src, double* dst) {
+  uint64_t f;
+  int32_t e;
+  uint32_t k, j;
+  store_half(&f, _mm_and_ps(load_half(src), load_half(kLowFraction)));
+  asm volatile("fldt %c[two](%[table])\n\t" LOG_ELEMENT(0) "fstp %%st\n\t"
+               : [e] "=m"(e), [k] "=&r"(k), [j] "=&r"(j)
+               : [src] "r"(src), [dst] "r"(dst), [i] "r"(0), [f] "m"(f), [table] "r"(&table),
+                 [two] "i"(offsetof(LogTable, two)), [main] "i"(offsetof(LogTable, main))
+               : "cc", LUX_X87_STACK);
 }
 
 // factor log2(x)
@@ -149,9 +159,9 @@ static inline void log_scalar(const LogTable& table, const Arrays<double>& array
   } else if (upper < Upper<double>::kSmallestNormal) {
     *dst = double(times_log2(table.two, load_extended(src)));
   } else if (upper >> 12 == kNearOne) {
-    *dst = double(polynomial(table.near_one, load_extended(src) - 1));
+    *dst = double(near_one(table.near_one, load_extended(src) - 1));
   } else {
-    *dst = double(log_normal(table, x));
+    log_element(table, src, dst);
   }
 }
 

@@ -11,6 +11,14 @@
 #include "kernels/roots/cbrt_32f.h"
 #include "kernels/roots/generated/cbrt_32f_table.h"  // static_const_table
 
+// The interval comes from a single's pattern.
+static inline double quadratic(uint32_t x, double m) {
+  constexpr uint32_t kIndex = kQuadratics<decltype(static_const_table)> - 1;
+  const uint32_t j = x >> (23 - __builtin_popcount(kIndex)) & kIndex;
+  const auto& table = static_const_table;
+  return (table.c2[j] * m + table.c1[j]) * m + table.c0[j];
+}
+
 // The significand is that of y, everything else comes from y rounded to a single. The biased
 // exponent times 64 kThird is a third of it in units of 2^-23: the quotient stands in the exponent
 // field, and bits 20 and 19 tell the remainder, 00, 01 or 10.
@@ -25,8 +33,8 @@ __attribute__((noinline, cold)) static float cbrt_subnormal(float x) {
   store_words(&m, {words.lower, (words.upper & Upper<double>::kFraction) | Upper<double>::kOne});
   float scale;
   store_bits(&scale, (u & Format<float>::kSign) | ((third + kBias) & Format<float>::kInf));
-  return store_f32(float(quadratic(static_const_table, u, m) *
-                         static_const_table.subnormal_factor[third >> 19 & 3] * scale));
+  return store_f32(
+      float(quadratic(u, m) * static_const_table.subnormal_factor[third >> 19 & 3] * scale));
 }
 
 static Status cbrt_32f(const float* src, float* dst, int32_t len) {
@@ -41,7 +49,7 @@ static Status cbrt_32f(const float* src, float* dst, int32_t len) {
         else if (a < Format<float>::kSmallestNormal)
           dst[i] = cbrt_subnormal(src[i]);
         else
-          dst[i] = cbrt_normal(static_const_table, x);
+          cbrt_element(static_const_table, src + i, dst + i);
       });
 }
 

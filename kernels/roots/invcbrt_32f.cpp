@@ -112,8 +112,11 @@ static Status table_driven(const float* src, float* dst, int32_t len) {
       arrays, len,
       [=](int32_t i, int32_t last) { return cbrt_blocks(static_const_table, src, dst, i, last); },
       [&](int32_t i, Status* status) {
-        inverse_cube_root(arrays, i, status,
-                          [](uint32_t x, float* y) { *y = cbrt_normal(static_const_table, x); });
+        inverse_cube_root(arrays, i, status, [](uint32_t x, float* y) {
+          float normal;
+          store_bits(&normal, x);
+          cbrt_element(static_const_table, &normal, y);
+        });
       });
 }
 
