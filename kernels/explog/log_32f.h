@@ -12,6 +12,7 @@
 #define LUX_KERNELS_EXPLOG_LOG_32F_H
 
 #include "kernels/frame.h"
+#include "kernels/explog/times_log2.h"
 #include "kernels/lanes.h"
 
 struct LogTable {
@@ -103,13 +104,6 @@ __attribute__((no_sanitize("address", "undefined"), noinline)) static void log_e
       : "cc", LUX_X87_STACK);
 }
 
-// factor log2(x)
-static inline float times_log2(long double factor, const float* x) {
-  long double y;
-  asm("fyl2x" : "=t"(y) : "0"(load_extended(x)), "u"(factor) : "st(1)");
-  return store_f32(float(y));
-}
-
 static inline Status log_32f(const LogTable& table, const float* src, float* dst, int32_t len) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<X87Nearest<X87_DOUBLE>, 2>(
@@ -131,7 +125,7 @@ static inline Status log_32f(const LogTable& table, const float* src, float* dst
         } else if (alone && x >= Format<float>::kSmallestNormal) {
           log_element(table, src + i, dst + i);
         } else {
-          dst[i] = times_log2(table.two, src + i);
+          dst[i] = store_f32(float(times_log2(table.two, load_extended(src + i))));
         }
       });
 }

@@ -15,6 +15,7 @@
 #define LUX_KERNELS_EXPLOG_LOG_64F_H
 
 #include "kernels/frame.h"
+#include "kernels/explog/times_log2.h"
 #include "kernels/lanes.h"
 
 struct LogTable {
@@ -130,13 +131,6 @@ __attribute__((no_sanitize("address", "undefined"), noinline)) static void log_e
                : [src] "r"(src), [dst] "r"(dst), [i] "r"(0), [f] "m"(f), [table] "r"(&table),
                  [two] "i"(offsetof(LogTable, two)), [main] "i"(offsetof(LogTable, main))
                : "cc", LUX_X87_STACK);
-}
-
-// factor log2(x)
-static inline long double times_log2(long double factor, long double x) {
-  long double y;
-  asm("fyl2x" : "=t"(y) : "0"(x), "u"(factor) : "st(1)");
-  return y;
 }
 
 static inline void log_scalar(const LogTable& table, const Arrays<double>& arrays, int32_t i,

@@ -22,6 +22,7 @@
 
 #include "kernels/frame.h"
 #include "kernels/explog/generated/pow_64f_table.h"  // extended_table
+#include "kernels/two_parts.h"
 
 using ExtendedTable = decltype(extended_table);
 
@@ -90,16 +91,11 @@ struct ScaledPower {
 };
 
 template <bool kLong>
-static inline long double entry(const Pair& pair) {
-  return kLong ? (long double)pair.high + pair.low : (long double)pair.high;
-}
-
-template <bool kLong>
 static inline ScaledPower exp2_of(const GridPoint& t) {
   const ExtendedTable& table = table_anew();
   const int32_t k = int32_t(load_words(&t.grid).lower);
   const long double power =
-      entry<kLong>(table.coarse[k >> 7 & 63]) * entry<kLong>(table.fine[k & 127]);
+      value_of<kLong>(table.coarse[k >> 7 & 63]) * value_of<kLong>(table.fine[k & 127]);
   return {((table.e[0] * t.r + table.e[1]) * t.r + table.e[2]) * t.r * power + power, k};
 }
 

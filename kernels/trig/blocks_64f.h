@@ -36,7 +36,10 @@ static inline Status run_in_range(const Arrays<double>& arrays, int32_t len, Blo
       });
 }
 
-// Assembly: counts the element with this high word unless blocks leave it out. The word is doubled;
+// Assembly. Operands: src and its end; table with inv_step, p1, p2 and p3, offsets in it; bound,
+// which is kScreenBound; word and count to work with.
+
+// Counts the element with this high word unless blocks leave it out. The word is doubled;
 // the sign that falls out of it is subtracted, and -0 wraps around.
 #define LUX_SCREEN(high)       \
   "movl " high                 \
