@@ -35,6 +35,9 @@ __attribute__((noinline)) static bool product_in_range(const double* d) {
   return __builtin_isgreater(p, kProductTooSmall) && __builtin_isless(p, kProductTooLarge);
 }
 
+// Assembly. Operands: d, the divisors, and q, the results, of four elements; each `times` is empty,
+// or multiplies what is on top of the stack by its dividend.
+//
 // Pairs are computed before they are stored, for the destination may be a source.
 #define RECIPROCALS(times0, times1, times2, times3)      \
   "fldl (%[d])\n\t"                                      \

@@ -3,7 +3,8 @@
 // erf of single-precision arrays, as x times a polynomial for erf(a)/a, a = |x|, chosen by cell.
 //
 //   A24        k = round(64 a), cubics in a itself on the x87 unit at 53-bit precision
-//   A21, A11   k = round(32 a), r = a - k/32 exactly; packed cubics, or their two lowest terms, in r
+//   A21, A11   k = round(32 a), r = a - k/32 exactly; packed cubics in r, or their two lowest
+//              terms
 //
 // Magnitudes from 4 on are taken for 4: erf rounds to 1 from 3.9192 on. The sign comes with the
 // last factor, which is subnormal itself where the result is: that is rounded once. Packed

@@ -24,8 +24,8 @@ constexpr uint32_t kUnderflow = 0x42CFF1B4;    // 103.97207641601562: e^-x is th
 // work with; d2, d1 and shifter, offsets in the table.
 
 // st: log2(e); on top of it comes the power, to be multiplied by 2^floor(k/64), whose exponent is
-// left in `scale`, in place. The index arithmetic works on the bits of u: 0x48400000 + k, whose upper
-// part vanishes when k / 64 is shifted into the exponent field.
+// left in `scale`, in place. The index arithmetic works on the bits of u: 0x48400000 + k, whose
+// upper part vanishes when k / 64 is shifted into the exponent field.
 #define EXP_POWER(lane)             \
   "flds 4*" #lane                   \
   "(%[src])\n\t"                    \

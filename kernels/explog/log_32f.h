@@ -84,8 +84,9 @@ __attribute__((no_sanitize("address", "undefined"))) static inline int32_t log_p
       "jl 1b\n"
       "3:\n\t"
       : [i] "+r"(i), [z] "=o"(z), [k] "=&r"(k), [j] "=&r"(j)
-      : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&table), [split] "[k]"(kSplit),
-        [exponent] "i"(offsetof(LogTable, exponent)), [smallest] "i"(Format<float>::kSmallestNormal),
+      : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&table),
+        [split] "[k]"(kSplit), [exponent] "i"(offsetof(LogTable, exponent)),
+        [smallest] "i"(Format<float>::kSmallestNormal),
         [normals] "i"(Format<float>::kInf - Format<float>::kSmallestNormal)
       : "cc", "xmm0", "xmm1", "xmm2", LUX_X87_STACK);
   return i;

@@ -34,8 +34,8 @@ constexpr uint32_t kNearOne = 0x3FEFF;  // upper 20 bits of 0.998046875 to 1 - 2
 alignas(16) static const uint64_t kLowFraction[2] = {0x00000FFFFFFFFFFF, 0x00000FFFFFFFFFFF};
 
 // Assembly. Operands: src, dst and the index i of the pair; f and e, the fractions and exponents;
-// table; k and j to work with; main, an offset in the table; offset, normals and near_one, bounds of
-// the screening.
+// table; k and j to work with; main, an offset in the table; offset, normals and near_one, bounds
+// of the screening.
 #define LOG_SCREEN(lane)            \
   "movl 4+8*" #lane                 \
   "(%[src],%[i],8), %[k]\n\t"       \
@@ -107,8 +107,8 @@ __attribute__((no_sanitize("address", "undefined"))) static inline int32_t log_p
       : [i] "+r"(i), [f] "=o"(f), [e] "=o"(e), [k] "=&r"(k), [j] "=&r"(j)
       : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&table),
         [low_fraction] "[k]"(kLowFraction), [offset] "i"(-int32_t(Upper<double>::kSmallestNormal)),
-        [normals] "i"(Upper<double>::kInf - Upper<double>::kSmallestNormal), [near_one] "i"(kNearOne), [two] "i"(offsetof(LogTable, two)),
-        [main] "i"(offsetof(LogTable, main))
+        [normals] "i"(Upper<double>::kInf - Upper<double>::kSmallestNormal),
+        [near_one] "i"(kNearOne), [two] "i"(offsetof(LogTable, two)), [main] "i"(offsetof(LogTable, main))
       : "cc", "xmm0", "xmm1", LUX_X87_STACK);
   return i;
 }

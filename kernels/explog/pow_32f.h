@@ -38,7 +38,6 @@
 
 #include "kernels/grid.h"
 #include "kernels/lanes.h"
-#include "kernels/screens.h"
 #include "kernels/explog/generated/pow_32f_table.h"  // static_const_table
 #include "kernels/explog/pow_extended.h"
 #include "kernels/explog/pow_special.h"
@@ -48,24 +47,6 @@ constexpr uint32_t kLargeExponent = 0x4F000000;  // 2^31
 
 // Of an exponent, in the sign bit: too large, or a NaN.
 static inline uint32_t too_large(const float* y) { return kLargeExponent - 1 - upper_magnitude(y); }
-
-template <int kCount>
-static inline uint32_t any_too_large(EachExponent<float> y, int32_t i) {
-  uint32_t any = 0;
-  for (int lane = 0; lane < kCount; ++lane) any |= too_large(y.at(i + lane));
-  return any;
-}
-template <int>
-static inline uint32_t any_too_large(OneExponent<float> y, int32_t) {
-  return too_large(y.y);
-}
-
-template <int kCount, class Exponent>
-static inline bool in_domain(const float* x, Exponent y, int32_t i) {
-  uint32_t any = any_too_large<kCount>(y, i);
-  for (int lane = 0; lane < kCount; ++lane) any |= outside_positive_normal(x + i + lane);
-  return !sign_bit(any);
-}
 
 // ---- x87
 
@@ -134,12 +115,13 @@ static Status pow_x87(const Arrays<float>& arrays, Exponent y, int32_t len) {
   return run_kernel<X87Nearest<X87_DOUBLE>, kBlock>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        while (i < last && in_domain<kBlock>(x, y, i) && x87_ordinary<kBlock>(x, y, dst, i))
+        while (i < last && in_domain<kBlock, too_large>(x, y, i) &&
+               x87_ordinary<kBlock>(x, y, dst, i))
           i += kBlock;
         return i;
       },
       [&](int32_t i, Status* status) {
-        if (!in_domain<1>(x, y, i) || !x87_ordinary<1>(x, y, dst, i))
+        if (!in_domain<1, too_large>(x, y, i) || !x87_ordinary<1>(x, y, dst, i))
           pow_special(arrays, y.at(i), i, status, finite_pow);
       });
 }
@@ -239,7 +221,7 @@ static inline __m128 four_exponents(OneExponent<float> y, int32_t) {
 template <class Grade, class Exponent>
 static inline int32_t packed_blocks(const float* x, Exponent y, float* dst, int32_t i,
                                     int32_t last) {
-  for (; i < last && in_domain<kBlock>(x, y, i); i += kBlock) {
+  for (; i < last && in_domain<kBlock, too_large>(x, y, i); i += kBlock) {
     const Split a = Grade::product(load_lanes(x + i), four_exponents(y, i));
     const Split b = Grade::product(load_lanes(x + i + 4), four_exponents(y, i + 4));
     if (!in_range(a.whole) || !in_range(b.whole)) break;
@@ -269,7 +251,7 @@ static Status pow_packed(const Arrays<float>& arrays, Exponent y, int32_t len) {
       arrays, len,
       [=](int32_t i, int32_t last) { return packed_blocks<Grade>(x, y, dst, i, last); },
       [&](int32_t i, Status* status) {
-        if (!in_domain<1>(x, y, i) || !packed_element<Grade>(x + i, y.at(i), dst + i))
+        if (!in_domain<1, too_large>(x, y, i) || !packed_element<Grade>(x + i, y.at(i), dst + i))
           pow_special(arrays, y.at(i), i, status, finite_pow);
       });
 }

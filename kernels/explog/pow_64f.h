@@ -22,7 +22,6 @@
 #include "kernels/explog/pow_extended.h"
 #include "kernels/explog/pow_special.h"
 #include "kernels/lanes.h"
-#include "kernels/screens.h"
 
 constexpr int32_t kBlock = 4;
 // Upper words.
@@ -36,24 +35,6 @@ static const BitLanes kUpperWords = {{0, ~0u, 0, ~0u}};
 // Of an exponent, in the sign bit: out of bounds.
 static inline uint32_t exponent_outside(const double* y) {
   return outside(upper_magnitude(y), kSmallExponent, kLargeExponent);
-}
-
-template <int kCount>
-static inline uint32_t any_exponent_outside(EachExponent<double> y, int32_t i) {
-  uint32_t any = 0;
-  for (int lane = 0; lane < kCount; ++lane) any |= exponent_outside(y.at(i + lane));
-  return any;
-}
-template <int>
-static inline uint32_t any_exponent_outside(OneExponent<double> y, int32_t) {
-  return exponent_outside(y.y);
-}
-
-template <int kCount, class Exponent>
-static inline bool in_domain(const double* x, Exponent y, int32_t i) {
-  uint32_t any = any_exponent_outside<kCount>(y, i);
-  for (int lane = 0; lane < kCount; ++lane) any |= outside_positive_normal(x + i + lane);
-  return !sign_bit(any);
 }
 
 static inline int32_t exponent_of(uint32_t upper) { return int32_t(upper >> 20) - 1023; }
@@ -155,16 +136,17 @@ static Status pow_64f(const Arrays<double>& arrays, Exponent y, int32_t len) {
   return run_kernel<X87Nearest<X87_EXTENDED>, kBlock>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        if (i == last || !in_domain<kBlock>(x, y, i))
+        if (i == last || !in_domain<kBlock, exponent_outside>(x, y, i))
           return i;  // it may not be possible to split y
         const auto parts = split(y);
-        while (i < last && in_domain<kBlock>(x, y, i) &&
+        while (i < last && in_domain<kBlock, exponent_outside>(x, y, i) &&
                pow_ordinary<kLong, kBlock>(x, parts, dst, i))
           i += kBlock;
         return i;
       },
       [&](int32_t i, Status* status) {
-        if (!in_domain<1>(x, y, i) || !pow_ordinary<kLong, 1>(x, split(y), dst, i))
+        if (!in_domain<1, exponent_outside>(x, y, i) ||
+            !pow_ordinary<kLong, 1>(x, split(y), dst, i))
           pow_special(arrays, y.at(i), i, status, finite_pow);
       });
 }

@@ -5,6 +5,7 @@
 #define LUX_KERNELS_EXPLOG_POW_SPECIAL_H
 
 #include "kernels/frame.h"
+#include "kernels/screens.h"
 
 // Where the exponent of element i stands: in an array, or once for all.
 template <class E>
@@ -18,6 +19,27 @@ struct OneExponent {
   const E* y;
   const E* at(int32_t) const { return y; }
 };
+
+// A screen's word for exponents, joined.
+template <int kCount, auto kOutside, class E>
+static inline uint32_t any_outside(EachExponent<E> y, int32_t i) {
+  uint32_t any = 0;
+  for (int lane = 0; lane < kCount; ++lane) any |= kOutside(y.at(i + lane));
+  return any;
+}
+template <int, auto kOutside, class E>
+static inline uint32_t any_outside(OneExponent<E> y, int32_t) {
+  return kOutside(y.y);
+}
+
+// Whether the kernels' own steps serve kCount elements: the bases are positive normal numbers, and
+// kOutside says of no exponent that it is too small or too large.
+template <int kCount, auto kOutside, class E, class Exponent>
+static inline bool in_domain(const E* x, Exponent y, int32_t i) {
+  uint32_t any = any_outside<kCount, kOutside>(y, i);
+  for (int lane = 0; lane < kCount; ++lane) any |= outside_positive_normal(x + i + lane);
+  return !sign_bit(any);
+}
 
 enum class Parity { kNoInteger, kEven, kOdd };
 

@@ -12,8 +12,9 @@
 // starts three a cycle, no less than 1.29 cycles an element.
 //
 // Of an eight that holds a zero, a subnormal, a negative number, an infinity or a NaN, every
-// element is computed on the x87 unit as 1 / sqrt(x), under the caller's precision and
-// rounding, since this kernel leaves that unit's control word alone; its zeros are reported before its negative numbers.
+// element is computed on the x87 unit as 1 / sqrt(x), under the caller's precision and rounding,
+// since this kernel leaves that unit's control word alone; the zeros of such an eight are reported
+// before its negative numbers.
 //
 // Worst error 0.9846 ulp, at 0x0085B984 (every input, with the estimate of an Intel Xeon 6/207).
 #include "kernels/roots/root_32f.h"

@@ -44,6 +44,9 @@ static inline void store_reduced(__m128 pair, double* z, double* v) {
   store_pair(v, masked(pair, kFractionsAndParity, kHalfFields));
 }
 
+// Assembly. Operands: src and dst, the block; z0 to z3 and v0 to v3, in memory; table; k and j to
+// work with; c2, c1, c0, parity and three, offsets in the table. `root` is one of the two FINISH
+// macros.
 #define ROOT_ELEMENT(lane, root)                        \
   "movl 4+8*" #lane                                     \
   "(%[src]), %[k]\n\t"                                  \

@@ -123,7 +123,7 @@
   "2:\n\t"                              \
   LUX_SCREEN_BLOCK
 
-#define ONE_ELEMENT(grade) \
+#define ONE_ELEMENT(grade)            \
   LUX_STEPS("(%[src])", "%[n0]", "")  \
   LUX_REDUCE("(%[src])", "%[n0]", "") \
   ELEMENT(0, "%[n0]", grade)
@@ -135,19 +135,18 @@
     using Table = decltype(static_const_table);                                                 \
     int32_t n[4];                                                                               \
     uint32_t word, count;                                                                       \
-    asm volatile(                                                                               \
-        instructions                                                                            \
-        : [src] "+r"(at), [n0] "=m"(n[0]), [n1] "=m"(n[1]), [n2] "=m"(n[2]), [n3] "=m"(n[3]),   \
-          [word] "=&r"(word), [count] "=&r"(count)                                              \
-        : [dst1] "r"(distance(src, dst1)), [dst2] "r"(distance(src, dst2)), [end] "m"(end),     \
-          [table] "r"(&static_const_table), [bound] "i"(kScreenBound),                          \
-          [inv_step] "i"(offsetof(Table, inv_step)), [p1] "i"(offsetof(Table, p1)),             \
-          [p2] "i"(offsetof(Table, p2)), [p3] "i"(offsetof(Table, p3)),                         \
-          [s53] "i"(offsetof(Table, s53)), [c53] "i"(offsetof(Table, c53)),                     \
-          [s50] "i"(offsetof(Table, s50)), [c50] "i"(offsetof(Table, c50)),                     \
-          [one] "i"(offsetof(Table, one)), [sine] "i"(offsetof(Table, sine)),                   \
-          [cosine] "i"(offsetof(Table, sine[64]))                                               \
-        : "cc", LUX_X87_STACK);                                                                 \
+    asm volatile(instructions                                                                   \
+                 : [src] "+r"(at), [n0] "=m"(n[0]), [n1] "=m"(n[1]), [n2] "=m"(n[2]),           \
+                   [n3] "=m"(n[3]), [word] "=&r"(word), [count] "=&r"(count)                    \
+                 : [dst1] "r"(distance(src, dst1)), [dst2] "r"(distance(src, dst2)),            \
+                   [end] "m"(end), [table] "r"(&static_const_table), [bound] "i"(kScreenBound), \
+                   [inv_step] "i"(offsetof(Table, inv_step)), [p1] "i"(offsetof(Table, p1)),    \
+                   [p2] "i"(offsetof(Table, p2)), [p3] "i"(offsetof(Table, p3)),                \
+                   [s53] "i"(offsetof(Table, s53)), [c53] "i"(offsetof(Table, c53)),            \
+                   [s50] "i"(offsetof(Table, s50)), [c50] "i"(offsetof(Table, c50)),            \
+                   [one] "i"(offsetof(Table, one)), [sine] "i"(offsetof(Table, sine)),          \
+                   [cosine] "i"(offsetof(Table, sine[64]))                                      \
+                 : "cc", LUX_X87_STACK);                                                        \
   }
 
 struct A53 {};
