@@ -20,6 +20,9 @@ struct Format<float> {
   static constexpr Bits kInf = 0x7F800000u;
   static constexpr Bits kOne = 0x3F800000u;
   static constexpr Bits kQuiet = 0x00400000u;
+  static constexpr Bits kDefaultNaN = 0xFFC00000u;
+  static constexpr Bits kFraction = 0x007FFFFFu;
+  static constexpr Bits kSmallestNormal = 0x00800000u;  // 2^-126
 };
 
 template <>
@@ -31,6 +34,9 @@ struct Format<double> {
   static constexpr Bits kInf = 0x7FF0000000000000u;
   static constexpr Bits kOne = 0x3FF0000000000000u;
   static constexpr Bits kQuiet = 0x0008000000000000u;
+  static constexpr Bits kDefaultNaN = 0xFFF8000000000000u;
+  static constexpr Bits kFraction = 0x000FFFFFFFFFFFFFu;
+  static constexpr Bits kSmallestNormal = 0x0010000000000000u;  // 2^-1022
 };
 
 // Patterns travel between memory and integer registers only: a signalling NaN that passes through
@@ -94,13 +100,36 @@ static inline uint32_t upper_word(const E* from) {
   return reinterpret_cast<const WordInMemory*>(from)[sizeof(E) / 4 - 1];
 }
 
-constexpr uint32_t kSignUpper = 0x80000000;
+// Of a pattern.
+template <class E>
+static constexpr uint32_t upper_of(typename Format<E>::Bits pattern) {
+  return uint32_t(pattern >> (8 * sizeof(pattern) - 32));
+}
 
-static inline uint32_t upper_magnitude(const double* x) { return upper_word(x) & ~kSignUpper; }
+constexpr uint32_t kSignUpper = 0x80000000;  // of either type
+
+template <class E>
+struct Upper {
+  static constexpr uint32_t kInf = upper_of<E>(Format<E>::kInf);
+  static constexpr uint32_t kOne = upper_of<E>(Format<E>::kOne);
+  static constexpr uint32_t kFraction = upper_of<E>(Format<E>::kFraction);
+  static constexpr uint32_t kSmallestNormal = upper_of<E>(Format<E>::kSmallestNormal);
+};
+
+template <class E>
+static inline uint32_t upper_magnitude(const E* x) {
+  return upper_word(x) & ~kSignUpper;
+}
 
 template <class E>
 static inline void set_upper_bits(E* to, uint32_t bits) {
   reinterpret_cast<WordInMemory*>(to)[sizeof(E) / 4 - 1] |= bits;
+}
+
+// An exponent is added in place to multiply a stored normal number by a power of two.
+template <class E>
+static inline void add_to_upper_word(E* to, uint32_t addend) {
+  reinterpret_cast<WordInMemory*>(to)[sizeof(E) / 4 - 1] += addend;
 }
 
 // A load from this address and no other: compilers like to load a copy made word by word, which
@@ -117,6 +146,11 @@ static inline long double load_extended(const double* from) {
   return value;
 }
 
+template <class E>
+static inline long double magnitude_of(const E* x) {
+  return __builtin_fabsl(load_extended(x));
+}
+
 // A bare store: the compiler must neither round in passing nor keep a copy that is not rounded.
 static inline void put(float* to, long double value) {
   asm("fstps %0" : "=m"(*to) : "t"(value) : "st");
@@ -124,6 +158,26 @@ static inline void put(float* to, long double value) {
 
 static inline void put(double* to, long double value) {
   asm("fstpl %0" : "=m"(*to) : "t"(value) : "st");
+}
+
+// The same; the value stays on the stack.
+static inline void put_copy(float* to, long double value) {
+  asm("fsts %0" : "=m"(*to) : "t"(value));
+}
+
+static inline void put_copy(double* to, long double value) {
+  asm("fstl %0" : "=m"(*to) : "t"(value));
+}
+
+// The nearest integer, in the rounding direction of the control word.
+static inline void put(int32_t* to, long double value) {
+  asm("fistpl %0" : "=m"(*to) : "t"(value) : "st");
+}
+
+static inline int32_t nearest_integer(long double value) {
+  int32_t n;
+  put(&n, value);
+  return n;
 }
 
 // An x87 register holds more than its C++ type says. Passing through memory rounds to the type.

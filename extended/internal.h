@@ -51,12 +51,6 @@ static inline bool is_finite(const double& x) {
 
 // ---- Small steps that the complex functions have in common.
 
-static inline int32_t nearest_integer(long double x) {
-  int32_t n;
-  asm("fistpl %0" : "=m"(n) : "t"(x) : "st");
-  return n;
-}
-
 static inline Lux64fc rounded(long double re, long double im) {
   return {store_f64(double(re)), store_f64(double(im))};
 }

@@ -26,19 +26,21 @@ struct Arrays {
   E *dst1, *dst2;
 };
 
-static inline void call_error(const Arrays<float>& a, Status code, int32_t index) {
-  noxsError(code, index, a.src1, a.src2, a.dst1, a.dst2, _NOX_THISFUNC_NAME);
+static inline void call_error(const Arrays<float>& a, Status code, int32_t index,
+                              const char* name) {
+  noxsError(code, index, a.src1, a.src2, a.dst1, a.dst2, name);
 }
 
-static inline void call_error(const Arrays<double>& a, Status code, int32_t index) {
-  noxdError(code, index, a.src1, a.src2, a.dst1, a.dst2, _NOX_THISFUNC_NAME);
+static inline void call_error(const Arrays<double>& a, Status code, int32_t index,
+                              const char* name) {
+  noxdError(code, index, a.src1, a.src2, a.dst1, a.dst2, name);
 }
 
 // Reports an element whose result is stored already. The last code reported is the call's status.
 template <class E>
 __attribute__((noinline, cold)) static void _ErrorCall(const Arrays<E>& arrays, Status code,
                                                        int32_t index, Status* status) {
-  call_error(arrays, code, index);
+  call_error(arrays, code, index, _NOX_THISFUNC_NAME);
   *status = code;
 }
 
@@ -54,10 +56,10 @@ struct X87Nearest {
   void leave() const { x87_leave(caller, kPrecision); }
 };
 
-// Both units under the control words that the results need.
+template <X87Precision kPrecision>
 struct BothNearest {
   SseNearest sse;
-  X87Nearest<X87_DOUBLE> x87;
+  X87Nearest<kPrecision> x87;
   void leave() const {
     x87.leave();
     sse.leave();

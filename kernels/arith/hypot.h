@@ -17,10 +17,9 @@
 #ifndef LUX_KERNELS_ARITH_HYPOT_H
 #define LUX_KERNELS_ARITH_HYPOT_H
 
-#include <xmmintrin.h>
-
 #include "kernels/frame.h"
 #include "kernels/arith/generated/hypot_table.h"  // _noxdSqrtHATab
+#include "kernels/lanes.h"
 
 // So many that every step has another element's work to do while it waits for the one before it.
 constexpr int32_t kBlock = 8;
@@ -32,36 +31,28 @@ struct Ordinary;
 
 // ---- Screening
 
-static inline __m128 upper_words(const float* four) { return _mm_loadu_ps(four); }
+static inline __m128 upper_words(const float* four) { return load_lanes(four); }
 static inline __m128 upper_words(const double* four) {
-  const float* const words = reinterpret_cast<const float*>(four);
-  return _mm_shuffle_ps(_mm_loadu_ps(words), _mm_loadu_ps(words + 4), _MM_SHUFFLE(3, 1, 3, 1));
-}
-
-static inline __m128 everywhere(uint32_t pattern) {
-  float value;
-  store_bits(&value, pattern);
-  return _mm_set1_ps(value);
+  return _mm_shuffle_ps(load_pair(four), load_pair(four + 2), _MM_SHUFFLE(3, 1, 3, 1));
 }
 
 // Compares powers of two, zero and infinity only: that raises no flag and depends on no setting.
 template <class E>
 static inline bool all_ordinary(const E* x, const E* y) {
-  const __m128 exponents = everywhere(Format<float>::kInf);
-  __m128 outside = _mm_setzero_ps();
+  const __m128 exponents = all_lanes(Format<float>::kInf);
+  __m128 special = _mm_setzero_ps();
   for (int i = 0; i < kBlock; i += 4) {
     const __m128 larger = _mm_max_ps(_mm_and_ps(upper_words(x + i), exponents),
                                      _mm_and_ps(upper_words(y + i), exponents));
-    outside = _mm_or_ps(outside, _mm_cmplt_ps(larger, everywhere(Ordinary<E>::kLow)));
-    outside = _mm_or_ps(outside, _mm_cmpge_ps(larger, everywhere(Ordinary<E>::kHigh)));
+    special = _mm_or_ps(special, _mm_cmplt_ps(larger, all_lanes(Ordinary<E>::kLow)));
+    special = _mm_or_ps(special, _mm_cmpge_ps(larger, all_lanes(Ordinary<E>::kHigh)));
   }
-  return !_mm_movemask_ps(outside);
+  return !in_any_lane(special);
 }
 
 template <class E>
 static inline bool is_ordinary(const E* x, const E* y) {
-  const uint32_t a = upper_word(x) & ~Format<float>::kSign,
-                 b = upper_word(y) & ~Format<float>::kSign;
+  const uint32_t a = upper_magnitude(x), b = upper_magnitude(y);
   const uint32_t larger = a > b ? a : b;
   return Ordinary<E>::kLow <= larger && larger < Ordinary<E>::kHigh;
 }
@@ -71,26 +62,18 @@ static inline bool is_ordinary(const E* x, const E* y) {
 // Of a double's upper word: the parity of its exponent above the top eight fraction bits.
 static inline uint32_t seed_index(uint32_t upper) { return (upper >> 12 & 0x1FF) ^ 0x100; }
 
-template <class E>
-static inline void add_to_upper_word(E* to, uint32_t addend) {
-  reinterpret_cast<WordInMemory*>(to)[sizeof(E) / 4 - 1] += addend;
-}
-
 // Half the exponent less the parity, in place in an upper word.
 static inline uint32_t half_exponent(uint32_t upper) {
-  return uint32_t(int32_t(upper - 0x3FF00000) >> 1) & 0xFFF00000;
+  return uint32_t(int32_t(upper - Upper<double>::kOne) >> 1) & ~Upper<double>::kFraction;
 }
 
 // M. A double that was stored in halves can only be loaded after a long wait, so packed logic makes
 // it.
 static inline void store_significand(double* m, const double* d, uint32_t parity) {
-  static const uint64_t kFraction = 0x000FFFFFFFFFFFFFu;
-  const auto load = [](const void* from) {
-    return _mm_loadl_pi(_mm_setzero_ps(), static_cast<const __m64*>(from));
-  };
-  const __m128 pattern =
-      _mm_or_ps(_mm_and_ps(load(d), load(&kFraction)), load(&_noxdSqrtHATab.parity[parity]));
-  _mm_storel_pi(reinterpret_cast<__m64*>(m), pattern);
+  static const uint64_t fraction = Format<double>::kFraction;
+  const __m128 pattern = _mm_or_ps(_mm_and_ps(load_half(d), load_half(&fraction)),
+                                   load_half(&_noxdSqrtHATab.parity[parity]));
+  store_half(m, pattern);
 }
 
 // sqrt(M) of each D, in [1, 2].
@@ -145,7 +128,7 @@ static inline void hypot_ordinary(const E* x, const E* y, E* dst) {
 }
 
 // Any exponents. The bits of D are read as they are, also those of infinity and of a subnormal:
-// deliberate, the reference lists what comes of it.
+// so the results of such sums are what the steps make of them, and the reference lists them.
 template <class E>
 static inline E scaled_root(const double* d, int32_t scaled_up) {
   double root;
@@ -177,8 +160,7 @@ static inline void any_sum_of_squares(long double x, long double y, double* d) {
 
 static inline double finite_hypot(const double* x, const double* y) {
   constexpr uint32_t kTiny = 500 << 20;  // 2^-523
-  const bool tiny = (upper_word(x) & ~Format<float>::kSign) < kTiny &&
-                    (upper_word(y) & ~Format<float>::kSign) < kTiny;
+  const bool tiny = upper_magnitude(x) < kTiny && upper_magnitude(y) < kTiny;
   const double scale = tiny ? 0x1p+1000 : 1.0;
   double d;
   any_sum_of_squares(*x * scale, *y * scale, &d);

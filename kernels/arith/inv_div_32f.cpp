@@ -5,8 +5,6 @@
 //
 // Zero divisors are reported as poles. The packed test only finds blocks to look at: under
 // denormals-are-zero it takes subnormals for zeros, and the report goes by the bits.
-#include <xmmintrin.h>
-
 #include "kernels/frame.h"
 #include "kernels/lanes.h"
 
@@ -18,16 +16,16 @@ template <class Numerator>
 static inline int32_t divide_blocks(Numerator numerator, const float* divisor, float* dst,
                                     int32_t i, int32_t last) {
   for (; i + 4 < last; i += 8) {
-    const __m128 d0 = _mm_loadu_ps(divisor + i), d1 = _mm_loadu_ps(divisor + i + 4);
-    if (_mm_movemask_ps(_mm_or_ps(zero_lanes(d0), zero_lanes(d1)))) break;
-    const __m128 q0 = _mm_div_ps(numerator(i), d0), q1 = _mm_div_ps(numerator(i + 4), d1);
-    _mm_storeu_ps(dst + i, q0);
-    _mm_storeu_ps(dst + i + 4, q1);
+    const __m128 d0 = load_lanes(divisor + i), d1 = load_lanes(divisor + i + 4);
+    if (in_any_lane(_mm_or_ps(zero_lanes(d0), zero_lanes(d1)))) break;
+    const __m128 q0 = numerator(i) / d0, q1 = numerator(i + 4) / d1;
+    store_lanes(dst + i, q0);
+    store_lanes(dst + i + 4, q1);
   }
   for (; i < last; i += 4) {
-    const __m128 d = _mm_loadu_ps(divisor + i);
-    if (_mm_movemask_ps(zero_lanes(d))) break;
-    _mm_storeu_ps(dst + i, _mm_div_ps(numerator(i), d));
+    const __m128 d = load_lanes(divisor + i);
+    if (in_any_lane(zero_lanes(d))) break;
+    store_lanes(dst + i, numerator(i) / d);
   }
   return i;
 }
@@ -41,7 +39,7 @@ static Status inv_32f(const float* src, float* dst, int32_t len) {
   return run_kernel<SseNearest, 4>(
       arrays, len,
       [=](int32_t first, int32_t last) {
-        const __m128 ones = _mm_set1_ps(1.0f);
+        const __m128 ones = all_lanes(1.0f);
         return divide_blocks([=](int32_t) { return ones; }, src, dst, first, last);
       },
       [&](int32_t i, Status* status) {
@@ -57,7 +55,7 @@ static Status div_32f(const float* src1, const float* src2, float* dst, int32_t 
   return run_kernel<SseNearest, 4>(
       arrays, len,
       [=](int32_t first, int32_t last) {
-        return divide_blocks([=](int32_t i) { return _mm_loadu_ps(src1 + i); }, src2, dst, first,
+        return divide_blocks([=](int32_t i) { return load_lanes(src1 + i); }, src2, dst, first,
                              last);
       },
       [&](int32_t i, Status* status) {

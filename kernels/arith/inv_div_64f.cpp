@@ -35,6 +35,9 @@ __attribute__((noinline)) static bool product_in_range(const double* d) {
   return __builtin_isgreater(p, kProductTooSmall) && __builtin_isless(p, kProductTooLarge);
 }
 
+// Assembly. Operands: d, the divisors, and q, the results, of four elements; each `times` is empty,
+// or multiplies what is on top of the stack by its dividend.
+//
 // Pairs are computed before they are stored, for the destination may be a source.
 #define RECIPROCALS(times0, times1, times2, times3)      \
   "fldl (%[d])\n\t"                                      \
@@ -115,7 +118,7 @@ static Status div_64f(const double* src1, const double* src2, double* dst, int32
       [&](int32_t i, Status* status) {
         const uint64_t divisor = load_bits(src2 + i);
         dst[i] = double((long double)src1[i] / src2[i]);
-        // Deliberate: whatever the dividend is, also a NaN.
+        // The divisor alone is looked at: the dividend may be a zero or a NaN.
         if (is_zero<double>(divisor)) _ErrorCall(arrays, LUX_POLE, i, status);
       });
 }

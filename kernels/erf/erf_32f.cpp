@@ -3,8 +3,8 @@
 // erf of single-precision arrays, as x times a polynomial for erf(a)/a, a = |x|, chosen by cell.
 //
 //   A24        k = round(64 a), cubics in a itself on the x87 unit at 53-bit precision
-//   A21, A11   k = round(32 a), r = a - k/32 exactly; packed cubics, or their two lowest terms, in
-//   r
+//   A21, A11   k = round(32 a), r = a - k/32 exactly; packed cubics in r, or their two lowest
+//              terms
 //
 // Magnitudes from 4 on are taken for 4: erf rounds to 1 from 3.9192 on. The sign comes with the
 // last factor, which is subnormal itself where the result is: that is rounded once. Packed
@@ -21,13 +21,10 @@
 
 constexpr float kSaturated = 4.0f;
 constexpr uint32_t kNaNs = Format<float>::kInf + 1;
-constexpr uint32_t kSmallestNormal = 0x00800000;  // 2^-126
-constexpr float kCellShifter = 0x1.8p+17f;        // its ulp is 1/64
-constexpr uint32_t kCellBits = 0x48400000;
 
 // By selection: a minimum may take subnormals for zeros.
 static inline __m128 saturated(__m128 a) {
-  const __m128 bound = _mm_set1_ps(kSaturated);
+  const __m128 bound = all_lanes(kSaturated);
   return select(_mm_cmplt_ps(a, bound), a, bound);
 }
 
@@ -37,10 +34,10 @@ static inline void extended_block(const float* src, float* dst) {
   const __m128 x = load_elements<kCount>(src), u = saturated(magnitude_of(x));
   _mm_store_ps(a, u);
   _mm_store_ps(signed_a, _mm_or_ps(u, sign_of(x)));
-  _mm_store_ps(shifted, _mm_add_ps(u, _mm_set1_ps(kCellShifter)));
+  _mm_store_ps(shifted, shifted_to_grid<64>(u));
 #pragma GCC unroll 4
   for (int i = 0; i < kCount; ++i) {
-    const Cubic& c = kCubic[load_bits(shifted + i) - kCellBits];
+    const Cubic& c = kCubic[Grid<64>::index(shifted + i)];
     dst[i] = float((((c.c3 * a[i] + c.c2) * a[i] + c.c1) * a[i] + c.c0) * signed_a[i]);
   }
 }
@@ -48,11 +45,11 @@ static inline void extended_block(const float* src, float* dst) {
 template <int kTerms, int kCount>
 static inline void packed_block(const float* src, float* dst) {
   const __m128 x = load_elements<kCount>(src),
-               a = _mm_min_ps(magnitude_of(x), _mm_set1_ps(kSaturated));
+               a = _mm_min_ps(magnitude_of(x), all_lanes(kSaturated));
   // Below 2^-40 the ratio is that at 0, and terms in a would be subnormal.
-  const Reduced reduced = reduce(_mm_max_ps(a, _mm_set1_ps(0x1p-40f)));
-  const __m128 ratio = polynomial(look_up<kTerms>(kRow, reduced.shifted), reduced.r);
-  const __m128 y = _mm_min_ps(_mm_mul_ps(ratio, a), _mm_set1_ps(1.0f));
+  const Reduced reduced = reduce(_mm_max_ps(a, all_lanes(0x1p-40f)));
+  const __m128 ratio = row_polynomial(look_up<kTerms>(kRow, reduced.shifted), reduced.r);
+  const __m128 y = _mm_min_ps(ratio * a, all_lanes(1.0f));
   store_elements<kCount>(dst, _mm_or_ps(y, sign_of(x)));
 }
 
@@ -60,7 +57,7 @@ static inline void packed_block(const float* src, float* dst) {
 template <class InBlocks, class Block, class Element>
 static inline Status erf_32f(const float* src, float* dst, int32_t len, InBlocks in_blocks,
                              Block block, Element element) {
-  return run_kernel<BothNearest, 4>(
+  return run_kernel<BothNearest<X87_DOUBLE>, 4>(
       Arrays<float>{src, src, dst, dst}, len,
       [=](int32_t i, int32_t last) {
         for (; i < last && in_blocks(src + i); i += 4) block(src + i, dst + i);
@@ -75,20 +72,22 @@ static inline Status erf_32f(const float* src, float* dst, int32_t len, InBlocks
       });
 }
 
-static inline bool is_normal(const float* x) {
-  return magnitude<float>(load_bits(x)) - kSmallestNormal < kNaNs - kSmallestNormal;
+// Infinities are computed in blocks too.
+static inline bool is_packed(const float* x) {
+  return upper_magnitude(x) - Format<float>::kSmallestNormal <
+         kNaNs - Format<float>::kSmallestNormal;
 }
 
-static inline bool all_normal(const float* x) {
-  return is_normal(x) & is_normal(x + 1) & is_normal(x + 2) & is_normal(x + 3);
+static inline bool all_packed(const float* x) {
+  return is_packed(x) & is_packed(x + 1) & is_packed(x + 2) & is_packed(x + 3);
 }
 
 template <int kTerms>
 static inline Status packed_erf(const float* src, float* dst, int32_t len) {
   return erf_32f(
-      src, dst, len, all_normal, [](const float* x, float* y) { packed_block<kTerms, 4>(x, y); },
+      src, dst, len, all_packed, [](const float* x, float* y) { packed_block<kTerms, 4>(x, y); },
       [](const float* x, float* y) {
-        if (is_normal(x))
+        if (is_packed(x))
           packed_block<kTerms, 1>(x, y);
         else
           extended_block<1>(x, y);
@@ -97,7 +96,7 @@ static inline Status packed_erf(const float* src, float* dst, int32_t len) {
 
 LUX_KERNEL(Erf, 32f, A24, 1_1) {
   return erf_32f(
-      src, dst, len, [](const float* x) { return all_below(x, kNaNs); },
+      src, dst, len, [](const float* x) { return all_below<4>(x, kNaNs); },
       [](const float* x, float* y) { extended_block<4>(x, y); },
       [](const float* x, float* y) { extended_block<1>(x, y); });
 }

@@ -15,14 +15,14 @@
 // Worst error found 0.5048 ulp, at 0x3FB6E04FBC353CCA (sampled against 200 bits).
 #include "kernels/frame.h"
 #include "kernels/erf/generated/erf_64f_table.h"  // kCell, kSeries
+#include "kernels/grid.h"
+#include "kernels/saturating_64f.h"
 
 // Upper words.
 constexpr uint32_t kSeriesEnd = 0x3FB20000;  // 9/128
 constexpr uint32_t kSaturated = 0x40180000;  // 6
 
 constexpr float kCellsPerUnit = 40;
-constexpr float kShifter = 0x1.8p+23f;  // its ulp is 1
-constexpr uint32_t kShifterBits = 0x4B400000;
 
 static inline long double series(long double x) {
   const long double z = x * x;
@@ -32,15 +32,14 @@ static inline long double series(long double x) {
 }
 
 // |x| < 6
-static inline void element(const double* x, double* y) {
+__attribute__((always_inline)) static inline void element(const double* x, double* y) {
   if (upper_magnitude(x) < kSeriesEnd) {
     *y = double(series(load_extended(x)));
     return;
   }
   const uint32_t sign = upper_word(x) & kSignUpper;
-  const long double a = __builtin_fabsl(load_extended(x));
-  const float shifted = store_f32(float(a * kCellsPerUnit + kShifter));
-  const Cell& c = kCell[load_bits(&shifted) - kShifterBits - kFirstCell];
+  const long double a = magnitude_of(x);
+  const Cell& c = kCell[Grid<1>::index(a * kCellsPerUnit) - kFirstCell];
   const long double r = a - c.point;
   const long double sum =
       ((((((c.c7 * r + c.c6) * r + c.c5) * r + c.c4) * r + c.c3) * r + c.c2) * r + c.c1) * r;
@@ -49,26 +48,8 @@ static inline void element(const double* x, double* y) {
 }
 
 static Status erf_64f(const double* src, double* dst, int32_t len) {
-  return run_kernel<X87Nearest<X87_EXTENDED>, 2>(
-      Arrays<double>{src, src, dst, dst}, len,
-      [=](int32_t i, int32_t last) {
-        for (; i < last; i += 2) {
-          const uint32_t a = upper_magnitude(src + i) - kSaturated,
-                         b = upper_magnitude(src + i + 1) - kSaturated;
-          if (int32_t(a & b) >= 0) break;
-          element(src + i, dst + i);
-          element(src + i + 1, dst + i + 1);
-        }
-        return i;
-      },
-      [=](int32_t i, Status*) {
-        const uint64_t x = load_bits(src + i), a = magnitude<double>(x);
-        if (upper_magnitude(src + i) < kSaturated)
-          element(src + i, dst + i);
-        else
-          store_bits(dst + i, a > Format<double>::kInf ? quieted<double>(x)
-                                                       : Format<double>::kOne | (x ^ a));
-      });
+  return saturating_64f<2>(src, dst, len, kSaturated, Format<double>::kOne,
+                           [](const double* x, double* y) { element(x, y); });
 }
 
 LUX_KERNELS_64F(Erf, 1_1, erf_64f)

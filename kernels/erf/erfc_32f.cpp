@@ -5,9 +5,8 @@
 //
 //   A24        erfc(a) = scale (1 + d1 r + ... + d7 r^7) by cell, on the x87 unit at 53-bit
 //              precision; the sign chooses factor and constant of the last step
-//   A21, A11   erfc(a) = c0 e^-w (1 + c1 r + c2 r^2 + c3 r^3) by cell, w = r (a + k/32), |w| <
-//   0.29:
-//              a^2 is (k/32)^2 + w. Packed; A11 without c2 and c3, the exponential of degree 5
+//   A21, A11   erfc(a) = c0 e^-w (1 + c1 r + c2 r^2 + c3 r^3) by cell, w = r (a + k/32): a^2 is
+//              (k/32)^2 + w, |w| < 0.29. Packed; A11 without c2 and c3, the exponential of degree 5
 //              or 3. Elements from 9.1875 on in magnitude, whose results may be subnormal, as under
 //              A24
 //   from 10.0541954 on   +0
@@ -31,7 +30,7 @@ static const Side kSides[2] = {{1, 0}, {-1, 2}};
 
 // Below 2^-40 every grade gives 1, and terms in |x| would be subnormal.
 static inline __m128 magnitude_from_least(__m128 x) {
-  return _mm_max_ps(magnitude_of(x), _mm_set1_ps(0x1p-40f));
+  return _mm_max_ps(magnitude_of(x), all_lanes(0x1p-40f));
 }
 
 template <int kCount>
@@ -55,21 +54,16 @@ static inline void extended_block(const float* src, float* dst) {
 template <int kTerms, const auto& kPower, int kCount>
 static inline void packed_block(const float* src, float* dst) {
   const __m128 x = load_elements<kCount>(src), a = magnitude_from_least(x);
-  const __m128 one = _mm_set1_ps(1.0f);
   const Reduced reduced = reduce(a);
   const __m128 r = reduced.r;
   const Coefficients<kTerms> row = look_up<kTerms>(kRow, reduced.shifted);
-  const __m128 w = _mm_mul_ps(r, _mm_add_ps(a, _mm_sub_ps(a, r)));
-  __m128 power = _mm_set1_ps(kPower[0]);
-#pragma GCC unroll 8
-  for (size_t i = 1; i < sizeof kPower / sizeof kPower[0]; ++i)
-    power = _mm_add_ps(_mm_mul_ps(power, w), _mm_set1_ps(kPower[i]));
-  power = _mm_add_ps(_mm_mul_ps(power, w), one);
-  const __m128 rest = _mm_add_ps(_mm_mul_ps(polynomial(row, r, 1), r), one);
-  const __m128 y = _mm_mul_ps(_mm_mul_ps(row.c[0], power), rest);
+  const __m128 w = r * (a + (a - r));
+  const __m128 power = polynomial<kPower>(w) * w + 1.0f;
+  const __m128 rest = row_polynomial(row, r, 1) * r + 1.0f;
+  const __m128 y = row.c[0] * power * rest;
   const __m128 negative = _mm_cmplt_ps(x, _mm_setzero_ps());
-  store_elements<kCount>(
-      dst, _mm_add_ps(_mm_xor_ps(y, sign_of(negative)), _mm_and_ps(negative, _mm_set1_ps(2.0f))));
+  store_elements<kCount>(dst,
+                         _mm_xor_ps(y, sign_of(negative)) + _mm_and_ps(negative, all_lanes(2.0f)));
 }
 
 // Blocks below the bound; element(x, y): one below kUnderflow, both in magnitude.
@@ -77,12 +71,9 @@ template <uint32_t kBound, class Block, class Element>
 static inline Status erfc_32f(const float* src, float* dst, int32_t len, Block block,
                               Element element) {
   const Arrays<float> arrays = {src, src, dst, dst};
-  return run_kernel<BothNearest, 4>(
+  return run_kernel<BothNearest<X87_DOUBLE>, 4>(
       arrays, len,
-      [=](int32_t i, int32_t last) {
-        for (; i < last && all_below(src + i, kBound); i += 4) block(src + i, dst + i);
-        return i;
-      },
+      [=](int32_t i, int32_t last) { return blocks_below<4>(src, dst, kBound, i, last, block); },
       [&](int32_t i, Status* status) {
         constexpr uint32_t kTwo = 0x40000000;
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);

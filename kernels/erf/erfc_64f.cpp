@@ -11,8 +11,7 @@
 //
 //   |x| < 14.96875       pairs; 64 cells to a binade of 1 + a
 //   up to 27.2260...     one by one; 256 cells to a binade. erfc(p) is stored 2^600 times too
-//   large,
-//                        so that subnormal results are rounded once
+//                        large, so that subnormal results are rounded once
 //   beyond               +0; 2 for x <= -14.96875
 //
 // A53 takes erfc(p) and the power from the table in two parts each, A50 rounded to doubles.
@@ -24,12 +23,12 @@
 // bits).
 #include "kernels/frame.h"
 #include "kernels/erf/generated/erfc_64f_table.h"  // kCell, kPower, kExponential
+#include "kernels/grid.h"
+#include "kernels/screens.h"
 
 constexpr uint32_t kPairBound = 0x402DF000;          // upper word of 14.96875
 constexpr uint64_t kUnderflow = 0x403B39DC41E48BFD;  // 27.226017111108366
-constexpr float kShifter = 0x1.8p+16f;               // its ulp is 1/128
-constexpr uint32_t kShifterBits = 0x47C00000;
-constexpr uint32_t kFarBits = 0x41800000;  // 16.0, of 1 + a
+constexpr uint32_t kFarBits = 0x41800000;            // 16.0, of 1 + a
 
 // By the sign.
 struct Side {
@@ -46,8 +45,7 @@ static inline long double entry(const Entry& e) {
 template <bool kLong>
 static inline long double erfc_of(long double a, const Cell& c) {
   const long double r = a - c.point, w = r * (a + c.point);
-  const float shifted = store_f32(float(w + kShifter));
-  const Power& p = kPower[int32_t(load_bits(&shifted) - kShifterBits) + kPowerZero];
+  const Power& p = kPower[int32_t(Grid<128>::index(w)) + kPowerZero];
   const long double v = w - p.point;
   const auto& e = kExponential;
   const long double power = ((((e[0] * v + e[1]) * v + e[2]) * v + e[3]) * v - 1.0f) * v;
@@ -67,7 +65,7 @@ static inline uint32_t one_more(long double a) {
 template <bool kLong>
 static inline void element(const double* x, double* y) {
   const Side& side = kSides[upper_word(x) >> 31];
-  const long double a = __builtin_fabsl(load_extended(x));
+  const long double a = magnitude_of(x);
   const Cell& c = kCell[(one_more(a) - Format<float>::kOne) >> 17];
   *y = double(erfc_of<kLong>(a, c) * side.factor + side.constant);
 }
@@ -87,14 +85,8 @@ static Status erfc_64f(const double* src, double* dst, int32_t len) {
   return run_kernel<X87Nearest<X87_EXTENDED>, 2>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        for (; i < last; i += 2) {
-          const uint32_t a = upper_magnitude(src + i) - kPairBound,
-                         b = upper_magnitude(src + i + 1) - kPairBound;
-          if (int32_t(a & b) >= 0) break;
-          element<kLong>(src + i, dst + i);
-          element<kLong>(src + i + 1, dst + i + 1);
-        }
-        return i;
+        return elements_below<2>(src, dst, kPairBound, i, last,
+                                 [](const double* x, double* y) { element<kLong>(x, y); });
       },
       [&](int32_t i, Status* status) {
         constexpr uint64_t kTwo = 0x4000000000000000;

@@ -18,10 +18,10 @@
 // 2^-21.42 of the result, at 0xBF02382D; A11 2^-12.61, at 0x3C800014.
 #include "kernels/frame.h"
 #include "kernels/lanes.h"
+#include "kernels/screens.h"
 #include "kernels/erf/generated/erfinv_32f_table.h"  // kQuintic, kCubic, kLinear
 
 constexpr uint32_t kOne = Format<float>::kOne;
-constexpr uint32_t kDefaultNaN = 0xFFC00000;
 constexpr int kCellShift = Format<float>::kFractionBits - kCellBits;
 constexpr uint32_t kHalfCell = 1u << (kCellShift - 1);
 constexpr uint32_t kFirstCell = uint32_t(kFirstBinade + Format<float>::kBias) << kCellBits;
@@ -33,8 +33,8 @@ struct Reduced {
 };
 
 static inline Reduced reduce(__m128 x) {
-  const __m128 a = magnitude_of(x), w = _mm_sub_ps(_mm_set1_ps(1.0f), a);
-  return {select(_mm_cmple_ps(_mm_set1_ps(kCentral), w), a, w), w};
+  const __m128 a = magnitude_of(x), w = 1.0f - a;
+  return {select(_mm_cmple_ps(all_lanes(kCentral), w), a, w), w};
 }
 
 static inline uint32_t cell_of(const float* w) {
@@ -64,22 +64,15 @@ static inline __m128 cubic(const uint32_t (&cell)[4], __m128 u) {
   __m128 c1 = _mm_load_ps(kCubic[cell[2]]), c0 = _mm_load_ps(kCubic[cell[3]]);
   _MM_TRANSPOSE4_PS(c3, c2, c1, c0);
   // Below 2^-40 that is c1, and smaller products would be subnormal.
-  const __m128 v = _mm_max_ps(u, _mm_set1_ps(0x1p-40f));
-  const __m128 quadratic = _mm_add_ps(_mm_mul_ps(_mm_add_ps(_mm_mul_ps(c3, v), c2), v), c1);
-  return _mm_add_ps(_mm_mul_ps(quadratic, u), c0);
-}
-
-static inline __m128 two_cells(const float* first, const float* second) {
-  const __m128 lower = _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(first));
-  return _mm_loadh_pi(lower, reinterpret_cast<const __m64*>(second));
+  const __m128 v = _mm_max_ps(u, all_lanes(0x1p-40f));
+  const __m128 quadratic = (c3 * v + c2) * v + c1;
+  return quadratic * u + c0;
 }
 
 static inline __m128 linear(const uint32_t (&cell)[4], __m128 u) {
-  const __m128 lower = two_cells(kLinear[cell[0]], kLinear[cell[1]]);
-  const __m128 upper = two_cells(kLinear[cell[2]], kLinear[cell[3]]);
-  const __m128 c1 = _mm_shuffle_ps(lower, upper, _MM_SHUFFLE(2, 0, 2, 0));
-  const __m128 c0 = _mm_shuffle_ps(lower, upper, _MM_SHUFFLE(3, 1, 3, 1));
-  return _mm_add_ps(_mm_mul_ps(c1, u), c0);
+  const PairLanes c =
+      turned(kLinear[cell[0]], kLinear[cell[1]], kLinear[cell[2]], kLinear[cell[3]]);
+  return c.first * u + c.second;
 }
 
 template <auto kPolynomial, int kCount>
@@ -97,13 +90,8 @@ static inline void packed_block(const float* src, float* dst) {
 constexpr uint32_t kLeast = 0x01000000;  // 2^-125
 
 static inline bool all_packed(const float* x) {
-  uint32_t outside = 0;
-#pragma GCC unroll 4
-  for (int lane = 0; lane < 4; ++lane) {
-    const uint32_t a = magnitude<float>(load_bits(x + lane));
-    outside |= (a - kLeast) | (kOne - 1 - a);
-  }
-  return int32_t(outside) >= 0;
+  return none_outside<4>(
+      [=](int lane) { return outside(upper_magnitude(x + lane), kLeast, kOne); });
 }
 
 // sqrt(pi)/2 |x| below kLeast, where the pattern of a number is the number in units of 2^-149.
@@ -143,7 +131,7 @@ static inline Status erfinv(const float* src, float* dst, int32_t len, Screened 
           store_bits(dst + i, (x ^ a) | Format<float>::kInf);
           _ErrorCall(arrays, LUX_POLE, i, status);
         } else {
-          store_bits(dst + i, kDefaultNaN);
+          store_bits(dst + i, Format<float>::kDefaultNaN);
           _ErrorCall(arrays, LUX_DOMAIN, i, status);
         }
       });
@@ -158,8 +146,8 @@ static inline Status packed_erfinv(const float* src, float* dst, int32_t len) {
 }
 
 LUX_KERNEL(ErfInv, 32f, A24, 1_1) {
-  return erfinv<BothNearest>(
-      src, dst, len, [](const float* x) { return all_below(x, kOne); },
+  return erfinv<BothNearest<X87_DOUBLE>>(
+      src, dst, len, [](const float* x) { return all_below<4>(x, kOne); },
       [](const float* x, float* y) { quintic_block<4>(x, y); },
       [](const float* x, float* y) { quintic_block<1>(x, y); });
 }

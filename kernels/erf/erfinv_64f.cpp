@@ -18,8 +18,6 @@
 #include "kernels/frame.h"
 #include "kernels/erf/generated/erfinv_64f_table.h"  // kCell
 
-constexpr uint32_t kOneUpper = 0x3FF00000;
-constexpr uint64_t kDefaultNaN = 0xFFF8000000000000;
 constexpr int kCellShift = 20 - kCellBits;  // within the upper word
 constexpr uint32_t kHalfCell = 1u << (kCellShift - 1);
 constexpr uint32_t kFirstCell = uint32_t(kFirstBinade + Format<double>::kBias) << kCellBits;
@@ -27,7 +25,7 @@ constexpr uint32_t kFirstCell = uint32_t(kFirstBinade + Format<double>::kBias) <
 // Below 1 in magnitude.
 static inline void element(const double* x, double* y) {
   const uint32_t sign = upper_word(x) & kSignUpper;
-  const long double a = __builtin_fabsl(load_extended(x));
+  const long double a = magnitude_of(x);
   const double w = store_f64(double(1 - a));
   const Cell& k = kCell[((upper_word(&w) + kHalfCell) >> kCellShift) - kFirstCell];
   const long double t = a - k.centre, square = t * t;
@@ -42,7 +40,7 @@ static inline void element(const double* x, double* y) {
 }
 
 static inline bool is_below_one(const double* x) {
-  return (upper_word(x) & ~kSignUpper) < kOneUpper;
+  return upper_magnitude(x) < Upper<double>::kOne;
 }
 
 static Status erfinv_64f(const double* src, double* dst, int32_t len) {
@@ -61,7 +59,7 @@ static Status erfinv_64f(const double* src, double* dst, int32_t len) {
           store_bits(dst + i, (x ^ a) | Format<double>::kInf);
           _ErrorCall(arrays, LUX_POLE, i, status);
         } else {
-          store_bits(dst + i, kDefaultNaN);
+          store_bits(dst + i, Format<double>::kDefaultNaN);
           _ErrorCall(arrays, LUX_DOMAIN, i, status);
         }
       });

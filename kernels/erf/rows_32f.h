@@ -6,22 +6,21 @@
 #define LUX_KERNELS_ERF_ROWS_32F_H
 
 #include "kernels/frame.h"
+#include "kernels/grid.h"
 #include "kernels/lanes.h"
+#include "kernels/screens.h"
 
 // a = k/32 + r, k in the low bits of `shifted`.
 struct Reduced {
   __m128 shifted, r;
 };
 
-constexpr float kShifter = 0x1.8p+18f;  // its ulp is 1/32
-constexpr uint32_t kShifterBits = 0x48C00000;
-
 static inline Reduced reduce(__m128 a) {
-  const __m128 shifter = _mm_set1_ps(kShifter), shifted = _mm_add_ps(a, shifter);
-  return {shifted, _mm_sub_ps(a, _mm_sub_ps(shifted, shifter))};
+  const OnGrid at = to_grid<32>(a);
+  return {at.shifted, a - at.multiple};
 }
 
-static inline uint32_t cell_of(const float* shifted) { return load_bits(shifted) - kShifterBits; }
+static inline uint32_t cell_of(const float* shifted) { return Grid<32>::index(shifted); }
 
 // c[i]: the i-th single of the rows of all lanes.
 template <int kTerms>
@@ -45,22 +44,18 @@ static inline Coefficients<kTerms> look_up(const Row* rows, __m128 cells) {
     _MM_TRANSPOSE4_PS(a, b, c, d);
     return {{a, b, c, d}};
   } else {
-    const auto pair = [&](int lane) {
-      return reinterpret_cast<const __m64*>(row_of(rows, shifted + lane));
-    };
-    const __m128 low = _mm_loadh_pi(_mm_loadl_pi(_mm_setzero_ps(), pair(0)), pair(1));
-    const __m128 high = _mm_loadh_pi(_mm_loadl_pi(_mm_setzero_ps(), pair(2)), pair(3));
-    return {{_mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0)),
-             _mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1))}};
+    const PairLanes row = turned(row_of(rows, shifted), row_of(rows, shifted + 1),
+                                 row_of(rows, shifted + 2), row_of(rows, shifted + 3));
+    return {{row.first, row.second}};
   }
 }
 
 // c[0] + c[1] r + ...
 template <int kTerms>
-static inline __m128 polynomial(const Coefficients<kTerms>& row, __m128 r, int lowest = 0) {
+static inline __m128 row_polynomial(const Coefficients<kTerms>& row, __m128 r, int lowest = 0) {
   __m128 sum = row.c[kTerms - 1];
 #pragma GCC unroll 4
-  for (int i = kTerms - 2; i >= lowest; --i) sum = _mm_add_ps(_mm_mul_ps(sum, r), row.c[i]);
+  for (int i = kTerms - 2; i >= lowest; --i) sum = sum * r + row.c[i];
   return sum;
 }
 

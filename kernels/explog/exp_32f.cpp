@@ -14,22 +14,19 @@
 // Worst error 0.6108 ulp, at 0xBB31DA1D (every input from 2^-27 on in magnitude).
 #include "kernels/frame.h"
 #include "kernels/explog/generated/exp_32f_table.h"  // static_const_table
+#include "kernels/screens.h"
 
 constexpr uint32_t kPackedBound = 0x42AE0000;  // 87.0: results are normal below
 constexpr uint32_t kOverflow = 0x42B17218;     // 88.72283935546875
 constexpr uint32_t kUnderflow = 0x42CFF1B4;    // 103.97207641601562: e^-x is the smallest subnormal
-constexpr long double kLog2E = 0xb8aa3b295c17f0bcp-63L;
 
-static inline bool all_normal(const float* x) {
-  uint32_t below = ~0u;
-  for (int lane = 0; lane < 4; ++lane)
-    below &= magnitude<float>(load_bits(x + lane)) - kPackedBound;
-  return int32_t(below) < 0;
-}
+// Assembly. Operands: src, dst, the block; u and y, singles of each element; table; k and scale to
+// work with; d2, d1 and shifter, offsets in the table.
 
-// st: log2(e). The index arithmetic works on the bits of u: 0x48400000 + k, whose upper part
-// vanishes when k / 64 is shifted into the exponent field.
-#define EXP_ELEMENT(lane)           \
+// st: log2(e); on top of it comes the power, to be multiplied by 2^floor(k/64), whose exponent is
+// left in `scale`, in place. The index arithmetic works on the bits of u: 0x48400000 + k, whose
+// upper part vanishes when k / 64 is shifted into the exponent field.
+#define EXP_POWER(lane)             \
   "flds 4*" #lane                   \
   "(%[src])\n\t"                    \
   "fmul %%st(1), %%st\n\t"          \
@@ -48,19 +45,21 @@ static inline bool all_normal(const float* x) {
   "faddl %c[d1](%[table])\n\t"      \
   "andl $-64, %[scale]\n\t"         \
   "shll $17, %[scale]\n\t"          \
-  "fmull (%[table],%[k],8)\n\t"     \
-  "fstps 4*" #lane                  \
-  "+%[y]\n\t"                       \
-  "addl 4*" #lane                   \
-  "+%[y], %[scale]\n\t"             \
+  "fmull (%[table],%[k],8)\n\t"
+
+#define EXP_STORE(lane) \
+  "fstps 4*" #lane      \
+  "+%[y]\n\t"           \
+  "addl 4*" #lane       \
+  "+%[y], %[scale]\n\t" \
   "movl %[scale], 4*" #lane "(%[dst])\n\t"
 
 static inline void exp_block(const float* src, float* dst) {
   float u[4], y[4];
   uint32_t k, scale;
   using Table = decltype(static_const_table);
-  asm volatile("fldl2e\n\t" EXP_ELEMENT(0) EXP_ELEMENT(1) EXP_ELEMENT(2)
-                   EXP_ELEMENT(3) "fstp %%st\n\t"
+  asm volatile("fldl2e\n\t" EXP_POWER(0) EXP_STORE(0) EXP_POWER(1) EXP_STORE(1) EXP_POWER(2)
+                   EXP_STORE(2) EXP_POWER(3) EXP_STORE(3) "fstp %%st\n\t"
                : [u] "=o"(u), [y] "=o"(y), [k] "=&r"(k), [scale] "=&r"(scale)
                : [src] "r"(src), [dst] "r"(dst), [table] "r"(&static_const_table),
                  [d2] "i"(offsetof(Table, d2)), [d1] "i"(offsetof(Table, d1)),
@@ -68,15 +67,18 @@ static inline void exp_block(const float* src, float* dst) {
                : LUX_X87_STACK);
 }
 
-// The same steps without a bound on the exponent.
-static float exp_scaled(float x) {
-  const auto& table = static_const_table;
-  const double u = double(x * kLog2E) + table.shifter;
-  const float grid = store_f32(float(u));
-  const int32_t k = int32_t(load_bits(&grid) - 0x48400000);
-  const double r = u - grid;
-  const double y = table.power[k & 63] * ((r + table.d2) * r + table.d1);
-  return store_f32(float(y * power_of_two(k >> 6)));
+// Without a bound on the exponent.
+static float exp_scaled(const float* src) {
+  float u;
+  uint32_t k, scale;
+  long double power;
+  using Table = decltype(static_const_table);
+  asm volatile("fldl2e\n\t" EXP_POWER(0) "fstp %%st(1)\n\t"
+               : "=&t"(power), [u] "=m"(u), [k] "=&r"(k), [scale] "=&r"(scale)
+               : [src] "r"(src), [table] "r"(&static_const_table), [d2] "i"(offsetof(Table, d2)),
+                 [d1] "i"(offsetof(Table, d1)), [shifter] "i"(offsetof(Table, shifter)), "m"(*src)
+               : "cc", "st(1)", "st(2)", "st(3)", "st(4)", "st(5)", "st(6)", "st(7)");
+  return store_f32(float(power * power_of_two(int32_t(scale) >> 23)));
 }
 
 static Status exp_32f(const float* src, float* dst, int32_t len) {
@@ -84,8 +86,7 @@ static Status exp_32f(const float* src, float* dst, int32_t len) {
   return run_kernel<X87Nearest<X87_DOUBLE>, 4>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        for (; i < last && all_normal(src + i); i += 4) exp_block(src + i, dst + i);
-        return i;
+        return blocks_below<4>(src, dst, kPackedBound, i, last, exp_block);
       },
       [&](int32_t i, Status* status) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
@@ -99,7 +100,7 @@ static Status exp_32f(const float* src, float* dst, int32_t len) {
           store_bits(dst + i, 0);
           if (!infinite) _ErrorCall(arrays, LUX_UNDERFLOW, i, status);
         } else {
-          dst[i] = exp_scaled(src[i]);
+          dst[i] = exp_scaled(src + i);
         }
       });
 }

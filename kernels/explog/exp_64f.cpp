@@ -21,8 +21,16 @@ constexpr uint64_t kSubnormal = 0x4086232BDD7ABCD3u;  // 708.3964185322642
 constexpr uint64_t kOverflow = 0x40862E42FEFA39F0u;   // 709.7827128933841
 constexpr uint64_t kUnderflow = 0x40874910D52D3052u;  // 745.1332191019412
 
+#define EXP_CONSTANTS         \
+  "fldt %c[q0](%[table])\n\t" \
+  "fldt %c[q1](%[table])\n\t" \
+  "fldt %c[q2](%[table])\n\t" \
+  "fldt %c[log2_e](%[table])\n\t"
+
 // Four constants stay on the x87 stack over a whole run of ordinary pairs: loading an extended
-// number costs as much as four operations. st: log2(e), Q2, Q1, Q0.
+// number costs as much as four operations. st: log2(e), Q2, Q1, Q0; on top of them comes the power,
+// to be multiplied by 2^m, whose exponent is left in k, in place. Operands: x, an address, and u,
+// memory for a double; table; k and j to work with; shifter, t1, t2 and t3, offsets in the table.
 #define EXP_ELEMENT(x, u)             \
   "fldl " x                           \
   "\n\t"                              \
@@ -72,10 +80,7 @@ __attribute__((no_sanitize("address", "undefined"))) static int32_t exp_pairs(co
   uint32_t k, j;
   using Table = decltype(static_const_table);
   asm volatile(
-      "fldt %c[q0](%[table])\n\t"
-      "fldt %c[q1](%[table])\n\t"
-      "fldt %c[q2](%[table])\n\t"
-      "fldt %c[log2_e](%[table])\n\t"
+      EXP_CONSTANTS
       "jmp 2f\n"
       "1:\n\t"  //
       EXP_ELEMENT("(%[src],%[i],8)", "%[u]")
@@ -112,19 +117,27 @@ __attribute__((no_sanitize("address", "undefined"))) static int32_t exp_pairs(co
   return i;
 }
 
-static inline long double sum(const Pair& entry) { return (long double)entry.high + entry.low; }
-
-// The same steps for any exponent. Gives the middle table index too.
-static double exp_scaled(double x, int32_t* j1) {
-  const auto& table = static_const_table;
-  const long double t = x * table.log2_e;
-  const double u = store_f64(double(t + table.shifter));
-  const long double r = t - ((long double)u - table.shifter);
-  const int32_t k = int32_t(load_bits(&u));
-  *j1 = k >> 4 & 31;
-  const long double y = (((r + table.q2) * r + table.q1) * r + table.q0) * sum(table.t3[k & 15]) *
-                        sum(table.t2[*j1]) * sum(table.t1[k >> 9 & 31]);
-  return store_f64(double(y * power_of_two(k >> 14)));
+// For any exponent. Gives the middle table index too.
+static double exp_scaled(const double* src, int32_t* j1) {
+  double u;
+  uint32_t k, j;
+  long double power;
+  using Table = decltype(static_const_table);
+  asm volatile(
+      EXP_CONSTANTS EXP_ELEMENT("(%[src])", "%[u]")
+      "fstp %%st(4)\n\t"
+      "fstp %%st\n\t"
+      "fstp %%st\n\t"
+      "fstp %%st\n\t"
+      : "=&t"(power), [u] "=m"(u), [k] "=&r"(k), [j] "=&r"(j)
+      : [src] "r"(src), [table] "r"(&static_const_table), [shifter] "i"(offsetof(Table, shifter)),
+        [t1] "i"(offsetof(Table, t1)), [t2] "i"(offsetof(Table, t2)),
+        [t3] "i"(offsetof(Table, t3)), [q0] "i"(offsetof(Table, q0)),
+        [q1] "i"(offsetof(Table, q1)), [q2] "i"(offsetof(Table, q2)),
+        [log2_e] "i"(offsetof(Table, log2_e)), "m"(*src)
+      : "cc", "st(1)", "st(2)", "st(3)", "st(4)", "st(5)", "st(6)", "st(7)");
+  *j1 = int32_t(load_words(&u).lower) >> 4 & 31;
+  return store_f64(double(power * power_of_two(int32_t(k) >> 20)));
 }
 
 static void _ExpSc(const Arrays<double>& arrays, int32_t i, Status* status) {
@@ -141,8 +154,8 @@ static void _ExpSc(const Arrays<double>& arrays, int32_t i, Status* status) {
     if (!infinite) _ErrorCall(arrays, LUX_UNDERFLOW, i, status);
   } else {
     int32_t j1;
-    *y = exp_scaled(arrays.src1[i], &j1);
-    // Deliberate: subnormal results are reported under twice the middle index, whatever it is.
+    *y = exp_scaled(arrays.src1 + i, &j1);
+    // Programs know subnormal results by an even code below 64: twice the middle index.
     if (negative && a >= kSubnormal) _ErrorCall(arrays, 2 * j1, i, status);
   }
 }

@@ -12,6 +12,8 @@
 #define LUX_KERNELS_EXPLOG_LOG_32F_H
 
 #include "kernels/frame.h"
+#include "kernels/explog/times_log2.h"
+#include "kernels/lanes.h"
 
 struct LogTable {
   struct {
@@ -21,11 +23,10 @@ struct LogTable {
   long double two;       // log 2
 };
 
-constexpr uint32_t kSmallestNormal = 0x00800000;                      // 2^-126
-constexpr uint32_t kNormals = Format<float>::kInf - kSmallestNormal;  // how many there are
-constexpr uint32_t kFraction = kSmallestNormal - 1;
 constexpr uint32_t kMinusInf = Format<float>::kSign | Format<float>::kInf;
-constexpr uint32_t kDefaultNaN = kMinusInf | Format<float>::kQuiet;
+
+// Assembly. Operands: src, dst and the index i of the pair; z, the significands; table; k and j to
+// work with; exponent, an offset in the table; smallest and normals, bounds of the screening.
 
 // k: the element's pattern less that of 2^-126, whose exponent field is one lower.
 #define LOG_LOAD(lane)        \
@@ -56,9 +57,9 @@ constexpr uint32_t kDefaultNaN = kMinusInf | Format<float>::kQuiet;
   "faddl %c[exponent]+8(%[table],%[k],8)\n\t" \
   "fstps 4*" #lane "(%[dst],%[i],4)\n\t"
 
-alignas(16) static const uint32_t kSplit[2][4] = {
-    {kFraction, kFraction, kFraction, kFraction},
-    {Format<float>::kOne, Format<float>::kOne, Format<float>::kOne, Format<float>::kOne}};
+constexpr uint32_t kFraction = Format<float>::kFraction, kOne = Format<float>::kOne;
+static const BitLanes kSplit[2] = {{{kFraction, kFraction, kFraction, kFraction}},
+                                   {{kOne, kOne, kOne, kOne}}};
 
 // Six registers are all there are, so no instrumentation fits beside this. Upper lane first: its
 // pattern is still in a register from the screening.
@@ -83,27 +84,25 @@ __attribute__((no_sanitize("address", "undefined"))) static inline int32_t log_p
       "jl 1b\n"
       "3:\n\t"
       : [i] "+r"(i), [z] "=o"(z), [k] "=&r"(k), [j] "=&r"(j)
-      : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&table), [split] "[k]"(kSplit),
-        [exponent] "i"(offsetof(LogTable, exponent)), [smallest] "i"(kSmallestNormal),
-        [normals] "i"(kNormals)
+      : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&table),
+        [split] "[k]"(kSplit), [exponent] "i"(offsetof(LogTable, exponent)),
+        [smallest] "i"(Format<float>::kSmallestNormal),
+        [normals] "i"(Format<float>::kInf - Format<float>::kSmallestNormal)
       : "cc", "xmm0", "xmm1", "xmm2", LUX_X87_STACK);
   return i;
 }
 
-// The steps of a pair for one element.
-static inline float log_normal(const LogTable& table, uint32_t x) {
+__attribute__((no_sanitize("address", "undefined"), noinline)) static void log_element(
+    const LogTable& table, const float* src, float* dst) {
   float z;
-  store_bits(&z, (x & kFraction) | Format<float>::kOne);
-  const auto& c = table.cubic[x >> 15 & 255];
-  const double cubic = ((c.c3 * z + c.c2) * z + c.c1) * z + c.c0;
-  return store_f32(float(cubic + table.exponent[x >> 23]));
-}
-
-// factor log2(x)
-static inline float times_log2(long double factor, const float* x) {
-  long double y;
-  asm("fyl2x" : "=t"(y) : "0"(load_extended(x)), "u"(factor) : "st(1)");
-  return store_f32(float(y));
+  uint32_t k, j;
+  store_lane(&z, significand_of(load_lane(src)));
+  asm volatile(
+      LOG_LOAD(0) LOG_ELEMENT(0)
+      : [k] "=&r"(k), [j] "=&r"(j)
+      : [src] "r"(src), [dst] "r"(dst), [i] "r"(0), [z] "m"(z), [table] "r"(&table),
+        [exponent] "i"(offsetof(LogTable, exponent)), [smallest] "i"(Format<float>::kSmallestNormal)
+      : "cc", LUX_X87_STACK);
 }
 
 static inline Status log_32f(const LogTable& table, const float* src, float* dst, int32_t len) {
@@ -120,14 +119,14 @@ static inline Status log_32f(const LogTable& table, const float* src, float* dst
           store_bits(dst + i, kMinusInf);
           _ErrorCall(arrays, LUX_POLE, i, status);
         } else if (x & Format<float>::kSign) {
-          store_bits(dst + i, kDefaultNaN);
+          store_bits(dst + i, Format<float>::kDefaultNaN);
           _ErrorCall(arrays, LUX_DOMAIN, i, status);
         } else if (x == Format<float>::kInf) {
           store_bits(dst + i, x);
-        } else if (alone && x >= kSmallestNormal) {
-          dst[i] = log_normal(table, x);
+        } else if (alone && x >= Format<float>::kSmallestNormal) {
+          log_element(table, src + i, dst + i);
         } else {
-          dst[i] = times_log2(table.two, src + i);
+          dst[i] = store_f32(float(times_log2(table.two, load_extended(src + i))));
         }
       });
 }

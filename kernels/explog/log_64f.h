@@ -8,12 +8,15 @@
 //   log x = t (a0 + t (a1 + ... + t a5)) + ((e log 2 + high[i]) + low[i]), rounded once.
 //
 //   normal numbers              pairs; when one of two does not belong here, both go one by one
-//   0.998046875 <= x < 1        where that sum would cancel: s (b0 + s (b1 + ... + s b5)), s = x -
-//   1 subnormal                   the processor's logarithm
+//   0.998046875 <= x < 1        where that sum would cancel: s (b0 + s (b1 + ... + s b5)),
+//                               s = x - 1
+//   subnormal                   the processor's logarithm
 #ifndef LUX_KERNELS_EXPLOG_LOG_64F_H
 #define LUX_KERNELS_EXPLOG_LOG_64F_H
 
 #include "kernels/frame.h"
+#include "kernels/explog/times_log2.h"
+#include "kernels/lanes.h"
 
 struct LogTable {
   struct {
@@ -25,14 +28,14 @@ struct LogTable {
 };
 
 // Upper words.
-constexpr uint32_t kSmallestNormal = 0x00100000;             // 2^-1022
-constexpr uint32_t kNormals = 0x7FF00000 - kSmallestNormal;  // how many there are
 constexpr uint32_t kMinusInf = 0xFFF00000;
 constexpr uint32_t kNearOne = 0x3FEFF;  // upper 20 bits of 0.998046875 to 1 - 2^-53
 
-constexpr uint64_t kDefaultNaN = 0xFFF8000000000000;
 alignas(16) static const uint64_t kLowFraction[2] = {0x00000FFFFFFFFFFF, 0x00000FFFFFFFFFFF};
 
+// Assembly. Operands: src, dst and the index i of the pair; f and e, the fractions and exponents;
+// table; k and j to work with; main, an offset in the table; offset, normals and near_one, bounds
+// of the screening.
 #define LOG_SCREEN(lane)            \
   "movl 4+8*" #lane                 \
   "(%[src],%[i],8), %[k]\n\t"       \
@@ -103,32 +106,31 @@ __attribute__((no_sanitize("address", "undefined"))) static inline int32_t log_p
       "fstp %%st\n\t"
       : [i] "+r"(i), [f] "=o"(f), [e] "=o"(e), [k] "=&r"(k), [j] "=&r"(j)
       : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&table),
-        [low_fraction] "[k]"(kLowFraction), [offset] "i"(-int32_t(kSmallestNormal)),
-        [normals] "i"(kNormals), [near_one] "i"(kNearOne), [two] "i"(offsetof(LogTable, two)),
-        [main] "i"(offsetof(LogTable, main))
+        [low_fraction] "[k]"(kLowFraction), [offset] "i"(-int32_t(Upper<double>::kSmallestNormal)),
+        [normals] "i"(Upper<double>::kInf - Upper<double>::kSmallestNormal),
+        [near_one] "i"(kNearOne), [two] "i"(offsetof(LogTable, two)), [main] "i"(offsetof(LogTable, main))
       : "cc", "xmm0", "xmm1", LUX_X87_STACK);
   return i;
 }
 
-static inline long double polynomial(const double (&coefficient)[6], long double t) {
+static inline long double near_one(const double (&coefficient)[6], long double t) {
   long double sum = coefficient[0];
   for (int k = 1; k < 6; ++k) sum = sum * t + coefficient[k];
   return sum * t;
 }
 
-// The steps of a pair for one element.
-static inline long double log_normal(const LogTable& table, uint64_t x) {
-  const auto& interval = table.interval[x >> 44 & 255];
-  const int32_t e = int32_t(x >> 52) - 1023;
-  const long double t = (long double)int64_t(x & kLowFraction[0]) * interval.reciprocal;
-  return polynomial(table.main, t) + ((e * table.two + interval.high) + interval.low);
-}
-
-// factor log2(x)
-static inline long double times_log2(long double factor, long double x) {
-  long double y;
-  asm("fyl2x" : "=t"(y) : "0"(x), "u"(factor) : "st(1)");
-  return y;
+// log 2 comes on the stack, where the steps leave it.
+__attribute__((no_sanitize("address", "undefined"), noinline)) static void log_element(
+    const LogTable& table, const double* src, double* dst) {
+  uint64_t f;
+  int32_t e;
+  uint32_t k, j;
+  store_half(&f, _mm_and_ps(load_half(src), load_half(kLowFraction)));
+  asm volatile("fldt %c[two](%[table])\n\t" LOG_ELEMENT(0) "fstp %%st\n\t"
+               : [e] "=m"(e), [k] "=&r"(k), [j] "=&r"(j)
+               : [src] "r"(src), [dst] "r"(dst), [i] "r"(0), [f] "m"(f), [table] "r"(&table),
+                 [two] "i"(offsetof(LogTable, two)), [main] "i"(offsetof(LogTable, main))
+               : "cc", LUX_X87_STACK);
 }
 
 static inline void log_scalar(const LogTable& table, const Arrays<double>& arrays, int32_t i,
@@ -137,23 +139,23 @@ static inline void log_scalar(const LogTable& table, const Arrays<double>& array
   double* const dst = arrays.dst1 + i;
   const uint64_t x = load_bits(src), a = magnitude<double>(x);
   const uint32_t upper = uint32_t(x >> 32);
-  // Deliberate: the upper word alone decides what is negative, so these NaNs are.
+  // The upper word alone decides what is negative, so NaNs with that of -infinity are.
   if (a > Format<double>::kInf && upper != kMinusInf) {
     store_bits(dst, quieted<double>(x));
   } else if (a == 0) {
     store_bits(dst, Format<double>::kSign | Format<double>::kInf);
     _ErrorCall(arrays, LUX_POLE, i, status);
   } else if (x != a) {
-    store_bits(dst, kDefaultNaN);
+    store_bits(dst, Format<double>::kDefaultNaN);
     _ErrorCall(arrays, LUX_DOMAIN, i, status);
   } else if (a == Format<double>::kInf) {
     store_bits(dst, x);
-  } else if (upper < kSmallestNormal) {
+  } else if (upper < Upper<double>::kSmallestNormal) {
     *dst = double(times_log2(table.two, load_extended(src)));
   } else if (upper >> 12 == kNearOne) {
-    *dst = double(polynomial(table.near_one, load_extended(src) - 1));
+    *dst = double(near_one(table.near_one, load_extended(src) - 1));
   } else {
-    *dst = double(log_normal(table, x));
+    log_element(table, src, dst);
   }
 }
 

@@ -19,62 +19,22 @@
 #ifndef LUX_KERNELS_EXPLOG_POW_64F_H
 #define LUX_KERNELS_EXPLOG_POW_64F_H
 
-#include <xmmintrin.h>
-
 #include "kernels/explog/pow_extended.h"
 #include "kernels/explog/pow_special.h"
+#include "kernels/lanes.h"
 
 constexpr int32_t kBlock = 4;
 // Upper words.
-constexpr uint32_t kSmallestNormal = 0x00100000;  // 2^-1022
-constexpr uint32_t kFraction = kSmallestNormal - 1;
-constexpr uint32_t kOne = 0x3FF00000;
-constexpr uint32_t kLargest = 0x7FEFFFFF;
 constexpr uint32_t kSmallExponent = 0x1FF00000;  // 2^-512
 constexpr uint32_t kLargeExponent = 0x43F00000;  // 2^64
 
-alignas(16) static const uint32_t kFractionMask[4] = {~0u, kFraction, ~0u, kFraction};
-alignas(16) static const uint32_t kOnes[4] = {0, kOne, 0, kOne};
-alignas(16) static const uint32_t kUpperMask[4] = {0, ~0u, 0, ~0u};
+static const BitLanes kFractions = {{~0u, Upper<double>::kFraction, ~0u, Upper<double>::kFraction}};
+static const BitLanes kOnes = {{0, Upper<double>::kOne, 0, Upper<double>::kOne}};
+static const BitLanes kUpperWords = {{0, ~0u, 0, ~0u}};
 
-static inline __m128 pattern(const uint32_t* four) {
-  return _mm_load_ps(reinterpret_cast<const float*>(four));
-}
-static inline __m128 load_two(const double* from) {
-  return _mm_loadu_ps(reinterpret_cast<const float*>(from));
-}
-static inline void store_two(double* to, __m128 two) {
-  _mm_store_ps(reinterpret_cast<float*>(to), two);
-}
-
-// The sign bit tells whether x is no positive normal number, or y is out of bounds.
-static inline uint32_t outside(const double* x) {
-  const uint32_t u = upper_word(x);
-  return (u - kSmallestNormal) | (kLargest - u);
-}
+// Of an exponent, in the sign bit: out of bounds.
 static inline uint32_t exponent_outside(const double* y) {
-  const uint32_t b = upper_magnitude(y);
-  return (b - kSmallExponent) | (kLargeExponent - 1 - b);
-}
-
-static inline uint32_t any_exponent_outside(EachExponent<double> y, int32_t i) {
-  uint32_t any = 0;
-  for (int lane = 0; lane < kBlock; ++lane) any |= exponent_outside(y.at(i + lane));
-  return any;
-}
-static inline uint32_t any_exponent_outside(OneExponent<double> y, int32_t) {
-  return exponent_outside(y.y);
-}
-
-template <class Exponent>
-static inline bool in_domain(const double* x, Exponent y, int32_t i) {
-  uint32_t any = any_exponent_outside(y, i);
-  for (int lane = 0; lane < kBlock; ++lane) any |= outside(x + i + lane);
-  return int32_t(any) >= 0;
-}
-
-static inline bool in_domain(const double* x, const double* y) {
-  return int32_t(outside(x) | exponent_outside(y)) >= 0;
+  return outside(upper_magnitude(y), kSmallExponent, kLargeExponent);
 }
 
 static inline int32_t exponent_of(uint32_t upper) { return int32_t(upper >> 20) - 1023; }
@@ -112,10 +72,6 @@ static uint64_t finite_pow(uint64_t pattern, const double* y) {
 // ---- Ordinary elements, whole blocks or one. The results are normal numbers; nothing is stored
 // otherwise.
 
-static inline __m128 load_one(const double* from) {
-  return _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(from));
-}
-
 // The leading 21 bits of y and the rest, from arrays or once for all.
 struct EachSplit {
   EachExponent<double> y;
@@ -129,8 +85,7 @@ struct OneSplit {
 static inline EachSplit split(EachExponent<double> y) { return {y}; }
 static inline OneSplit split(OneExponent<double> y) {
   OneSplit parts = {y, 0, 0};
-  _mm_storel_pi(reinterpret_cast<__m64*>(&parts.high),
-                _mm_and_ps(load_one(y.y), pattern(kUpperMask)));
+  store_half(&parts.high, _mm_and_ps(load_half(y.y), lanes_of(kUpperWords)));
   put(&parts.low, (long double)*y.y - parts.high);
   return parts;
 }
@@ -141,11 +96,11 @@ static inline bool pow_ordinary(const double* x, const Split& y, double* dst, in
   alignas(16) double m[kCount + kCount % 2], y_high[kCount + kCount % 2];
   GridPoint t[kCount];
   for (int lane = 0; lane < kCount; lane += 2) {
-    const __m128 bases = kCount == 1 ? load_one(x + i) : load_two(x + i + lane);
-    store_two(m + lane, _mm_or_ps(_mm_and_ps(bases, pattern(kFractionMask)), pattern(kOnes)));
+    const __m128 bases = kCount == 1 ? load_half(x + i) : load_pair(x + i + lane);
+    store_pair(m + lane, _mm_or_ps(_mm_and_ps(bases, lanes_of(kFractions)), lanes_of(kOnes)));
     if constexpr (kLong && kEach) {
-      const __m128 exponents = kCount == 1 ? load_one(y.at(i)) : load_two(y.at(i + lane));
-      store_two(y_high + lane, _mm_and_ps(exponents, pattern(kUpperMask)));
+      const __m128 exponents = kCount == 1 ? load_half(y.at(i)) : load_pair(y.at(i + lane));
+      store_pair(y_high + lane, _mm_and_ps(exponents, lanes_of(kUpperWords)));
     }
   }
 #pragma GCC unroll 4
@@ -169,7 +124,7 @@ static inline bool pow_ordinary(const double* x, const Split& y, double* dst, in
   for (int lane = 0; lane < kCount; ++lane) {
     const ScaledPower power = exp2_of<kLong>(t[lane]);
     put(dst + i + lane, power.value);
-    reinterpret_cast<WordInMemory*>(dst + i + lane)[1] += uint32_t(power.k >> 13) << 20;
+    add_to_upper_word(dst + i + lane, uint32_t(power.k >> 13) << 20);
   }
   return true;
 }
@@ -181,14 +136,17 @@ static Status pow_64f(const Arrays<double>& arrays, Exponent y, int32_t len) {
   return run_kernel<X87Nearest<X87_EXTENDED>, kBlock>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        if (i == last || !in_domain(x, y, i)) return i;  // it may not be possible to split y
+        if (i == last || !in_domain<kBlock, exponent_outside>(x, y, i))
+          return i;  // it may not be possible to split y
         const auto parts = split(y);
-        while (i < last && in_domain(x, y, i) && pow_ordinary<kLong, kBlock>(x, parts, dst, i))
+        while (i < last && in_domain<kBlock, exponent_outside>(x, y, i) &&
+               pow_ordinary<kLong, kBlock>(x, parts, dst, i))
           i += kBlock;
         return i;
       },
       [&](int32_t i, Status* status) {
-        if (!in_domain(x + i, y.at(i)) || !pow_ordinary<kLong, 1>(x, split(y), dst, i))
+        if (!in_domain<1, exponent_outside>(x, y, i) ||
+            !pow_ordinary<kLong, 1>(x, split(y), dst, i))
           pow_special(arrays, y.at(i), i, status, finite_pow);
       });
 }

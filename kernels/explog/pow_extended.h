@@ -22,6 +22,7 @@
 
 #include "kernels/frame.h"
 #include "kernels/explog/generated/pow_64f_table.h"  // extended_table
+#include "kernels/two_parts.h"
 
 using ExtendedTable = decltype(extended_table);
 
@@ -37,7 +38,7 @@ static inline const ExtendedTable& table_anew() {
 // ---- Logarithm of 2^e m; `upper` is a word with the fraction of m's upper word
 
 static inline const auto& cell_of(const ExtendedTable& table, uint32_t upper) {
-  return table.cell[((upper & 0x000FFFFF) + 0x400) >> 11];
+  return table.cell[((upper & Upper<double>::kFraction) + 0x400) >> 11];
 }
 
 // c2 z + ... + c6 z^5
@@ -56,7 +57,7 @@ static inline Log log2_long(const double* m, uint32_t upper, int32_t e) {
   const auto& cell = cell_of(table, upper);
   const long double z = (long double)*m * cell.reciprocal - 1.0f;
   float z_high, high;
-  asm("fsts %0" : "=m"(z_high) : "t"(z));
+  put_copy(&z_high, z);
   const long double head = (long double)z_high * table.c0_high, whole = e + (long double)cell.high;
   put(&high, whole + head);
   const long double left = ((whole - high) + head) + (z - z_high) * table.c0_high;
@@ -90,16 +91,11 @@ struct ScaledPower {
 };
 
 template <bool kLong>
-static inline long double entry(const Pair& pair) {
-  return kLong ? (long double)pair.high + pair.low : (long double)pair.high;
-}
-
-template <bool kLong>
 static inline ScaledPower exp2_of(const GridPoint& t) {
   const ExtendedTable& table = table_anew();
   const int32_t k = int32_t(load_words(&t.grid).lower);
   const long double power =
-      entry<kLong>(table.coarse[k >> 7 & 63]) * entry<kLong>(table.fine[k & 127]);
+      value_of<kLong>(table.coarse[k >> 7 & 63]) * value_of<kLong>(table.fine[k & 127]);
   return {((table.e[0] * t.r + table.e[1]) * t.r + table.e[2]) * t.r * power + power, k};
 }
 
@@ -115,7 +111,7 @@ static inline long double extended_pow(const double* x, const double* y) {
   }
   e += int32_t(pattern >> kFractionBits);
   double m, y_high;
-  store_bits(&m, (pattern & ((uint64_t(1) << kFractionBits) - 1)) | Format<double>::kOne);
+  store_bits(&m, (pattern & Format<double>::kFraction) | Format<double>::kOne);
   store_bits(&y_high, load_bits(y) & 0xFFFFFFFF00000000u);
   const Log log = log2_long(&m, upper_word(&m), e);
   const long double about = (long double)log.high * *y;

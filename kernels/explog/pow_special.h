@@ -5,6 +5,7 @@
 #define LUX_KERNELS_EXPLOG_POW_SPECIAL_H
 
 #include "kernels/frame.h"
+#include "kernels/screens.h"
 
 // Where the exponent of element i stands: in an array, or once for all.
 template <class E>
@@ -19,6 +20,27 @@ struct OneExponent {
   const E* at(int32_t) const { return y; }
 };
 
+// A screen's word for exponents, joined.
+template <int kCount, auto kOutside, class E>
+static inline uint32_t any_outside(EachExponent<E> y, int32_t i) {
+  uint32_t any = 0;
+  for (int lane = 0; lane < kCount; ++lane) any |= kOutside(y.at(i + lane));
+  return any;
+}
+template <int, auto kOutside, class E>
+static inline uint32_t any_outside(OneExponent<E> y, int32_t) {
+  return kOutside(y.y);
+}
+
+// Whether the kernels' own steps serve kCount elements: the bases are positive normal numbers, and
+// kOutside says of no exponent that it is too small or too large.
+template <int kCount, auto kOutside, class E, class Exponent>
+static inline bool in_domain(const E* x, Exponent y, int32_t i) {
+  uint32_t any = any_outside<kCount, kOutside>(y, i);
+  for (int lane = 0; lane < kCount; ++lane) any |= outside_positive_normal(x + i + lane);
+  return !sign_bit(any);
+}
+
 enum class Parity { kNoInteger, kEven, kOdd };
 
 // Of a finite magnitude other than 0.
@@ -30,7 +52,7 @@ static inline Parity parity(typename Format<E>::Bits a) {
   if (exponent > kFractionBits) return Parity::kEven;
   // The implicit bit stands above the fraction; the exponent field must not be shifted in.
   const auto one = typename Format<E>::Bits(1);
-  const auto significand = (a & ((one << kFractionBits) - 1)) | one << kFractionBits;
+  const auto significand = (a & Format<E>::kFraction) | one << kFractionBits;
   const auto unit = one << (kFractionBits - exponent);
   if (significand & (unit - 1)) return Parity::kNoInteger;
   return significand & unit ? Parity::kOdd : Parity::kEven;
@@ -60,7 +82,7 @@ static inline void pow_special(const Arrays<E>& arrays, const E* exponent, int32
     store_bits(dst, sign | ((a == 0) == falling ? kInf : 0));
     if (a == 0 && falling) _ErrorCall(arrays, LUX_POLE, i, status);
   } else if (x != a && kind == Parity::kNoInteger) {
-    store_bits(dst, kSign | kInf | Format<E>::kQuiet);
+    store_bits(dst, Format<E>::kDefaultNaN);
     _ErrorCall(arrays, LUX_DOMAIN, i, status);
   } else {
     const Bits power = finite(a, exponent);

@@ -18,8 +18,8 @@ struct Acosh {
   }
 
   static __m128 argument(__m128 x) {
-    const __m128 one = _mm_set1_ps(1.0f), d = _mm_sub_ps(x, one);
-    return _mm_add_ps(_mm_sqrt_ps(_mm_mul_ps(_mm_add_ps(x, one), d)), d);
+    const __m128 one = all_lanes(1.0f), d = x - one;
+    return _mm_sqrt_ps((x + one) * d) + d;
   }
 
   static void special(const Arrays<float>& arrays, int32_t i, Status* status) {
@@ -27,8 +27,8 @@ struct Acosh {
     float* const y = arrays.dst1 + i;
     if (magnitude<float>(x) > Format<float>::kInf) {
       store_bits(y, quieted<float>(x));
-    } else if (x & kSign || x < Format<float>::kOne) {
-      store_bits(y, kDefaultNaN);
+    } else if (x & kSignUpper || x < Format<float>::kOne) {
+      store_bits(y, Format<float>::kDefaultNaN);
       _ErrorCall(arrays, LUX_DOMAIN, i, status);
     } else if (x == Format<float>::kInf) {
       store_bits(y, x);

@@ -7,7 +7,7 @@
 #include "kernels/hyper/log1p_64f.h"
 
 struct Acosh {
-  static constexpr uint32_t kFirst = kOneUpper, kBeyond = kLargeUpper, kSigned = 0;
+  static constexpr uint32_t kFirst = Upper<double>::kOne, kBeyond = kLargeUpper, kSigned = 0;
   static constexpr float kScale = 1;
 
   static long double argument(const double* x) {
@@ -21,7 +21,7 @@ struct Acosh {
     if (magnitude<double>(x) > Format<double>::kInf) {
       store_bits(y, quieted<double>(x));
     } else if (x & Format<double>::kSign || x < Format<double>::kOne) {
-      store_bits(y, kDefaultNaN);
+      store_bits(y, Format<double>::kDefaultNaN);
       _ErrorCall(arrays, LUX_DOMAIN, i, status);
     } else if (x == Format<double>::kInf) {
       store_bits(y, x);

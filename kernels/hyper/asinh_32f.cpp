@@ -12,7 +12,7 @@
 #include "kernels/hyper/log1p_32f.h"
 
 struct Asinh {
-  static constexpr uint32_t kBeyond = kLarge, kSigned = kSign;
+  static constexpr uint32_t kBeyond = kLarge, kSigned = kSignUpper;
   static constexpr float kScale = 1;
 
   static long double argument(long double a) {
@@ -20,15 +20,15 @@ struct Asinh {
   }
 
   static __m128 argument(__m128 a) {
-    const __m128 one = _mm_set1_ps(1.0f), square = _mm_mul_ps(a, a);
-    const __m128 root = _mm_sqrt_ps(_mm_add_ps(square, one));
-    return _mm_add_ps(_mm_div_ps(square, _mm_add_ps(root, one)), a);
+    const __m128 one = all_lanes(1.0f), square = a * a;
+    const __m128 root = _mm_sqrt_ps(square + one);
+    return square / (root + one) + a;
   }
 
   static void special(const Arrays<float>& arrays, int32_t i, Status*) {
     const uint32_t x = load_bits(arrays.src1 + i), a = magnitude<float>(x);
     float* const y = arrays.dst1 + i;
-    if (a >= Format<float>::kInf || is_subnormal(a)) {
+    if (a >= Format<float>::kInf || a < Format<float>::kSmallestNormal) {
       store_bits(y, quieted<float>(x));
     } else {
       *y = log_twice(a);

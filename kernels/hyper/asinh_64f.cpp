@@ -19,7 +19,7 @@ struct Asinh {
   static void special(const Arrays<double>& arrays, int32_t i, Status*) {
     const uint64_t x = load_bits(arrays.src1 + i), a = magnitude<double>(x);
     double* const y = arrays.dst1 + i;
-    if (a >= Format<double>::kInf || is_subnormal(a)) {
+    if (a >= Format<double>::kInf || a < Format<double>::kSmallestNormal) {
       store_bits(y, quieted<double>(x));
     } else {
       put(y, log_twice(a));

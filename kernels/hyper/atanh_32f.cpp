@@ -9,25 +9,23 @@
 #include "kernels/hyper/log1p_32f.h"
 
 struct Atanh {
-  static constexpr uint32_t kBeyond = Format<float>::kOne, kSigned = kSign;
+  static constexpr uint32_t kBeyond = Format<float>::kOne, kSigned = kSignUpper;
   static constexpr float kScale = 0.5f;
 
   static long double argument(long double a) { return (a + a) / (1.0f - a); }
 
-  static __m128 argument(__m128 a) {
-    return _mm_div_ps(_mm_add_ps(a, a), _mm_sub_ps(_mm_set1_ps(1.0f), a));
-  }
+  static __m128 argument(__m128 a) { return (a + a) / (1.0f - a); }
 
   static void special(const Arrays<float>& arrays, int32_t i, Status* status) {
     const uint32_t x = load_bits(arrays.src1 + i), a = magnitude<float>(x);
     float* const y = arrays.dst1 + i;
-    if (a > Format<float>::kInf || is_subnormal(a)) {
+    if (a > Format<float>::kInf || a < Format<float>::kSmallestNormal) {
       store_bits(y, quieted<float>(x));
     } else if (a == Format<float>::kOne) {
       store_bits(y, Format<float>::kInf | (x ^ a));
       _ErrorCall(arrays, LUX_POLE, i, status);
     } else {
-      store_bits(y, kDefaultNaN);
+      store_bits(y, Format<float>::kDefaultNaN);
       _ErrorCall(arrays, LUX_DOMAIN, i, status);
     }
   }

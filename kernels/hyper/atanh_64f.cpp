@@ -8,7 +8,7 @@
 #include "kernels/hyper/log1p_64f.h"
 
 struct Atanh {
-  static constexpr uint32_t kBeyond = kOneUpper, kSigned = kSignUpper;
+  static constexpr uint32_t kBeyond = Upper<double>::kOne, kSigned = kSignUpper;
   static constexpr float kScale = 0.5f;
 
   static long double argument(const double* x) {
@@ -19,13 +19,13 @@ struct Atanh {
   static void special(const Arrays<double>& arrays, int32_t i, Status* status) {
     const uint64_t x = load_bits(arrays.src1 + i), a = magnitude<double>(x);
     double* const y = arrays.dst1 + i;
-    if (a > Format<double>::kInf || is_subnormal(a)) {
+    if (a > Format<double>::kInf || a < Format<double>::kSmallestNormal) {
       store_bits(y, quieted<double>(x));
     } else if (a == Format<double>::kOne) {
       store_bits(y, Format<double>::kInf | (x ^ a));
       _ErrorCall(arrays, LUX_POLE, i, status);
     } else {
-      store_bits(y, kDefaultNaN);
+      store_bits(y, Format<double>::kDefaultNaN);
       _ErrorCall(arrays, LUX_DOMAIN, i, status);
     }
   }

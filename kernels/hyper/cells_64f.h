@@ -1,18 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// What the hyperbolic functions of double-precision arrays share: blocks of four magnitudes and
-// cells of width 1/64.
+// What the hyperbolic functions of double-precision arrays share: cells of width 1/64.
 #ifndef LUX_KERNELS_HYPER_CELLS_64F_H
 #define LUX_KERNELS_HYPER_CELLS_64F_H
 
 #include "kernels/frame.h"
-
-// All four magnitudes below the double with this upper word.
-static inline bool all_below(const double* x, uint32_t bound) {
-  uint32_t below = ~0u;
-  for (int lane = 0; lane < 4; ++lane) below &= upper_magnitude(x + lane) - bound;
-  return int32_t(below) < 0;
-}
+#include "kernels/screens.h"
 
 // The nearest multiple of 1/64. Next to a tie it may be the other neighbour, since the sum is
 // rounded twice.

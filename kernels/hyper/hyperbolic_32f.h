@@ -21,51 +21,49 @@
 #define LUX_KERNELS_HYPER_HYPERBOLIC_32F_H
 
 #include "kernels/frame.h"
+#include "kernels/grid.h"
 #include "kernels/lanes.h"
+#include "kernels/screens.h"
 #include "kernels/hyper/generated/hyperbolic_32f_table.h"  // kSingleCell, kSingleHalves, kC2, kS3OverC2
 
 constexpr uint32_t kOverflow = 0x42B2D4FD;  // 89.41599: both functions round to infinity
-constexpr float kShifter = 0x1.8p+18f;      // its ulp is 1/32
-constexpr uint32_t kShifterBits = 0x48C00000;
 
 enum Function { kCosh, kSinh };
 
-// a = |x|, sum - kShifter = j/32
+// a = |x|
 struct Reduced {
-  __m128 sum, grid, r;
+  OnGrid at;
+  __m128 r;
 };
 
-static inline __m128 from_least(__m128 a) { return _mm_max_ps(a, _mm_set1_ps(0x1p-20f)); }
+static inline __m128 from_least(__m128 a) { return _mm_max_ps(a, all_lanes(0x1p-20f)); }
 
 static inline Reduced reduce(__m128 a) {
-  const __m128 shifter = _mm_set1_ps(kShifter);
-  const __m128 sum = _mm_add_ps(a, shifter), grid = _mm_sub_ps(sum, shifter);
-  return {sum, grid, _mm_sub_ps(a, grid)};
+  const OnGrid at = to_grid<32>(a);
+  return {at, a - at.multiple};
 }
-
-static inline uint32_t index_of(const float* sum) { return load_bits(sum) - kShifterBits; }
 
 // ---- A24
 
 // The x87 unit takes r once more from |x| and j/32. Below 2^-20 the terms z and v do not count.
 template <Function kFunction, int kCount>
 static inline void x87_block(const float* src, float* dst) {
-  alignas(16) float a[4], grid[4], sum[4], z[4], v[4];
+  alignas(16) float a[4], grid[4], shifted[4], z[4], v[4];
   const __m128 x = load_elements<kCount>(src), magnitudes = magnitude_of(x);
   const Reduced reduced = reduce(from_least(magnitudes));
   const __m128 r = from_least(magnitude_of(reduced.r));
-  const __m128 square = _mm_mul_ps(_mm_mul_ps(r, r), _mm_set1_ps(kC2));
+  const __m128 square = r * r * all_lanes(kC2);
   uint32_t sign[kCount];
   for (int lane = 0; lane < kCount; ++lane)
     sign[lane] = load_bits(src + lane) & Format<float>::kSign;
   _mm_store_ps(a, magnitudes);
-  _mm_store_ps(sum, reduced.sum);
-  _mm_store_ps(grid, reduced.grid);
+  _mm_store_ps(shifted, reduced.at.shifted);
+  _mm_store_ps(grid, reduced.at.multiple);
   _mm_store_ps(z, square);
-  _mm_store_ps(v, _mm_mul_ps(square, _mm_set1_ps(kS3OverC2)));
+  _mm_store_ps(v, square * all_lanes(kS3OverC2));
 #pragma GCC unroll 4
   for (int lane = 0; lane < kCount; ++lane) {
-    const SingleCell& cell = kSingleCell[index_of(sum + lane)];
+    const SingleCell& cell = kSingleCell[Grid<32>::index(shifted + lane)];
     const double leading = kFunction == kCosh ? cell.cosh : cell.sinh;
     const double other = kFunction == kCosh ? cell.sinh : cell.cosh;
     const double rest = double(a[lane]) - grid[lane];
@@ -83,16 +81,14 @@ struct Entries {
 };
 
 template <Function kFunction, int kCount>
-static inline Entries entries_of(__m128 sum) {
+static inline Entries entries_of(__m128 shifted) {
   alignas(16) float word[4];
-  _mm_store_ps(word, sum);
+  _mm_store_ps(word, shifted);
   const auto pair = [&](int lane) {
-    return reinterpret_cast<const __m64*>(kSingleHalves + index_of(word + lane % kCount));
+    return reinterpret_cast<const float*>(kSingleHalves + Grid<32>::index(word + lane % kCount));
   };
-  const __m128 low = _mm_loadh_pi(_mm_loadl_pi(_mm_setzero_ps(), pair(0)), pair(1));
-  const __m128 high = _mm_loadh_pi(_mm_loadl_pi(_mm_setzero_ps(), pair(2)), pair(3));
-  const __m128 cosh = _mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0));
-  const __m128 sinh = _mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1));
+  const PairLanes halves = turned(pair(0), pair(1), pair(2), pair(3));
+  const __m128 cosh = halves.first, sinh = halves.second;
   return kFunction == kCosh ? Entries{cosh, sinh} : Entries{sinh, cosh};
 }
 
@@ -100,21 +96,21 @@ template <Function kFunction, Grade kGrade, int kCount>
 static inline void packed_block(const float* src, float* dst) {
   const __m128 x = load_elements<kCount>(src), a = magnitude_of(x);
   const Reduced reduced = reduce(from_least(a));
-  const Entries entries = entries_of<kFunction, kCount>(reduced.sum);
+  const Entries entries = entries_of<kFunction, kCount>(reduced.at.shifted);
   __m128 r = reduced.r, rest;
   if (kGrade == kA21) {
-    const __m128 z = _mm_mul_ps(_mm_mul_ps(r, r), _mm_set1_ps(kC2));
-    r = _mm_add_ps(r, _mm_mul_ps(r, _mm_mul_ps(z, _mm_set1_ps(kS3OverC2))));
-    rest = _mm_add_ps(_mm_mul_ps(entries.leading, z), _mm_mul_ps(entries.other, r));
+    const __m128 z = r * r * all_lanes(kC2);
+    r = r + r * (z * all_lanes(kS3OverC2));
+    rest = entries.leading * z + entries.other * r;
   } else {
-    rest = _mm_mul_ps(entries.other, r);
+    rest = entries.other * r;
   }
-  const __m128 half = _mm_add_ps(entries.leading, rest), y = _mm_add_ps(half, half);
+  const __m128 half = entries.leading + rest, y = half + half;
   if (kFunction == kCosh) {
     store_elements<kCount>(dst, y);
   } else {
     // Small arguments pass, so that nothing depends on how the processor treats subnormals.
-    const __m128 passes = _mm_cmplt_ps(a, _mm_set1_ps(0x1p-12f));
+    const __m128 passes = _mm_cmplt_ps(a, all_lanes(0x1p-12f));
     store_elements<kCount>(dst, _mm_or_ps(select(passes, a, y), sign_of(x)));
   }
 }
@@ -127,10 +123,7 @@ static inline Status hyperbolic(const float* src, float* dst, int32_t len, Block
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<Control, 4>(
       arrays, len,
-      [=](int32_t i, int32_t last) {
-        for (; i < last && all_below(src + i, kOverflow); i += 4) block(src + i, dst + i);
-        return i;
-      },
+      [=](int32_t i, int32_t last) { return blocks_below<4>(src, dst, kOverflow, i, last, block); },
       [&](int32_t i, Status* status) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
         if (a < kOverflow) {
@@ -146,7 +139,7 @@ static inline Status hyperbolic(const float* src, float* dst, int32_t len, Block
 
 template <Function kFunction>
 static inline Status hyperbolic_a24(const float* src, float* dst, int32_t len) {
-  return hyperbolic<BothNearest, kFunction>(
+  return hyperbolic<BothNearest<X87_DOUBLE>, kFunction>(
       src, dst, len, [](const float* x, float* y) { x87_block<kFunction, 4>(x, y); },
       [](const float* x, float* y) { x87_block<kFunction, 1>(x, y); });
 }

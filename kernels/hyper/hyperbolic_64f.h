@@ -28,8 +28,7 @@
 
 constexpr uint64_t kOverflow = 0x408633CE8FB9F87E;  // 710.47586: both functions round to infinity
 // Upper words.
-constexpr uint32_t kSmallestNormal = 0x00100000;  // 2^-1022
-constexpr uint32_t kTableEnd = 0x40370000;        // 23.0
+constexpr uint32_t kTableEnd = 0x40370000;  // 23.0
 constexpr uint32_t kWideEnd = kOverflow >> 32;
 
 enum Function { kCosh, kSinh };
@@ -63,7 +62,7 @@ static inline void table_block(const double* x, double* y) {
 #pragma GCC unroll 4
   for (int lane = 0; lane < 4; ++lane) {
     sign[lane] = upper_word(x + lane) & kSignUpper;
-    const long double a = __builtin_fabsl(load_extended(x + lane));
+    const long double a = magnitude_of(x + lane);
     j[lane] = nearest_cell(a);
     put(r + lane, a - kDoubleCell[j[lane]].x);
   }
@@ -77,13 +76,10 @@ static inline void table_block(const double* x, double* y) {
 // A cosine's r is stored for normal |x| only: a subnormal one may trap, and 1 is the result.
 template <Function kFunction>
 static inline bool all_in_table(const double* x) {
-  if (kFunction == kSinh) return all_below(x, kTableEnd);
-  uint32_t outside = 0;
-  for (int lane = 0; lane < 4; ++lane) {
-    const uint32_t a = upper_magnitude(x + lane);
-    outside |= (a - kSmallestNormal) | (kTableEnd - 1 - a);
-  }
-  return int32_t(outside) >= 0;
+  if (kFunction == kSinh) return all_below<4>(x, kTableEnd);
+  return none_outside<4>([=](int lane) {
+    return outside(upper_magnitude(x + lane), Upper<double>::kSmallestNormal, kTableEnd);
+  });
 }
 
 // Any |x| below the bound of overflow.
@@ -92,16 +88,13 @@ static inline void wide_element(const double* x, double* y) {
   // Of the upper ln 2 of the table, so that m is 0 below 23.
   constexpr float kMiddle = 0x1.6a748p+4f;  // 22.65344
   const uint32_t sign = upper_word(x) & kSignUpper;
-  const long double a = __builtin_fabsl(load_extended(x));
-  int32_t m;
-  asm("fistpl %0" : "=m"(m) : "t"((a - kMiddle) * kLog2E) : "st");
-  m = m > 0 ? m : 0;
+  const long double a = magnitude_of(x);
+  const int32_t nearest = nearest_integer((a - kMiddle) * kLog2E), m = nearest > 0 ? nearest : 0;
   const long double shifted = a - m * (long double)kLn2High;
   const DoubleCell& cell = kDoubleCell[nearest_cell(shifted)];
   put(y, value<kFunction, kGrade>(cell, (shifted - cell.x) - m * (long double)kLn2Low));
-  WordInMemory* const upper = reinterpret_cast<WordInMemory*>(y) + 1;
-  *upper += uint32_t(m) << 20;
-  if (kFunction == kSinh) *upper |= sign;
+  add_to_upper_word(y, uint32_t(m) << 20);
+  if (kFunction == kSinh) set_upper_bits(y, sign);
 }
 
 template <Function kFunction, Grade kGrade>
@@ -113,7 +106,7 @@ static inline Status hyperbolic(const double* src, double* dst, int32_t len) {
         for (; i < last; i += 4) {
           if (all_in_table<kFunction>(src + i)) {
             table_block<kFunction, kGrade>(src + i, dst + i);
-          } else if (all_below(src + i, kWideEnd)) {
+          } else if (all_below<4>(src + i, kWideEnd)) {
             for (int lane = 0; lane < 4; ++lane)
               wide_element<kFunction, kGrade>(src + i + lane, dst + i + lane);
           } else {

@@ -24,31 +24,13 @@
 
 #include "kernels/frame.h"
 #include "kernels/lanes.h"
+#include "kernels/hyper/log1p_domain.h"
 #include "kernels/hyper/generated/log1p_32f_table.h"  // kCubic, kExponent, kLn2, kLong, kShort
 
-constexpr uint32_t kSign = Format<float>::kSign;
-constexpr uint32_t kSmallestNormal = 0x00800000;  // 2^-126
-constexpr uint32_t kLarge = 0x5E800000;           // 2^62
-constexpr uint32_t kDefaultNaN = 0xFFC00000;
+constexpr uint32_t kLarge = 0x5E800000;  // 2^62
 
-static inline bool is_subnormal(uint32_t a) { return a < kSmallestNormal; }
-
-// A family has kBeyond, where its ordinary arguments end, and where they begin: kFirst, or kSigned,
-// the sign bit, if the function is odd. Subnormals are not ordinary then: they pass as they are,
-// and storing a subnormal result from the x87 unit takes hundreds of cycles. It also has kScale;
-// argument(x) for a magnitude, which is s, as an extended number and packed; and
-// special(arrays, i, status) for what is out of bounds.
-template <class Family>
-static inline uint32_t outside(const float* x) {
-  const uint32_t u = load_bits(x) & ~Family::kSigned;
-  uint32_t below;
-  if constexpr (Family::kSigned != 0)
-    below = (u - kSmallestNormal) & -u;
-  else
-    below = u - Family::kFirst;
-  return below | (Family::kBeyond - 1 - u);
-}
-
+// A family has its domain, kScale, argument(x) for a magnitude, which is s, as an extended number
+// and packed, and special(arrays, i, status) for what is out of bounds.
 template <class Family, class Control, int32_t kBlock, class Block, class One>
 static inline Status log1p_32f(const float* src, float* dst, int32_t len, Block block,
                                One element) {
@@ -57,28 +39,20 @@ static inline Status log1p_32f(const float* src, float* dst, int32_t len, Block 
       arrays, len,
       [=](int32_t i, int32_t last) {
         for (; i < last; i += kBlock) {
-          uint32_t any = 0;
-          for (int lane = 0; lane < kBlock; ++lane) any |= outside<Family>(src + i + lane);
-          if (int32_t(any) < 0) break;
+          if (!all_ordinary<Family, kBlock>(src + i)) break;
           block(src + i, dst + i);
         }
         _mm_empty();  // after the packed conversions
         return i;
       },
       [&](int32_t i, Status* status) {
-        if (int32_t(outside<Family>(src + i)) >= 0) {
+        if (all_ordinary<Family, 1>(src + i)) {
           element(src + i, dst + i);
           _mm_empty();
         } else {
           Family::special(arrays, i, status);
         }
       });
-}
-
-static inline __m128 everywhere(uint32_t pattern) {
-  float value;
-  store_bits(&value, pattern);
-  return _mm_set1_ps(value);
 }
 
 // ---- x87
@@ -109,7 +83,7 @@ static inline void log1p_block(const float* src, float* dst) {
   float w[kCount];
   for (int lane = 0; lane < kCount; lane += kLoad)
     _mm_store_ps(a + lane,
-                 _mm_andnot_ps(everywhere(Family::kSigned), load_elements<kLoad>(src + lane)));
+                 _mm_andnot_ps(all_lanes(Family::kSigned), load_elements<kLoad>(src + lane)));
 #pragma GCC unroll 8
   for (int lane = 0; lane < kCount; ++lane) {
     const long double argument = Family::argument((long double)a[lane]);
@@ -136,7 +110,7 @@ static inline Status log1p_a24(const float* src, float* dst, int32_t len) {
 // ln(2 a) of a finite number from 1 on, in every grade.
 static inline float log_twice(uint32_t a) {
   float m;
-  store_bits(&m, (a & 0x007FFFFF) | Format<float>::kOne);
+  store_bits(&m, (a & Format<float>::kFraction) | Format<float>::kOne);
   const int32_t e = int32_t(a >> 23) - 126;
   const X87Nearest<X87_EXTENDED> control;
   float y;
@@ -149,36 +123,26 @@ static inline float log_twice(uint32_t a) {
 
 template <const auto& kP>
 static inline __m128 packed_log1p(__m128 s) {
-  const __m128 one = _mm_set1_ps(1.0f), raised = _mm_set1_ps(0x1.6a09e6p+0f);  // sqrt(2)
-  const __m128 power =
-      _mm_and_ps(_mm_mul_ps(_mm_add_ps(s, one), raised), everywhere(Format<float>::kInf));
+  const __m128 one = all_lanes(1.0f), raised = all_lanes(0x1.6a09e6p+0f);  // sqrt(2)
+  const __m128 power = _mm_and_ps((s + one) * raised, all_lanes(Format<float>::kInf));
   alignas(16) int32_t fields[4];
   _mm_store_ps(reinterpret_cast<float*>(fields), power);
-  const __m128 t =
-      _mm_div_ps(_mm_add_ps(s, _mm_sub_ps(one, power)), _mm_add_ps(s, _mm_add_ps(one, power)));
-  const __m128 square = _mm_mul_ps(t, t);
-  __m128 p = _mm_set1_ps(kP[0]);
-#pragma GCC unroll 4
-  for (size_t k = 1; k < sizeof kP / sizeof kP[0]; ++k)
-    p = _mm_add_ps(_mm_mul_ps(p, square), _mm_set1_ps(kP[k]));
-  const __m128 e = _mm_sub_ps(from_integers(fields), _mm_set1_ps(127 * 0x1p23f));
-  return _mm_add_ps(_mm_add_ps(_mm_add_ps(t, t), _mm_mul_ps(_mm_mul_ps(t, square), p)),
-                    _mm_mul_ps(e, _mm_set1_ps(float(kLn2 * 0x1p-23))));
+  const __m128 t = (s + (one - power)) / (s + (one + power));
+  const __m128 square = t * t;
+  const __m128 e = from_integers(fields) - all_lanes(127 * 0x1p23f);
+  return t + t + t * square * polynomial<kP>(square) + e * all_lanes(float(kLn2 * 0x1p-23));
 }
 
 template <class Family, const auto& kP, int kCount>
 static inline void packed_block(const float* src, float* dst) {
-  const __m128 x = load_elements<kCount>(src), sign = _mm_and_ps(x, everywhere(Family::kSigned)),
+  const __m128 x = load_elements<kCount>(src), sign = _mm_and_ps(x, all_lanes(Family::kSigned)),
                a = _mm_xor_ps(x, sign);
   // Those that pass are computed too, as 2^-20: their squares are subnormal.
-  const __m128 used = Family::kSigned ? _mm_max_ps(a, _mm_set1_ps(0x1p-20f)) : a;
+  const __m128 used = Family::kSigned ? _mm_max_ps(a, all_lanes(0x1p-20f)) : a;
   __m128 y = packed_log1p<kP>(Family::argument(used));
-  if (Family::kScale != 1) y = _mm_mul_ps(y, _mm_set1_ps(Family::kScale));
-  if (Family::kSigned) y = _mm_or_ps(select(_mm_cmplt_ps(a, _mm_set1_ps(0x1p-12f)), a, y), sign);
-  if (kCount == 4)
-    store_lanes(dst, y);
-  else
-    store_lane(dst, y);
+  if (Family::kScale != 1) y = y * all_lanes(Family::kScale);
+  if (Family::kSigned) y = _mm_or_ps(select(_mm_cmplt_ps(a, all_lanes(0x1p-12f)), a, y), sign);
+  store_elements<kCount>(dst, y);
 }
 
 template <class Family, const auto& kP>

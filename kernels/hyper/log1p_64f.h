@@ -18,12 +18,10 @@
 
 #include "kernels/frame.h"
 #include "kernels/hyper/generated/log1p_64f_table.h"  // kCell, kExponent, kP, kLn2
+#include "kernels/hyper/log1p_domain.h"
 
 constexpr int32_t kBlock = 8;
-constexpr uint32_t kSmallestNormal = 0x00100000;  // of 2^-1022
-constexpr uint32_t kOneUpper = 0x3FF00000;
 constexpr uint32_t kLargeUpper = 0x43D00000;  // 2^62
-constexpr uint64_t kDefaultNaN = 0xFFF8000000000000;
 
 struct Argument {
   double high, low, w;  // s and 1 + s
@@ -50,9 +48,8 @@ static inline long double log1p_of(const Argument& s) {
 
 // ln(2 a) of a finite number from 1 on.
 static inline long double log_twice(uint64_t a) {
-  constexpr uint64_t kFraction = 0x000FFFFFFFFFFFFF;
   double m;
-  store_bits(&m, (a & kFraction) | Format<double>::kOne);
+  store_bits(&m, (a & Format<double>::kFraction) | Format<double>::kOne);
   const uint32_t k = (upper_word(&m) + 0x400) >> 11;
   const Cell& cell = kCell[k % 512];
   const int32_t e = int32_t(k >> 9) - 1023, whole = e + int32_t(a >> 52) - 1022;
@@ -62,28 +59,8 @@ static inline long double log_twice(uint64_t a) {
   return log_of(cell, log, z);
 }
 
-static inline long double magnitude_of(const double* x) {
-  return __builtin_fabsl(load_extended(x));
-}
-
-static inline bool is_subnormal(uint64_t a) { return a < (uint64_t(kSmallestNormal) << 32); }
-
-// A family has kBeyond, the upper word where its ordinary arguments end, and where they begin:
-// kFirst, or kSigned, the sign bit, if the function is odd. Subnormals are not ordinary then: they
-// pass as they are, and storing a subnormal result from the x87 unit takes hundreds of cycles. It
-// also has kScale; argument(x), which is s; and special(arrays, i, status) for what is out of
-// bounds. The upper word 0 counts as ordinary, so that zeros stay in the blocks.
-template <class Family>
-static inline uint32_t outside(const double* x) {
-  const uint32_t u = upper_word(x) & ~Family::kSigned;
-  uint32_t below;
-  if constexpr (Family::kSigned != 0)
-    below = (u - kSmallestNormal) & -u;
-  else
-    below = u - Family::kFirst;
-  return below | (Family::kBeyond - 1 - u);
-}
-
+// A family has its domain, kScale, argument(x), which is s, and special(arrays, i, status) for what
+// is out of bounds.
 template <class Family, int kCount>
 static inline void log1p_block(const double* src, double* dst) {
   Argument s[kCount];
@@ -106,15 +83,13 @@ static inline Status log1p_64f(const double* src, double* dst, int32_t len) {
       arrays, len,
       [=](int32_t i, int32_t last) {
         for (; i < last; i += kBlock) {
-          uint32_t any = 0;
-          for (int lane = 0; lane < kBlock; ++lane) any |= outside<Family>(src + i + lane);
-          if (int32_t(any) < 0) break;
+          if (!all_ordinary<Family, kBlock>(src + i)) break;
           log1p_block<Family, kBlock>(src + i, dst + i);
         }
         return i;
       },
       [&](int32_t i, Status* status) {
-        if (int32_t(outside<Family>(src + i)) >= 0)
+        if (all_ordinary<Family, 1>(src + i))
           log1p_block<Family, 1>(src + i, dst + i);
         else
           Family::special(arrays, i, status);

@@ -16,24 +16,23 @@
 // Worst error 0.7612 ulp, at 0x3AFDB0D6 (all inputs).
 #include "kernels/frame.h"
 #include "kernels/hyper/generated/tanh_32f_table.h"  // static_const_table
+#include "kernels/screens.h"
 
-constexpr uint32_t kTiny = 0x00800000;     // 2^-126
 constexpr uint32_t kSeries = 0x3A83126F;   // 0.001
 constexpr uint32_t kOneFrom = 0x41200000;  // 10.0
 constexpr uint32_t kInf = Format<float>::kInf;
 
 // False when an element is too small or a NaN.
 static inline bool load_magnitudes(const float* x, float* magnitudes) {
-  uint32_t outside = 0;
-#pragma GCC unroll 4
-  for (int lane = 0; lane < 4; ++lane) {
-    const uint32_t a = magnitude<float>(load_bits(x + lane));
-    outside |= (a - kSeries) | (kInf - a);
+  return none_outside<4>([=](int lane) {
+    const uint32_t a = upper_magnitude(x + lane);
     store_bits(magnitudes + lane, a < kOneFrom ? a : kOneFrom - 1);
-  }
-  return int32_t(outside) >= 0;
+    return outside(a, kSeries, kInf + 1);
+  });
 }
 
+// Assembly. Operands: src, dst, the block; a, the magnitudes; v and y, singles of each element;
+// table; j to work with; shifter, s2, c2, s0 and c0, offsets in the table.
 #define TANH_ELEMENT(lane)                   \
   "flds 4*" #lane                            \
   "+%[a]\n\t"                                \
@@ -71,31 +70,32 @@ static inline bool load_magnitudes(const float* x, float* magnitudes) {
   "+%[y], %[j]\n\t"                          \
   "movl %[j], 4*" #lane "(%[dst])\n\t"
 
+#define TANH_LANES(elements)                                                                     \
+  {                                                                                              \
+    using Table = decltype(static_const_table);                                                  \
+    uint32_t j;                                                                                  \
+    asm volatile(elements                                                                        \
+                 : [v] "=o"(v), [y] "=o"(y), [j] "=&r"(j)                                        \
+                 : [a] "o"(a), [src] "r"(src), [dst] "r"(dst), [table] "r"(&static_const_table), \
+                   [shifter] "i"(offsetof(Table, shifter)), [s2] "i"(offsetof(Table, s2)),       \
+                   [c2] "i"(offsetof(Table, c2)), [s0] "i"(offsetof(Table, s0)),                 \
+                   [c0] "i"(offsetof(Table, c0))                                                 \
+                 : "cc", LUX_X87_STACK);                                                         \
+  }
+
 // False, and nothing stored, when an element is too small or a NaN.
 static inline bool tanh_block(const float* src, float* dst) {
   float a[4], v[4], y[4];
-  uint32_t j;
-  using Table = decltype(static_const_table);
   if (!load_magnitudes(src, a)) return false;
-  asm volatile(
-      TANH_ELEMENT(0) TANH_ELEMENT(1) TANH_ELEMENT(2) TANH_ELEMENT(3)
-      : [v] "=o"(v), [y] "=o"(y), [j] "=&r"(j)
-      : [a] "o"(a), [src] "r"(src), [dst] "r"(dst), [table] "r"(&static_const_table),
-        [shifter] "i"(offsetof(Table, shifter)), [s2] "i"(offsetof(Table, s2)),
-        [c2] "i"(offsetof(Table, c2)), [s0] "i"(offsetof(Table, s0)), [c0] "i"(offsetof(Table, c0))
-      : LUX_X87_STACK);
+  TANH_LANES(TANH_ELEMENT(0) TANH_ELEMENT(1) TANH_ELEMENT(2) TANH_ELEMENT(3))
   return true;
 }
 
-// 0.001 <= a < 10
-static float table_range(float a) {
-  const auto& table = static_const_table;
-  const double sum = double(a) + table.shifter;
-  const float v = store_f32(float(sum));
-  const double r = sum - v, square = r * r;
-  const double cosh = table.c0 + table.c2 * square, sinh = (table.s0 + table.s2 * square) * r;
-  const double t = table.tanh[load_bits(&v) & 0xFF];
-  return store_f32(float((sinh + t * cosh) / (t * sinh + cosh)));
+// 0.001 <= |x| < 10
+static void table_range(const float* src, float* dst) {
+  float a, v, y;
+  store_bits(&a, upper_magnitude(src));
+  TANH_LANES(TANH_ELEMENT(0))
 }
 
 static float series(double x) {
@@ -115,15 +115,14 @@ static Status tanh_32f(const float* src, float* dst, int32_t len) {
       },
       [=](int32_t i, Status*) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x), sign = x ^ a;
-        if (a <= kTiny || a > kInf) {
+        if (a <= Format<float>::kSmallestNormal || a > kInf) {
           store_bits(dst + i, quieted<float>(x));
         } else if (a < kSeries) {
           dst[i] = series(src[i]);
         } else if (a >= kOneFrom) {
           store_bits(dst + i, sign | Format<float>::kOne);
         } else {
-          dst[i] = table_range(__builtin_fabsf(src[i]));
-          set_upper_bits(dst + i, sign);
+          table_range(src + i, dst + i);
         }
       });
 }

@@ -10,13 +10,14 @@
 //
 // Worst error found 0.5033 ulp, at 0x4012E63B52A5C389 (sampled against exact values).
 #include "kernels/hyper/cells_64f.h"
+#include "kernels/saturating_64f.h"
 #include "kernels/hyper/generated/tanh_64f_table.h"  // kCell, kSeries
 
 constexpr uint32_t kOneFrom = 0x40330FC1;  // upper word of 19.061546; the table gives 1 just below
 
 static inline void element(const double* x, double* y) {
   const uint32_t sign = upper_word(x) & kSignUpper;
-  const long double a = __builtin_fabsl(load_extended(x));
+  const long double a = magnitude_of(x);
   const Cell& cell = kCell[nearest_cell(a)];
   const long double r = a - cell.x, z = r * r;
   const long double t = ((kSeries[2] * z + kSeries[1]) * z + kSeries[0]) * z * r + r;
@@ -25,23 +26,8 @@ static inline void element(const double* x, double* y) {
 }
 
 static Status tanh_64f(const double* src, double* dst, int32_t len) {
-  return run_kernel<X87Nearest<X87_EXTENDED>, 4>(
-      Arrays<double>{src, src, dst, dst}, len,
-      [=](int32_t i, int32_t last) {
-        for (; i < last && all_below(src + i, kOneFrom); i += 4) {
-#pragma GCC unroll 4
-          for (int lane = 0; lane < 4; ++lane) element(src + i + lane, dst + i + lane);
-        }
-        return i;
-      },
-      [=](int32_t i, Status*) {
-        const uint64_t x = load_bits(src + i), a = magnitude<double>(x);
-        if (upper_magnitude(src + i) < kOneFrom)
-          element(src + i, dst + i);
-        else
-          store_bits(dst + i, a > Format<double>::kInf ? quieted<double>(x)
-                                                       : Format<double>::kOne | (x ^ a));
-      });
+  return saturating_64f<4>(src, dst, len, kOneFrom, Format<double>::kOne,
+                           [](const double* x, double* y) { element(x, y); });
 }
 
 LUX_KERNELS_64F(Tanh, 1_1, tanh_64f)

@@ -11,6 +11,14 @@
 #include "kernels/roots/cbrt_32f.h"
 #include "kernels/roots/generated/cbrt_32f_table.h"  // static_const_table
 
+// The interval comes from a single's pattern.
+static inline double quadratic(uint32_t x, double m) {
+  constexpr uint32_t kIndex = kQuadratics<decltype(static_const_table)> - 1;
+  const uint32_t j = x >> (23 - __builtin_popcount(kIndex)) & kIndex;
+  const auto& table = static_const_table;
+  return (table.c2[j] * m + table.c1[j]) * m + table.c0[j];
+}
+
 // The significand is that of y, everything else comes from y rounded to a single. The biased
 // exponent times 64 kThird is a third of it in units of 2^-23: the quotient stands in the exponent
 // field, and bits 20 and 19 tell the remainder, 00, 01 or 10.
@@ -19,14 +27,14 @@ __attribute__((noinline, cold)) static float cbrt_subnormal(float x) {
   constexpr uint32_t kBias = 710934528;  // 84.75 2^23
   const double y = store_f64(x * 1e39);
   const float rounded = store_f32(float(y));
-  const uint32_t u = load_bits(&rounded), third = ((u & kExponent) >> 16) * kThird >> 1;
+  const uint32_t u = load_bits(&rounded), third = ((u & Format<float>::kInf) >> 16) * kThird >> 1;
   const Words words = load_words(&y);
   double m;
-  store_words(&m, {words.lower, (words.upper & 0x000FFFFF) | 0x3FF00000});
+  store_words(&m, {words.lower, (words.upper & Upper<double>::kFraction) | Upper<double>::kOne});
   float scale;
-  store_bits(&scale, (u & Format<float>::kSign) | ((third + kBias) & kExponent));
-  return store_f32(float(quadratic(static_const_table, u, m) *
-                         static_const_table.subnormal_factor[third >> 19 & 3] * scale));
+  store_bits(&scale, (u & Format<float>::kSign) | ((third + kBias) & Format<float>::kInf));
+  return store_f32(
+      float(quadratic(u, m) * static_const_table.subnormal_factor[third >> 19 & 3] * scale));
 }
 
 static Status cbrt_32f(const float* src, float* dst, int32_t len) {
@@ -36,12 +44,12 @@ static Status cbrt_32f(const float* src, float* dst, int32_t len) {
       [=](int32_t i, int32_t last) { return cbrt_blocks(static_const_table, src, dst, i, last); },
       [=](int32_t i, Status*) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
-        if (a >= kExponent || a == 0)
+        if (a >= Format<float>::kInf || a == 0)
           store_bits(dst + i, quieted<float>(x));
-        else if (a <= kFraction)
+        else if (a < Format<float>::kSmallestNormal)
           dst[i] = cbrt_subnormal(src[i]);
         else
-          dst[i] = cbrt_normal(static_const_table, x);
+          cbrt_element(static_const_table, src + i, dst + i);
       });
 }
 

@@ -11,35 +11,22 @@
 #ifndef LUX_KERNELS_ROOTS_CBRT_32F_H
 #define LUX_KERNELS_ROOTS_CBRT_32F_H
 
-#include <xmmintrin.h>
-
 #include "kernels/frame.h"
-
-constexpr uint32_t kExponent = 0x7F800000;
-constexpr uint32_t kFraction = 0x007FFFFF;
-constexpr uint32_t kOne = 0x3F800000;
-
-static inline __m128 four(uint32_t pattern) {
-  float value;
-  store_bits(&value, pattern);
-  return _mm_set1_ps(value);
-}
+#include "kernels/lanes.h"
 
 // Compares powers of two, zero and infinity only: that raises no flag and depends on no setting.
 static inline bool all_normal(__m128 x) {
-  const __m128 exponents = _mm_and_ps(x, four(kExponent));
+  const __m128 exponents = _mm_and_ps(x, all_lanes(Format<float>::kInf));
   const __m128 special = _mm_or_ps(_mm_cmpeq_ps(exponents, _mm_setzero_ps()),
-                                   _mm_cmpeq_ps(exponents, four(kExponent)));
-  return !_mm_movemask_ps(special);
-}
-
-static inline __m128 significands(__m128 x) {
-  return _mm_or_ps(_mm_and_ps(x, four(kFraction)), four(kOne));
+                                   _mm_cmpeq_ps(exponents, all_lanes(Format<float>::kInf)));
+  return !in_any_lane(special);
 }
 
 template <class Table>
 constexpr uint32_t kQuadratics = sizeof(Table::c0) / sizeof(double);
 
+// Assembly. Operands: src, dst, the block; m, the significands; table; upper and j to work with;
+// shift and index, for the number of the quadratic; c2, c1, c0 and factor, offsets in the table.
 #define CBRT_ELEMENT(lane)                    \
   "movl 4*" #lane                             \
   "(%[src]), %[upper]\n\t"                    \
@@ -57,19 +44,32 @@ constexpr uint32_t kQuadratics = sizeof(Table::c0) / sizeof(double);
   "fmull %c[factor](%[table],%[upper],8)\n\t" \
   "fstps 4*" #lane "(%[dst])\n\t"
 
+#define CBRT_LANES(elements)                                                                 \
+  asm volatile(elements                                                                      \
+               : [upper] "=&r"(upper), [j] "=&r"(j)                                          \
+               : [m] "o"(m), [src] "r"(src), [dst] "r"(dst), [table] "r"(&table),            \
+                 [shift] "i"(20 - __builtin_popcount(kIndex)), [index] "i"(kIndex * 8),      \
+                 [c2] "i"(offsetof(Table, c2)), [c1] "i"(offsetof(Table, c1)),               \
+                 [c0] "i"(offsetof(Table, c0)), [factor] "i"(offsetof(Table, scaled_factor)) \
+               : "cc", LUX_X87_STACK)
+
 template <class Table>
 static inline void cbrt_block(const Table& table, const float* src, __m128 x, float* dst) {
   constexpr uint32_t kIndex = kQuadratics<Table> - 1;
   alignas(16) float m[4];
   uint32_t upper, j;
-  _mm_store_ps(m, significands(x));
-  asm volatile(CBRT_ELEMENT(0) CBRT_ELEMENT(1) CBRT_ELEMENT(2) CBRT_ELEMENT(3)
-               : [upper] "=&r"(upper), [j] "=&r"(j)
-               : [m] "o"(m), [src] "r"(src), [dst] "r"(dst), [table] "r"(&table),
-                 [shift] "i"(20 - __builtin_popcount(kIndex)), [index] "i"(kIndex * 8),
-                 [c2] "i"(offsetof(Table, c2)), [c1] "i"(offsetof(Table, c1)),
-                 [c0] "i"(offsetof(Table, c0)), [factor] "i"(offsetof(Table, scaled_factor))
-               : "cc", LUX_X87_STACK);
+  _mm_store_ps(m, significand_of(x));
+  CBRT_LANES(CBRT_ELEMENT(0) CBRT_ELEMENT(1) CBRT_ELEMENT(2) CBRT_ELEMENT(3));
+}
+
+// One normal number.
+template <class Table>
+static inline void cbrt_element(const Table& table, const float* src, float* dst) {
+  constexpr uint32_t kIndex = kQuadratics<Table> - 1;
+  float m;
+  uint32_t upper, j;
+  store_bits(&m, (load_bits(src) & Format<float>::kFraction) | Format<float>::kOne);
+  CBRT_LANES(CBRT_ELEMENT(0));
 }
 
 // Whole blocks up to the first with a zero, a subnormal, an infinity or a NaN.
@@ -77,26 +77,11 @@ template <class Table>
 static inline int32_t cbrt_blocks(const Table& table, const float* src, float* dst, int32_t i,
                                   int32_t last) {
   for (; i < last; i += 4) {
-    const __m128 x = _mm_loadu_ps(src + i);
+    const __m128 x = load_lanes(src + i);
     if (!all_normal(x)) break;
     cbrt_block(table, src + i, x, dst + i);
   }
   return i;
-}
-
-// The interval comes from a single's pattern.
-template <class Table>
-static inline double quadratic(const Table& table, uint32_t x, double m) {
-  constexpr uint32_t kIndex = kQuadratics<Table> - 1;
-  const uint32_t j = x >> (23 - __builtin_popcount(kIndex)) & kIndex;
-  return (table.c2[j] * m + table.c1[j]) * m + table.c0[j];
-}
-
-template <class Table>
-static inline float cbrt_normal(const Table& table, uint32_t x) {
-  float m;
-  store_bits(&m, (x & kFraction) | kOne);
-  return store_f32(float(quadratic(table, x, m) * table.scaled_factor[x >> 23]));
 }
 
 #endif

@@ -20,6 +20,7 @@
 #define LUX_KERNELS_ROOTS_CBRT_64F_H
 
 #include "kernels/frame.h"
+#include "kernels/lanes.h"
 
 struct CubeRootTable {
   double p[5];             // the highest power first
@@ -28,15 +29,13 @@ struct CubeRootTable {
   float low[3 * 256];
 };
 
-// Upper words.
-constexpr uint32_t kSmallestNormal = 0x00100000;             // 2^-1022
-constexpr uint32_t kNormals = 0x7FF00000 - kSmallestNormal;  // how many there are
-constexpr uint32_t kSign = 0x80000000;
-
 constexpr uint32_t kThird = 21846;  // 2^16/3: the product's bits 15 and 14 tell the remainder
 constexpr uint32_t kBias = 341u << 20;
 alignas(16) static const uint64_t kLowFraction[2] = {0x00000FFFFFFFFFFF, 0x00000FFFFFFFFFFF};
 
+// Assembly. Operands: src, dst and the index i of the pair; f and thirds, the fractions and the
+// products of the exponents; table; k and j to work with; and the constants below; smallest and
+// normals, bounds of the screening.
 #define CBRT_ELEMENT(lane)                    \
   "movl 4+8*" #lane                           \
   "(%[src],%[i],8), %[k]\n\t"                 \
@@ -80,6 +79,14 @@ alignas(16) static const uint64_t kLowFraction[2] = {0x00000FFFFFFFFFFF, 0x00000
   "(%[dst],%[i],8)\n\t"                       \
   "addl %[k], 4+8*" #lane "(%[dst],%[i],8)\n\t"
 
+// What turns an exponent field into that of the reciprocal, the factor of exponents, the power's
+// bias, the sign, and offsets in the table.
+#define CBRT_CONSTANTS                                                                \
+  [flip] "i"(kInverse ? 0x7FF : 0), [third] "i"(kThird), [bias] "i"(-int32_t(kBias)), \
+      [sign] "i"(kSignUpper), [p] "i"(offsetof(CubeRootTable, p)),                    \
+      [reciprocal] "i"(offsetof(CubeRootTable, reciprocal)),                          \
+      [high] "i"(offsetof(CubeRootTable, high)), [low] "i"(offsetof(CubeRootTable, low))
+
 #define CBRT_SCREEN(lane)      \
   "movl 4+8*" #lane            \
   "(%[src],%[i],8), %[k]\n\t"  \
@@ -112,34 +119,32 @@ __attribute__((no_sanitize("address", "undefined"))) static inline int32_t cbrt_
       "3:\n\t"
       : [i] "+r"(i), [f] "=o"(f), [thirds] "=o"(thirds), [k] "=&r"(k), [j] "=&r"(j)
       : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&table),
-        [low_fraction] "[k]"(kLowFraction), [smallest] "i"(kSmallestNormal),
-        [normals] "i"(kNormals), [flip] "i"(kInverse ? 0x7FF : 0), [third] "i"(kThird),
-        [bias] "i"(-int32_t(kBias)), [sign] "i"(kSign), [p] "i"(offsetof(CubeRootTable, p)),
-        [reciprocal] "i"(offsetof(CubeRootTable, reciprocal)),
-        [high] "i"(offsetof(CubeRootTable, high)), [low] "i"(offsetof(CubeRootTable, low))
+        [low_fraction] "[k]"(kLowFraction), [smallest] "i"(Upper<double>::kSmallestNormal),
+        [normals] "i"(Upper<double>::kInf - Upper<double>::kSmallestNormal), CBRT_CONSTANTS
       : "cc", "xmm0", "xmm1", LUX_X87_STACK);
   return i;
 }
 
-// The steps of a pair for one normal element, times 2^shift.
+// One normal element.
 template <bool kInverse>
-static inline void cbrt_normal(const CubeRootTable& table, uint64_t x, int32_t shift, double* dst) {
-  const uint32_t upper = uint32_t(x >> 32), exponent = upper >> 20 & 0x7FF;
-  const uint32_t thirds = (kInverse ? 2047 - exponent : exponent) * kThird;
-  const uint32_t j = upper >> 12 & 255, r = thirds >> 14 & 3, k = r << 8 | j;
-  const long double t = (long double)int64_t(x & kLowFraction[0]) * table.reciprocal[j];
-  long double p = table.p[0];
-  for (int n = 1; n < 5; ++n) p = p * t + table.p[n];
-  *dst = double(p * t * table.high[k] + table.low[k] + table.high[k]);
-  const uint32_t power = (thirds >> 16) + shift;
-  reinterpret_cast<WordInMemory*>(dst)[1] += (power << 20) - kBias + (upper & kSign);
+__attribute__((no_sanitize("address", "undefined"), noinline)) static void cbrt_element(
+    const CubeRootTable& table, const double* src, double* dst) {
+  uint64_t f;
+  uint32_t thirds, k, j;
+  store_half(&f, _mm_and_ps(load_half(src), load_half(kLowFraction)));
+  asm volatile(CBRT_ELEMENT(0)
+               : [thirds] "=m"(thirds), [k] "=&r"(k), [j] "=&r"(j)
+               : [src] "r"(src), [dst] "r"(dst), [i] "r"(0), [f] "m"(f), [table] "r"(&table),
+                 CBRT_CONSTANTS
+               : "cc", LUX_X87_STACK);
 }
 
 template <bool kInverse>
 __attribute__((noinline, cold)) static void cbrt_subnormal(const CubeRootTable& table, double x,
                                                            double* dst) {
   const double scaled = store_f64(x * 0x1p54);  // exact
-  cbrt_normal<kInverse>(table, load_bits(&scaled), kInverse ? 18 : -18, dst);
+  cbrt_element<kInverse>(table, &scaled, dst);
+  add_to_upper_word(dst, uint32_t(kInverse ? 18 : -18) << 20);
 }
 
 // Zeros, infinities and NaNs are `other`'s.
@@ -155,10 +160,10 @@ static inline Status cbrt_64f(const CubeRootTable& table, const Arrays<double>& 
         const uint64_t x = load_bits(src + i), a = magnitude<double>(x);
         if (a >= Format<double>::kInf || a == 0)
           other(i, x, status);
-        else if (a >> 32 < kSmallestNormal)
+        else if (a < Format<double>::kSmallestNormal)
           cbrt_subnormal<kInverse>(table, src[i], dst + i);
         else
-          cbrt_normal<kInverse>(table, x, 0, dst + i);
+          cbrt_element<kInverse>(table, src + i, dst + i);
       });
 }
 

@@ -17,7 +17,6 @@
 // 0x007CE41F; A11 2^-14.93, at 0x007D613C.
 #include "kernels/roots/cbrt_32f.h"
 #include "kernels/roots/generated/invcbrt_32f_table.h"  // static_const_table, kStart, kStep
-#include "kernels/lanes.h"
 
 constexpr uint32_t kThirds = 0x5555;  // in 2^-16
 
@@ -38,14 +37,14 @@ static inline uint32_t start(uint32_t x) {
 // From the first estimate y, which has the sign of x.
 template <bool kRefined>
 static inline __m128 corrected(__m128 x, __m128 y) {
-  const __m128 c = _mm_mul_ps(_mm_mul_ps(x, y), _mm_mul_ps(y, y));
-  __m128 step = _mm_add_ps(_mm_mul_ps(_mm_set1_ps(kStep[2]), c), _mm_set1_ps(kStep[1]));
-  step = _mm_add_ps(_mm_mul_ps(step, c), _mm_set1_ps(kStep[0]));
-  y = _mm_mul_ps(y, step);
+  const __m128 c = x * y * (y * y);
+  __m128 step = all_lanes(kStep[2]) * c + all_lanes(kStep[1]);
+  step = step * c + all_lanes(kStep[0]);
+  y = y * step;
   if (!kRefined) return y;
-  const __m128 cube = _mm_mul_ps(_mm_mul_ps(x, y), _mm_mul_ps(y, y));
-  const __m128 rest = _mm_sub_ps(_mm_set1_ps(1.0f), cube);
-  return _mm_add_ps(y, _mm_mul_ps(_mm_mul_ps(y, _mm_set1_ps(1.0f / 3)), rest));
+  const __m128 cube = x * y * (y * y);
+  const __m128 rest = 1.0f - cube;
+  return y + y * all_lanes(1.0f / 3) * rest;
 }
 
 template <bool kRefined>
@@ -54,15 +53,14 @@ static inline void packed_block(const float* src, __m128 x, float* dst) {
   const HalfLanes* const patterns = reinterpret_cast<const HalfLanes*>(src);
   half[0] = start(patterns[0]);
   half[1] = start(patterns[1]);
-  const __m128 y = _mm_loadh_pi(_mm_loadl_pi(_mm_setzero_ps(), half), half + 1);
-  const __m128 sign = _mm_and_ps(x, four(Format<float>::kSign));
-  _mm_storeu_ps(dst, corrected<kRefined>(x, _mm_or_ps(y, sign)));
+  const __m128 y = load_halves(half, half + 1);
+  store_lanes(dst, corrected<kRefined>(x, _mm_or_ps(y, sign_of(x))));
 }
 
 template <bool kRefined>
 static inline int32_t packed_blocks(const float* src, float* dst, int32_t i, int32_t last) {
   for (; i < last; i += 4) {
-    const __m128 x = _mm_loadu_ps(src + i);
+    const __m128 x = load_lanes(src + i);
     if (!all_normal(x)) break;
     packed_block<kRefined>(src + i, x, dst + i);
   }
@@ -79,8 +77,8 @@ static inline __m128 kept_packed(__m128 lanes) {
 
 template <bool kRefined>
 static inline void packed_normal(uint32_t x, float* dst) {
-  const __m128 number = kept_packed(four(x));
-  const __m128 y = kept_packed(four(start(x) | (x & Format<float>::kSign)));
+  const __m128 number = kept_packed(all_lanes(x));
+  const __m128 y = kept_packed(all_lanes(start(x) | (x & Format<float>::kSign)));
   store_lane(dst, kept_packed(corrected<kRefined>(number, y)));
 }
 
@@ -91,14 +89,14 @@ static inline void inverse_cube_root(const Arrays<float>& arrays, int32_t i, Sta
                                      Normal normal) {
   float* const dst = arrays.dst1 + i;
   const uint32_t x = load_bits(arrays.src1 + i), a = magnitude<float>(x), sign = x ^ a;
-  if (a > kExponent) {
+  if (a > Format<float>::kInf) {
     store_bits(dst, quieted<float>(x));
-  } else if (a == kExponent) {
+  } else if (a == Format<float>::kInf) {
     store_bits(dst, sign);
   } else if (a == 0) {
-    store_bits(dst, sign | kExponent);
+    store_bits(dst, sign | Format<float>::kInf);
     _ErrorCall(arrays, LUX_POLE, i, status);
-  } else if (a <= kFraction) {
+  } else if (a < Format<float>::kSmallestNormal) {
     const int shift = __builtin_clz(a) - 8;
     const uint32_t doubled = (uint32_t(150 - shift) << 23) + (a << shift);  // the number 2 a
     normal(sign | doubled, dst);
@@ -114,8 +112,11 @@ static Status table_driven(const float* src, float* dst, int32_t len) {
       arrays, len,
       [=](int32_t i, int32_t last) { return cbrt_blocks(static_const_table, src, dst, i, last); },
       [&](int32_t i, Status* status) {
-        inverse_cube_root(arrays, i, status,
-                          [](uint32_t x, float* y) { *y = cbrt_normal(static_const_table, x); });
+        inverse_cube_root(arrays, i, status, [](uint32_t x, float* y) {
+          float normal;
+          store_bits(&normal, x);
+          cbrt_element(static_const_table, &normal, y);
+        });
       });
 }
 

@@ -12,8 +12,9 @@
 // starts three a cycle, no less than 1.29 cycles an element.
 //
 // Of an eight that holds a zero, a subnormal, a negative number, an infinity or a NaN, every
-// element is computed on the x87 unit as 1 / sqrt(x), deliberately under the caller's precision and
-// rounding, and its zeros are reported before its negative numbers.
+// element is computed on the x87 unit as 1 / sqrt(x), under the caller's precision and rounding,
+// since this kernel leaves that unit's control word alone; the zeros of such an eight are reported
+// before its negative numbers.
 //
 // Worst error 0.9846 ulp, at 0x0085B984 (every input, with the estimate of an Intel Xeon 6/207).
 #include "kernels/roots/root_32f.h"
@@ -22,8 +23,8 @@ constexpr int32_t kBlock = 8;
 
 // The estimate y, and y s with s a power of two, x / s^2.
 static inline __m128 corrected(__m128 y, __m128 ys, __m128 x) {
-  const __m128 e = _mm_sub_ps(_mm_mul_ps(x, _mm_mul_ps(ys, ys)), _mm_set1_ps(1.0f));
-  return _mm_add_ps(y, _mm_mul_ps(y, _mm_mul_ps(e, series(e))));
+  const __m128 e = x * (ys * ys) - 1.0f;
+  return y + y * (e * root_series(e));
 }
 
 static inline __m128 estimate(__m128 x) { return nine_bits(_mm_rsqrt_ps(x)); }
@@ -35,10 +36,10 @@ static inline __m128 inverse_root(__m128 x) {
 
 // Any positive normal number.
 static inline __m128 inverse_root_scaled(__m128 x) {
-  const __m128 y = estimate(x), one = _mm_set1_ps(1.0f);
-  const __m128 large = _mm_cmple_ps(_mm_set1_ps(0x1p+64f), x);
-  return corrected(y, _mm_mul_ps(y, select(large, _mm_set1_ps(4.0f), one)),
-                   _mm_mul_ps(x, select(large, _mm_set1_ps(0.0625f), one)));
+  const __m128 y = estimate(x), one = all_lanes(1.0f);
+  const __m128 large = _mm_cmple_ps(all_lanes(0x1p+64f), x);
+  return corrected(y, y * select(large, all_lanes(4.0f), one),
+                   x * select(large, all_lanes(0.0625f), one));
 }
 
 static inline void x87_inverse_root(const float* src, float* dst) {
@@ -78,19 +79,12 @@ static void special_element(const Arrays<float>& arrays, int32_t i, Status* stat
 }
 
 static inline bool sixteen_ordinary(const float* x) {
-  static const BitLanes least = {
-      {kSmallestNormal, kSmallestNormal, kSmallestNormal, kSmallestNormal}};
-  static const BitLanes large = {{0x7E800000, 0x7E800000, 0x7E800000, 0x7E800000}};  // 2^126
-  return all_within(x, least, large);
+  constexpr uint32_t kLarge = 0x7E800000;  // 2^126
+  return all_within(x, Format<float>::kSmallestNormal, kLarge);
 }
 
 static inline bool eight_positive_normal(const float* x) {
-  uint32_t outside = 0;
-  for (int lane = 0; lane < kBlock; ++lane) {
-    const uint32_t u = load_bits(x + lane);
-    outside |= u | (u - kSmallestNormal) | (Format<float>::kInf - 1 - u);
-  }
-  return int32_t(outside) >= 0;
+  return none_outside<kBlock>([=](int lane) { return outside_positive_normal(x + lane); });
 }
 
 // Sixteen a turn while nothing is special.
@@ -129,8 +123,8 @@ static Status invsqrt_32f(const float* src, float* dst, int32_t len) {
       arrays, len,
       [&](int32_t i, int32_t last) { return inverse_root_blocks(arrays, i, last, &blocks); },
       [&](int32_t i, Status* status) {
-        if (is_positive_normal(load_bits(src + i)))
-          store_lane(dst + i, inverse_root_scaled(load_everywhere(src + i)));
+        if (is_positive_normal(src + i))
+          store_lane(dst + i, inverse_root_scaled(load_all_lanes(src + i)));
         else
           special_element(arrays, i, status);
       });

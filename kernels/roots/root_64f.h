@@ -14,24 +14,20 @@
 #ifndef LUX_KERNELS_ROOTS_ROOT_64F_H
 #define LUX_KERNELS_ROOTS_ROOT_64F_H
 
-#include <xmmintrin.h>
-
 #include "kernels/frame.h"
 #include "kernels/roots/generated/root_64f_table.h"  // static_const_table
+#include "kernels/lanes.h"
+#include "kernels/screens.h"
 
 enum Root { kRoot, kInverseRoot };
 
-constexpr uint32_t kSmallestNormal = 0x00100000;           // high word of 2^-1022
-constexpr uint32_t kLargest = 0x7FEFFFFF;                  // high word
-constexpr uint64_t kNegativeMarker = 0x7FF8A5A55A5A5A5Au;  // deliberate payload
+constexpr uint64_t kNegativeMarker = 0x7FF8A5A55A5A5A5Au;  // tells these results from other NaNs
 
-struct alignas(16) WordLanes {
-  uint32_t word[4];
-};
-static const WordLanes kFraction = {{~0u, 0x000FFFFF, ~0u, 0x000FFFFF}},
-                       kFractionAndParity = {{~0u, 0x001FFFFF, ~0u, 0x001FFFFF}},
-                       kOneField = {{0, 0x3FF00000, 0, 0x3FF00000}},
-                       kHalfField = {{0, 0x3FE00000, 0, 0x3FE00000}};
+constexpr uint32_t kFraction = Upper<double>::kFraction, kParity = 0x00100000;
+static const BitLanes kFractions = {{~0u, kFraction, ~0u, kFraction}},
+                      kFractionsAndParity = {{~0u, kFraction | kParity, ~0u, kFraction | kParity}},
+                      kOneFields = {{0, Upper<double>::kOne, 0, Upper<double>::kOne}},
+                      kHalfFields = {{0, 0x3FE00000, 0, 0x3FE00000}};
 
 // z and v of a pair, and of the next two; their halves are loaded from where 16 bytes were stored,
 // which store forwarding can do.
@@ -39,20 +35,18 @@ struct alignas(16) Reduced {
   double z[4], v[4];
 };
 
-typedef __m128 __attribute__((may_alias, aligned(1))) UnalignedPair;
-
-static inline __m128 masked(__m128 x, const WordLanes& keep, const WordLanes& field) {
-  const __m128 kept = _mm_and_ps(x, _mm_load_ps(reinterpret_cast<const float*>(&keep)));
-  return _mm_or_ps(kept, _mm_load_ps(reinterpret_cast<const float*>(&field)));
+static inline __m128 masked(__m128 x, const BitLanes& keep, const BitLanes& field) {
+  return _mm_or_ps(_mm_and_ps(x, lanes_of(keep)), lanes_of(field));
 }
 
-static inline void reduce_pair(const double* x, double* z, double* v) {
-  __m128 pair;  // the intrinsic gives two halves for this processor class
-  asm("movups %1, %0" : "=x"(pair) : "m"(*reinterpret_cast<const UnalignedPair*>(x)));
-  _mm_store_ps(reinterpret_cast<float*>(z), masked(pair, kFraction, kOneField));
-  _mm_store_ps(reinterpret_cast<float*>(v), masked(pair, kFractionAndParity, kHalfField));
+static inline void store_reduced(__m128 pair, double* z, double* v) {
+  store_pair(z, masked(pair, kFractions, kOneFields));
+  store_pair(v, masked(pair, kFractionsAndParity, kHalfFields));
 }
 
+// Assembly. Operands: src and dst, the block; z0 to z3 and v0 to v3, in memory; table; k and j to
+// work with; c2, c1, c0, parity and three, offsets in the table. `root` is one of the two FINISH
+// macros.
 #define ROOT_ELEMENT(lane, root)                        \
   "movl 4+8*" #lane                                     \
   "(%[src]), %[k]\n\t"                                  \
@@ -108,8 +102,8 @@ template <Root kKind>
 __attribute__((no_sanitize("address", "undefined"))) static inline void root_block(
     const double* src, double* dst) {
   Reduced r;
-  reduce_pair(src, r.z, r.v);
-  reduce_pair(src + 2, r.z + 2, r.v + 2);
+  store_reduced(load_pair(src), r.z, r.v);
+  store_reduced(load_pair(src + 2), r.z + 2, r.v + 2);
   if constexpr (kKind == kRoot)
     ROOT_BLOCK(FINISH_ROOT)
   else
@@ -121,30 +115,21 @@ template <Root kKind>
 __attribute__((no_sanitize("address", "undefined"), noinline)) static void root_element(
     const double* src, double* dst) {
   Reduced r;
-  const __m128 x = _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(src));
-  _mm_store_ps(reinterpret_cast<float*>(r.z), masked(x, kFraction, kOneField));
-  _mm_store_ps(reinterpret_cast<float*>(r.v), masked(x, kFractionAndParity, kHalfField));
+  store_reduced(load_half(src), r.z, r.v);
   if constexpr (kKind == kRoot)
     ROOT_LANES(ROOT_ELEMENT(0, FINISH_ROOT))
   else
     ROOT_LANES(ROOT_ELEMENT(0, FINISH_INVERSE_ROOT))
 }
 
-// The sign bit is set when a high word is not that of a positive normal number.
-static inline uint32_t outside(uint32_t high) {
-  return (high - kSmallestNormal) | (kLargest - high);
-}
-
 static inline bool all_positive_normal(const double* x) {
-  uint32_t any = 0;
-  for (int lane = 0; lane < 4; ++lane) any |= outside(upper_word(x + lane));
-  return int32_t(any) >= 0;
+  return none_outside<4>([=](int lane) { return outside_positive_normal(x + lane); });
 }
 
 // Finite and at least the smallest subnormal.
 template <Root kKind>
 static inline void root_scaled(const double* src, double* dst) {
-  if (int32_t(outside(upper_word(src))) >= 0) {
+  if (is_positive_normal(src)) {
     root_element<kKind>(src, dst);
   } else {
     const double normal = store_f64(*src * 0x1p996);

@@ -16,44 +16,36 @@
 // Worst error 0.7608 ulp, at 0x0169B52F (every input, with the estimate of an Intel Xeon 6/207).
 #include "kernels/roots/root_32f.h"
 
-constexpr uint32_t kDefaultNan = 0xFFC00000;
-
 enum Zeros { kNoZeros, kWithZeros };
 
 template <Zeros kZeros>
 static inline __m128 root(__m128 x) {
-  static const BitLanes magnitude_of_nine_bits = {{0x7FFF8000, 0x7FFF8000, 0x7FFF8000, 0x7FFF8000}};
-  static const BitLanes largest = {{0x7F7FFFFF, 0x7F7FFFFF, 0x7F7FFFFF, 0x7F7FFFFF}};
+  constexpr uint32_t kNineBits = 0x7FFF8000, kLargest = Format<float>::kInf - 1;
   __m128 y = _mm_rsqrt_ps(x);
   if constexpr (kZeros == kWithZeros)
-    y = _mm_min_ps(_mm_and_ps(y, lanes_of(magnitude_of_nine_bits)), lanes_of(largest));
+    y = _mm_min_ps(_mm_and_ps(y, all_lanes(kNineBits)), all_lanes(kLargest));
   else
     y = nine_bits(y);
   const __m128 h = nine_bits(x);
-  const __m128 minus_l = _mm_sub_ps(h, x);
-  const __m128 hy = _mm_mul_ps(h, y), minus_ly = _mm_mul_ps(minus_l, y);
-  const __m128 e =
-      _mm_sub_ps(_mm_sub_ps(_mm_mul_ps(hy, y), _mm_set1_ps(1.0f)), _mm_mul_ps(minus_ly, y));
-  const __m128 correction = _mm_mul_ps(_mm_mul_ps(_mm_mul_ps(x, y), e), series(e));
-  return _mm_add_ps(_mm_sub_ps(correction, minus_ly), hy);
+  const __m128 minus_l = h - x;
+  const __m128 hy = h * y, minus_ly = minus_l * y;
+  const __m128 e = (hy * y - 1.0f) - minus_ly * y;
+  const __m128 correction = x * y * e * root_series(e);
+  return (correction - minus_ly) + hy;
 }
 
 constexpr uint32_t kLeast = 0x0C800000;  // 2^-102
 
 static inline bool sixteen_ordinary(const float* x) {
-  static const BitLanes least = {{kLeast, kLeast, kLeast, kLeast}};
-  static const BitLanes infinity = {{0x7F800000, 0x7F800000, 0x7F800000, 0x7F800000}};
-  return all_within(x, least, infinity);
+  return all_within(x, kLeast, Format<float>::kInf);
 }
 
 // Or +0.
 static inline bool eight_ordinary(const float* x) {
-  uint32_t outside = 0;
-  for (int lane = 0; lane < 8; ++lane) {
+  return none_outside<8>([=](int lane) {
     const uint32_t u = load_bits(x + lane);
-    outside |= u | ((u - kLeast) & -u) | (Format<float>::kInf - 1 - u);
-  }
-  return int32_t(outside) >= 0;
+    return u | ((u - kLeast) & -u) | (Format<float>::kInf - 1 - u);
+  });
 }
 
 static inline int32_t root_blocks(const float* src, float* dst, int32_t i, int32_t last) {
@@ -75,7 +67,7 @@ static inline int32_t root_blocks(const float* src, float* dst, int32_t i, int32
 static void sqrt_scalar(const Arrays<float>& arrays, int32_t i, Status* status) {
   float* const y = arrays.dst1 + i;
   const uint32_t x = load_bits(arrays.src1 + i);
-  const __m128 lane = load_everywhere(arrays.src1 + i);
+  const __m128 lane = load_all_lanes(arrays.src1 + i);
   if (x - kLeast < Format<float>::kInf - kLeast) {
     store_lane(y, root<kNoZeros>(lane));
   } else if (is_zero<float>(x) || x == Format<float>::kInf) {
@@ -83,11 +75,11 @@ static void sqrt_scalar(const Arrays<float>& arrays, int32_t i, Status* status) 
   } else if (magnitude<float>(x) > Format<float>::kInf) {
     store_bits(y, quieted<float>(x));
   } else if (x & Format<float>::kSign) {
-    store_bits(y, kDefaultNan);
+    store_bits(y, Format<float>::kDefaultNaN);
     _ErrorCall(arrays, LUX_DOMAIN, i, status);
   } else {
-    const __m128 scaled = root<kWithZeros>(_mm_mul_ps(lane, _mm_set1_ps(0x1p26f)));
-    store_lane(y, _mm_mul_ps(scaled, _mm_set1_ps(0x1p-13f)));
+    const __m128 scaled = root<kWithZeros>(lane * 0x1p26f);
+    store_lane(y, scaled * 0x1p-13f);
   }
 }
 

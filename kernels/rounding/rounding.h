@@ -9,10 +9,9 @@
 #ifndef LUX_KERNELS_ROUNDING_ROUNDING_H
 #define LUX_KERNELS_ROUNDING_ROUNDING_H
 
-#include <xmmintrin.h>
-
 #include "core/bits.h"
 #include "core/control.h"
+#include "kernels/lanes.h"
 #include "luxvmk3.h"
 
 // The first four in the encoding of the x87 rounding field.
@@ -41,12 +40,10 @@ struct Rounding : Format<E> {
   // No fraction from here on: 2^23, 2^52, infinities and NaNs.
   static constexpr Bits kWhole = F::kOne + (Bits(F::kFractionBits) << F::kFractionBits);
 
-  // Most decisions need the upper 32 bits alone: sign, exponent and the first fraction bits.
-  static constexpr uint32_t top(Bits x) { return uint32_t(x >> (8 * sizeof(Bits) - 32)); }
-
-  // Only for magnitudes below kWhole, given by their upper bits.
+  // Only for magnitudes below kWhole, which have these upper words.
   static const Bits* mask_entry(uint32_t upper) {
-    const int32_t steps = int32_t(upper / top(Bits(1) << F::kFractionBits)) - (F::kBias - 1);
+    const int32_t steps =
+        int32_t(upper / upper_of<E>(Bits(1) << F::kFractionBits)) - (F::kBias - 1);
     return &kFractionMasks<E>.of[steps < 0 ? 1 : steps + 1];
   }
 };
@@ -107,8 +104,8 @@ template <Direction kDirection>
 static inline void round_element(const double* src, double* dst) {
   using R = Rounding<double>;
   const Words x = load_words(src);
-  const uint32_t a = x.upper & 0x7FFFFFFF;
-  if (__builtin_expect(a >= R::top(R::kWhole), false))
+  const uint32_t a = x.upper & ~kSignUpper;
+  if (__builtin_expect(a >= upper_of<double>(R::kWhole), false))
     return store_bits(dst, quieted<double>(load_bits(src)));
   const uint64_t* const mask = R::mask_entry(a);
   const Words cut = load_words(mask);
@@ -134,9 +131,11 @@ static inline void round_element(const double* src, double* dst) {
       sum = add_words(sum, {cut.lower & away, cut.upper & away});
   }
   uint32_t upper = sum.upper & ~cut.upper;
-  if (__builtin_expect(a < R::top(R::kOne), false))
-    upper = (x.upper & 0x80000000u) |
-            (becomes_one<kDirection>(a, x.lower, R::top(R::kHalf), away) ? R::top(R::kOne) : 0);
+  if (__builtin_expect(a < upper_of<double>(R::kOne), false))
+    upper = (x.upper & kSignUpper) |
+            (becomes_one<kDirection>(a, x.lower, upper_of<double>(R::kHalf), away)
+                 ? upper_of<double>(R::kOne)
+                 : 0);
   store_words(dst, {sum.lower & ~cut.lower, upper});
 }
 
@@ -181,10 +180,7 @@ static inline void store_cut(float* to, const float* x, const uint32_t* mask) {
 }
 
 static inline void store_cut(double* to, const double* x, const uint64_t* mask) {
-  const __m128 none = _mm_setzero_ps();
-  const __m128 fraction = _mm_loadl_pi(none, reinterpret_cast<const __m64*>(mask));
-  const __m128 pattern = _mm_loadl_pi(none, reinterpret_cast<const __m64*>(x));
-  _mm_storel_pi(reinterpret_cast<__m64*>(to), _mm_andnot_ps(fraction, pattern));
+  store_half(to, _mm_andnot_ps(load_half(mask), load_half(x)));
 }
 
 // The fraction is exact at 64-bit precision; a zero takes the sign of x from the pattern.
@@ -195,8 +191,8 @@ static inline Status split_array(const E* src, E* whole, E* fraction, int32_t le
   if (!src || !whole || !fraction) return LUX_NULL_POINTER;
   const uint16_t caller = x87_enter(X87_EXTENDED);
   for (const E* const end = src + len; src != end; ++src, ++whole, ++fraction) {
-    const uint32_t upper = upper_word(src), a = upper & 0x7FFFFFFF;
-    if (__builtin_expect(a >= R::top(R::kWhole), false)) {
+    const uint32_t upper = upper_word(src), a = upper & ~kSignUpper;
+    if (__builtin_expect(a >= upper_of<E>(R::kWhole), false)) {
       const typename R::Bits x = load_bits(src);
       store_bits(whole, quieted<E>(x));
       store_bits(fraction, magnitude<E>(x) > R::kInf ? quieted<E>(x) : x & R::kSign);
@@ -204,7 +200,7 @@ static inline Status split_array(const E* src, E* whole, E* fraction, int32_t le
       const long double value = load_extended(src);
       store_cut(whole, src, R::mask_entry(a));
       *fraction = E(value - load_extended(whole));
-      set_upper_bits(fraction, upper & 0x80000000u);
+      set_upper_bits(fraction, upper & kSignUpper);
     }
   }
   x87_leave(caller, X87_EXTENDED);

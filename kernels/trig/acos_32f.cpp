@@ -16,10 +16,10 @@ static const Cases kCases = {{-1, kHalfPi}, {}, {2, 0},    {},  //
 static inline __m128 combine(__m128 x, const Folded& f, __m128 y, bool) {
   const __m128 sign = sign_of(x);
   const __m128 constant =
-      select(f.mask, _mm_and_ps(_mm_cmplt_ps(x, _mm_setzero_ps()), _mm_set1_ps(kSinglePi)),
-             _mm_set1_ps(float(kHalfPi)));
-  const __m128 y1 = select(f.mask, _mm_add_ps(y, y), _mm_xor_ps(y, lanes_of(kSignLanes)));
-  return _mm_add_ps(constant, _mm_xor_ps(y1, sign));
+      select(f.mask, _mm_and_ps(_mm_cmplt_ps(x, _mm_setzero_ps()), all_lanes(kSinglePi)),
+             all_lanes(float(kHalfPi)));
+  const __m128 y1 = select(f.mask, y + y, _mm_xor_ps(y, all_lanes(Format<float>::kSign)));
+  return constant + _mm_xor_ps(y1, sign);
 }
 
 LUX_KERNEL(Acos, 32f, A24, 1_1) { return arcsine_a24<kCases>(src, dst, len); }

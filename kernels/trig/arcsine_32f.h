@@ -13,20 +13,19 @@
 #define LUX_KERNELS_TRIG_ARCSINE_32F_H
 
 #include "kernels/trig/generated/asin_32f_table.h"  // kQuadratic, kAsin21, kAsin11
+#include "kernels/screens.h"
 #include "kernels/trig/inverse_32f.h"
 
 constexpr uint32_t kBeyondOne = Format<float>::kOne + 1;
 constexpr float kPasses = 0x1p-12f;
-
-static const BitLanes kTwelveBits = {{0xFFFFF000, 0xFFFFF000, 0xFFFFF000, 0xFFFFF000}};
 
 struct Folded {
   __m128 a, mask, z, root;  // a = |x|, and the lanes where it is above 1/2
 };
 
 static inline Folded fold(__m128 x) {
-  const __m128 half = _mm_set1_ps(0.5f), a = magnitude_of(x);
-  const __m128 z = _mm_mul_ps(_mm_sub_ps(_mm_set1_ps(1.0f), a), half);
+  const __m128 half = all_lanes(0.5f), a = magnitude_of(x);
+  const __m128 z = (1.0f - a) * half;
   return {a, _mm_cmplt_ps(half, a), z, _mm_sqrt_ps(z)};
 }
 
@@ -35,27 +34,27 @@ static inline void arcsine_block(const Cases& cases, const float* src, float* ds
   alignas(16) float high[4], low[4], cell[4], word[4];
   const __m128 x = load_elements<kCount>(src);
   const Folded f = fold(x);
-  const __m128 h = _mm_and_ps(f.root, lanes_of(kTwelveBits));
-  const __m128 sum = _mm_max_ps(_mm_add_ps(f.root, h), _mm_set1_ps(0x1p-60f));  // no 0/0
-  const __m128 l = _mm_div_ps(_mm_sub_ps(f.z, _mm_mul_ps(h, h)), sum);
+  const __m128 h = leading_half(f.root);
+  const __m128 sum = _mm_max_ps(f.root + h, all_lanes(0x1p-60f));  // no 0/0
+  const __m128 l = (f.z - h * h) / sum;
   _mm_store_ps(high, select(f.mask, h, f.a));
   _mm_store_ps(low, _mm_and_ps(f.mask, l));
   _mm_store_ps(cell, cells_of(select(f.mask, f.root, f.a)));
-  _mm_store_ps(word, _mm_or_ps(sign_of(x), _mm_and_ps(f.mask, lanes_of(kFoldedLanes))));
+  _mm_store_ps(word, _mm_or_ps(sign_of(x), _mm_and_ps(f.mask, all_lanes(kFoldedBit))));
 #pragma GCC unroll 4
   for (int i = 0; i < kCount; ++i)
     dst[i] = inverse(kQuadratic, cases, double(high[i]) + low[i], cell + i, word + i);
 }
 
-static inline __m128 passes(const Folded& f) { return _mm_cmplt_ps(f.a, _mm_set1_ps(kPasses)); }
+static inline __m128 passes(const Folded& f) { return _mm_cmplt_ps(f.a, all_lanes(kPasses)); }
 
 // asin |x|, or asin of the folded u. Below 2^-30 something else decides the result, and a larger
 // argument keeps products from underflowing: `small` says whether any is below kPasses.
 template <const auto& kP>
 static inline __m128 packed_arcsine(const Folded& f, bool small) {
   __m128 a = f.a;
-  if (small) a = _mm_max_ps(a, _mm_set1_ps(0x1p-30f));
-  return polynomial<kP>(select(f.mask, f.root, a), select(f.mask, f.z, _mm_mul_ps(a, a)));
+  if (small) a = _mm_max_ps(a, all_lanes(0x1p-30f));
+  return odd_polynomial<kP>(select(f.mask, f.root, a), select(f.mask, f.z, a * a));
 }
 
 template <class Control, class Block, class One>
@@ -64,8 +63,7 @@ static inline Status arcsine(const float* src, float* dst, int32_t len, Block bl
   return run_kernel<Control, 4>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        for (; i < last && all_below(src + i, kBeyondOne); i += 4) block(src + i, dst + i);
-        return i;
+        return blocks_below<4>(src, dst, kBeyondOne, i, last, block);
       },
       [&](int32_t i, Status* status) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
@@ -74,7 +72,7 @@ static inline Status arcsine(const float* src, float* dst, int32_t len, Block bl
         } else if (a > Format<float>::kInf) {
           store_bits(dst + i, quieted<float>(x));
         } else {
-          store_bits(dst + i, kDefaultNaN);
+          store_bits(dst + i, Format<float>::kDefaultNaN);
           _ErrorCall(arrays, LUX_DOMAIN, i, status);
         }
       });
@@ -82,7 +80,7 @@ static inline Status arcsine(const float* src, float* dst, int32_t len, Block bl
 
 template <const Cases& kCases>
 static inline Status arcsine_a24(const float* src, float* dst, int32_t len) {
-  return arcsine<BothNearest>(
+  return arcsine<BothNearest<X87_DOUBLE>>(
       src, dst, len, [](const float* x, float* y) { arcsine_block<4>(kCases, x, y); },
       [](const float* x, float* y) { arcsine_block<1>(kCases, x, y); });
 }

@@ -17,17 +17,14 @@
 #define LUX_KERNELS_TRIG_ARCSINE_64F_H
 
 #include "kernels/trig/generated/asin_64f_table.h"  // kRotation, kComplement, kSeries
+#include "kernels/grid.h"
+#include "kernels/screens.h"
 #include "kernels/trig/odd_series.h"
-
-constexpr uint32_t kOneUpper = 0x3FF00000;
-constexpr uint64_t kDefaultNaN = 0xFFF8000000000000;
-constexpr uint32_t kFirstCell = 0x47C00000 - 128;  // the pattern of 1.5 2^16, whose ulp is 1/128
 
 // asin a less the angle of cell k.
 static inline long double rotated(const double* x, uint32_t* k) {
   const long double a = magnitude_of(x), r = __builtin_sqrtl((1 - a) * (1 + a));
-  const float cell = store_f32(float(a - r + 0x1.8p+16f));
-  *k = load_bits(&cell) - kFirstCell;
+  *k = Grid<128>::index(a - r) + 128;
   const Rotation& t = kRotation[*k];
   const long double v = ((long double)t.cosine[0] + t.cosine[1]) * a +
                         ((long double)t.minus_sine[0] + t.minus_sine[1]) * r;
@@ -41,14 +38,7 @@ static inline Status arcsine(const double* src, double* dst, int32_t len, Elemen
   return run_kernel<X87Nearest<X87_EXTENDED>, 2>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        for (; i < last; i += 2) {
-          const uint32_t a = upper_magnitude(src + i) - kOneUpper,
-                         b = upper_magnitude(src + i + 1) - kOneUpper;
-          if (int32_t(a & b) >= 0) break;
-          element(src + i, dst + i);
-          element(src + i + 1, dst + i + 1);
-        }
-        return i;
+        return elements_below<2>(src, dst, Upper<double>::kOne, i, last, element);
       },
       [&](int32_t i, Status* status) {
         const uint64_t x = load_bits(src + i), a = magnitude<double>(x);
@@ -57,7 +47,7 @@ static inline Status arcsine(const double* src, double* dst, int32_t len, Elemen
         } else if (a > Format<double>::kInf) {
           store_bits(dst + i, quieted<double>(x));
         } else {
-          store_bits(dst + i, kDefaultNaN);
+          store_bits(dst + i, Format<double>::kDefaultNaN);
           _ErrorCall(arrays, LUX_DOMAIN, i, status);
         }
       });

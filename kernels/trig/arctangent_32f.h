@@ -29,23 +29,23 @@ static inline void arctangent_block(const Cases& cases, const Ratio& r, __m128 q
   _mm_store_ps(n, r.n);
   _mm_store_ps(d, r.d);
   _mm_store_ps(cell, cells_of(q));
-  _mm_store_ps(word, _mm_or_ps(words, _mm_and_ps(r.swapped, lanes_of(kFoldedLanes))));
+  _mm_store_ps(word, _mm_or_ps(words, _mm_and_ps(r.swapped, all_lanes(kFoldedBit))));
 #pragma GCC unroll 4
   for (int i = 0; i < kCount; ++i)
     dst[i] = inverse(kQuadratic, cases, double(n[i]) / d[i], cell + i, word + i);
 }
 
 // Where the result is the argument or the quotient itself.
-static inline __m128 is_tiny(__m128 x) { return _mm_cmplt_ps(x, _mm_set1_ps(0x1p-12f)); }
+static inline __m128 is_tiny(__m128 x) { return _mm_cmplt_ps(x, all_lanes(0x1p-12f)); }
 
 template <const auto& kP>
 static inline __m128 packed_arctangent(__m128 q) {
-  return polynomial<kP>(q, _mm_mul_ps(q, q));
+  return odd_polynomial<kP>(q, q * q);
 }
 
 // The angle in the first quadrant from y, the angle between the point and the nearer axis.
 static inline __m128 from_axis(const Ratio& r, __m128 y) {
-  return select(r.swapped, _mm_sub_ps(_mm_set1_ps(float(kHalfPi)), y), y);
+  return select(r.swapped, all_lanes(float(kHalfPi)) - y, y);
 }
 
 #endif

@@ -12,7 +12,7 @@ static const Cases kCases = {{1, 0},    {}, {-2, kHalfPi}, {},  //
                              {-1, -0.}, {}, {2, -kHalfPi}, {}};
 
 static inline __m128 combine(__m128 x, const Folded& f, __m128 y, bool small) {
-  const __m128 folded = _mm_sub_ps(_mm_set1_ps(float(kHalfPi)), _mm_add_ps(y, y));
+  const __m128 folded = all_lanes(float(kHalfPi)) - (y + y);
   __m128 result = select(f.mask, folded, y);
   if (small) result = select(passes(f), f.a, result);
   return _mm_or_ps(result, sign_of(x));

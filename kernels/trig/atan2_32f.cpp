@@ -10,22 +10,22 @@
 //
 // Worst errors found: A24 0.5004 ulp, at (0xC1417C2E, 0x41CB3556); A21 2^-22.65 of the result, A11
 // 2^-14.79 (sampled against 64 bits).
+#include "kernels/screens.h"
 #include "kernels/trig/arctangent_32f.h"
 
 // By sign, swap, and whether x is negative. Constants -0 keep the sign of a zero.
 static const Cases kCases = {{1, 0},    {-1, kPi}, {-1, kHalfPi}, {1, kHalfPi},  //
                              {-1, -0.}, {1, -kPi}, {1, -kHalfPi}, {-1, -kHalfPi}};
 
-static const BitLanes kExponentLanes = {{0x7F800000, 0x7F800000, 0x7F800000, 0x7F800000}};
-static const BitLanes kLeftLanes = {{0x20000000, 0x20000000, 0x20000000, 0x20000000}};
+constexpr uint32_t kLeftBit = 0x20000000;
 
 // All magnitudes, less their fractions, between the two, which are excluded. Compares powers of
 // two, zero and infinity only: that raises no flag and depends on no setting.
 static inline bool all_between(const float* y, const float* x, float low, float high) {
-  const __m128 inf = lanes_of(kExponentLanes);
+  const __m128 inf = all_lanes(Format<float>::kInf);
   const __m128 a = _mm_and_ps(load_lanes(y), inf), b = _mm_and_ps(load_lanes(x), inf);
-  return in_all_lanes(_mm_and_ps(_mm_cmplt_ps(_mm_set1_ps(low), _mm_min_ps(a, b)),
-                                 _mm_cmplt_ps(_mm_max_ps(a, b), _mm_set1_ps(high))));
+  return in_all_lanes(_mm_and_ps(_mm_cmplt_ps(all_lanes(low), _mm_min_ps(a, b)),
+                                 _mm_cmplt_ps(_mm_max_ps(a, b), all_lanes(high))));
 }
 
 static inline bool all_normal(const float* y, const float* x) {
@@ -35,11 +35,6 @@ static inline bool all_normal(const float* y, const float* x) {
 // No quotient is below 2^-30, and no step of the packed computation underflows.
 static inline bool all_moderate(const float* y, const float* x) {
   return all_between(y, x, 0x1p-17f, 0x1p+13f);
-}
-
-static inline bool is_normal(uint32_t x) {
-  constexpr uint32_t kSmallest = 0x00800000;  // 2^-126
-  return magnitude<float>(x) - kSmallest < Format<float>::kInf - kSmallest;
 }
 
 // Zeros, subnormals and infinities.
@@ -55,7 +50,7 @@ __attribute__((noinline, cold)) static float special_angle(uint32_t y, uint32_t 
     u = 1;
   else if (d != Format<float>::kInf && n != 0)
     u = double(smaller) / larger;
-  store_bits(&cell, kCellBase + uint32_t(int32_t(u * 512 + 0.5)));
+  store_bits(&cell, Grid<512>::kBits + uint32_t(int32_t(u * 512 + 0.5)));
   store_bits(&word, (y & Format<float>::kSign) | uint32_t(swapped) << 30 | (x >> 31) << 29);
   return store_f32(inverse(kQuadratic, kCases, u, &cell, &word));
 }
@@ -64,7 +59,7 @@ __attribute__((noinline, cold)) static float special_angle(uint32_t y, uint32_t 
 // that it is taken from, nor of the cell: at most 2^-36 d, and no more than the smallest normal
 // number where that underflows. The quotient does not underflow then.
 static inline __m128 least_beside(__m128 d) {
-  return _mm_mul_ps(_mm_max_ps(d, _mm_set1_ps(0x1p-90f)), _mm_set1_ps(0x1p-36f));
+  return _mm_max_ps(d, all_lanes(0x1p-90f)) * 0x1p-36f;
 }
 
 struct Point {
@@ -84,7 +79,7 @@ static inline Point load_point(const float* y, const float* x) {
 template <class Block, class One>
 static inline Status angle(const float* src1, const float* src2, float* dst, int32_t len,
                            Block block, One element) {
-  return run_kernel<BothNearest, 4>(
+  return run_kernel<BothNearest<X87_DOUBLE>, 4>(
       Arrays<float>{src1, src2, dst, dst}, len,
       [=](int32_t i, int32_t last) {
         while (i < last && block(src1 + i, src2 + i, dst + i)) i += 4;
@@ -92,7 +87,7 @@ static inline Status angle(const float* src1, const float* src2, float* dst, int
       },
       [=](int32_t i, Status*) {
         const uint32_t y = load_bits(src1 + i), x = load_bits(src2 + i);
-        if (is_normal(y) && is_normal(x))
+        if (is_normal(src1 + i) && is_normal(src2 + i))
           element(src1 + i, src2 + i, dst + i);
         else if (magnitude<float>(y) > Format<float>::kInf)
           store_bits(dst + i, quieted<float>(y));
@@ -106,9 +101,9 @@ static inline Status angle(const float* src1, const float* src2, float* dst, int
 template <int kCount>
 static inline void block(const float* y, const float* x, float* dst) {
   const Point p = load_point<kCount>(y, x);
-  const __m128 words = _mm_or_ps(sign_of(p.y), _mm_and_ps(is_left(p), lanes_of(kLeftLanes)));
+  const __m128 words = _mm_or_ps(sign_of(p.y), _mm_and_ps(is_left(p), all_lanes(kLeftBit)));
   const __m128 n = _mm_max_ps(p.ratio.n, least_beside(p.ratio.d));
-  arctangent_block<kCount>(kCases, p.ratio, _mm_div_ps(n, p.ratio.d), words, dst);
+  arctangent_block<kCount>(kCases, p.ratio, n / p.ratio.d, words, dst);
 }
 
 template <const auto& kP, int kCount, bool kIsModerate>
@@ -119,10 +114,10 @@ static inline void packed(const float* y, const float* x, float* dst) {
   // Only an angle that is the quotient itself may be lost in underflow.
   __m128 n = r.n;
   if (!kIsModerate) n = _mm_max_ps(n, _mm_and_ps(_mm_or_ps(left, r.swapped), least_beside(r.d)));
-  const __m128 q = _mm_div_ps(n, r.d);
-  const __m128 u = kIsModerate ? q : _mm_max_ps(q, _mm_set1_ps(0x1p-30f));
+  const __m128 q = n / r.d;
+  const __m128 u = kIsModerate ? q : _mm_max_ps(q, all_lanes(0x1p-30f));
   const __m128 t = from_axis(r, select(is_tiny(q), q, packed_arctangent<kP>(u)));
-  const __m128 reflected = _mm_sub_ps(_mm_set1_ps(kSinglePi), t);
+  const __m128 reflected = kSinglePi - t;
   store_elements<kCount>(dst, _mm_or_ps(select(left, reflected, t), sign_of(p.y)));
 }
 

@@ -5,6 +5,7 @@
 // mirror image; y gives the sign. An underflowing quotient is rounded once, at the store.
 // Worst error found 0.5004 ulp, at (0x3E8D5FF1DC42F427, 0x405B113454D08844) (sampled against 140
 // bits).
+#include "kernels/screens.h"
 #include "kernels/trig/arctangent_64f.h"
 
 static const float kSide[2] = {1, -1};
@@ -26,11 +27,6 @@ static inline void element(const double* y, const double* x, double* dst) {
   const Pair& angle = c.angle[left];
   *dst = double(turned(c, a, b) * kSide[left] + angle.low + angle.high);
   set_upper_bits(dst, sign);
-}
-
-static inline bool is_normal(const double* x) {
-  constexpr uint32_t kSmallest = 0x00100000;  // 2^-1022
-  return upper_magnitude(x) - kSmallest < kInfUpper - kSmallest;
 }
 
 // At least one of the two is zero or infinite, and none a NaN: the angle without its sign.

@@ -5,6 +5,7 @@
 //
 // Worst errors (every input from 2^-13 to 2^26 in magnitude): A24 0.5007 ulp, at 0x3F09E063; A21
 // 2^-22.54 of the result, at 0x3FC7D922; A11 2^-14.79, at 0x3F725ECC.
+#include "kernels/screens.h"
 #include "kernels/trig/arctangent_32f.h"
 
 // Constants -0 keep the sign of a zero.
@@ -17,10 +18,7 @@ static inline Status arctangent(const float* src, float* dst, int32_t len, Block
   constexpr uint32_t kNaNs = Format<float>::kInf + 1;
   return run_kernel<Control, 4>(
       Arrays<float>{src, src, dst, dst}, len,
-      [=](int32_t i, int32_t last) {
-        for (; i < last && all_below(src + i, kNaNs); i += 4) block(src + i, dst + i);
-        return i;
-      },
+      [=](int32_t i, int32_t last) { return blocks_below<4>(src, dst, kNaNs, i, last, block); },
       [=](int32_t i, Status*) {
         const uint32_t x = load_bits(src + i);
         if (magnitude<float>(x) < kNaNs)
@@ -32,13 +30,13 @@ static inline Status arctangent(const float* src, float* dst, int32_t len, Block
 
 // Beyond these the arctangent is the argument, or rounds to pi/2. Clamped to them, neither
 // quotients nor products underflow.
-static const __m128 kSmallest = _mm_set1_ps(0x1p-30f), kLargest = _mm_set1_ps(0x1p+30f);
+static const __m128 kSmallest = all_lanes(0x1p-30f), kLargest = all_lanes(0x1p+30f);
 
 template <int kCount>
 static inline void block(const float* src, float* dst) {
   const __m128 x = load_elements<kCount>(src);
-  const Ratio r = ratio_of(magnitude_of(x), _mm_set1_ps(1.0f));
-  const __m128 q = _mm_div_ps(r.n, _mm_min_ps(r.d, kLargest));
+  const Ratio r = ratio_of(magnitude_of(x), all_lanes(1.0f));
+  const __m128 q = r.n / _mm_min_ps(r.d, kLargest);
   arctangent_block<kCount>(kCases, r, q, sign_of(x), dst);
 }
 
@@ -49,14 +47,14 @@ static inline void packed(const float* src, float* dst) {
   const bool extreme = __builtin_expect(in_any_lane(_mm_or_ps(tiny, _mm_cmplt_ps(kLargest, a))), 0);
   __m128 clamped = a;
   if (extreme) clamped = _mm_min_ps(_mm_max_ps(a, kSmallest), kLargest);
-  const Ratio r = ratio_of(clamped, _mm_set1_ps(1.0f));
-  __m128 y = from_axis(r, packed_arctangent<kP>(_mm_div_ps(r.n, r.d)));
+  const Ratio r = ratio_of(clamped, all_lanes(1.0f));
+  __m128 y = from_axis(r, packed_arctangent<kP>(r.n / r.d));
   if (extreme) y = select(tiny, a, y);
   store_elements<kCount>(dst, _mm_or_ps(y, sign_of(x)));
 }
 
 LUX_KERNEL(Atan, 32f, A24, 1_1) {
-  return arctangent<BothNearest>(
+  return arctangent<BothNearest<X87_DOUBLE>>(
       src, dst, len, [](const float* x, float* y) { block<4>(x, y); },
       [](const float* x, float* y) { block<1>(x, y); });
 }

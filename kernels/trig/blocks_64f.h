@@ -9,10 +9,9 @@
 #include "kernels/frame.h"
 #include "kernels/trig/large_argument.h"
 
-constexpr uint32_t kBound =
-    0x40FF4000;  // high word of 128000; infinities and NaNs are above it too
+constexpr uint32_t kBound = 0x40FF4000;  // upper word of 128000; infinities and NaNs are above
 
-static inline bool out_of_range(const double* x) { return (upper_word(x) & 0x7FFFFFFF) >= kBound; }
+static inline bool out_of_range(const double* x) { return upper_magnitude(x) >= kBound; }
 
 // blocks(first, last) stops at the first block with an element out of range or a negative zero,
 // whose sign polynomials lose; in_range(i) computes an element, handler(i, status) takes any.
@@ -37,7 +36,10 @@ static inline Status run_in_range(const Arrays<double>& arrays, int32_t len, Blo
       });
 }
 
-// Assembly: counts the element with this high word unless blocks leave it out. The word is doubled;
+// Assembly. Operands: src and its end; table with inv_step, p1, p2 and p3, offsets in it; bound,
+// which is kScreenBound; word and count to work with.
+
+// Counts the element with this high word unless blocks leave it out. The word is doubled;
 // the sign that falls out of it is subtracted, and -0 wraps around.
 #define LUX_SCREEN(high)       \
   "movl " high                 \
@@ -82,12 +84,6 @@ constexpr uint32_t kScreenBound = 2 * kBound - 1;
 // What to add to an address in one array for the same element of the other.
 static inline int32_t distance(const double* from, const double* to) {
   return int32_t(uintptr_t(to) - uintptr_t(from));
-}
-
-static inline int32_t nearest(long double x) {
-  int32_t n;
-  asm("fistpl %0" : "=m"(n) : "t"(x) : "st");
-  return n;
 }
 
 #endif

@@ -19,7 +19,7 @@ static void cosine_x87(const float* src, float* dst, int32_t count) {
   int32_t m[kChunk];
   double r[kChunk];
   for (int32_t i = 0; i < count; ++i) {
-    store_nearest_integer(m + i, (src[i] + kPiOver2) * kPi.inverse);
+    put(m + i, (src[i] + kPiOver2) * kPi.inverse);
     m[i] = 2 * m[i] - 1;
   }
   reduce_pass(src, m, r, count, kHalfPi);
@@ -38,7 +38,7 @@ static Status cos_a21(const float* src, float* dst, int32_t len) {
   return run_a21(
       {src, src, dst, dst}, len, kPi, 0, kBoundA21, [](uint32_t x) { return within(x, kBoundA21); },
       [](__m128 x) {
-        Located at = nearest_multiple((x + float(kPiOver2)) * float(kPi.inverse));
+        OnGrid at = to_grid<1>((x + float(kPiOver2)) * float(kPi.inverse));
         at.multiple -= 0.5f;
         return at;
       },

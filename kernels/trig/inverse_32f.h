@@ -14,44 +14,34 @@
 #define LUX_KERNELS_TRIG_INVERSE_32F_H
 
 #include "kernels/frame.h"
+#include "kernels/grid.h"
 #include "kernels/lanes.h"
 
 constexpr double kPi = 0x1.921fb54442d18p+1;  // 3.141592653589793
 constexpr double kHalfPi = kPi / 2;
 constexpr float kSinglePi = 0x1.921fb6p+1f;
-constexpr uint32_t kDefaultNaN = 0xFFC00000;
-
-static const BitLanes kFoldedLanes = {{0x40000000, 0x40000000, 0x40000000, 0x40000000}};
-
 // The upper three bits of an element's case word: the sign of the result, whether the argument was
 // folded to the other side of the octant, and a further one of the function's own.
 struct Case {
   double factor, constant;
 };
 typedef Case Cases[8];
+constexpr uint32_t kFoldedBit = 0x40000000;
 
-static inline bool in_any_lane(__m128 condition) { return _mm_movemask_ps(condition) != 0; }
-
-// Leaves k in the low bits of each lane.
-constexpr uint32_t kCellBase = 0x46C00000;  // 1.5 2^14, whose ulp is 1/512
-static inline __m128 cells_of(__m128 u) { return _mm_add_ps(u, _mm_set1_ps(0x1.8p+14f)); }
+static inline __m128 cells_of(__m128 u) { return shifted_to_grid<512>(u); }
 
 template <class Quadratic>
 static inline float inverse(const Quadratic* table, const Cases& cases, double u, const float* cell,
                             const float* word) {
-  const Quadratic& q = table[load_bits(cell) - kCellBase];
+  const Quadratic& q = table[Grid<512>::index(cell)];
   const Case& c = cases[load_bits(word) >> 29];
   return float(((q.c2 * u + q.c1) * u + q.c0) * u * c.factor + c.constant);
 }
 
-// u + u^3 P(z), z = u^2. A template's argument, so that the coefficients are known.
+// u + u^3 P(z), z = u^2.
 template <const auto& kP>
-static inline __m128 polynomial(__m128 u, __m128 z) {
-  __m128 sum = _mm_set1_ps(kP[0]);
-#pragma GCC unroll 8
-  for (size_t k = 1; k < sizeof kP / sizeof kP[0]; ++k)
-    sum = _mm_add_ps(_mm_mul_ps(sum, z), _mm_set1_ps(kP[k]));
-  return _mm_add_ps(u, _mm_mul_ps(_mm_mul_ps(u, z), sum));
+static inline __m128 odd_polynomial(__m128 u, __m128 z) {
+  return u + u * z * polynomial<kP>(z);
 }
 
 #endif

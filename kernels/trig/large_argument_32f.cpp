@@ -20,7 +20,7 @@ constexpr uint32_t kLarge = 0x48000000;  // 2^17
 __attribute__((always_inline)) static inline Step large_step(float argument) {
   const uint32_t x = load_bits(&argument);
   const int32_t exponent = int32_t(x >> 23 & 0xFF) - 150, byte = exponent >> 3;
-  const uint32_t m = ((x & 0x7FFFFF) | 0x800000) << (exponent & 7);
+  const uint32_t m = ((x & Format<float>::kFraction) | 0x800000) << (exponent & 7);
   const uint64_t lower =
       product(m, window_word(byte, 3, 1)) + high(product(m, window_word(byte, 3, 0)));
   const uint32_t f = m * window_word(byte, 3, 2) + high(lower);
@@ -46,13 +46,9 @@ static inline bool is_open(const double* y) {
   return ((load_words(y).lower - (kMiddle - kMargin)) & 0x1FFFFFFF) < 2 * kMargin;
 }
 
-static inline void store_copy(double* to, long double y) {
-  asm("fstl %0" : "=m"(*to) : "t"(y));  // y stays on the stack
-}
-
 static inline bool is_open(long double y) {
   double copy;
-  store_copy(&copy, y);
+  put_copy(&copy, y);
   return __builtin_expect(is_open(&copy), 0);
 }
 
@@ -102,8 +98,8 @@ LUX_SCALAR long double _dSinCos(const float* x, float* cosine) {
   const Series z = series(step.z);
   const long double y1 = sine_of(uint32_t(step.j), z), y2 = sine_of(uint32_t(step.j) + 16, z);
   double copy[2];
-  store_copy(copy, y1);
-  store_copy(copy + 1, y2);
+  put_copy(copy, y1);
+  put_copy(copy + 1, y2);
   if (__builtin_expect(is_open(copy) | is_open(copy + 1), 0)) {
     *cosine = float(double_cosine(double(argument)));
     return double_sine(double(argument));

@@ -6,8 +6,7 @@
 //   tiny        x or 1, and inexact
 //   |x| < 2^17  x = j pi/32 + z by subtraction (kernels/trig/pi_32.h)
 //   beyond      x = m 2^(8b + s), m an integer; m 2^s times the bits of 1/(2 pi) from 2^-(8b + 1)
-//   on
-//               is, modulo 1, the fraction of a turn: six bits of j, the rest is z. Where x is
+//               on is, modulo 1, the fraction of a turn: six bits of j, the rest is z. Where x is
 //               within 2^-25 of a multiple of pi/2, z is the pair of noxreduce_pio2d.
 //
 //   sin(j pi/32 + z) = S + (S (cos z - 1) + C sin z), S and C from a table, Taylor series
@@ -28,7 +27,7 @@ struct Scaled {
 
 static inline Scaled scaled(Words x) {
   const int32_t exponent = biased_exponent(x) - 1075;
-  uint32_t upper = (x.upper & 0xFFFFF) | 0x100000;
+  uint32_t upper = (x.upper & Upper<double>::kFraction) | 0x100000;
   const uint32_t shift = exponent & 7;
   asm("shldl %%cl, %1, %0" : "+r"(upper) : "r"(x.lower), "c"(shift) : "cc");
   return {x.lower << shift, upper, exponent >> 3};

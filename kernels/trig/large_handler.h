@@ -5,44 +5,28 @@
 #ifndef LUX_KERNELS_TRIG_LARGE_HANDLER_H
 #define LUX_KERNELS_TRIG_LARGE_HANDLER_H
 
-#include "core/bits.h"
-#include "core/control.h"
+#include "kernels/frame.h"
 #include "kernels/trig/large_argument.h"
 #include "kernels/trig/pi_32.h"
 
-static inline void call_error(int32_t index, const float* src, const float* dst1, const float* dst2,
-                              const char* name) {
-  noxsError(LUX_DOMAIN, index, src, src, dst1, dst2, name);
+// Infinity or a NaN.
+template <class E>
+static inline bool is_special(const E* x) {
+  return upper_magnitude(x) >= Upper<E>::kInf;
 }
 
-static inline void call_error(int32_t index, const double* src, const double* dst1,
-                              const double* dst2, const char* name) {
-  noxdError(LUX_DOMAIN, index, src, src, dst1, dst2, name);
-}
-
-static inline bool is_special(const float* x) {
-  return magnitude<float>(load_bits(x)) >= Format<float>::kInf;
-}
-
-static inline bool is_special(const double* x) {
-  return (load_words(x).upper & 0x7FF00000) == 0x7FF00000;
-}
-
-static inline bool is_infinite(const float* x) {
-  return magnitude<float>(load_bits(x)) == Format<float>::kInf;
-}
-
-// Only the upper word is looked at: a NaN with all of its payload in the lower passes for an
-// infinity.
-static inline bool is_infinite(const double* x) {
-  return (load_words(x).upper & 0x7FFFFFFF) == 0x7FF00000;
+// Only the upper word is looked at: a NaN of a double with all of its payload in the lower passes
+// for an infinity.
+template <class E>
+static inline bool is_infinite(const E* x) {
+  return upper_magnitude(x) == Upper<E>::kInf;
 }
 
 static inline uint32_t nan_for(const float* x) {
-  return is_infinite(x) ? 0xFFC00000 : quieted<float>(load_bits(x));
+  return is_infinite(x) ? Format<float>::kDefaultNaN : quieted<float>(load_bits(x));
 }
 
-static inline uint64_t nan_for(const double*) { return 0xFFF8000000000000; }
+static inline uint64_t nan_for(const double*) { return Format<double>::kDefaultNaN; }
 
 template <class E>
 __attribute__((noinline, cold)) static void special(int32_t i, const E* src, E* dst1, E* dst2,
@@ -52,7 +36,7 @@ __attribute__((noinline, cold)) static void special(int32_t i, const E* src, E* 
   store_bits(dst1 + i, nan);
   store_bits(dst2 + i, nan);
   if (!reported) return;
-  call_error(i, src, dst1, dst2, name);
+  call_error(Arrays<E>{src, src, dst1, dst2}, LUX_DOMAIN, i, name);
   *status = LUX_DOMAIN;
 }
 

@@ -7,16 +7,10 @@
 
 #include "kernels/frame.h"
 
-constexpr uint32_t kInfUpper = 0x7FF00000;
-
 // v + s0 v^7 + s1 v^5 + s2 v^3; v^3 by itself, which is ready sooner.
 static inline long double odd_series(const double (&s)[3], long double v) {
   const long double w = v * v;
   return v + ((s[0] * w + s[1]) * w + s[2]) * (w * v);
-}
-
-static inline long double magnitude_of(const double* x) {
-  return __builtin_fabsl(load_extended(x));
 }
 
 #endif

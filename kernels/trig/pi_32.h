@@ -6,6 +6,7 @@
 
 #include "core/bits.h"
 #include "kernels/trig/generated/pi_32_table.h"
+#include "kernels/two_parts.h"
 
 // x = j pi/32 + z, |z| <= pi/64 and a little. For |x| < 2^17: then j has 21 bits, and the first two
 // products and all differences of comparable numbers are exact. z has a relative error of 2^-63,
@@ -21,8 +22,6 @@ static inline Step nearest_step(long double x) {
   return {j, x - j * (long double)table.step[0] - j * (long double)table.step[1] -
                  j * (long double)table.step[2]};
 }
-
-static inline long double sum(const Pair& entry) { return (long double)entry.high + entry.low; }
 
 // The table through a pointer of unknown value: constants stay in memory, as operands, where the
 // compiler would otherwise keep them on the x87 stack and spill what else is there.

@@ -15,7 +15,7 @@ constexpr uint32_t kBoundA21 = 0x49742400;  // 1000000
 static void sine_x87(const float* src, float* dst, int32_t count) {
   int32_t n[kChunk];
   double r[kChunk];
-  for (int32_t i = 0; i < count; ++i) store_nearest_integer(n + i, src[i] * kPi.inverse);
+  for (int32_t i = 0; i < count; ++i) put(n + i, src[i] * kPi.inverse);
   reduce_pass(src, n, r, count, kPi);
   for (int32_t i = 0; i < count; ++i)
     store_signed(dst + i, sine_polynomial<double>(r[i], r[i] * r[i]), uint32_t(n[i]) << 31);
@@ -32,7 +32,7 @@ static Status sin_a21(const float* src, float* dst, int32_t len) {
   return run_a21(
       {src, src, dst, dst}, len, kPi, kSmall, kBoundA21,
       [](uint32_t x) { return within(x, kBoundA21); },
-      [](__m128 x) { return nearest_multiple(x * float(kPi.inverse)); },
+      [](__m128 x) { return to_grid<1>(x * float(kPi.inverse)); },
       [](__m128 shifted, __m128 r, __m128 s, float* y, float*) {
         const __m128 sine = sine_polynomial<float>(r, s * s);
         store_lanes(y, _mm_xor_ps(sine, sign_where(bit_mask(shifted, 1))));

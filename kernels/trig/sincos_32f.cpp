@@ -12,7 +12,7 @@ constexpr uint32_t kBound = 0x49742400;         // 1000000
 constexpr uint32_t kTwoPartBound = 0x49000000;  // 2^19
 
 // -0 goes to the handler: the sum of the sine would lose its sign.
-static inline bool in_range(uint32_t x) { return within(x, kBound) && x != 0x80000000; }
+static inline bool in_range(uint32_t x) { return within(x, kBound) && x != Format<float>::kSign; }
 
 // s is r, or 0 where r alone counts. V is double, or four packed singles with coefficients rounded
 // to C = float.
@@ -39,7 +39,7 @@ static void sine_and_cosine_x87(const float* src, float* dst1, float* dst2, int3
   double r[kChunk];
   bool small = true;
   for (int32_t i = 0; i < count; ++i) {
-    store_nearest_integer(n + i, src[i] * kHalfPi.inverse);
+    put(n + i, src[i] * kHalfPi.inverse);
     small &= within(load_bits(src + i), kTwoPartBound);
   }
   if (small)
@@ -68,7 +68,7 @@ static Status sincos_a24(const float* src, float* dst1, float* dst2, int32_t len
 static Status sincos_a21(const float* src, float* dst1, float* dst2, int32_t len) {
   return run_a21(
       {src, src, dst1, dst2}, len, kHalfPi, kSmall, kBound, [](uint32_t x) { return in_range(x); },
-      [](__m128 x) { return nearest_multiple(x * float(kHalfPi.inverse)); },
+      [](__m128 x) { return to_grid<1>(x * float(kHalfPi.inverse)); },
       [](__m128 shifted, __m128 r, __m128 s, float* y1, float* y2) {
         __m128 sine, cosine;
         polynomials<float>(r, s, sine, cosine);

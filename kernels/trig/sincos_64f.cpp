@@ -102,38 +102,52 @@
   SQUARE(n) POLYNOMIALS_##grade JOIN_##grade(#at "(%[src],%[dst1])", #at "(%[src],%[dst2])")
 
 #define BLOCKS(grade) \
-  asm volatile(                                                                             \
-      "jmp 2f\n"                                                                            \
-      "1:\n\t"                                                                              \
-      LUX_STEPS("(%[src])", "%[n0]", "")                                                    \
-      LUX_STEPS("8(%[src])", "%[n1]", "")                                                   \
-      LUX_STEPS("16(%[src])", "%[n2]", "")                                                  \
-      LUX_STEPS("24(%[src])", "%[n3]", "")                                                  \
-      LUX_REDUCE("(%[src])", "%[n0]", "")                                                   \
-      LUX_REDUCE("8(%[src])", "%[n1]", "")                                                  \
-      "fxch\n\t"                                                                            \
-      ELEMENT(0, "%[n0]", grade)                                                            \
-      LUX_REDUCE("16(%[src])", "%[n2]", "")                                                 \
-      "fxch\n\t"                                                                            \
-      ELEMENT(8, "%[n1]", grade)                                                            \
-      LUX_REDUCE("24(%[src])", "%[n3]", "")                                                 \
-      "fxch\n\t"                                                                            \
-      ELEMENT(16, "%[n2]", grade)                                                           \
-      ELEMENT(24, "%[n3]", grade)                                                           \
-      "addl $32, %[src]\n"                                                                  \
-      "2:\n\t"                                                                              \
-      LUX_SCREEN_BLOCK                                                                      \
-      : [src] "+r"(at), [n0] "=m"(n[0]), [n1] "=m"(n[1]), [n2] "=m"(n[2]), [n3] "=m"(n[3]), \
-        [word] "=&r"(word), [count] "=&r"(count)                                            \
-      : [dst1] "r"(distance(src, dst1)), [dst2] "r"(distance(src, dst2)), [end] "m"(end),   \
-        [table] "r"(&static_const_table), [bound] "i"(kScreenBound),                        \
-        [inv_step] "i"(offsetof(Table, inv_step)), [p1] "i"(offsetof(Table, p1)),           \
-        [p2] "i"(offsetof(Table, p2)), [p3] "i"(offsetof(Table, p3)),                       \
-        [s53] "i"(offsetof(Table, s53)), [c53] "i"(offsetof(Table, c53)),                   \
-        [s50] "i"(offsetof(Table, s50)), [c50] "i"(offsetof(Table, c50)),                   \
-        [one] "i"(offsetof(Table, one)), [sine] "i"(offsetof(Table, sine)),                 \
-        [cosine] "i"(offsetof(Table, sine[64]))                                             \
-      : "cc", LUX_X87_STACK)
+  "jmp 2f\n"                             \
+  "1:\n\t"                              \
+  LUX_STEPS("(%[src])", "%[n0]", "")    \
+  LUX_STEPS("8(%[src])", "%[n1]", "")   \
+  LUX_STEPS("16(%[src])", "%[n2]", "")  \
+  LUX_STEPS("24(%[src])", "%[n3]", "")  \
+  LUX_REDUCE("(%[src])", "%[n0]", "")   \
+  LUX_REDUCE("8(%[src])", "%[n1]", "")  \
+  "fxch\n\t"                            \
+  ELEMENT(0, "%[n0]", grade)            \
+  LUX_REDUCE("16(%[src])", "%[n2]", "") \
+  "fxch\n\t"                            \
+  ELEMENT(8, "%[n1]", grade)            \
+  LUX_REDUCE("24(%[src])", "%[n3]", "") \
+  "fxch\n\t"                            \
+  ELEMENT(16, "%[n2]", grade)           \
+  ELEMENT(24, "%[n3]", grade)           \
+  "addl $32, %[src]\n"                  \
+  "2:\n\t"                              \
+  LUX_SCREEN_BLOCK
+
+#define ONE_ELEMENT(grade)            \
+  LUX_STEPS("(%[src])", "%[n0]", "")  \
+  LUX_REDUCE("(%[src])", "%[n0]", "") \
+  ELEMENT(0, "%[n0]", grade)
+
+// Operands: src, and dst1 and dst2 as the distances from it; n, integers of four elements; table;
+// word and count to work with; end and bound of the screening; the others, offsets in the table.
+#define ASSEMBLY(instructions)                                                                  \
+  {                                                                                             \
+    using Table = decltype(static_const_table);                                                 \
+    int32_t n[4];                                                                               \
+    uint32_t word, count;                                                                       \
+    asm volatile(instructions                                                                   \
+                 : [src] "+r"(at), [n0] "=m"(n[0]), [n1] "=m"(n[1]), [n2] "=m"(n[2]),           \
+                   [n3] "=m"(n[3]), [word] "=&r"(word), [count] "=&r"(count)                    \
+                 : [dst1] "r"(distance(src, dst1)), [dst2] "r"(distance(src, dst2)),            \
+                   [end] "m"(end), [table] "r"(&static_const_table), [bound] "i"(kScreenBound), \
+                   [inv_step] "i"(offsetof(Table, inv_step)), [p1] "i"(offsetof(Table, p1)),    \
+                   [p2] "i"(offsetof(Table, p2)), [p3] "i"(offsetof(Table, p3)),                \
+                   [s53] "i"(offsetof(Table, s53)), [c53] "i"(offsetof(Table, c53)),            \
+                   [s50] "i"(offsetof(Table, s50)), [c50] "i"(offsetof(Table, c50)),            \
+                   [one] "i"(offsetof(Table, one)), [sine] "i"(offsetof(Table, sine)),          \
+                   [cosine] "i"(offsetof(Table, sine[64]))                                      \
+                 : "cc", LUX_X87_STACK);                                                        \
+  }
 
 struct A53 {};
 struct A50 {};
@@ -142,47 +156,24 @@ struct A50 {};
 template <class Grade>
 __attribute__((no_sanitize("address", "undefined"))) static int32_t sincos_blocks(
     const double* src, double* dst1, double* dst2, int32_t i, int32_t last) {
-  using Table = decltype(static_const_table);
   const double* at = src + i;
   const double* const end = src + last;
-  int32_t n[4];
-  uint32_t word, count;
   if constexpr (__is_same(Grade, A53))
-    BLOCKS(A53);
+    ASSEMBLY(BLOCKS(A53))
   else
-    BLOCKS(A50);
+    ASSEMBLY(BLOCKS(A50))
   return int32_t(at - src);
 }
 
-struct SinCos {
-  long double sine, cosine;
-};
-
-static SinCos joined(long double S, long double C, long double s, long double h) {
-  return {S - (S * h - C * s), C - (C * h + S * s)};
-}
-
-// The same steps for one element.
 template <class Grade>
-static void sincos_element(const double* src, double* dst1, double* dst2, int32_t i) {
-  const auto& t = static_const_table;
-  const long double x = load_extended(src + i);
-  const int32_t n = nearest(x * t.inv_step);
-  const long double r = x - n * (long double)t.p1 - n * (long double)t.p2 - n * (long double)t.p3;
-  const long double u = r * r;
-  const Pair &S = t.sine[n & 255], &C = t.sine[(n & 255) + 64];
-  SinCos y;
-  if constexpr (__is_same(Grade, A53)) {
-    const long double s = r * (1 + u * (t.s53[0] + u * (t.s53[1] + u * t.s53[2])));
-    const long double h = u * (t.c53[0] + u * (t.c53[1] + u * t.c53[2]));
-    y = joined((long double)S.high + S.low, (long double)C.high + C.low, s, h);
-  } else {
-    const long double s = r * (1 + u * (t.s50[0] + u * t.s50[1]));
-    const long double h = u * (t.c50[0] + u * t.c50[1]);
-    y = joined(S.high, C.high, s, h);
-  }
-  dst1[i] = double(y.sine);
-  dst2[i] = double(y.cosine);
+__attribute__((no_sanitize("address", "undefined"), noinline)) static void sincos_element(
+    const double* src, double* dst1, double* dst2) {
+  const double* at = src;
+  const double* const end = nullptr;
+  if constexpr (__is_same(Grade, A53))
+    ASSEMBLY(ONE_ELEMENT(A53))
+  else
+    ASSEMBLY(ONE_ELEMENT(A50))
 }
 
 template <class Grade>
@@ -190,7 +181,7 @@ static Status sincos_64f(const double* src, double* dst1, double* dst2, int32_t 
   return run_in_range(
       {src, src, dst1, dst2}, len,
       [=](int32_t i, int32_t last) { return sincos_blocks<Grade>(src, dst1, dst2, i, last); },
-      [=](int32_t i) { sincos_element<Grade>(src, dst1, dst2, i); },
+      [=](int32_t i) { sincos_element<Grade>(src + i, dst1 + i, dst2 + i); },
       [=](int32_t i, Status* status) { noxdSinCos_SC_HA(i, src, dst1, dst2, status); });
 }
 

@@ -19,6 +19,10 @@
 #include "kernels/trig/blocks_64f.h"
 #include "kernels/trig/generated/sine_64f_table.h"  // static_const_table
 
+// Assembly. Operands: src, and dst as the distance from it; n0 to n3 and j0 to j3, integers; table;
+// row, word and count to work with; end and bound of the screening; the others, offsets in the
+// table.
+
 // Leaves r on the stack, and the row with the sign of r in memory.
 #define SINE_REDUCE(x, n, row, after) \
   LUX_REDUCE(x, n, after)             \
@@ -138,15 +142,16 @@ __attribute__((no_sanitize("address", "undefined"))) static int32_t sine_blocks(
   return int32_t(at - src);
 }
 
-// The same steps for one element.
+// The same steps for one element: the assembly interleaves two, and as both of a pair one would
+// take a quarter longer.
 template <bool kCosine>
 static void sine_element(const double* src, double* dst, int32_t i) {
   const auto& t = static_const_table;
   const long double x = load_extended(src + i);
-  const int32_t n = nearest((kCosine ? x + t.half_pi : x) * t.inv_pi);
+  const int32_t n = nearest_integer((kCosine ? x + t.half_pi : x) * t.inv_pi);
   const long double m = kCosine ? n - (long double)t.half : n;
   const long double r = x - m * t.p12 - m * t.p3 - m * t.p4, r2 = r * r;
-  const int32_t j = nearest(r * t.rows);
+  const int32_t j = nearest_integer(r * t.rows);
   const double* const c = t.c[j < 0 ? -j : j];
   double* const y = dst + i;
   if (!kCosine && r == 0)

@@ -24,7 +24,7 @@ static inline bool in_range(uint32_t x, uint32_t bound) { return 2 * x - 2 <= 2 
 static void tangent_x87(const float* src, float* dst, int32_t count) {
   int32_t n[kChunk];
   double r[kChunk];
-  for (int32_t i = 0; i < count; ++i) store_nearest_integer(n + i, src[i] * kHalfPi.inverse);
+  for (int32_t i = 0; i < count; ++i) put(n + i, src[i] * kHalfPi.inverse);
   reduce_pass(src, n, r, count, kHalfPi);
   for (int32_t i = 0; i < count; ++i) {
     const double r2 = r[i] * r[i];
@@ -47,7 +47,7 @@ static Status tan_a21(const float* src, float* dst, int32_t len) {
   return run_a21(
       {src, src, dst, dst}, len, kHalfPi, kSmall, kBoundA21,
       [](uint32_t x) { return in_range(x, kBoundA21); },
-      [](__m128 x) { return nearest_multiple(x * float(kHalfPi.inverse)); },
+      [](__m128 x) { return to_grid<1>(x * float(kHalfPi.inverse)); },
       [](__m128 shifted, __m128 r, __m128 s, float* y, float*) {
         const __m128 r2 = s * s, odd = bit_mask(shifted, 1);
         const __m128 numerator = r + float(kT1) * s * r2;

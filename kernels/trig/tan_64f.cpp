@@ -4,8 +4,7 @@
 //
 //   |x| < 128000  x = j pi/32 + z by subtraction of j times pi/32 in three parts, |z| <= pi/64,
 //                 tan x = (S + C t) / (C - S t), S = sin(j pi/32), C = cos(j pi/32), t = tan z by a
-//                 polynomial: A53 of degree 11 with S and C to 64 bits, A50 of degree 9 with
-//                 doubles
+//                 polynomial: A53 of degree 11 with S and C to 64 bits, A50 of degree 9 with doubles
 //   otherwise     by the handlers, with the whole block, and so with |x| < 2^-252 and zeros
 //
 // Worst error found: A53 0.5012 ulp, at 0xF8CBAD43AAB9C95B, A50 1.6506 ulp, at 0x40E47F692A295818
@@ -14,12 +13,10 @@
 #include "kernels/trig/large_argument.h"
 #include "kernels/trig/pi_32.h"
 
-constexpr uint32_t kTiny = 0x30300000;   // high word of 2^-252
-constexpr uint32_t kBound = 0x40FF4000;  // high word of 128000.0
+constexpr uint32_t kTiny = 0x30300000;   // upper word of 2^-252
+constexpr uint32_t kBound = 0x40FF4000;  // upper word of 128000.0
 
-static inline bool in_range(const double* x) {
-  return (load_words(x).upper & 0x7FFFFFFF) - kTiny < kBound - kTiny;
-}
+static inline bool in_range(const double* x) { return upper_magnitude(x) - kTiny < kBound - kTiny; }
 
 static inline bool all_in_range(const double* x) {
   return in_range(x) && in_range(x + 1) && in_range(x + 2) && in_range(x + 3);

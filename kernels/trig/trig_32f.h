@@ -11,9 +11,8 @@
 #ifndef LUX_KERNELS_TRIG_TRIG_32F_H
 #define LUX_KERNELS_TRIG_TRIG_32F_H
 
-#include <xmmintrin.h>
-
 #include "kernels/frame.h"
+#include "kernels/grid.h"
 #include "kernels/lanes.h"
 #include "kernels/trig/large_argument.h"
 
@@ -65,10 +64,6 @@ static inline Status run_trig(const Arrays<float>& a, int32_t len, InRange in_ra
 
 constexpr int32_t kChunk = 32;
 
-static inline void store_nearest_integer(int32_t* n, double t) {
-  asm("fistpl %0" : "=m"(*n) : "t"(t) : "st");
-}
-
 static inline void reduce_pass(const float* x, const int32_t* n, double* r, int32_t count,
                                const Period& period) {
   const long double high = load_extended(&period.high), low = load_extended(&period.low);
@@ -79,7 +74,7 @@ static inline void reduce_pass(const float* x, const int32_t* n, double* r, int3
                  : "st(2)", "st(3)");
 }
 
-// Rounded to single, then given a sign.
+// Rounded to single, then the sign changed.
 static inline void store_signed(float* to, double value, uint32_t sign) {
   const float rounded = store_f32(float(value));
   store_bits(to, load_bits(&rounded) ^ sign);
@@ -108,31 +103,6 @@ static inline Status run_a24(const Arrays<float>& a, int32_t len, InRange in_ran
 
 // ---- A21 and A11
 
-struct X87ExtendedAndSse {
-  X87Nearest<X87_EXTENDED> x87;
-  SseNearest sse;
-  void leave() const {
-    sse.leave();
-    x87.leave();
-  }
-};
-
-struct alignas(16) Lanes {
-  float lane[4];
-};
-
-static inline __m128 all_lanes(uint32_t pattern) {
-  return _mm_set1_ps(__builtin_bit_cast(float, pattern));
-}
-
-// Its ulp is 1: t + kShifter is rounded to an integer n and has n in its low bits.
-constexpr float kShifter = 0x1.8p+23f;
-
-struct Located {
-  __m128 shifted;   // t + kShifter
-  __m128 multiple;  // of the period
-};
-
 // Below this magnitude, products of an argument or of its powers may underflow where the result
 // does not. Blocks with such an element take two more steps; others never have so small an r.
 constexpr uint32_t kSmall = 0x35800000;  // 2^-20
@@ -143,18 +113,13 @@ static inline bool ordinary(uint32_t x, uint32_t smallest, uint32_t bound) {
 
 // Takes the place of x in its product with 1/period: numbers from 1/2 on do not feel the addition,
 // and below n is 0 either way.
-static inline __m128 nudged(__m128 x) { return _mm_add_ps(x, _mm_set1_ps(0x1p-26f)); }
+static inline __m128 nudged(__m128 x) { return x + 0x1p-26f; }
 
 // Takes the place of r in the terms of higher order, which are lost in the sum below 2^-20. A zero
 // keeps its sign: a caller's denormals-are-zero makes one of r too.
 static inline __m128 unless_tiny(__m128 r) {
-  const __m128 counts = _mm_cmple_ps(_mm_set1_ps(0x1p-20f), magnitude_of(r));
-  return _mm_and_ps(r, _mm_or_ps(counts, lanes_of(kSignLanes)));
-}
-
-static inline Located nearest_multiple(__m128 t) {
-  const __m128 shifted = t + kShifter;
-  return {shifted, shifted - kShifter};
+  const __m128 counts = _mm_cmple_ps(all_lanes(0x1p-20f), magnitude_of(r));
+  return _mm_and_ps(r, _mm_or_ps(counts, all_lanes(Format<float>::kSign)));
 }
 
 // All ones in the lanes where that bit of n is set. The exponent of the sum stays in place, so that
@@ -164,7 +129,9 @@ static inline __m128 bit_mask(__m128 shifted, uint32_t bit) {
   return _mm_cmpeq_ps(_mm_and_ps(shifted, mask), mask);
 }
 
-static inline __m128 sign_where(__m128 mask) { return _mm_and_ps(mask, all_lanes(0x80000000)); }
+static inline __m128 sign_where(__m128 mask) {
+  return _mm_and_ps(mask, all_lanes(Format<float>::kSign));
+}
 
 #define REDUCE_LANE(lane) \
   REDUCE("flds", "4*" #lane "(%[n])", "4*" #lane "(%[x])", "fstps", "4*" #lane "(%[r])")
@@ -184,14 +151,14 @@ static inline void reduce_block(const float* x, __m128 multiple, Lanes* r, long 
 // the eighth block behind it is due.
 //
 // smallest                        from here on an element up to the bound is ordinary
-// locate(x)                       n, as the sum with kShifter, and the multiple of the period
+// locate(x)                       n, on the grid of integers, and the multiple of the period
 // finish(shifted, r, s, y1, y2)   stores the results; s stands for r in terms of higher order
 template <class InRange, class Locate, class Finish, class Large>
 static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& period,
                              uint32_t smallest, uint32_t bound, InRange in_range, Locate locate,
                              Finish finish, Large large) {
   constexpr uint32_t kDelay = 8;
-  return run_trig<X87ExtendedAndSse>(
+  return run_trig<BothNearest<X87_EXTENDED>>(
       a, len, in_range,
       [=](int32_t first, int32_t last) {
         Lanes shifted[kDelay], r[kDelay];
@@ -215,7 +182,7 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
           __m128 x = load_lanes(a.src1 + i);
           if (__builtin_expect(with_small, 0)) x = nudged(x);
           small[slot] = with_small;
-          const Located at = locate(x);
+          const OnGrid at = locate(x);
           _mm_store_ps(shifted[slot].lane, at.shifted);
           reduce_block(a.src1 + i, at.multiple, &r[slot], high, low);
         }
@@ -226,7 +193,7 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
         const long double high = load_extended(&period.high), low = load_extended(&period.low);
         const bool small = !ordinary(load_bits(a.src1 + i), smallest, bound);
         const __m128 x = load_lane(a.src1 + i);
-        const Located at = locate(small ? nudged(x) : x);
+        const OnGrid at = locate(small ? nudged(x) : x);
         float n, r;
         Lanes y1, y2;
         _mm_store_ss(&n, at.multiple);
