@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // What the cube root and the reciprocal cube root of double-precision arrays share; they differ in
-// their tables. x^d, d = +-1/3, on the x87 unit at 64-bit precision:
+// parts of their table. x^d, d = +-1/3, on the x87 unit at 64-bit precision:
 //
 //   |x| = z 2^(E - 1023), 1 <= z < 2, j the upper eight fraction bits of z, f the other 44,
 //   t = f / (1 + j/256) by a tabulated reciprocal, 0 <= t < 2^-8,
@@ -20,13 +20,7 @@
 #define LUX_KERNELS_ROOTS_CBRT_64F_H
 
 #include "kernels/frame.h"
-
-struct CubeRootTable {
-  double p[5];             // the highest power first
-  double reciprocal[256];  // times 2^-52, since it multiplies f as an integer
-  double high[3 * 256];    // h, by r and j
-  float low[3 * 256];
-};
+#include "kernels/roots/generated/cbrt_64f_table.h"  // kCubeRoots
 
 // Upper words.
 constexpr uint32_t kSmallestNormal = 0x00100000;             // 2^-1022
@@ -92,7 +86,7 @@ alignas(16) static const uint64_t kLowFraction[2] = {0x00000FFFFFFFFFFF, 0x00000
 // out of both elements at once: a double that is stored in halves cannot be loaded without a stall.
 template <bool kInverse>
 __attribute__((no_sanitize("address", "undefined"))) static inline int32_t cbrt_pairs(
-    const CubeRootTable& table, const double* src, double* dst, int32_t i, int32_t last) {
+    const double* src, double* dst, int32_t i, int32_t last) {
   alignas(16) uint64_t f[2];
   uint32_t thirds[2];
   uint32_t k, j;
@@ -111,54 +105,54 @@ __attribute__((no_sanitize("address", "undefined"))) static inline int32_t cbrt_
       "jl 1b\n"
       "3:\n\t"
       : [i] "+r"(i), [f] "=o"(f), [thirds] "=o"(thirds), [k] "=&r"(k), [j] "=&r"(j)
-      : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&table),
+      : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&kCubeRoots),
         [low_fraction] "[k]"(kLowFraction), [smallest] "i"(kSmallestNormal),
         [normals] "i"(kNormals), [flip] "i"(kInverse ? 0x7FF : 0), [third] "i"(kThird),
-        [bias] "i"(-int32_t(kBias)), [sign] "i"(kSign), [p] "i"(offsetof(CubeRootTable, p)),
+        [bias] "i"(-int32_t(kBias)), [sign] "i"(kSign), [p] "i"(offsetof(CubeRootTable, p[kInverse])),
         [reciprocal] "i"(offsetof(CubeRootTable, reciprocal)),
-        [high] "i"(offsetof(CubeRootTable, high)), [low] "i"(offsetof(CubeRootTable, low))
+        [high] "i"(offsetof(CubeRootTable, high[kInverse])), [low] "i"(offsetof(CubeRootTable, low[kInverse]))
       : "cc", "xmm0", "xmm1", LUX_X87_STACK);
   return i;
 }
 
 // The steps of a pair for one normal element, times 2^shift.
 template <bool kInverse>
-static inline void cbrt_normal(const CubeRootTable& table, uint64_t x, int32_t shift, double* dst) {
+static inline void cbrt_normal(uint64_t x, int32_t shift, double* dst) {
+  const CubeRootTable& table = kCubeRoots;
+  const auto& c = table.p[kInverse];
   const uint32_t upper = uint32_t(x >> 32), exponent = upper >> 20 & 0x7FF;
   const uint32_t thirds = (kInverse ? 2047 - exponent : exponent) * kThird;
   const uint32_t j = upper >> 12 & 255, r = thirds >> 14 & 3, k = r << 8 | j;
   const long double t = (long double)int64_t(x & kLowFraction[0]) * table.reciprocal[j];
-  long double p = table.p[0];
-  for (int n = 1; n < 5; ++n) p = p * t + table.p[n];
-  *dst = double(p * t * table.high[k] + table.low[k] + table.high[k]);
+  long double p = c[0];
+  for (int n = 1; n < 5; ++n) p = p * t + c[n];
+  const double high = table.high[kInverse][k];
+  *dst = double(p * t * high + table.low[kInverse][k] + high);
   const uint32_t power = (thirds >> 16) + shift;
   reinterpret_cast<WordInMemory*>(dst)[1] += (power << 20) - kBias + (upper & kSign);
 }
 
 template <bool kInverse>
-__attribute__((noinline, cold)) static void cbrt_subnormal(const CubeRootTable& table, double x,
-                                                           double* dst) {
+__attribute__((noinline, cold)) static void cbrt_subnormal(double x, double* dst) {
   const double scaled = store_f64(x * 0x1p54);  // exact
-  cbrt_normal<kInverse>(table, load_bits(&scaled), kInverse ? 18 : -18, dst);
+  cbrt_normal<kInverse>(load_bits(&scaled), kInverse ? 18 : -18, dst);
 }
 
 // Zeros, infinities and NaNs are `other`'s.
 template <bool kInverse, class Other>
-static inline Status cbrt_64f(const CubeRootTable& table, const Arrays<double>& arrays, int32_t len,
-                              Other other) {
+static inline Status cbrt_64f(const Arrays<double>& arrays, int32_t len, Other other) {
   const double* const src = arrays.src1;
   double* const dst = arrays.dst1;
   return run_kernel<X87Nearest<X87_EXTENDED>, 2>(
-      arrays, len,
-      [&](int32_t i, int32_t last) { return cbrt_pairs<kInverse>(table, src, dst, i, last); },
+      arrays, len, [&](int32_t i, int32_t last) { return cbrt_pairs<kInverse>(src, dst, i, last); },
       [&](int32_t i, Status* status) {
         const uint64_t x = load_bits(src + i), a = magnitude<double>(x);
         if (a >= Format<double>::kInf || a == 0)
           other(i, x, status);
         else if (a >> 32 < kSmallestNormal)
-          cbrt_subnormal<kInverse>(table, src[i], dst + i);
+          cbrt_subnormal<kInverse>(src[i], dst + i);
         else
-          cbrt_normal<kInverse>(table, x, 0, dst + i);
+          cbrt_normal<kInverse>(x, 0, dst + i);
       });
 }
 

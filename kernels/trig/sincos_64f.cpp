@@ -12,7 +12,7 @@
 // Worst error found: A53 0.5007 ulp at 0xC012CCB703B86DF4, A50 3.051 ulp at 0x3FF95B9EF68F07F8
 // (sampled against 160 bits).
 #include "kernels/trig/blocks_64f.h"
-#include "kernels/trig/generated/sincos_64f_table.h"  // static_const_table
+#include "core/generated/sines_table.h"  // kSines
 
 // From r on top of the stack; word becomes the offset of the table's entry.
 #define SQUARE(n)          \
@@ -126,7 +126,7 @@
       : [src] "+r"(at), [n0] "=m"(n[0]), [n1] "=m"(n[1]), [n2] "=m"(n[2]), [n3] "=m"(n[3]), \
         [word] "=&r"(word), [count] "=&r"(count)                                            \
       : [dst1] "r"(distance(src, dst1)), [dst2] "r"(distance(src, dst2)), [end] "m"(end),   \
-        [table] "r"(&static_const_table), [bound] "i"(kScreenBound),                        \
+        [table] "r"(&kSines), [bound] "i"(kScreenBound),                                    \
         [inv_step] "i"(offsetof(Table, inv_step)), [p1] "i"(offsetof(Table, p1)),           \
         [p2] "i"(offsetof(Table, p2)), [p3] "i"(offsetof(Table, p3)),                       \
         [s53] "i"(offsetof(Table, s53)), [c53] "i"(offsetof(Table, c53)),                   \
@@ -142,7 +142,7 @@ struct A50 {};
 template <class Grade>
 __attribute__((no_sanitize("address", "undefined"))) static int32_t sincos_blocks(
     const double* src, double* dst1, double* dst2, int32_t i, int32_t last) {
-  using Table = decltype(static_const_table);
+  using Table = SineTable;
   const double* at = src + i;
   const double* const end = src + last;
   int32_t n[4];
@@ -165,21 +165,21 @@ static SinCos joined(long double S, long double C, long double s, long double h)
 // The same steps for one element.
 template <class Grade>
 static void sincos_element(const double* src, double* dst1, double* dst2, int32_t i) {
-  const auto& t = static_const_table;
+  const auto& t = kSines;
   const long double x = load_extended(src + i);
   const int32_t n = nearest(x * t.inv_step);
   const long double r = x - n * (long double)t.p1 - n * (long double)t.p2 - n * (long double)t.p3;
   const long double u = r * r;
-  const Pair &S = t.sine[n & 255], &C = t.sine[(n & 255) + 64];
+  const double *const S = t.sine[n & 255], *const C = t.sine[(n & 255) + 64];
   SinCos y;
   if constexpr (__is_same(Grade, A53)) {
     const long double s = r * (1 + u * (t.s53[0] + u * (t.s53[1] + u * t.s53[2])));
     const long double h = u * (t.c53[0] + u * (t.c53[1] + u * t.c53[2]));
-    y = joined((long double)S.high + S.low, (long double)C.high + C.low, s, h);
+    y = joined((long double)S[0] + S[1], (long double)C[0] + C[1], s, h);
   } else {
     const long double s = r * (1 + u * (t.s50[0] + u * t.s50[1]));
     const long double h = u * (t.c50[0] + u * t.c50[1]);
-    y = joined(S.high, C.high, s, h);
+    y = joined(S[0], C[0], s, h);
   }
   dst1[i] = double(y.sine);
   dst2[i] = double(y.cosine);
