@@ -43,8 +43,8 @@ starts = [1 + mpf(j) / STEPS for j in range(STEPS)]
 (root, root_error), (inverse, inverse_error) = (fit(power) for power, _ in ROOTS)
 tables = [split(*each) for each in ROOTS]
 header.main("kernels/roots/generated/cbrt_64f_table.h", [
-    f"// Relative error of 1 + t p(t) for 0 <= t <= 2^-8, proven: at most {header.digits(root_error)}, of the"
-    " reciprocal's", f"// {header.digits(inverse_error)}.",
+    "// Relative error of 1 + t p(t) for 0 <= t <= 2^-8, proven: at most"
+    f" {header.digits(root_error)}, of the reciprocal's", f"// {header.digits(inverse_error)}.",
     "struct CubeRootTable {",
     "  // Of the cube root, then of the reciprocal.",
     "  double p[2][5];          // the highest power first",

@@ -76,7 +76,7 @@ header.main("kernels/erf/generated/erfc_64f_table.h", [
     "};",
     f"constexpr int32_t kPowerZero = {reach};",
     *header.array(f"Power kPower[{len(powers)}]", powers),
-    f"// e^-v - 1 + v = v^2 (e[3] + v (e[2] + v (e[1] + v e[0]))) for |v| <= 1/{2 * STEPS}, off by at most",
-    f"// {header.digits(power_worst)}.",
+    f"// e^-v - 1 + v = v^2 (e[3] + v (e[2] + v (e[1] + v e[0]))) for |v| <= 1/{2 * STEPS},",
+    f"// off by at most {header.digits(power_worst)}.",
     f"inline constexpr double kExponential[4] = {header.doubles(exponential[::-1])};",
 ])

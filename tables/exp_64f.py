@@ -14,8 +14,8 @@ C2, C3 = (mpf(float(text)) for text in ("0.240226506994931", "0.0555041086722722
 
 
 def powers(count, denominator, factor=1):
-    return header.block([header.doubles(header.exact_pair(factor * mpmath.power(2, mpf(i) / denominator)))
-                         for i in range(count)])
+    values = [factor * mpmath.power(2, mpf(i) / denominator) for i in range(count)]
+    return header.block([header.doubles(header.exact_pair(value)) for value in values])
 
 
 worst = fits.worst(lambda r: fits.value([1, fits.LN2, C2, C3], r) / mpmath.power(2, r) - 1,

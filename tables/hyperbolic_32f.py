@@ -23,8 +23,8 @@ sinh_error = fits.worst(lambda r: (r + S3 * r**3) / mpmath.sinh(r) - 1 if r else
 
 pairs = [(mpmath.cosh(mpf(j) / CELLS), mpmath.sinh(mpf(j) / CELLS)) for j in range(LAST + 1)]
 header.main("kernels/hyper/generated/hyperbolic_32f_table.h", [
-    f"// j = round({CELLS} x), r = x - j/{CELLS}, |r| <= 1/{2 * CELLS}: cosh r = 1 + c2 r^2, relative error"
-    f" {header.digits(cosh_error)};",
+    f"// j = round({CELLS} x), r = x - j/{CELLS}, |r| <= 1/{2 * CELLS}:"
+    f" cosh r = 1 + c2 r^2, relative error {header.digits(cosh_error)};",
     f"// sinh r = r + s3 r^3, relative error {header.digits(sinh_error)}.",
     f"constexpr float kC2 = {header.single(C2)}, kS3OverC2 = {header.single(S3 / C2)};",
     "",

@@ -26,9 +26,10 @@ cubics = [cubic(i) for i in range(CELLS)]
 
 def error_of(i):
     """A quartic's: its extrema are at the ends and near those of the Chebyshev polynomial."""
-    return max(abs(fits.value(cubics[i][1:] if i == 0 else cubics[i], u)
-                   / (ratio(u) if i == 0 else mpmath.log1p(u)) - 1)
-               for u in (((2 * i + 1) + mpmath.cos(mpmath.pi * k / 16)) / (2 * CELLS) for k in range(17)))
+    places = [(2 * i + 1 + mpmath.cos(mpmath.pi * k / 16)) / (2 * CELLS) for k in range(17)]
+    if i == 0:
+        return max(abs(fits.value(cubics[0][1:], u) / ratio(u) - 1) for u in places)
+    return max(abs(fits.value(cubics[i], u) / mpmath.log1p(u) - 1) for u in places)
 
 
 def tail(t2):
@@ -52,8 +53,8 @@ header.main("kernels/hyper/generated/log1p_32f_table.h", [
     "struct Cubic {",
     "  double c3, c2, c1, c0;",
     "};",
-    f"// ln(1 + u), i/512 <= u <= (i+1)/512: relative error {header.digits(max(map(error_of, range(1, CELLS))))},"
-    f" in the first {header.digits(error_of(0))}.",
+    "// ln(1 + u), i/512 <= u <= (i+1)/512: relative error"
+    f" {header.digits(max(map(error_of, range(1, CELLS))))}, in the first {header.digits(error_of(0))}.",
     *header.array(f"Cubic kCubic[{CELLS}]", [header.doubles(c[::-1]) for c in cubics]),
     "struct Exponent {",
     "  double scale, offset, log;  // 2^-e, 2^-e - 1, e ln 2",

@@ -43,7 +43,8 @@ header.main("kernels/hyper/generated/log1p_64f_table.h", [
     "  double scale;      // 2^-e",
     "};",
     *header.array(f"Exponent kExponent[{EXPONENTS}]",
-                  [header.doubles((*halves(e * fits.LN2), mpmath.ldexp(1, -e))) for e in range(EXPONENTS)]),
+                  [header.doubles((*halves(e * fits.LN2), mpmath.ldexp(1, -e)))
+                   for e in range(EXPONENTS)]),
     "// P, the highest power first.",
     f"inline constexpr double kP[{TERMS}] = {header.doubles(terms[::-1])};",
     "// ln 2, high a multiple of 2^-40.",

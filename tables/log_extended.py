@@ -36,7 +36,8 @@ for t in range(CELLS):
 assert entries[CELLS - FIRST][:3] == (1, 0, 0) and entries[CELLS - FIRST][3] == 0
 
 series = fits.stored(fits.fit(
-    lambda x: fits.value([mpf((-1)**k) / (k + 3) for k in range(TERMS)], x), -reach, reach, DEGREE + 1), 53)
+    lambda x: fits.value([mpf((-1)**k) / (k + 3) for k in range(TERMS)], x),
+    -reach, reach, DEGREE + 1), 53)
 
 # log(1 + r) / r less what the polynomial gives for it, in units of the interval.
 difference = [mpf((-1)**k) / (k + 1) * reach**k for k in range(TERMS)]

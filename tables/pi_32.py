@@ -46,8 +46,8 @@ header.main("kernels/trig/generated/pi_32_table.h", [
     f"  double tangent3[5]; // z^3 to z^11, |z| <= pi/64; relative error of the tangent {long_error}",
     f"  double short_tangent3[4]; // z^3 to z^9; {short_error}",
     "} pi_32_table = {",
-    *header.block([
-        "{-0.0, -0.0}", *[pair(mpmath.sinpi(mpf(j) / 32)) for j in range(1, 80)]], "the first keeps the sign of a zero"),
+    *header.block(["{-0.0, -0.0}", *[pair(mpmath.sinpi(mpf(j) / 32)) for j in range(1, 80)]],
+                  "the first lets the tangent keep the sign of a zero"),
     f"    {header.double(32 / pi)},",
     f"    {header.doubles(step)},",
     f"    {{{pair(pi / 2**31)}, {pair(-pi / 2**31)}}},",

@@ -48,7 +48,8 @@ def packed(name, function, count):
     """In s^2."""
     terms = fits.stored(fits.fit_shifted(function, mpf(0), S2, count), 24)
     error = fits.worst(lambda s2: fits.value(terms, s2) / function(s2) - 1, mpf(0), S2)
-    return [f"// {function.__doc__} in s^2, s^2 <= {header.digits(S2)}: relative error {header.digits(error)}.",
+    return [f"// {function.__doc__} in s^2, s^2 <= {header.digits(S2)}: relative error"
+            f" {header.digits(error)}.",
             f"inline constexpr float {name}[{count}] = {header.singles(terms)};"]
 
 
@@ -62,7 +63,8 @@ def packed_exp(name, count, half_width=mpf("0.501")):
 
 c_high, c_low = header.parts(2 / fits.LN2, (12, 24))
 header.main("kernels/explog/generated/pow_32f_table.h", [
-    f"// log2(1 + z) = z Q(z), |z| <= {header.digits(width)}: relative error {header.digits(log_error)}.",
+    f"// log2(1 + z) = z Q(z), |z| <= {header.digits(width)}: relative error"
+    f" {header.digits(log_error)}.",
     f"// 2^r on |r| <= 1/{2 * POWERS}: relative error {header.digits(exp_error)}.",
     "alignas(64) inline constexpr struct Table {",
     f"  struct {{ double reciprocal, log2; }} cell[{CELLS + 1}];  // near 1 / (1 + i/{CELLS}), 24 bits",

@@ -45,11 +45,13 @@ class Polynomial:
         return fits.value(self.used, x * x if self.even else x)
 
     def lines(self):
-        return [f"    {header.doubles(self.others[::-1])},", f"    {doubles_of(sum(self.lowest))[1:-1]},"]
+        return [f"    {header.doubles(self.others[::-1])},",
+                f"    {header.doubles(self.lowest)[1:-1]},"]
 
 
 def error(approximation, function, half_width):
-    return header.digits(fits.worst(lambda x: approximation(x) / function(x) - 1, -half_width, half_width))
+    return header.digits(
+        fits.worst(lambda x: approximation(x) / function(x) - 1, -half_width, half_width))
 
 
 reciprocals = fits.reciprocals(CELLS, 11, CELLS + 1)
@@ -76,6 +78,10 @@ def cosine_ratio(d):
 cosine = fits.stored(fits.fit_even(cosine_ratio, half_angle, 4), 53)
 
 
+def cosine_of(d):
+    return 1 + d * d * fits.value(cosine, d * d)
+
+
 def sine_of(j):
     """Exact on the axes."""
     j %= CIRCLE
@@ -92,7 +98,7 @@ header.main("extended/generated/power_table.h", [
     f" {error(lambda r: 1 + r * power.value(r), lambda r: mpmath.power(2, r), half_step)}.",
     "// Sine and cosine of d right angles, |d| <= 2^-6: relative errors"
     f" {error(sine.value, sine_ratio, half_angle)} and",
-    f"// {error(lambda d: 1 + d * d * fits.value(cosine, d * d), lambda d: mpmath.cos(d * RIGHT), half_angle)}.",
+    f"// {error(cosine_of, lambda d: mpmath.cos(d * RIGHT), half_angle)}.",
     "struct PowerTable {",
     "  struct {",
     "    double high, middle, low;  // log2(1 / reciprocal), high a multiple of 2^-40",
@@ -128,7 +134,8 @@ header.main("extended/generated/power_table.h", [
     f"    {header.doubles(cosine[::-1])},",
     f"    {doubles_of(RIGHT / fits.LN2)},",
     f"    {doubles_of(fits.LN2 / RIGHT)},",
-    *[f"    {two_part(value)}," for value in (RIGHT / fits.LN2, fits.LN2 / RIGHT, 1 / fits.LN2, 1 / RIGHT)],
+    *[f"    {two_part(value)}," for value in
+      (RIGHT / fits.LN2, fits.LN2 / RIGHT, 1 / fits.LN2, 1 / RIGHT)],
     *header.block(["{0, 0}", *[two_part(mpf(1) / j) for j in range(1, 8)]]),
     "};",
 ], ["extended/two_part.h"])

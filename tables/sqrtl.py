@@ -19,10 +19,9 @@ at_points = max(abs(seed * mpmath.sqrt(y) - 1) for y, seed in zip(ends, seeds))
 omitted = abs(mpmath.binomial(mpf(-1) / 2, TERMS + 1)) * e ** (TERMS + 1) / (1 - e)
 
 header.main("extended/generated/sqrtl_table.h", [
-    f"// Relative error of a seed at its own point: at most {header.digits(at_points, 3)}. Residue |e| over"
-    " a seed's",
-    f"// interval: at most {header.digits(e)}; what the series omits of the root: at most"
-    f" {header.digits(omitted, 3)}.",
+    f"// Relative error of a seed at its own point: at most {header.digits(at_points, 3)}.",
+    f"// Residue |e| over a seed's interval: at most {header.digits(e)}; what the series omits of the root:",
+    f"// at most {header.digits(omitted, 3)}.",
     *header.array(f"double kSeries[{TERMS}]",
                   [header.double(mpmath.binomial(mpf(-1) / 2, k)) for k in range(1, TERMS + 1)]),
 ])

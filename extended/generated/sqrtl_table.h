@@ -6,8 +6,9 @@
 
 inline namespace table_sqrtl {
 
-// Relative error of a seed at its own point: at most 0.000469. Residue |e| over a seed's
-// interval: at most 0.00259; what the series omits of the root: at most 3.99e-22.
+// Relative error of a seed at its own point: at most 0.000469.
+// Residue |e| over a seed's interval: at most 0.00259; what the series omits of the root:
+// at most 3.99e-22.
 alignas(64) inline constexpr double kSeries[7] = {
     -0x1p-1, 0x1.8p-2, -0x1.4p-2, 0x1.18p-2, -0x1.f8p-3, 0x1.cep-3, -0x1.adp-3,
 };

@@ -116,7 +116,8 @@ def filled(lines):
         entry = re.fullmatch(r"( +)([^/]*[^/{( ],)", line)
         whole = re.fullmatch(r"(inline constexpr .* = \{)([^{}]*)\};(.*)", line)
         if whole and len(line) > WIDTH:
-            out += [whole[1] + whole[3], *filled([f"    {item}," for item in whole[2].split(", ")]), "};"]
+            items = [f"    {item}," for item in whole[2].split(", ")]
+            out += [whole[1] + whole[3], *filled(items), "};"]
             continue
         short = entry and len(line) < WIDTH // 2
         if short and entry[1] == space and len(out[-1]) + len(entry[2]) < WIDTH:

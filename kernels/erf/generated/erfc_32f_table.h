@@ -641,7 +641,9 @@ alignas(64) inline constexpr Row kRow[295] = {
 };
 // e^-w = 1 + w P(w) for |w| <= 0.2876, highest coefficient first.
 // Relative error at most 6.355e-8.
-inline constexpr float kPower21[5] = {-0x1.11bd5ap-7f, 0x1.5682ecp-5f, -0x1.55551cp-3f, 0x1.ffff38p-2f, -0x1p+0f};
+inline constexpr float kPower21[5] = {
+    -0x1.11bd5ap-7f, 0x1.5682ecp-5f, -0x1.55551cp-3f, 0x1.ffff38p-2f, -0x1p+0f,
+};
 // Relative error at most 8.999e-5.
 inline constexpr float kPower11[3] = {-0x1.5664c4p-3f, 0x1.01537ep-1f, -0x1p+0f};
 

@@ -960,9 +960,11 @@ alignas(64) inline constexpr Power kPower[483] = {
     {0x1.3a122b3a399d5p-3, -0x1.dc303cp-58f, 0x1.ep+0f},
     {0x1.37a0796629c8p-3, 0x1.2f49d8p-57f, 0x1.e2p+0f},
 };
-// e^-v - 1 + v = v^2 (e[3] + v (e[2] + v (e[1] + v e[0]))) for |v| <= 1/256, off by at most
-// 6.181e-19.
-inline constexpr double kExponential[4] = {-0x1.11111792493f5p-7, 0x1.555560b777b06p-5, -0x1.5555555555485p-3, 0x1.ffffffffffd27p-2};
+// e^-v - 1 + v = v^2 (e[3] + v (e[2] + v (e[1] + v e[0]))) for |v| <= 1/256,
+// off by at most 6.181e-19.
+inline constexpr double kExponential[4] = {
+    -0x1.11111792493f5p-7, 0x1.555560b777b06p-5, -0x1.5555555555485p-3, 0x1.ffffffffffd27p-2,
+};
 
 }
 

@@ -258,9 +258,13 @@ inline constexpr float kLogTail[4] = {0x1.ec709ep-1f, 0x1.2777p-1f, 0x1.a5c972p-
 // log2(m) / s in s^2, s^2 <= 0.02944: relative error 1.526e-7.
 inline constexpr float kShortLog[3] = {0x1.71547ap+1f, 0x1.ec5562p-1f, 0x1.310768p-1f};
 // (2^r - 1) / r, |r| <= 0.501: relative error of 2^r 9.157e-9.
-inline constexpr float kLongExp[6] = {0x1.62e43p-1f, 0x1.ebfbep-3f, 0x1.c6af6ap-5f, 0x1.3b2a52p-7f, 0x1.5f0a1cp-10f, 0x1.44149ap-13f};
+inline constexpr float kLongExp[6] = {
+    0x1.62e43p-1f, 0x1.ebfbep-3f, 0x1.c6af6ap-5f, 0x1.3b2a52p-7f, 0x1.5f0a1cp-10f, 0x1.44149ap-13f,
+};
 // (2^r - 1) / r, |r| <= 0.501: relative error of 2^r 7.065e-6.
-inline constexpr float kShortExp[4] = {0x1.62e2cep-1f, 0x1.ebfb3cp-3f, 0x1.c9702ep-5f, 0x1.3c6fa8p-7f};
+inline constexpr float kShortExp[4] = {
+    0x1.62e2cep-1f, 0x1.ebfb3cp-3f, 0x1.c9702ep-5f, 0x1.3c6fa8p-7f,
+};
 
 }
 

@@ -596,7 +596,10 @@ alignas(64) inline constexpr Exponent kExponent[64] = {
     {0x1.5d589f2fe51p+5, 0x1.de28d5e1264d2p-45, 0x1p-63},
 };
 // P, the highest power first.
-inline constexpr double kP[5] = {-0x1.555573ce97a7bp-3, 0x1.9999bc6d53096p-3, -0x1.ffffffffff464p-3, 0x1.5555555554eb3p-2, -0x1p-1};
+inline constexpr double kP[5] = {
+    -0x1.555573ce97a7bp-3, 0x1.9999bc6d53096p-3, -0x1.ffffffffff464p-3, 0x1.5555555554eb3p-2,
+    -0x1p-1,
+};
 // ln 2, high a multiple of 2^-40.
 inline constexpr double kLn2[2] = {0x1.62e42fefa4p-1, -0x1.8432a1b0e2634p-43};
 

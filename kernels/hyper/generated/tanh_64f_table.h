@@ -7,7 +7,9 @@
 inline namespace table_tanh_64f {
 
 // tanh r = r + r^3 (t[0] + t[1] r^2 + t[2] r^4), |r| <= 1/128: relative error 3.024e-19.
-inline constexpr double kSeries[3] = {-0x1.5555555555555p-2, 0x1.1111111111111p-3, -0x1.ba1ba1ba1ba1cp-5};
+inline constexpr double kSeries[3] = {
+    -0x1.5555555555555p-2, 0x1.1111111111111p-3, -0x1.ba1ba1ba1ba1cp-5,
+};
 
 // tanh x in two parts.
 struct Cell {

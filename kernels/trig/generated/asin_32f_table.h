@@ -270,7 +270,9 @@ alignas(64) inline constexpr Quadratic kQuadratic[257] = {
     {0x1.5bf196643bbf8p-2, -0x1.ff1bfc345576p-4, 0x1.064ee9fe36261p+0},
 };
 // asin(u) = u + u^3 P(u^2) for 0 <= u <= 1/2. Relative error at most 5.857e-9.
-inline constexpr float kAsin21[5] = {0x1.596d28p-5f, 0x1.8c283cp-6f, 0x1.747e4ap-5f, 0x1.3301e4p-4f, 0x1.5555c8p-3f};
+inline constexpr float kAsin21[5] = {
+    0x1.596d28p-5f, 0x1.8c283cp-6f, 0x1.747e4ap-5f, 0x1.3301e4p-4f, 0x1.5555c8p-3f,
+};
 // asin(u) = u + u^3 P(u^2) for 0 <= u <= 1/2. Relative error at most 3.767e-5.
 inline constexpr float kAsin11[2] = {0x1.823f56p-4f, 0x1.5209cep-3f};
 

@@ -795,7 +795,9 @@ alignas(64) inline constexpr Pair kComplement[2][257] = {
         {0x1.921fb54442d18p+1, 0x1.1a62633145c07p-53},
     },
 };
-inline constexpr double kSeries[3] = {0x1.6db6db6db6db7p-5, 0x1.3333333333333p-4, 0x1.5555555555555p-3};  // of v^7, v^5, v^3
+inline constexpr double kSeries[3] = {  // of v^7, v^5, v^3
+    0x1.6db6db6db6db7p-5, 0x1.3333333333333p-4, 0x1.5555555555555p-3,
+};
 
 }
 

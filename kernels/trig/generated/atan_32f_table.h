@@ -526,9 +526,14 @@ alignas(64) inline constexpr Quadratic kQuadratic[513] = {
     {0x1.21fb41dbf501dp-5, -0x1.6cbe38b27bd4bp-2, 0x1.1b2f8ebfe0b5ep+0},
 };
 // atan(u) = u + u^3 P(u^2) for 0 <= u <= 1. Relative error at most 1.813e-8.
-inline constexpr float kAtan21[8] = {0x1.7ed232p-9f, -0x1.0c2c14p-6f, 0x1.61fddap-5f, -0x1.3556b6p-4f, 0x1.b4e12ap-4f, -0x1.230adcp-3f, 0x1.9978f4p-3f, -0x1.5554dcp-2f};
+inline constexpr float kAtan21[8] = {
+    0x1.7ed232p-9f, -0x1.0c2c14p-6f, 0x1.61fddap-5f, -0x1.3556b6p-4f, 0x1.b4e12ap-4f,
+    -0x1.230adcp-3f, 0x1.9978f4p-3f, -0x1.5554dcp-2f,
+};
 // atan(u) = u + u^3 P(u^2) for 0 <= u <= 1. Relative error at most 3.52e-5.
-inline constexpr float kAtan11[4] = {0x1.96fbb6p-6f, -0x1.816cdap-4f, 0x1.7e986ep-3f, -0x1.541a14p-2f};
+inline constexpr float kAtan11[4] = {
+    0x1.96fbb6p-6f, -0x1.816cdap-4f, 0x1.7e986ep-3f, -0x1.541a14p-2f,
+};
 
 }
 

@@ -530,7 +530,9 @@ alignas(64) inline constexpr Cell kCell[514] = {
     {0x1.fcp+7f, 0x1p+0f, {{0x1.911db1938fec5p+0, 0x1.615bc560c474dp-54}, {0x1.9321b8f4f5b6bp+0, 0x1.a6d202038e181p-55}}},
     {0x1p+0f, 0.0f, {{0x1.921fb54442d18p+0, 0x1.1a62633145c07p-54}, {0x1.921fb54442d18p+0, 0x1.1a62633145c07p-54}}},
 };
-inline constexpr double kSeries[3] = {-0x1.2492492492492p-3, 0x1.999999999999ap-3, -0x1.5555555555555p-2};  // of t^7, t^5, t^3
+inline constexpr double kSeries[3] = {  // of t^7, t^5, t^3
+    -0x1.2492492492492p-3, 0x1.999999999999ap-3, -0x1.5555555555555p-2,
+};
 
 }
 

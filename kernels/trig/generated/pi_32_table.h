@@ -20,7 +20,7 @@ alignas(64) inline constexpr struct Table {
   double tangent3[5]; // z^3 to z^11, |z| <= pi/64; relative error of the tangent 4.73e-20
   double short_tangent3[4]; // z^3 to z^9; 5.66e-18
 } pi_32_table = {
-    {  // the first keeps the sign of a zero
+    {  // the first lets the tangent keep the sign of a zero
         {-0.0, -0.0}, {0x1.917a6bc29b42cp-4, -0x1.e2p-60}, {0x1.8f8b83c69a60bp-3, -0x1.27p-57},
         {0x1.294062ed59f06p-2, -0x1.5dp-56}, {0x1.87de2a6aea963p-2, -0x1.73p-57},
         {0x1.e2b5d3806f63bp-2, 0x1.ep-58}, {0x1.1c73b39ae68c8p-1, 0x1.b28p-55},
