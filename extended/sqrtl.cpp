@@ -13,10 +13,10 @@
 
 #include "core/bits.h"
 #include "luxvmk3_scalar.h"
-#include "extended/generated/sqrtl_table.h"  // _constants
+#include "core/generated/root_seeds_table.h"  // kRootSeed
+#include "extended/generated/sqrtl_table.h"   // kSeries
 
 static const double _onetwo[2] = {1.0, 2.0};  // by parity of the exponent
-static const double* const kSeries = _constants + 513;
 constexpr long double kInfinity = __builtin_infl();
 
 struct ExtendedParts {
@@ -59,7 +59,7 @@ long double noxsqrtl_scalar(long double x) {
   const long double m = x;
   const int32_t p = k & 1;
   const long double y = m * _onetwo[p];
-  const double r = _constants[256 * p + index(m) - 256];
+  const double r = kRootSeed[256 * p + index(m) - 256];
 
   const long double t = 4194305.0 * y;
   const long double hi = t - (t - y), lo = y - hi;

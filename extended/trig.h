@@ -13,8 +13,9 @@
 #ifndef LUX_EXTENDED_TRIG_H
 #define LUX_EXTENDED_TRIG_H
 
+#include "core/generated/sines_table.h"  // kSines
 #include "extended/exp.h"
-#include "extended/generated/trig_table.h"
+#include "extended/generated/trig_table.h"  // _nox_degree
 
 // Upper words of the magnitudes that the short reduction takes: normal numbers below 2^17. Zeros
 // would lose their sign.
@@ -30,14 +31,14 @@ struct SineCosine {
 
 // The table by a pointer that the compiler takes for a new one. It would keep constants that
 // several expressions share in a register, and spill them as extended numbers.
-static inline const TrigTable& trig_table() {
-  const TrigTable* table = &_nox_trig_table;
+static inline const SineTable& trig_table() {
+  const SineTable* table = &kSines;
   asm("" : "+r"(table));
   return *table;
 }
 
 // Of the angle j pi/128 + r. `tail` is what r does not hold of the step, far below it.
-__attribute__((always_inline)) static inline SineCosine sine_cosine_of(const TrigTable& table,
+__attribute__((always_inline)) static inline SineCosine sine_cosine_of(const SineTable& table,
                                                                        int32_t j, long double r,
                                                                        long double tail) {
   const double* const S = table.sine[j & 255];
@@ -52,7 +53,7 @@ __attribute__((always_inline)) static inline SineCosine sine_cosine_of(const Tri
 
 // For a double with is_short_angle.
 __attribute__((always_inline)) static inline SineCosine short_sine_cosine(long double x) {
-  const TrigTable& table = trig_table();
+  const SineTable& table = trig_table();
   const int32_t n = nearest_integer(x * table.inv_step);
   const long double r =
       ((x - n * (long double)table.p1) - n * (long double)table.p2) - n * (long double)table.p3;
@@ -61,7 +62,7 @@ __attribute__((always_inline)) static inline SineCosine short_sine_cosine(long d
 
 // Of octant * pi/4 + r[0] + r[1], |r[0]| <= pi/4 or a little more.
 static inline SineCosine reduced_sine_cosine(int octant, const long double r[2]) {
-  const TrigTable& table = trig_table();
+  const SineTable& table = trig_table();
   const int32_t n = nearest_integer(r[0] * table.inv_step);
   const long double left = (r[0] - n * (long double)table.p1) - n * (long double)table.p2;
   const long double less = r[1] - n * (long double)table.p3;

@@ -25,7 +25,7 @@ struct CarefulStep {
 };
 
 static CarefulStep careful_step(int octant, const long double r[2]) {
-  const TrigTable& table = _nox_trig_table;
+  const SineTable& table = kSines;
   const int32_t n = nearest_integer(r[0] * table.inv_step);
   const long double first = r[0] - n * (long double)table.p1;  // exact
   const long double second = n * (long double)table.p2;        // exact
@@ -45,7 +45,7 @@ static CarefulStep careful_step(int octant, const long double r[2]) {
 }
 
 static TwoPart sine_sum(const CarefulStep& step, int32_t quarter) {
-  const double* const S = _nox_trig_table.sine[(step.j + 64 * quarter) & 255];
+  const double* const S = kSines.sine[(step.j + 64 * quarter) & 255];
   const double* const C = S + 2 * 64;
   const TwoPart head = ordered_sum(S[0], C[0] * step.high);
   return ordered_sum(head.high,

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """Rotation angles of the double-precision arcsine, and the constants of the arccosine.
 
@@ -6,68 +5,51 @@ With a = |x| and r = sqrt(1 - a^2), the cell is k = round(128 (a - r)), -128 <= 
 angle asin(k/(128 sqrt 2)) + pi/4 the one for which a - r is k/128 exactly.
 """
 import mpmath
-import tablegen
+from mpmath import mpf
+
+from shared import header
 
 CELLS = 128
-mpmath.mp.prec = 200
+ALL = range(-CELLS, CELLS + 1)
 
 
-def angle(k):
-    if k == -CELLS:
-        return mpmath.mpf(0)
-    if k == CELLS:
-        return mpmath.pi / 2
-    return mpmath.asin(mpmath.mpf(k) / (CELLS * mpmath.sqrt(2))) + mpmath.pi / 4
+def at(k):
+    """The angle where a - r is k/128; the ends are exact."""
+    if abs(k) == CELLS:
+        return mpf(0) if k < 0 else mpmath.pi / 2
+    return mpmath.asin(mpf(k) / (CELLS * mpmath.sqrt(2))) + mpmath.pi / 4
 
 
 def halves(value):
-    """Two doubles whose sum is the value to 106 bits."""
-    high = tablegen.rounded(value, 53)
-    if abs(high) < mpmath.mpf(2) ** -190:  # the acute end, exactly
-        high = value = mpmath.mpf(0)
-    return f"{float(high).hex()}, {tablegen.double(value - high)}"
+    return header.doubles([mpf(0)] * 2 if abs(value) < mpf(2)**-190 else header.two_doubles(value))
 
 
-def cosine(k):
-    return mpmath.mpf(0) if k == CELLS else mpmath.cos(angle(k))
+def rotation(k):
+    cosine = mpf(0) if k == CELLS else mpmath.cos(at(k))
+    pairs = [header.exact_pair(value) for value in (cosine, -mpmath.sin(at(k)))]
+    return header.braced([*map(header.doubles, pairs), halves(at(k))])
 
 
-def minus_sine(k):
-    return -mpmath.sin(angle(k))
+v = mpmath.sin(max(abs(at(k + mpf(side) / 2) - at(k))
+                   for k in ALL for side in (-1, 1) if abs(2 * k + side) < 2 * CELLS))
+SERIES = [mpf(15) / 336, mpf(3) / 40, mpf(1) / 6]
+error = (v + v**3 * mpmath.polyval(SERIES, v**2)) / mpmath.asin(v) - 1
 
-
-def whole(value):
-    return tablegen.exact_pair(value)[1:-1]
-
-
-largest = max(abs(angle(k + 1) - angle(k)) for k in range(-CELLS, CELLS)) / 2
-edges = [abs(mpmath.asin((mpmath.mpf(k) + mpmath.mpf(s) / 2) / (CELLS * mpmath.sqrt(2)))
-             + mpmath.pi / 4 - angle(k))
-         for k in range(-CELLS, CELLS + 1) for s in (-1, 1) if abs(2 * k + s) < 2 * CELLS]
-v = mpmath.sin(max(edges))
-series = v + v**3 / 6 + 3 * v**5 / 40 + 15 * v**7 / 336
-
-body = "\n".join([
-    f"// |v| at most {mpmath.nstr(v, 5)}; asin v by its series to v^7 has a relative error of at most",
-    f"// {mpmath.nstr(abs(series / mpmath.asin(v) - 1), 4)}.",
+header.main("kernels/trig/generated/asin_64f_table.h", [
+    f"// |v| at most {header.digits(v, 5)}; asin v by its series to v^7 has a relative error of at most",
+    f"// {header.digits(abs(error))}.",
     "struct Rotation {",
     "  double cosine[2], minus_sine[2];  // rounded to 64 bits, in two doubles",
     "  double angle[2];",
     "};",
-    f"static const Rotation kRotation[{2 * CELLS + 1}] = {{",
-    *[f"    {{{{{whole(cosine(k))}}}, {{{whole(minus_sine(k))}}}, {{{halves(angle(k))}}}}},"
-      for k in range(-CELLS, CELLS + 1)],
-    "};",
+    *header.array(f"Rotation kRotation[{len(ALL)}]", map(rotation, ALL)),
     "struct Pair {",
     "  double high, low;",
     "};",
     "// pi/2 less and plus the angle, for the arccosine of positive and negative numbers.",
-    f"static const Pair kComplement[2][{2 * CELLS + 1}] = {{",
-    *[line for sign in (-1, 1) for line in
-      ["    {", *[f"        {{{halves(mpmath.pi / 2 + sign * angle(k))}}},"
-                 for k in range(-CELLS, CELLS + 1)], "    },"]],
+    f"alignas(64) inline constexpr Pair kComplement[2][{len(ALL)}] = {{",
+    *[line for sign in (-1, 1)
+      for line in header.block([halves(mpmath.pi / 2 + sign * at(k)) for k in ALL])],
     "};",
-    "static const double kSeries[3] = {  // of v^7, v^5, v^3",
-    *[f"    {tablegen.double(mpmath.mpf(n) / d)}," for n, d in ((15, 336), (3, 40), (1, 6))],
-    "};"])
-tablegen.main("kernels/trig/generated/asin_64f_table.h", __file__, body)
+    f"inline constexpr double kSeries[3] = {header.doubles(SERIES)};  // of v^7, v^5, v^3",
+])

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """Cells of the double-precision arctangent.
 
@@ -7,49 +6,40 @@ lies within the cell and is short enough for exact products; one cell below and 
 nothing and by pi/2.
 """
 import mpmath
-import tablegen
+from mpmath import mpf
+
+from shared import header
 
 LOWEST, HIGHEST, PER_BINADE = -8, 8, 32
-mpmath.mp.prec = 200
+SERIES = [mpf(-1) / 7, mpf(1) / 5, mpf(-1) / 3]
 
 
 def turns():
-    """n, d, and the tangents at the cell's ends."""
-    yield mpmath.mpf(0), mpmath.mpf(1), mpmath.mpf(0), mpmath.ldexp(1, LOWEST)
+    """n, d, and the angles at the cell's ends."""
+    yield mpf(0), mpf(1), mpf(0), mpmath.atan(mpmath.ldexp(1, LOWEST))
     for exponent in range(LOWEST, HIGHEST):
         for i in range(PER_BINADE):
-            low = mpmath.ldexp(1 + mpmath.mpf(i) / PER_BINADE, exponent)
-            high = mpmath.ldexp(1 + mpmath.mpf(i + 1) / PER_BINADE, exponent)
-            middle = mpmath.tan((mpmath.atan(low) + mpmath.atan(high)) / 2)
-            yield tablegen.rounded(middle, 11), mpmath.mpf(1), low, high
-    yield mpmath.mpf(1), mpmath.mpf(0), mpmath.ldexp(1, HIGHEST), mpmath.inf
+            low, high = (mpmath.atan(mpmath.ldexp(1 + mpf(end) / PER_BINADE, exponent))
+                         for end in (i, i + 1))
+            yield header.rounded(mpmath.tan((low + high) / 2), 11), mpf(1), low, high
+    yield mpf(1), mpf(0), mpmath.atan(mpmath.ldexp(1, HIGHEST)), mpmath.pi / 2
 
 
-def halves(value):
-    high = tablegen.rounded(value, 53)
-    return f"{{{float(high).hex()}, {tablegen.double(value - high)}}}"
-
-
-def angle(n, d):
-    return mpmath.atan2(n, d)
-
-
-worst, relative = mpmath.mpf(0), mpmath.mpf(0)
-rows = []
-for n, d, low, high in turns():
-    ends = [mpmath.atan(low), mpmath.pi / 2 if high == mpmath.inf else mpmath.atan(high)]
+worst, relative, rows = mpf(0), mpf(0), []
+for n, d, *ends in turns():
+    angle = mpmath.atan2(n, d)
     for end in ends:
-        t = mpmath.tan(abs(end - angle(n, d)))
+        t = mpmath.tan(abs(end - angle))
         worst = max(worst, t)
         result = end if n else t
-        series = t - t**3 / 3 + t**5 / 5 - t**7 / 7
-        relative = max(relative, abs(series - mpmath.atan(t)) / result if result else 0)
-    rows.append(f"    {{{float(n).hex()}f, {float(d).hex()}f, {{{halves(angle(n, d))}, "
-                f"{halves(mpmath.pi - angle(n, d))}}}}},")
+        error = t + t**3 * mpmath.polyval(SERIES, t**2) - mpmath.atan(t)
+        relative = max(relative, abs(error) / result if result else 0)
+    angles = [header.doubles(header.two_doubles(a)) for a in (angle, mpmath.pi - angle)]
+    rows.append(header.braced([header.single(n), header.single(d), header.braced(angles)]))
 
-body = "\n".join([
-    f"// |t| at most {mpmath.nstr(worst, 5)}; the series to t^7 moves a result by at most "
-    f"{mpmath.nstr(relative, 4)} of it.",
+header.main("kernels/trig/generated/atan_64f_table.h", [
+    f"// |t| at most {header.digits(worst, 5)}; the series to t^7 moves a result by at most"
+    f" {header.digits(relative)} of it.",
     "struct Pair {",
     "  double high, low;",
     "};",
@@ -57,10 +47,6 @@ body = "\n".join([
     "  float n, d;",
     "  Pair angle[2];  // of (d, n), and pi less it",
     "};",
-    f"static const Cell kCell[{len(rows)}] = {{",
-    *rows,
-    "};",
-    "static const double kSeries[3] = {  // of t^7, t^5, t^3",
-    *[f"    {tablegen.double(mpmath.mpf(n) / d)}," for n, d in ((-1, 7), (1, 5), (-1, 3))],
-    "};"])
-tablegen.main("kernels/trig/generated/atan_64f_table.h", __file__, body)
+    *header.array(f"Cell kCell[{len(rows)}]", rows),
+    f"inline constexpr double kSeries[3] = {header.doubles(SERIES)};  // of t^7, t^5, t^3",
+])

@@ -8,8 +8,9 @@ holds everywhere: a polynomial of degree n is at most 1 / cos(pi n / (2 N)) time
 at N Chebyshev points.
 """
 import mpmath
-import tablegen
 from mpmath import mpf
+
+from shared import fits, header
 
 STEPS, TERMS, POINTS = 64, 14, 400
 # What j/64 stands for reaches half a step to both sides; 2^-19 more, since octants are told apart
@@ -18,30 +19,20 @@ reach = mpf(1) / (2 * STEPS) + mpf(2)**-19
 square = reach**2
 
 
-
 def odd(degree):
     """Coefficients of P, and the bound of the relative error of the whole."""
-    def in_square(u):
-        return square * (1 + u) / 2
-    nodes = [in_square(mpmath.cos(mpmath.pi * (2 * k + 1) / (2 * (degree + 1))))
-             for k in range(degree + 1)]
-    matrix = mpmath.matrix([[w**k for k in range(degree + 1)] for w in nodes])
-    values = mpmath.matrix([(mpmath.atan(mpmath.sqrt(w)) / mpmath.sqrt(w) - 1) / w for w in nodes])
-    solution = mpmath.lu_solve(matrix, values)
-    series = [float(tablegen.rounded(solution[k], 53)) for k in range(degree + 1)]
+    series = fits.stored(fits.fit(
+        lambda w: (mpmath.atan(mpmath.sqrt(w)) / mpmath.sqrt(w) - 1) / w, mpf(0), square, degree + 1), 53)
     difference = [mpf((-1)**k) / (2 * k + 1) for k in range(TERMS)]
-    for k, value in enumerate([1.0] + series):
+    for k, value in enumerate([mpf(1)] + series):
         difference[k] -= value
-    error = max(abs(mpmath.polyval(difference[::-1],
-                                   in_square(mpmath.cos(mpmath.pi * (2 * k + 1) / (2 * POINTS)))))
-                for k in range(POINTS))
+    error = max(abs(fits.value(difference, w)) for w in fits.chebyshev_nodes(mpf(0), square, POINTS))
     error /= mpmath.cos(mpmath.pi * TERMS / (2 * POINTS)) * mpmath.atan(reach) / reach
     return series, error + square**TERMS
 
 
 def pair(angle):
-    high = tablegen.rounded(angle, 53)
-    return f"{{{tablegen.double(high)}, {tablegen.double(angle - high)}}}"
+    return header.doubles(header.two_doubles(angle))
 
 
 pi = +mpmath.pi
@@ -49,11 +40,10 @@ angles = [mpmath.atan(mpf(j) / STEPS) for j in range(STEPS + 1)]
 octants = [angles, [pi / 2 - a for a in angles], [pi - a for a in angles], [pi / 2 + a for a in angles]]
 degrees = [mpmath.nint(a) if j in (0, STEPS) else a
            for j, a in enumerate(a * 180 / pi for a in angles)]
-degree = tablegen.rounded(180 / pi, 32)
 (quick, quick_error), (careful, careful_error) = odd(2), odd(3)
-body = "\n".join([
-    f"// |r| at most {mpmath.nstr(reach, 6)}, where the series' relative errors are below"
-    f" {mpmath.nstr(quick_error, 4)} and {mpmath.nstr(careful_error, 4)}.",
+header.main("extended/generated/atan_table.h", [
+    f"// |r| at most {header.digits(reach, 6)}, where the series' relative errors are below"
+    f" {header.digits(quick_error)} and {header.digits(careful_error)}.",
     "struct Angle {",
     "  double high, low;",
     "};",
@@ -65,13 +55,14 @@ body = "\n".join([
     "  Angle degrees[65];    // a in degrees, 0 and 45 exactly",
     "  Angle degree;         // 180/pi, the first part with 32 bits",
     "};",
-    "inline constexpr ExtendedAngles kAtan = {  // one copy serves all kernels",
-    "    {" + ", ".join(f"{float(mpf(j) / STEPS).hex()}f" for j in range(STEPS + 1)) + "},",
-    *[f"    {{{', '.join(value.hex() for value in series)}}}," for series in (quick, careful)],
+    "alignas(64) inline constexpr ExtendedAngles kAtan = {",
+    *header.block([header.single(mpf(j) / STEPS) for j in range(STEPS + 1)]),
+    f"    {header.doubles(quick)},",
+    f"    {header.doubles(careful)},",
     "    {",
-    *["        {" + ",\n         ".join(pair(a) for a in octant) + "}," for octant in octants],
+    *[line for octant in octants for line in header.block(map(pair, octant), indent=8)],
     "    },",
-    "    {" + ",\n     ".join(pair(a) for a in degrees) + "},",
-    f"    {{{tablegen.double(degree)}, {tablegen.double(180 / pi - degree)}}},",
-    "};"])
-tablegen.main("extended/generated/atan_table.h", __file__, body)
+    *header.block(map(pair, degrees)),
+    f"    {header.doubles(header.parts(180 / pi, (32, 53)))},",
+    "};",
+])

@@ -1,63 +1,65 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Table of the double-precision cube root. The reciprocal cube root's generator uses the same
-functions.
+"""Table of the double-precision cube root and reciprocal cube root.
 
-(1 + t)^d is 1 + t p(t) at the zeros of the Chebyshev polynomial of sixth degree for the interval
-whose last point is 2^-8 and whose first zero is 0, so by the rest of the interpolation it differs
-by at most |binomial(d, 6)| W^6 / 2^11 on [0, 2^-8], W the length of that interval: the sixth
+(1 + t)^d, d = +-1/3, is 1 + t p(t) at the zeros of the Chebyshev polynomial of sixth degree for the
+interval whose last point is 2^-8 and whose first zero is 0, so by the rest of the interpolation it
+differs by at most |binomial(d, 6)| W^6 / 2^11 on [0, 2^-8], W the length of that interval: the sixth
 derivative is largest at t = 0. Rounding the coefficient of t^k to a double adds at most half a unit
 of its last place times 2^-8k.
 """
 import mpmath
-import tablegen
 from mpmath import mpf
 
-STEPS = 256
-TERMS = 5
+from shared import fits, header
+
+STEPS, TERMS = 256, 5
 REACH = mpf(1) / STEPS
+ROOTS = ((mpf(1) / 3, 0), (-mpf(1) / 3, 1))  # the power, and by how many thirds it is shifted
 
 
 def fit(power):
-    """Coefficients of p as doubles, the highest power first, and the bound of the relative error."""
+    """p, and the bound of the relative error."""
     degree = TERMS + 1
-    zeros = [mpmath.sin((2 * k + 1) * mpmath.pi / (4 * degree))**2 for k in range(degree)]
-    length = REACH / (1 - zeros[0])
-    nodes = [length * (zero - zeros[0]) for zero in zeros[1:]]
-    powers = mpmath.matrix([[t**k for k in reversed(range(TERMS))] for t in nodes])
-    values = mpmath.matrix([((1 + t)**power - 1) / t for t in nodes])
-    exact = list(mpmath.lu_solve(powers, values))
-    doubles = [tablegen.rounded(c, 53) for c in exact]
+    first = mpmath.sin(mpmath.pi / (4 * degree))**2
+    length = REACH / (1 - first)
+    nodes = [length * (mpmath.sin((2 * k + 1) * mpmath.pi / (4 * degree))**2 - first)
+             for k in range(1, degree)]
+    exact = fits.interpolated(lambda t: ((1 + t)**power - 1) / t, nodes)
+    terms = fits.stored(exact, 53)
     error = abs(mpmath.binomial(power, degree)) * length**degree / 2**(2 * degree - 1)
-    error += sum(abs(a - b) * REACH**(TERMS - k) for k, (a, b) in enumerate(zip(exact, doubles)))
-    return doubles, error / min(mpf(1), (1 + REACH)**power)
+    error += sum(abs(a - b) * REACH**(k + 1) for k, (a, b) in enumerate(zip(exact, terms)))
+    return terms, error / min(mpf(1), (1 + REACH)**power)
 
 
-def values(name, literals):
-    return [f"    {{  // {name}", *[f"        {literal}," for literal in literals], "    },"]
-
-
-def body(power, shift):
-    """Exponents leave a remainder r of a third, which stands for 2^((r - shift)/3)."""
-    coefficients, error = fit(power)
-    starts = [1 + mpf(j) / STEPS for j in range(STEPS)]
-    whole = [start**power * mpmath.mpf(2)**(mpf(r - shift) / 3) for r in range(3) for start in starts]
-    high = [tablegen.rounded(value, 53) for value in whole]
+def split(power, shift):
+    """h as doubles and singles. Exponents leave a remainder r of a third: 2^((r - shift)/3)."""
+    whole = [start**power * mpf(2)**(mpf(r - shift) / 3) for r in range(3) for start in starts]
+    high = fits.stored(whole, 53)
     # An exact cube root leaves nothing but the working precision's rounding.
-    low = [mpf(0) if abs(a - b) < mpf(2)**-200 else tablegen.rounded(a - b, 24)
-           for a, b in zip(whole, high)]
-    return "\n".join([
-        '#include "kernels/roots/cbrt_64f.h"',
-        "",
-        f"// Relative error of 1 + t p(t), proven: at most {mpmath.nstr(error, 4)} for 0 <= t <= 2^-8.",
-        "static constexpr CubeRootTable static_const_table = {",
-        f"    {{{', '.join(tablegen.double(c) for c in coefficients)}}},",
-        *values("2^-52 / (1 + j/256)", [tablegen.double(1 / start / 2**52) for start in starts]),
-        *values("h", [tablegen.double(value) for value in high]),
-        *values("the rest of h", [f"{float(value).hex()}f" for value in low]),
-        "};",
-    ])
+    return high, [mpf(0) if abs(a - b) < mpf(2)**-200 else a - b for a, b in zip(whole, high)]
 
 
-if __name__ == "__main__":
-    tablegen.main("kernels/roots/generated/cbrt_64f_table.h", __file__, body(mpf(1) / 3, 0))
+starts = [1 + mpf(j) / STEPS for j in range(STEPS)]
+(root, root_error), (inverse, inverse_error) = (fit(power) for power, _ in ROOTS)
+tables = [split(*each) for each in ROOTS]
+header.main("kernels/roots/generated/cbrt_64f_table.h", [
+    "// Relative error of 1 + t p(t) for 0 <= t <= 2^-8, proven: at most"
+    f" {header.digits(root_error)}, of the reciprocal's", f"// {header.digits(inverse_error)}.",
+    "struct CubeRootTable {",
+    "  // Of the cube root, then of the reciprocal.",
+    "  double p[2][5];          // the highest power first",
+    "  double reciprocal[256];  // of 1 + j/256, times 2^-52: what it multiplies is an integer",
+    "  double high[2][3 * 256];  // h, by r and j",
+    "  float low[2][3 * 256];    // the rest of h",
+    "};",
+    "alignas(64) inline constexpr CubeRootTable kCubeRoots = {",
+    *header.block([header.doubles(terms[::-1]) for terms in (root, inverse)]),
+    *header.block([header.double(1 / start / 2**52) for start in starts]),
+    "    {",
+    *[line for high, _ in tables for line in header.block(map(header.double, high), indent=8)],
+    "    },",
+    "    {",
+    *[line for _, low in tables for line in header.block(map(header.single, low), indent=8)],
+    "    },",
+    "};",
+])

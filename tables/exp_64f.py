@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """Tables of the double-precision exponential: three levels of powers of two and the polynomial.
 
@@ -7,30 +6,28 @@ is multiplied into the finest level. Entries are extended numbers; loading one c
 each is kept as two doubles whose sum is exact.
 """
 import mpmath
-import tablegen
+from mpmath import mpf
 
-C2 = mpmath.mpf(float("0.240226506994931"))
-C3 = mpmath.mpf(float("0.05550410867227228"))
+from shared import fits, header
+
+C2, C3 = (mpf(float(text)) for text in ("0.240226506994931", "0.05550410867227228"))
 
 
 def powers(count, denominator, factor=1):
-    return [tablegen.exact_pair(factor * mpmath.power(2, mpmath.mpf(i) / denominator))
-            for i in range(count)]
+    values = [factor * mpmath.power(2, mpf(i) / denominator) for i in range(count)]
+    return header.block([header.doubles(header.exact_pair(value)) for value in values])
 
 
-def relative_error(r):
-    return (((C3 * r + C2) * r + mpmath.log(2)) * r + 1) / mpmath.power(2, r) - 1
+worst = fits.worst(lambda r: fits.value([1, fits.LN2, C2, C3], r) / mpmath.power(2, r) - 1,
+                   -mpf(2)**-15, mpf(2)**-15, 4096)
 
-
-worst = max(abs(relative_error(mpmath.mpf(i) / 2048 / 2**15)) for i in range(-2048, 2049))
-
-body = "\n".join([
+header.main("kernels/explog/generated/exp_64f_table.h", [
     "struct Pair {",
     "  double high, low;",
     "};",
     "",
-    f"// Relative error of the polynomial on |r| <= 2^-15: {mpmath.nstr(worst, 4)}.",
-    "static const struct {",
+    f"// Relative error of the polynomial on |r| <= 2^-15: {header.digits(worst)}.",
+    "alignas(64) inline constexpr struct Table {",
     "  Pair t1[32];  // 2^(i/32)",
     "  Pair t2[32];  // 2^(i/1024)",
     "  Pair t3[16];  // c3 2^(i/16384)",
@@ -38,11 +35,8 @@ body = "\n".join([
     "  long double log2_e;",
     "  float shifter;  // 1.5 2^38: its ulp as a double is 2^-14",
     "} static_const_table = {",
-    *[line for level in (powers(32, 32), powers(32, 1024), powers(16, 16384, C3))
-      for line in ["    {", *[f"        {pair}," for pair in level], "    },"]],
-    *[f"    {tablegen.extended(value)}," for value in
-      (C2 / C3, mpmath.log(2) / C3, 1 / C3, 1 / mpmath.log(2))],
+    *powers(32, 32), *powers(32, 1024), *powers(16, 16384, C3),
+    *[f"    {header.extended(value)}," for value in (C2 / C3, fits.LN2 / C3, 1 / C3, 1 / fits.LN2)],
     "    0x1.8p+38f,",
     "};",
 ])
-tablegen.main("kernels/explog/generated/exp_64f_table.h", __file__, body)

@@ -5,12 +5,14 @@
 The points are singles moved by up to 2^-9 to where the cosine is a double as good as exactly.
 """
 import mpmath
-import tablegen
+from mpmath import mpf
+
+from shared import fits, header
 
 CELLS = 64
 LAST = 23 * CELLS
-MOVE, ENOUGH = mpmath.mpf(2)**-9, 2.0**-64
-HALF = mpmath.mpf(1) / (2 * CELLS) + MOVE
+MOVE, ENOUGH = mpf(2)**-9, 2.0**-64
+HALF = mpf(1) / (2 * CELLS) + MOVE
 FIXED = 200  # fraction bits of the search
 
 
@@ -27,7 +29,7 @@ def off(cosine):
 
 def point(j):
     """Searches outwards by cosh(x + s) = 2 cosh(s) cosh(x) - cosh(x - s)."""
-    centre = mpmath.mpf(j) / CELLS
+    centre = mpf(j) / CELLS
     step = mpmath.ldexp(1, -19 if centre + MOVE >= 16 else -20)  # so the point is a single
     twice, start = 2 * fixed(mpmath.cosh(step)), fixed(mpmath.cosh(centre))
     best = (off(start), centre)
@@ -53,65 +55,54 @@ def even_out(tail, powers):
     return [powers[0] - tail * linear / cubic, powers[1] - tail * square / cubic]
 
 
-def worst(function):
-    return mpmath.nstr(max(abs(function(HALF * i / 1024)) for i in range(1, 1025)), 4)
+def both(parity, powers):
+    """Three terms of a series, two evened out for the rest, and the errors of either."""
+    function = (mpmath.cosh, mpmath.sinh)[parity]
+    out = []
+    for terms in (powers, even_out(powers[2], powers[:2])):
+        terms = fits.stored(terms, 53)
+        error = fits.worst(lambda r: (1 + r**2 * fits.value(terms, r**2)) * r**parity / function(r) - 1
+                           if r else r, mpf(0), HALF, 1024)
+        out += [header.doubles(terms), header.digits(error)]
+    return out
 
 
-def terms(values):
-    return [tablegen.rounded(value, 53) for value in values]
-
-
-F = lambda n: 1 / mpmath.factorial(n)
-COSH_LONG, SINH_LONG = terms([F(2), F(4), F(6)]), terms([F(3), F(5), F(7)])
-COSH_SHORT, SINH_SHORT = (terms(even_out(F(6), [F(2), F(4)])), terms(even_out(F(7), [F(3), F(5)])))
-
-
-def cosh_error(c):
-    return worst(lambda r: (1 + r**2 * mpmath.polyval(c[::-1], r**2)) / mpmath.cosh(r) - 1)
-
-
-def sinh_error(s):
-    return worst(lambda r: (1 + r**2 * mpmath.polyval(s[::-1], r**2)) * r / mpmath.sinh(r) - 1)
-
-
-def literals(values):
-    return "{" + ", ".join(tablegen.double(value) for value in values) + "}"
+cosh_long, cosh_error, cosh_short, cosh_short_error = both(
+    0, [1 / mpmath.factorial(n) for n in (2, 4, 6)])
+sinh_long, sinh_error, sinh_short, sinh_short_error = both(
+    1, [1 / mpmath.factorial(n) for n in (3, 5, 7)])
 
 
 def row(x):
     cosine, sine = mpmath.cosh(x), mpmath.sinh(x)
-    low = sine - tablegen.rounded(sine, 53)
-    return (f"    {{{tablegen.double(cosine)}, {tablegen.double(sine)}, {float(x).hex()}f, "
-            f"{float(tablegen.rounded(low, 24)).hex()}f}},")
+    low = sine - header.rounded(sine, 53)
+    return header.braced([header.double(cosine), header.double(sine), header.single(x),
+                          header.single(low)])
 
 
 points = [point(j) for j in range(LAST + 1)]
-assert all(tablegen.rounded(x, 24) == x for x in points)
-inexact = max(abs(tablegen.rounded(mpmath.cosh(x), 53) / mpmath.cosh(x) - 1) for x in points)
+assert all(header.rounded(x, 24) == x for x in points)
+inexact = max(abs(header.rounded(mpmath.cosh(x), 53) / mpmath.cosh(x) - 1) for x in points)
+ln2_high = mpmath.ldexp(mpmath.floor(mpmath.ldexp(fits.LN2, 40)), -40)
 
-ln2_high = mpmath.ldexp(mpmath.floor(mpmath.ldexp(mpmath.log(2), 40)), -40)
-body = "\n".join([
-    f"// cosh r - 1 = r^2 (c[0] + c[1] r^2 + ...), error {cosh_error(COSH_LONG)} with three terms,",
-    f"// {cosh_error(COSH_SHORT)} with two; sinh r / r - 1 likewise, {sinh_error(SINH_LONG)} and",
-    f"// {sinh_error(SINH_SHORT)}, for |r| <= 1/128 + 2^-9.",
-    f"static const double kCoshLong[3] = {literals(COSH_LONG)};",
-    f"static const double kSinhLong[3] = {literals(SINH_LONG)};",
-    f"static const double kCoshShort[2] = {literals(COSH_SHORT)};",
-    f"static const double kSinhShort[2] = {literals(SINH_SHORT)};",
+header.main("kernels/hyper/generated/hyperbolic_64f_table.h", [
+    f"// cosh r - 1 = r^2 (c[0] + c[1] r^2 + ...), error {cosh_error} with three terms,",
+    f"// {cosh_short_error} with two; sinh r / r - 1 likewise, {sinh_error} and",
+    f"// {sinh_short_error}, for |r| <= 1/128 + 2^-9.",
+    f"inline constexpr double kCoshLong[3] = {cosh_long};",
+    f"inline constexpr double kSinhLong[3] = {sinh_long};",
+    f"inline constexpr double kCoshShort[2] = {cosh_short};",
+    f"inline constexpr double kSinhShort[2] = {sinh_short};",
     "",
     "// ln(2) with 40 fraction bits and the rest, 1/ln(2).",
-    f"static const double kLn2High = {tablegen.double(ln2_high)};",
-    f"static const double kLn2Low = {tablegen.double(mpmath.log(2) - ln2_high)};",
-    f"static const double kLog2E = {tablegen.double(1 / mpmath.log(2))};",
+    f"inline constexpr double kLn2High = {header.double(ln2_high)};",
+    f"inline constexpr double kLn2Low = {header.double(fits.LN2 - ln2_high)};",
+    f"inline constexpr double kLog2E = {header.double(1 / fits.LN2)};",
     "",
-    f"// cosh x is off by at most {mpmath.nstr(inexact, 4)} of itself, sinh x + sinh_low by 2^-78.",
-    "// One copy in the library, inline, for both functions.",
+    f"// cosh x is off by at most {header.digits(inexact)} of itself, sinh x + sinh_low by 2^-78.",
     "struct DoubleCell {",
     "  double cosh, sinh;",
     "  float x, sinh_low;",
     "};",
-    f"inline const DoubleCell kDoubleCell[{LAST + 1}] = {{",
-    *[row(x) for x in points],
-    "};",
+    *header.array(f"DoubleCell kDoubleCell[{LAST + 1}]", map(row, points)),
 ])
-tablegen.main("kernels/hyper/generated/hyperbolic_64f_table.h", __file__, body)

@@ -11,8 +11,9 @@ in c is the minimax fit of c^(-1/3) on that interval.
 import struct
 
 import mpmath
-import tablegen
-from cbrt_32f import doubles, interval_ends, largest_error, minimax, scaled_factor
+
+from cbrt_32f import interval_ends, largest_error, minimax, scaled_factor
+from shared import header
 
 INTERVALS = 256
 START = 0x54B7B000  # found by search: the interval's ends have the smallest ratio
@@ -41,32 +42,31 @@ def interval_of_c():
 
 power = -mpmath.mpf(1) / 3
 ends = interval_ends(INTERVALS)
-fits = [[tablegen.rounded(c, 53) for c in minimax(low, high, power)]
+fits = [[header.rounded(c, 53) for c in minimax(low, high, power)]
         for low, high in zip(ends, ends[1:])]
 worst = max(largest_error(low, high, power, *fit) for low, high, fit in zip(ends, ends[1:], fits))
 c_low, c_high = interval_of_c()
-step = [tablegen.rounded(c, 24) for c in minimax(c_low, c_high, power)]
+step = [header.rounded(c, 24) for c in minimax(c_low, c_high, power)]
 step_error = largest_error(c_low, c_high, power, *step)
 
-body = "\n".join([
-    f"// Relative error of the quadratics on [1, 2): at most {mpmath.nstr(worst, 6)}, taken at the",
+header.main("kernels/roots/generated/invcbrt_32f_table.h", [
+    f"// Relative error of the quadratics on [1, 2): at most {header.digits(worst, 6)}, taken at the",
     "// exact extrema of the rounded coefficients.",
-    "static const struct {",
+    "alignas(64) inline constexpr struct Table {",
     f"  double c0[{INTERVALS}], c1[{INTERVALS}], c2[{INTERVALS}];",
     "  double scaled_factor[512];  // +-2^((127 - E)/3), by sign and biased exponent E",
     "} static_const_table = {",
     *[line for name, values in (
         *((f"c{k}", [fit[k] for fit in fits]) for k in range(3)),
         ("scaled_factor", [scaled_factor(i, power) for i in range(512)]))
-      for line in doubles(name, values)],
+      for line in header.block(map(header.double, values), name)],
     "};",
     "",
     "// The packed estimate. Proven for all normal arguments: x y^3 lies between"
-    f" {mpmath.nstr(c_low, 6)} and",
-    f"// {mpmath.nstr(c_high, 6)}; relative error of the quadratic there at most"
-    f" {mpmath.nstr(step_error, 4)}.",
+    f" {header.digits(c_low, 6)} and",
+    f"// {header.digits(c_high, 6)}; relative error of the quadratic there at most"
+    f" {header.digits(step_error, 4)}.",
     f"constexpr uint32_t kStart = 0x{START:08X};",
-    f"constexpr float kStep[3] = {{{', '.join(float(c).hex() + 'f' for c in step)}}};"
+    f"constexpr float kStep[3] = {header.singles(step)};"
     "  // constant first",
 ])
-tablegen.main("kernels/roots/generated/invcbrt_32f_table.h", __file__, body)

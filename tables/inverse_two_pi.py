@@ -8,7 +8,8 @@ A double is m 2^(8 b + s) with 53 bits of m and 0 <= s < 8. The product modulo 1
 Also pi/2 in parts, by which the remaining fraction is multiplied.
 """
 import mpmath
-import tablegen
+
+from shared import header
 
 FIRST, LAST, WINDOW = -7, 121, 32
 COUNT = LAST + WINDOW - FIRST
@@ -16,20 +17,13 @@ COUNT = LAST + WINDOW - FIRST
 mpmath.mp.prec = 8 * COUNT + 64
 bits = int(mpmath.floor(mpmath.ldexp(1 / (2 * mpmath.pi), 8 * (LAST + WINDOW))))
 data = [f"0x{byte:02x}" for byte in bits.to_bytes(COUNT, "little")]
-half_pi, parts = mpmath.pi / 2, []
-for width in (26, 26, 53):
-    parts.append(tablegen.rounded(half_pi - sum(parts), width))
 
-rows = [", ".join(data[i:i + 16]) for i in range(0, COUNT, 16)]
-
-body = "\n".join([
+header.main("kernels/trig/generated/inverse_two_pi_table.h", [
     f"// floor(2^{8 * (LAST + WINDOW)} / (2 pi)): the byte of 2^-(8 b + 8) is at kFirstByte - b.",
     f"constexpr int32_t kFirstByte = {LAST + WINDOW - 1};",
-    f"static const uint8_t kInverseTwoPi[{COUNT}] = {{",
-    *[f"    {row}," for row in rows],
-    "};",
+    *header.array(f"uint8_t kInverseTwoPi[{COUNT}]", data),
     "",
     "// pi/2 in parts of 26, 26, 53 bits",
-    f"static const double kHalfPi[3] = {{{', '.join(tablegen.double(p) for p in parts)}}};",
+    "inline constexpr double kHalfPi[3] ="
+    f" {header.doubles(header.parts(mpmath.pi / 2, (26, 26, 53)))};",
 ])
-tablegen.main("kernels/trig/generated/inverse_two_pi_table.h", __file__, body)

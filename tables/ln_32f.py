@@ -7,10 +7,12 @@ The cubics are minimax fits, but where the sum of cubic and exponent cancels: th
 cubic about 1, the last the one about 2.
 """
 import mpmath
-import tablegen
+from mpmath import mpf
 
-mpf = mpmath.mpf
+from shared import header
+
 STEPS = 256
+FRAME = "kernels/explog/log_32f.h"  # has the table's type
 
 
 def error_at(c, z, scale):
@@ -49,7 +51,7 @@ def minimax(low, high, scale):
 
 
 def rounded(cubic):
-    return [tablegen.rounded(value, 53) for value in cubic]
+    return [header.rounded(value, 53) for value in cubic]
 
 
 def body(scale, constant):
@@ -57,7 +59,7 @@ def body(scale, constant):
 
     first = rounded([scale * mpf(c) for c in (-mpf(11) / 6, 3, -mpf(3) / 2, mpf(1) / 3)])
     # So that the steps of Horner's scheme at z = 1 cancel, and the logarithm of 1 is +0.
-    first[0] = -tablegen.rounded(tablegen.rounded(first[3] + first[2], 53) + first[1], 53)
+    first[0] = -header.rounded(header.rounded(first[3] + first[2], 53) + first[1], 53)
     last = rounded([scale * c for c in (mpmath.log(2) - mpf(11) / 6, mpf(3) / 2, -mpf(3) / 8,
                                         mpf(1) / 24)])
     inner = [rounded(minimax(ends[i], ends[i + 1], scale)) for i in range(1, STEPS - 1)]
@@ -67,28 +69,21 @@ def body(scale, constant):
     # The error of a Taylor cubic grows with the distance from its centre.
     taylor = [largest_error(first, ends[:2], scale), largest_error(last, ends[-2:], scale)]
     # The x87 unit's 64-bit constant; the products are rounded to 53 bits.
-    unit = tablegen.rounded(scale * mpmath.log(2), 64)
+    unit = header.rounded(scale * mpmath.log(2), 64)
 
-    return "\n".join([
-        '#include "kernels/explog/log_32f.h"',
-        "",
+    return [
         "// Distance of the cubics to the logarithm, largest values at all zeros of the derivative and at",
-        f"// the ends: {mpmath.nstr(fitted, 3)}; in the first {mpmath.nstr(taylor[0], 3)}, in the last"
-        f" {mpmath.nstr(taylor[1], 3)}.",
-        "static constexpr LogTable static_const_table = {",
+        f"// the ends: {header.digits(fitted, 3)}; in the first {header.digits(taylor[0], 3)}, in the last"
+        f" {header.digits(taylor[1], 3)}.",
+        "alignas(64) inline constexpr LogTable static_const_table = {",
         "    // c3, c2, c1, c0 for 1 + i/256 <= z < 1 + (i+1)/256",
-        "    {",
-        *[f"        {{{', '.join(tablegen.double(value) for value in reversed(c))}}},"
-          for c in [first, *inner, last]],
-        "    },",
+        *header.block([header.doubles(c[::-1]) for c in [first, *inner, last]]),
         f"    // {constant} times the exponent, for each exponent field",
-        "    {",
-        *[f"        {tablegen.double((field - 127) * unit)}," for field in range(256)],
-        "    },",
-        f"    {tablegen.extended(unit)},",
+        *header.block([header.double((field - 127) * unit) for field in range(256)]),
+        f"    {header.extended(unit)},",
         "};",
-    ])
+    ]
 
 
 if __name__ == "__main__":
-    tablegen.main("kernels/explog/generated/ln_32f_table.h", __file__, body(mpf(1), "ln 2"))
+    header.main("kernels/explog/generated/ln_32f_table.h", body(mpf(1), "ln 2"), [FRAME])

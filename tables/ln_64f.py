@@ -8,24 +8,21 @@ relative errors hold everywhere: log(1+t)/t less the polynomial is a power serie
 its rest no longer shows, and the zeros of its derivative are all places of an extreme value.
 """
 import mpmath
-import tablegen
+from mpmath import mpf
 
-mpf = mpmath.mpf
+from shared import header
+
 STEPS = 256
+FRAME = "kernels/explog/log_64f.h"  # has the table's type
 TERMS = 20  # |t| < 2^-8: the rest is below 2^-160
-
-
-def cut(value):
-    with mpmath.workprec(53):
-        return mpmath.mp.make_mpf(mpmath.libmp.mpf_pos(value._mpf_, 53, "d"))
 
 
 def interval(i, scale):
     start = 1 + mpf(i) / STEPS
     whole = scale * mpmath.log(start)
-    reciprocal = tablegen.rounded(1 / start, 53) / 2**52  # what it multiplies is an integer
-    return ", ".join(tablegen.double(value)
-                     for value in (cut(whole), whole - cut(whole), reciprocal))
+    reciprocal = header.rounded(1 / start, 53) / 2**52  # what it multiplies is an integer
+    high = header.cut(whole, 53)
+    return header.doubles((high, whole - high, reciprocal))
 
 
 def largest_error(coefficients, low, high, scale):
@@ -48,26 +45,21 @@ def largest_error(coefficients, low, high, scale):
 def body(scale, main, near_one):
     errors = [largest_error([mpf(a) for a in main], mpf(0), mpf(2)**-8, scale),
               largest_error([mpf(b) for b in near_one], -mpf(2)**-9, mpf(0), scale)]
-    return "\n".join([
-        '#include "kernels/explog/log_64f.h"',
-        "",
+    return [
         "// Relative errors of the polynomials, proven: main at most"
-        f" {mpmath.nstr(errors[0], 4)} for 0 <= t <= 2^-8, near one",
-        f"// at most {mpmath.nstr(errors[1], 4)} for -2^-9 <= s <= 0.",
-        "static constexpr LogTable static_const_table = {",
+        f" {header.digits(errors[0], 4)} for 0 <= t <= 2^-8, near one",
+        f"// at most {header.digits(errors[1], 4)} for -2^-9 <= s <= 0.",
+        "alignas(64) inline constexpr LogTable static_const_table = {",
         "    // log(1 + i/256), cut and the rest; 2^-52 / (1 + i/256)",
-        "    {",
-        *[f"        {{{interval(i, scale)}}}," for i in range(STEPS)],
-        "    },",
-        *[f"    {{{', '.join(value.hex() for value in reversed(polynomial))}}},"
-          for polynomial in (main, near_one)],
-        f"    {tablegen.extended(scale * mpmath.log(2))},",
+        *header.block([interval(i, scale) for i in range(STEPS)]),
+        *[f"    {header.doubles(polynomial[::-1])}," for polynomial in (main, near_one)],
+        f"    {header.extended(scale * mpmath.log(2))},",
         "};",
-    ])
+    ]
 
 
 if __name__ == "__main__":
     MAIN = [1.0, -0.4999999999999955, 0.3333333333198306, -0.24999998524219055, 0.19999270610222492,
             -0.16500333306925632]
     NEAR_ONE = [1.0, -1 / 2, 1 / 3, -1 / 4, 1 / 5, -1 / 6]
-    tablegen.main("kernels/explog/generated/ln_64f_table.h", __file__, body(mpf(1), MAIN, NEAR_ONE))
+    header.main("kernels/explog/generated/ln_64f_table.h", body(mpf(1), MAIN, NEAR_ONE), [FRAME])

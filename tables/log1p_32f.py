@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """log1p for the single-precision inverse hyperbolic functions: cubics and packed polynomials.
 
@@ -6,89 +5,61 @@ x87 part: 1 + s = 2^e (1 + u), a cubic in u for each 1/512 of 0 <= u < 1. The fi
 constant and keeps the relative error. Packed part: ln m = 2 t + t^3 P(t^2), t = (m - 1) / (m + 1).
 """
 import mpmath
-import tablegen
-from pow_fit import as_double, as_single, fit, poly, short, worst
+from mpmath import mpf
+
+from shared import fits, header
 
 CELLS, EXPONENTS = 512, 64
-HALF = mpmath.mpf(1) / (2 * CELLS)
-
-
-def moved(coefficients, distance):
-    """The coefficients of p(x - distance)."""
-    return mpmath.taylor(lambda x: poly(coefficients, x - distance), 0, len(coefficients) - 1)
-
-
-def ratio(u):
-    return mpmath.log1p(u) / u if u else mpmath.mpf(1)
-
-
-first = [mpmath.mpf(0)] + [as_double(c) for c in moved(fit(lambda v: ratio(v + HALF), 3, HALF), HALF)]
-first_error = worst(lambda v: poly(first[1:], v + HALF) / ratio(v + HALF) - 1, HALF)
+T2 = (3 - 2 * mpmath.sqrt(2))**2  # largest t^2
+ratio = fits.over_argument(mpmath.log1p, mpf(1))
 
 
 def cubic(i):
-    middle = (2 * i + 1) * HALF
-    terms = fit(lambda v: mpmath.log1p(middle + v), 4, HALF)
-    return [as_double(c) for c in moved(terms, middle)]
+    low, high = mpf(i) / CELLS, mpf(i + 1) / CELLS
+    terms = fits.fit_shifted(mpmath.log1p, low, high, 4) if i else [mpf(0)] + fits.fit_shifted(
+        ratio, low, high, 3)
+    return fits.stored(terms, 53)
 
 
-cubics = [cubic(i) for i in range(1, CELLS)]
+cubics = [cubic(i) for i in range(CELLS)]
 
 
-def error_of(i, v):
-    u = (2 * i + 1) * HALF + v
-    return poly(cubics[i - 1], u) / mpmath.log1p(u) - 1
-
-
-# The error is a quartic's: its extrema are at the ends and near those of the Chebyshev polynomial.
-error = max(abs(error_of(i, HALF * mpmath.cos(mpmath.pi * k / 16)))
-            for i in range(1, CELLS) for k in range(17))
-
-T2 = (3 - 2 * mpmath.sqrt(2))**2
+def error_of(i):
+    """A quartic's: its extrema are at the ends and near those of the Chebyshev polynomial."""
+    places = [(2 * i + 1 + mpmath.cos(mpmath.pi * k / 16)) / (2 * CELLS) for k in range(17)]
+    if i == 0:
+        return max(abs(fits.value(cubics[0][1:], u) / ratio(u) - 1) for u in places)
+    return max(abs(fits.value(cubics[i], u) / mpmath.log1p(u) - 1) for u in places)
 
 
 def tail(t2):
     t = mpmath.sqrt(t2)
-    return (2 * mpmath.atanh(t) - 2 * t) / t**3 if t2 > 0 else mpmath.mpf(2) / 3
+    return (2 * mpmath.atanh(t) - 2 * t) / t**3 if t2 > 0 else mpf(2) / 3
 
 
-def packed(count):
-    terms = moved(fit(lambda v: tail(v + T2 / 2), count, T2 / 2), T2 / 2)
-    terms = [as_single(c) for c in terms]
-    wrong = worst(lambda v: (poly(terms, v + T2 / 2) / tail(v + T2 / 2) - 1) * (v + T2 / 2) / 3, T2 / 2)
-    return terms[::-1], wrong
+def packed(name, count):
+    terms = fits.stored(fits.fit_shifted(tail, mpf(0), T2, count), 24)
+    error = fits.worst(lambda t2: (fits.value(terms, t2) / tail(t2) - 1) * t2 / 3, mpf(0), T2)
+    return [f"// P, the highest power first: relative error of the logarithm {header.digits(error)}.",
+            f"inline constexpr float {name}[{count}] = {header.singles(terms[::-1])};"]
 
 
 def exponent(e):
     scale = mpmath.ldexp(1, -e)
-    return f"{{{tablegen.double(scale)}, {tablegen.double(scale - 1)}, {tablegen.double(e * mpmath.log(2))}}}"
+    return header.doubles((scale, scale - 1, e * fits.LN2))
 
 
-def singles(values):
-    return ", ".join(float(v).hex() + "f" for v in values)
-
-
-long_terms, long_error = packed(3)
-short_terms, short_error = packed(1)
-
-body = "\n".join([
+header.main("kernels/hyper/generated/log1p_32f_table.h", [
     "struct Cubic {",
     "  double c3, c2, c1, c0;",
     "};",
-    f"// ln(1 + u), i/512 <= u <= (i+1)/512: relative error {short(error)}, in the first {short(first_error)}.",
-    f"static const Cubic kCubic[{CELLS}] = {{",
-    *[f"    {{{', '.join(tablegen.double(value) for value in c[::-1])}}}," for c in [first] + cubics],
-    "};",
+    "// ln(1 + u), i/512 <= u <= (i+1)/512: relative error"
+    f" {header.digits(max(map(error_of, range(1, CELLS))))}, in the first {header.digits(error_of(0))}.",
+    *header.array(f"Cubic kCubic[{CELLS}]", [header.doubles(c[::-1]) for c in cubics]),
     "struct Exponent {",
     "  double scale, offset, log;  // 2^-e, 2^-e - 1, e ln 2",
     "};",
-    f"static const Exponent kExponent[{EXPONENTS}] = {{",
-    *[f"    {exponent(e)}," for e in range(EXPONENTS)],
-    "};",
-    f"static const double kLn2 = {tablegen.double(mpmath.log(2))};",
-    f"// P, the highest power first: relative error of the logarithm {short(long_error)}.",
-    f"static const float kLong[3] = {{{singles(long_terms)}}};",
-    f"// The same: {short(short_error)}.",
-    f"static const float kShort[1] = {{{singles(short_terms)}}};",
+    *header.array(f"Exponent kExponent[{EXPONENTS}]", map(exponent, range(EXPONENTS))),
+    f"inline constexpr double kLn2 = {header.double(fits.LN2)};",
+    *packed("kLong", 3), *packed("kShort", 1),
 ])
-tablegen.main("kernels/hyper/generated/log1p_32f_table.h", __file__, body)

@@ -11,8 +11,9 @@ holds everywhere: a polynomial of degree n is at most 1 / cos(pi n / (2 N)) time
 at N Chebyshev points.
 """
 import mpmath
-import tablegen
 from mpmath import mpf
+
+from shared import fits, header
 
 CELLS, FIRST = 256, 107  # of a binade; the first centre is (1 + 107/256) / 2, the last 1 + 106/256
 DEGREE, TERMS, POINTS = 4, 24, 600
@@ -23,41 +24,33 @@ def centre(t):
     return (1 + mpf(i) / CELLS) / 2 if i < CELLS else mpf(i) / CELLS
 
 
-def multiple(value, exponent):
-    return mpmath.ldexp(mpmath.nint(mpmath.ldexp(value, -exponent)), exponent)
-
-
 entries, reach = [], mpf(0)
 for t in range(CELLS):
     m = centre(t)
-    c = multiple(1 / m, -10)
+    c = header.multiple(1 / m, -10)
     half = mpf(1) / (4 * CELLS if m < 1 else 2 * CELLS)
     # A float decides the cell: its rounding moves the bounds by up to 2^-24.
     reach = max([reach] + [abs(c * (m + d) - 1) for d in (-half - mpf(2)**-24, half + mpf(2)**-24)])
-    high = multiple(-mpmath.log(c), -49)
+    high = header.multiple(-mpmath.log(c), -49)
     entries.append((c, c - 1, high, -mpmath.log(c) - high))
 assert entries[CELLS - FIRST][:3] == (1, 0, 0) and entries[CELLS - FIRST][3] == 0
 
-nodes = [reach * mpmath.cos(mpmath.pi * (2 * k + 1) / (2 * (DEGREE + 1))) for k in range(DEGREE + 1)]
-matrix = mpmath.matrix([[x**k for k in range(DEGREE + 1)] for x in nodes])
-values = mpmath.matrix([mpmath.polyval([mpf((-1)**k) / (k + 3) for k in reversed(range(TERMS))], x)
-                        for x in nodes])
-solution = mpmath.lu_solve(matrix, values)
-series = [float(tablegen.rounded(solution[k], 53)) for k in range(DEGREE + 1)]
+series = fits.stored(fits.fit(
+    lambda x: fits.value([mpf((-1)**k) / (k + 3) for k in range(TERMS)], x),
+    -reach, reach, DEGREE + 1), 53)
 
 # log(1 + r) / r less what the polynomial gives for it, in units of the interval.
 difference = [mpf((-1)**k) / (k + 1) * reach**k for k in range(TERMS)]
-for k, value in enumerate([1.0, -0.5] + series):
-    difference[k] -= mpf(value) * reach**k
-samples = [mpmath.cos(mpmath.pi * (2 * k + 1) / (2 * POINTS)) for k in range(POINTS)]
-error = max(abs(mpmath.polyval(difference[::-1], u)) for u in samples)
+for k, value in enumerate([mpf(1), mpf(-1) / 2] + series):
+    difference[k] -= value * reach**k
+error = max(abs(fits.value(difference, u)) for u in fits.chebyshev_nodes(-1, 1, POINTS))
 error /= mpmath.cos(mpmath.pi * TERMS / (2 * POINTS)) * mpmath.log1p(reach) / reach
 error += reach**TERMS
 
-two_high = multiple(mpmath.log(2), -49)
-body = "\n".join([
-    f"// |r| at most {mpmath.nstr(reach, 4)}, where the polynomial's relative error is below"
-    f" {mpmath.nstr(error, 4)}.",
+two_high = header.multiple(mpmath.log(2), -49)
+header.main("extended/generated/log_table.h", [
+    f"// |r| at most {header.digits(reach)}, where the polynomial's relative error is below"
+    f" {header.digits(error)}.",
     "struct LogCell {",
     "  float c, c1;       // near 1/centre, and less 1",
     "  double high, low;  // log(1/c)",
@@ -67,12 +60,10 @@ body = "\n".join([
     "  double two_high, two_low;  // log 2",
     "  double series[5];          // of r^3 to r^7",
     "};",
-    "inline constexpr ExtendedLog kLog = {  // one copy serves all kernels",
-    "    {",
-    *[f"        {{{float(c).hex()}f, {float(c1).hex()}f, {tablegen.double(high)}, {tablegen.double(low)}}},"
-      for c, c1, high, low in entries],
-    "    },",
-    f"    {tablegen.double(two_high)}, {tablegen.double(mpmath.log(2) - two_high)},",
-    f"    {{{', '.join(value.hex() for value in series)}}},",
-    "};"])
-tablegen.main("extended/generated/log_table.h", __file__, body)
+    "alignas(64) inline constexpr ExtendedLog kLog = {",
+    *header.block([header.braced([*map(header.single, entry[:2]), *map(header.double, entry[2:])])
+                   for entry in entries]),
+    f"    {header.double(two_high)}, {header.double(fits.LN2 - two_high)},",
+    f"    {header.doubles(series)},",
+    "};",
+])

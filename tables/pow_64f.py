@@ -6,53 +6,46 @@ log2(1 + z) = c0 z + ... + c6 z^7 around 513 reciprocals of 11 bits, c0 and c1 i
 2^r = 1 + r (e0 + e1 r + e2 r^2) between 64 times 128 powers.
 """
 import mpmath
-import tablegen
-from pow_fit import as_double, as_single, exp2_ratio, fit, log2_ratio, poly, short, worst
+from mpmath import mpf
+
+from shared import fits, header
 
 CELLS, COARSE, FINE = 512, 64, 128
 
-reciprocals = [tablegen.rounded(1 / (1 + mpmath.mpf(i) / CELLS), 11) for i in range(CELLS + 1)]
-cell_width = max(
-    abs((1 + (i + side) / mpmath.mpf(CELLS)) * reciprocals[i] - 1)
-    for i in range(CELLS + 1)
-    for side in (mpmath.mpf(-1) / 2, mpmath.mpf(1) / 2)
-    if 0 <= i + side <= CELLS)
+reciprocals = fits.reciprocals(CELLS, 11, CELLS + 1)
+width = fits.reciprocal_reach(reciprocals, CELLS, 0, CELLS)
 
-log_terms = fit(log2_ratio, 7, cell_width)
-c0_high = as_single(log_terms[0])
-c0_low = as_double(log_terms[0] - c0_high)
-c1_high = as_double(log_terms[1])
-c1_low = as_double(log_terms[1] - c1_high)
-upper_terms = [as_double(c) for c in log_terms[2:]]
+log_terms = fits.fit(fits.log2_ratio, -width, width, 7)
+c0_high, c0_low = header.parts(log_terms[0], (24, 53))
+c1_high, c1_low = header.two_doubles(log_terms[1])
+upper_terms = fits.stored(log_terms[2:], 53)
 used = [c0_high + c0_low, c1_high + c1_low] + upper_terms
-log_error = worst(lambda z: poly(used, z) / log2_ratio(z) - 1, cell_width)
+log_error = fits.worst(lambda z: fits.value(used, z) / fits.log2_ratio(z) - 1, -width, width)
 
-half_step = mpmath.mpf(1) / (2 * COARSE * FINE)
-exp_terms = [as_double(c) for c in fit(exp2_ratio, 3, half_step)]
-exp_error = worst(lambda r: (1 + r * poly(exp_terms, r)) / mpmath.power(2, r) - 1, half_step)
+half_step = mpf(1) / (2 * COARSE * FINE)
+exp_terms = fits.stored(fits.fit(fits.exp2_ratio, -half_step, half_step, 3), 53)
+exp_error = fits.worst(lambda r: (1 + r * fits.value(exp_terms, r)) / mpmath.power(2, r) - 1,
+                       -half_step, half_step)
 
 
 def cell(reciprocal):
     log2 = -mpmath.log(reciprocal, 2)
-    high = mpmath.ldexp(mpmath.nint(mpmath.ldexp(log2, 40)), -40) + mpmath.mpf(0)
-    low = as_double(log2 - high)
-    return f"{{{float(high).hex()}, {float(low).hex()}, {float(reciprocal).hex()}}}"
+    high = header.multiple(log2, -40)
+    return header.doubles((high, log2 - high, reciprocal))
 
 
-def power_pairs(count, steps):
-    return [
-        f"        {tablegen.exact_pair(mpmath.power(2, mpmath.mpf(j) / steps))},"
-        for j in range(count)
-    ]
+def powers(count, steps):
+    return header.block([header.doubles(header.exact_pair(mpmath.power(2, mpf(j) / steps)))
+                         for j in range(count)])
 
 
-body = "\n".join([
+header.main("kernels/explog/generated/pow_64f_table.h", [
     "struct Pair {",
     "  double high, low;  // the sum is the entry, a 64-bit number",
     "};",
-    f"// log2(1 + z), |z| <= {short(cell_width)}: relative error {short(log_error)}.",
-    f"// 2^r, |r| <= 2^-14: relative error {short(exp_error)}.",
-    "static const struct {",
+    f"// log2(1 + z), |z| <= {header.digits(width)}: relative error {header.digits(log_error)}.",
+    f"// 2^r, |r| <= 2^-14: relative error {header.digits(exp_error)}.",
+    "alignas(64) inline constexpr struct Table {",
     "  struct {",
     "    double high, low;   // log2(1 / reciprocal), high a multiple of 2^-40",
     "    double reciprocal;  // near 1 / (1 + i/512), 11 bits",
@@ -64,20 +57,13 @@ body = "\n".join([
     "  float c0_high;",
     "  float shifter;    // 1.5 2^39: its ulp as a double is 2^-13",
     "} extended_table = {",
-    "    {",
-    *[f"        {cell(r)}," for r in reciprocals],
-    "    },",
-    "    {",
-    *power_pairs(COARSE, COARSE),
-    "    },",
-    "    {",
-    *power_pairs(FINE, COARSE * FINE),
-    "    },",
-    f"    {{{', '.join(float(c).hex() for c in upper_terms[::-1])}}},",
-    f"    {float(c1_high).hex()}, {float(c1_low).hex()}, {float(c0_low).hex()},",
-    f"    {{{', '.join(float(c).hex() for c in exp_terms[::-1])}}},",
-    f"    {float(c0_high).hex()}f,",
+    *header.block(map(cell, reciprocals)),
+    *powers(COARSE, COARSE),
+    *powers(FINE, COARSE * FINE),
+    f"    {header.doubles(upper_terms[::-1])},",
+    f"    {header.doubles((c1_high, c1_low, c0_low))[1:-1]},",
+    f"    {header.doubles(exp_terms[::-1])},",
+    f"    {header.single(c0_high)},",
     "    0x1.8p+39f,",
     "};",
 ])
-tablegen.main("kernels/explog/generated/pow_64f_table.h", __file__, body)

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """Polynomials of the double-precision sine on 65 intervals of |r|, and pi in four parts.
 
@@ -11,11 +10,12 @@ Rounding each of their coefficients on its own would cost 0.38 ulp. So they are 
 another, and each time those that are left are fitted anew, at the same nodes, to what is left.
 """
 import mpmath
-import tablegen
+
+from shared import fits, header
 
 PI = mpmath.pi
 STEPS = 127
-FIXED = {
+KEPT = {
     0: (-0.16666666666666666, 0.008333333333333333, -0.00019841269841269836, 2.755731922210186e-06,
         -2.5051823200351557e-08),
     64: (-0.16666665171049472, 0.008333303420935396, -0.00019838874022732182,
@@ -27,16 +27,6 @@ def cubic_part(u):
     """(sin r - r) / r^3"""
     r = mpmath.sqrt(u)
     return (mpmath.sin(r) - r) / r**3
-
-
-def horner(coefficients, u):
-    return mpmath.polyval(list(reversed(coefficients)), u)
-
-
-def fitted(values, nodes, powers):
-    """Coefficients of these powers: interpolation, or least squares with fewer powers than nodes."""
-    matrix = mpmath.matrix([[u**p for p in powers] for u in nodes])
-    return mpmath.lu_solve(matrix, mpmath.matrix(values))
 
 
 def weight(u):
@@ -54,7 +44,7 @@ def least_relative_error(limit, terms=5, points=300):
         rows = [[u**p for p in range(terms)] + [(-1)**i / weight(u)] for i, u in enumerate(extremes)]
         solution = mpmath.lu_solve(mpmath.matrix(rows), mpmath.matrix([cubic_part(u) for u in extremes]))
         fit = list(solution)[:terms]
-        error = [(horner(fit, u) - part) * w for u, (part, w) in zip(grid, parts)]
+        error = [(fits.value(fit, u) - part) * w for u, (part, w) in zip(grid, parts)]
         extremes = [limit]
         for k in range(points - 2, 0, -1):
             if abs(error[k]) >= max(abs(error[k - 1]), abs(error[k + 1])):
@@ -63,7 +53,7 @@ def least_relative_error(limit, terms=5, points=300):
                 curvature = (right - left) / (grid[k + 1] - grid[k - 1])
                 slope = left + curvature * (grid[k] - grid[k - 1])
                 extremes.append(grid[k] - slope / (2 * curvature))
-    return [tablegen.rounded(c, 53) for c in fit]
+    return [header.rounded(c, 53) for c in fit]
 
 
 def bounds(j):
@@ -71,18 +61,10 @@ def bounds(j):
 
 
 def row(j):
-    if j in FIXED:
-        return [mpmath.mpf(c) for c in FIXED[j]]
-    low, high = (r * r for r in bounds(j))
-    nodes = [(low + high) / 2 + (high - low) / 2 * mpmath.cos((2 * k + 1) * PI / 10)
-             for k in range(5)]
-    values = [cubic_part(u) for u in nodes]
-    rounded = []
-    for power in range(5):
-        c = tablegen.rounded(fitted(values, nodes, range(power, 5))[0], 53)
-        rounded.append(c)
-        values = [value - c * u**power for value, u in zip(values, nodes)]
-    return rounded
+    if j in KEPT:
+        return [mpmath.mpf(c) for c in KEPT[j]]
+    nodes = fits.chebyshev_nodes(*(r * r for r in bounds(j)), 5)
+    return fits.one_after_another(cubic_part, 5, lambda known: nodes)
 
 
 def worst_error(j, coefficients):
@@ -95,7 +77,7 @@ def worst_error(j, coefficients):
         if r == 0:
             continue
         exact = mpmath.sin(r)
-        error = r + r**3 * horner(coefficients, r * r) - exact
+        error = r + r**3 * fits.value(coefficients, r * r) - exact
         ulp = mpmath.power(2, mpmath.floor(mpmath.log(exact, 2)) - 52)
         worst = max(worst, abs(error) / ulp)
     return worst
@@ -114,11 +96,11 @@ P1, P2, P3, P4 = (mpmath.mpf(float.fromhex(p)) for p in (
     "0x1.921fb40000000p+1", "0x1.4442d00000000p-23", "0x1.8469880000000p-47",
     "0x1.8cc51701b839ap-71"))
 
-body = "\n".join([
-    f"// Largest error of the polynomials: {mpmath.nstr(errors[worst], 3)} ulp, in row {worst}; "
-    f"of rows 1 to 63 {mpmath.nstr(max(errors[1:64]), 3)} ulp.",
-    f"// Error of p12 + p3 + p4: {mpmath.nstr(P1 + P2 + P3 + P4 - PI, 3)}.",
-    "alignas(64) static const struct {",
+header.main("kernels/trig/generated/sine_64f_table.h", [
+    f"// Largest error of the polynomials: {header.digits(errors[worst], 3)} ulp, in row {worst}; "
+    f"of rows 1 to 63 {header.digits(max(errors[1:64]), 3)} ulp.",
+    f"// Error of p12 + p3 + p4: {header.digits(P1 + P2 + P3 + P4 - PI, 3)}.",
+    "alignas(64) inline constexpr struct Table {",
     "  double inv_pi;       // 1/pi",
     "  double p12, p3, p4;  // pi in parts of 45, 22 and 53 bits",
     "  double rows;         // 127/pi",
@@ -126,11 +108,8 @@ body = "\n".join([
     "  double c[65][5];     // C0 to C4",
     "  float half;",
     "} static_const_table = {",
-    *[f"    {tablegen.double(value)}," for value in (1 / PI, P1 + P2, P3, P4, STEPS / PI, PI / 2)],
-    "    {",
-    *["        {" + ", ".join(tablegen.double(c) for c in coefficients) + "}," for coefficients in rows],
-    "    },",
+    *[f"    {header.double(value)}," for value in (1 / PI, P1 + P2, P3, P4, STEPS / PI, PI / 2)],
+    *header.block(map(header.doubles, rows)),
     "    0.5f,",
     "};",
 ])
-tablegen.main("kernels/trig/generated/sine_64f_table.h", __file__, body)

@@ -4,48 +4,30 @@
 #ifndef LUX_EXTENDED_GENERATED_ARCL_TABLE_H
 #define LUX_EXTENDED_GENERATED_ARCL_TABLE_H
 
-// asin(s)/s = 1 + z P(z), z = s^2 <= 1/4, from the constant on; relative error of the sum at most 1.15e-21 (2001 points).
-static const long double kArcSine[18] = {
-    0xaaaaaaaaaaaaaaabp-66L,
-    0x999999999999999fp-67L,
-    0xb6db6db6db6da4d6p-68L,
-    0xf8e38e38e3a62bc7p-69L,
-    0xb745d17454b66d83p-69L,
-    0x8e276277ef19451bp-69L,
-    0xe4cccc4ce0cb3843p-70L,
-    0xbd43d047414e968dp-70L,
-    0x9fee46238523acb6p-70L,
-    0x89836e3acc1cf797p-70L,
-    0xeeb162cb2b4bdaebp-71L,
-    0xda3c357a9f71e142p-71L,
-    0x947ef4013c80d32bp-71L,
-    0xa8156093e84fe0b8p-70L,
-    -0xb4955ccbb6e534b3p-70L,
-    0x9a91099509342a54p-68L,
-    -0xaad95cdcdc8d77e1p-68L,
-    0x919abcf5b9e893e2p-68L,
+inline namespace table_arcl {
+
+// asin(s)/s = 1 + z P(z), z = s^2 <= 1/4, from the constant on; relative error of the sum at
+// most 1.15e-21 (2001 points).
+alignas(64) inline constexpr long double kArcSine[18] = {
+    0xaaaaaaaaaaaaaaabp-66L, 0x999999999999999fp-67L, 0xb6db6db6db6da4d6p-68L,
+    0xf8e38e38e3a62bc7p-69L, 0xb745d17454b66d83p-69L, 0x8e276277ef19451bp-69L,
+    0xe4cccc4ce0cb3843p-70L, 0xbd43d047414e968dp-70L, 0x9fee46238523acb6p-70L,
+    0x89836e3acc1cf797p-70L, 0xeeb162cb2b4bdaebp-71L, 0xda3c357a9f71e142p-71L,
+    0x947ef4013c80d32bp-71L, 0xa8156093e84fe0b8p-70L, -0xb4955ccbb6e534b3p-70L,
+    0x9a91099509342a54p-68L, -0xaad95cdcdc8d77e1p-68L, 0x919abcf5b9e893e2p-68L,
 };
 
-// asinh(s)/s = 1 + z P(z), z = s^2 <= 1/4, from the constant on; relative error of the sum at most 9.39e-22 (2001 points).
-static const long double kAreaSine[18] = {
-    -0xaaaaaaaaaaaaaaabp-66L,
-    0x999999999999999ap-67L,
-    -0xb6db6db6db6db698p-68L,
-    0xf8e38e38e38dde63p-69L,
-    -0xb745d1745cf74d0cp-69L,
-    0x8e2762762080361dp-69L,
-    -0xe4cccccad57c97d6p-70L,
-    0xbd43c3916e006ba1p-70L,
-    -0x9fef24c3d0f9e174p-70L,
-    0x89776bddafc944f1p-70L,
-    -0xef99c5c3a1faad71p-71L,
-    0xd32202acfdfdba70p-71L,
-    -0xbb4c0b844a4967d5p-71L,
-    0xa5266005f379b228p-71L,
-    -0x8b7e4d539d373613p-71L,
-    0xcf7dc5ae156e6154p-72L,
-    -0xe78c184f4f674a9ep-73L,
-    0x8a5ef7141955b4e9p-74L,
+// asinh(s)/s = 1 + z P(z), z = s^2 <= 1/4, from the constant on; relative error of the sum at
+// most 9.39e-22 (2001 points).
+alignas(64) inline constexpr long double kAreaSine[18] = {
+    -0xaaaaaaaaaaaaaaabp-66L, 0x999999999999999ap-67L, -0xb6db6db6db6db698p-68L,
+    0xf8e38e38e38dde63p-69L, -0xb745d1745cf74d0cp-69L, 0x8e2762762080361dp-69L,
+    -0xe4cccccad57c97d6p-70L, 0xbd43c3916e006ba1p-70L, -0x9fef24c3d0f9e174p-70L,
+    0x89776bddafc944f1p-70L, -0xef99c5c3a1faad71p-71L, 0xd32202acfdfdba70p-71L,
+    -0xbb4c0b844a4967d5p-71L, 0xa5266005f379b228p-71L, -0x8b7e4d539d373613p-71L,
+    0xcf7dc5ae156e6154p-72L, -0xe78c184f4f674a9ep-73L, 0x8a5ef7141955b4e9p-74L,
 };
+
+}
 
 #endif

@@ -18,7 +18,7 @@
 #define LUX_KERNELS_ARITH_HYPOT_H
 
 #include "kernels/frame.h"
-#include "kernels/arith/generated/hypot_table.h"  // _noxdSqrtHATab
+#include "core/generated/root_seeds_table.h"  // kRootSeed
 #include "kernels/lanes.h"
 
 // So many that every step has another element's work to do while it waits for the one before it.
@@ -71,34 +71,35 @@ static inline uint32_t half_exponent(uint32_t upper) {
 // it.
 static inline void store_significand(double* m, const double* d, uint32_t parity) {
   static const uint64_t fraction = Format<double>::kFraction;
-  const __m128 pattern = _mm_or_ps(_mm_and_ps(load_half(d), load_half(&fraction)),
-                                   load_half(&_noxdSqrtHATab.parity[parity]));
+  static const double kParity[2] = {1.0, 2.0};
+  const __m128 pattern =
+      _mm_or_ps(_mm_and_ps(load_half(d), load_half(&fraction)), load_half(&kParity[parity]));
   store_half(m, pattern);
 }
 
 // sqrt(M) of each D, in [1, 2].
 template <int kCount>
 static inline void roots(const double* d, double* root) {
-  const auto& table = _noxdSqrtHATab;
+  constexpr double kHalf = 0.5, kSplitter = 0x1.0000002p+27;
   double m[kCount], g[kCount], h[kCount];
 #pragma GCC unroll 8
   for (int i = 0; i < kCount; ++i) {
     const uint32_t index = seed_index(upper_word(d + i));
     store_significand(m + i, d + i, index >> 8);
-    g[i] = m[i] * table.seed[index];
-    h[i] = table.half * table.seed[index];
+    g[i] = m[i] * kRootSeed[index];
+    h[i] = kHalf * kRootSeed[index];
   }
   for (int step = 0; step < 3; ++step) {
 #pragma GCC unroll 8
     for (int i = 0; i < kCount; ++i) {
-      const double r = table.half - g[i] * h[i];
+      const double r = kHalf - g[i] * h[i];
       h[i] = h[i] + h[i] * r;
       g[i] = g[i] + g[i] * r;
     }
   }
 #pragma GCC unroll 8
   for (int i = 0; i < kCount; ++i) {
-    const double product = g[i] * table.splitter;
+    const double product = g[i] * kSplitter;
     const double high = product - (product - g[i]), low = g[i] - high;
     const double cross = high * low;
     const double residual = ((m[i] - high * high) - (cross + cross)) - low * low;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // What the cube root and the reciprocal cube root of double-precision arrays share; they differ in
-// their tables. x^d, d = +-1/3, on the x87 unit at 64-bit precision:
+// parts of their table. x^d, d = +-1/3, on the x87 unit at 64-bit precision:
 //
 //   |x| = z 2^(E - 1023), 1 <= z < 2, j the upper eight fraction bits of z, f the other 44,
 //   t = f / (1 + j/256) by a tabulated reciprocal, 0 <= t < 2^-8,
@@ -21,13 +21,7 @@
 
 #include "kernels/frame.h"
 #include "kernels/lanes.h"
-
-struct CubeRootTable {
-  double p[5];             // the highest power first
-  double reciprocal[256];  // times 2^-52, since it multiplies f as an integer
-  double high[3 * 256];    // h, by r and j
-  float low[3 * 256];
-};
+#include "kernels/roots/generated/cbrt_64f_table.h"  // kCubeRoots
 
 constexpr uint32_t kThird = 21846;  // 2^16/3: the product's bits 15 and 14 tell the remainder
 constexpr uint32_t kBias = 341u << 20;
@@ -83,9 +77,10 @@ alignas(16) static const uint64_t kLowFraction[2] = {0x00000FFFFFFFFFFF, 0x00000
 // bias, the sign, and offsets in the table.
 #define CBRT_CONSTANTS                                                                \
   [flip] "i"(kInverse ? 0x7FF : 0), [third] "i"(kThird), [bias] "i"(-int32_t(kBias)), \
-      [sign] "i"(kSignUpper), [p] "i"(offsetof(CubeRootTable, p)),                    \
+      [sign] "i"(kSignUpper), [p] "i"(offsetof(CubeRootTable, p[kInverse])),          \
       [reciprocal] "i"(offsetof(CubeRootTable, reciprocal)),                          \
-      [high] "i"(offsetof(CubeRootTable, high)), [low] "i"(offsetof(CubeRootTable, low))
+      [high] "i"(offsetof(CubeRootTable, high[kInverse])),                            \
+      [low] "i"(offsetof(CubeRootTable, low[kInverse]))
 
 #define CBRT_SCREEN(lane)      \
   "movl 4+8*" #lane            \
@@ -99,7 +94,7 @@ alignas(16) static const uint64_t kLowFraction[2] = {0x00000FFFFFFFFFFF, 0x00000
 // out of both elements at once: a double that is stored in halves cannot be loaded without a stall.
 template <bool kInverse>
 __attribute__((no_sanitize("address", "undefined"))) static inline int32_t cbrt_pairs(
-    const CubeRootTable& table, const double* src, double* dst, int32_t i, int32_t last) {
+    const double* src, double* dst, int32_t i, int32_t last) {
   alignas(16) uint64_t f[2];
   uint32_t thirds[2];
   uint32_t k, j;
@@ -118,7 +113,7 @@ __attribute__((no_sanitize("address", "undefined"))) static inline int32_t cbrt_
       "jl 1b\n"
       "3:\n\t"
       : [i] "+r"(i), [f] "=o"(f), [thirds] "=o"(thirds), [k] "=&r"(k), [j] "=&r"(j)
-      : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&table),
+      : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&kCubeRoots),
         [low_fraction] "[k]"(kLowFraction), [smallest] "i"(Upper<double>::kSmallestNormal),
         [normals] "i"(Upper<double>::kInf - Upper<double>::kSmallestNormal), CBRT_CONSTANTS
       : "cc", "xmm0", "xmm1", LUX_X87_STACK);
@@ -128,42 +123,39 @@ __attribute__((no_sanitize("address", "undefined"))) static inline int32_t cbrt_
 // One normal element.
 template <bool kInverse>
 __attribute__((no_sanitize("address", "undefined"), noinline)) static void cbrt_element(
-    const CubeRootTable& table, const double* src, double* dst) {
+    const double* src, double* dst) {
   uint64_t f;
   uint32_t thirds, k, j;
   store_half(&f, _mm_and_ps(load_half(src), load_half(kLowFraction)));
   asm volatile(CBRT_ELEMENT(0)
                : [thirds] "=m"(thirds), [k] "=&r"(k), [j] "=&r"(j)
-               : [src] "r"(src), [dst] "r"(dst), [i] "r"(0), [f] "m"(f), [table] "r"(&table),
+               : [src] "r"(src), [dst] "r"(dst), [i] "r"(0), [f] "m"(f), [table] "r"(&kCubeRoots),
                  CBRT_CONSTANTS
                : "cc", LUX_X87_STACK);
 }
 
 template <bool kInverse>
-__attribute__((noinline, cold)) static void cbrt_subnormal(const CubeRootTable& table, double x,
-                                                           double* dst) {
+__attribute__((noinline, cold)) static void cbrt_subnormal(double x, double* dst) {
   const double scaled = store_f64(x * 0x1p54);  // exact
-  cbrt_element<kInverse>(table, &scaled, dst);
+  cbrt_element<kInverse>(&scaled, dst);
   add_to_upper_word(dst, uint32_t(kInverse ? 18 : -18) << 20);
 }
 
 // Zeros, infinities and NaNs are `other`'s.
 template <bool kInverse, class Other>
-static inline Status cbrt_64f(const CubeRootTable& table, const Arrays<double>& arrays, int32_t len,
-                              Other other) {
+static inline Status cbrt_64f(const Arrays<double>& arrays, int32_t len, Other other) {
   const double* const src = arrays.src1;
   double* const dst = arrays.dst1;
   return run_kernel<X87Nearest<X87_EXTENDED>, 2>(
-      arrays, len,
-      [&](int32_t i, int32_t last) { return cbrt_pairs<kInverse>(table, src, dst, i, last); },
+      arrays, len, [&](int32_t i, int32_t last) { return cbrt_pairs<kInverse>(src, dst, i, last); },
       [&](int32_t i, Status* status) {
         const uint64_t x = load_bits(src + i), a = magnitude<double>(x);
         if (a >= Format<double>::kInf || a == 0)
           other(i, x, status);
         else if (a < Format<double>::kSmallestNormal)
-          cbrt_subnormal<kInverse>(table, src[i], dst + i);
+          cbrt_subnormal<kInverse>(src[i], dst + i);
         else
-          cbrt_element<kInverse>(table, src + i, dst + i);
+          cbrt_element<kInverse>(src + i, dst + i);
       });
 }
 

@@ -19,11 +19,9 @@ static inline bool in_range(uint32_t x) { return within(x, kBound) && x != Forma
 template <class C, class V>
 static inline void polynomials(V r, V s, V& sine, V& cosine) {
   const V r2 = s * s;
-  sine = r + (s * r2) * (C(-0x1.55554527af34p-3) +
-                         r2 * (C(0x1.11073afce563fp-7) + r2 * C(-0x1.9943e0fbea90ap-13)));
+  sine = r + (s * r2) * (C(kShortSine[0]) + r2 * (C(kShortSine[1]) + r2 * C(kShortSine[2])));
   cosine = (C(1) - C(0.5) * r2) +
-           (r2 * r2) * (C(0x1.55554a115b568p-5) +
-                        r2 * (C(-0x1.6c0c33a81bd97p-10) + r2 * C(0x1.99eb9c49f772ep-16)));
+           (r2 * r2) * (C(kShortCosine[0]) + r2 * (C(kShortCosine[1]) + r2 * C(kShortCosine[2])));
 }
 
 // Beyond 2^19 n high no longer fits 53 bits: with high in two pieces every product and difference

@@ -12,7 +12,7 @@
 // Worst error found: A53 0.5007 ulp at 0xC012CCB703B86DF4, A50 3.051 ulp at 0x3FF95B9EF68F07F8
 // (sampled against 160 bits).
 #include "kernels/trig/blocks_64f.h"
-#include "kernels/trig/generated/sincos_64f_table.h"  // static_const_table
+#include "core/generated/sines_table.h"  // kSines
 
 // From r on top of the stack; word becomes the offset of the table's entry.
 #define SQUARE(n)          \
@@ -130,23 +130,23 @@
 
 // Operands: src, and dst1 and dst2 as the distances from it; n, integers of four elements; table;
 // word and count to work with; end and bound of the screening; the others, offsets in the table.
-#define ASSEMBLY(instructions)                                                                  \
-  {                                                                                             \
-    using Table = decltype(static_const_table);                                                 \
-    int32_t n[4];                                                                               \
-    uint32_t word, count;                                                                       \
-    asm volatile(instructions                                                                   \
-                 : [src] "+r"(at), [n0] "=m"(n[0]), [n1] "=m"(n[1]), [n2] "=m"(n[2]),           \
-                   [n3] "=m"(n[3]), [word] "=&r"(word), [count] "=&r"(count)                    \
-                 : [dst1] "r"(distance(src, dst1)), [dst2] "r"(distance(src, dst2)),            \
-                   [end] "m"(end), [table] "r"(&static_const_table), [bound] "i"(kScreenBound), \
-                   [inv_step] "i"(offsetof(Table, inv_step)), [p1] "i"(offsetof(Table, p1)),    \
-                   [p2] "i"(offsetof(Table, p2)), [p3] "i"(offsetof(Table, p3)),                \
-                   [s53] "i"(offsetof(Table, s53)), [c53] "i"(offsetof(Table, c53)),            \
-                   [s50] "i"(offsetof(Table, s50)), [c50] "i"(offsetof(Table, c50)),            \
-                   [one] "i"(offsetof(Table, one)), [sine] "i"(offsetof(Table, sine)),          \
-                   [cosine] "i"(offsetof(Table, sine[64]))                                      \
-                 : "cc", LUX_X87_STACK);                                                        \
+#define ASSEMBLY(instructions)                                                               \
+  {                                                                                          \
+    using Table = SineTable;                                                                 \
+    int32_t n[4];                                                                            \
+    uint32_t word, count;                                                                    \
+    asm volatile(instructions                                                                \
+                 : [src] "+r"(at), [n0] "=m"(n[0]), [n1] "=m"(n[1]), [n2] "=m"(n[2]),        \
+                   [n3] "=m"(n[3]), [word] "=&r"(word), [count] "=&r"(count)                 \
+                 : [dst1] "r"(distance(src, dst1)), [dst2] "r"(distance(src, dst2)),         \
+                   [end] "m"(end), [table] "r"(&kSines), [bound] "i"(kScreenBound),          \
+                   [inv_step] "i"(offsetof(Table, inv_step)), [p1] "i"(offsetof(Table, p1)), \
+                   [p2] "i"(offsetof(Table, p2)), [p3] "i"(offsetof(Table, p3)),             \
+                   [s53] "i"(offsetof(Table, s53)), [c53] "i"(offsetof(Table, c53)),         \
+                   [s50] "i"(offsetof(Table, s50)), [c50] "i"(offsetof(Table, c50)),         \
+                   [one] "i"(offsetof(Table, one)), [sine] "i"(offsetof(Table, sine)),       \
+                   [cosine] "i"(offsetof(Table, sine[64]))                                   \
+                 : "cc", LUX_X87_STACK);                                                     \
   }
 
 struct A53 {};

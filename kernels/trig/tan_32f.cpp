@@ -14,10 +14,6 @@
 constexpr uint32_t kBoundA24 = 0x47FA0000;  // 128000
 constexpr uint32_t kBoundA21 = 0x48F42400;  // 500000
 
-constexpr double kT1 = -0x1.8867706ed6612p-4;
-constexpr double kU1 = -0x1.b76f5e7f08c11p-2;
-constexpr double kU2 = 0x1.3e66ea6aa37f2p-7;
-
 // Zeros go to the handler: the sum of the numerator would lose the sign of -0.
 static inline bool in_range(uint32_t x, uint32_t bound) { return 2 * x - 2 <= 2 * bound - 2; }
 
@@ -29,8 +25,8 @@ static void tangent_x87(const float* src, float* dst, int32_t count) {
   for (int32_t i = 0; i < count; ++i) {
     const double r2 = r[i] * r[i];
     double quotient[2];  // numerator and denominator
-    quotient[0] = r[i] + kT1 * r[i] * r2;
-    quotient[1] = 1 + r2 * (kU1 + r2 * kU2);
+    quotient[0] = r[i] + kT[0] * r[i] * r2;
+    quotient[1] = 1 + r2 * (kU[0] + r2 * kU[1]);
     const uint32_t odd = uint32_t(n[i]) & 1;
     store_signed(dst + i, quotient[odd] / quotient[odd ^ 1], odd << 31);
   }
@@ -50,8 +46,8 @@ static Status tan_a21(const float* src, float* dst, int32_t len) {
       [](__m128 x) { return to_grid<1>(x * float(kHalfPi.inverse)); },
       [](__m128 shifted, __m128 r, __m128 s, float* y, float*) {
         const __m128 r2 = s * s, odd = bit_mask(shifted, 1);
-        const __m128 numerator = r + float(kT1) * s * r2;
-        const __m128 denominator = 1.0f + float(kU1) * r2 + float(kU2) * r2 * r2;
+        const __m128 numerator = r + float(kT[0]) * s * r2;
+        const __m128 denominator = 1.0f + float(kU[0]) * r2 + float(kU[1]) * r2 * r2;
         const __m128 change = _mm_and_ps(odd, _mm_xor_ps(numerator, denominator));
         const __m128 quotient = _mm_xor_ps(numerator, change) / _mm_xor_ps(denominator, change);
         store_lanes(y, _mm_xor_ps(quotient, sign_where(odd)));

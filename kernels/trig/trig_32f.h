@@ -14,15 +14,8 @@
 #include "kernels/frame.h"
 #include "kernels/grid.h"
 #include "kernels/lanes.h"
+#include "kernels/trig/generated/trig_32f_table.h"  // kPi, kHalfPi, kPiOver2
 #include "kernels/trig/large_argument.h"
-
-// The high part ends with 18 zero bits, so that n high is exact.
-struct Period {
-  double inverse, high, low;
-};
-constexpr Period kPi = {0x1.45f306dc9c883p-2, 0x1.921fb5444p+1, 0x1.68c234c4c6629p-38};
-constexpr Period kHalfPi = {0x1.45f306dc9c883p-1, 0x1.921fb5444p+0, 0x1.68c234c4c6629p-39};
-constexpr double kPiOver2 = 0x1.921fb54442d18p+0;  // rounded once
 
 // Magnitude at or below a bound, by patterns: doubling drops the sign.
 static inline bool within(uint32_t x, uint32_t bound) { return 2 * x <= 2 * bound; }
