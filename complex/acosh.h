@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Complex inverse hyperbolic cosine: with the u' and v of the arc cosine, acosh z = v + iu', u' in the
-// sign of im.
+// Complex inverse hyperbolic cosine: with the u' and v of the arc cosine, acosh z = v + iu', u' in
+// the sign of im.
 #ifndef LUX_COMPLEX_ACOSH_H
 #define LUX_COMPLEX_ACOSH_H
 

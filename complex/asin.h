@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Complex arc sine, -i asinh(iz): with the u and v of (|re|, |im|), asin z = u + iv in the signs of re
-// and im.
+// Complex arc sine, -i asinh(iz): with the u and v of (|re|, |im|), asin z = u + iv in the signs of
+// re and im.
 //
 // Worst error found (sampled): 0.5013 ulp at (-0x1.bddff6ad2882dp-33, 0x1.5020925397583p-26).
 #ifndef LUX_COMPLEX_ASIN_H

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Complex inverse hyperbolic sine: with the u and v of (|im|, |re|), asinh z = v + iu in the signs of
-// re and im.
+// Complex inverse hyperbolic sine: with the u and v of (|im|, |re|), asinh z = v + iu in the signs
+// of re and im.
 //
 // Worst error found (sampled): 0.5006 ulp at (0x1.fffffffbe4d95p-1, -0x1.035f26dbf6a7cp-15).
 #ifndef LUX_COMPLEX_ASINH_H

@@ -4,11 +4,12 @@
 //
 //   atanh(x + iy) = log(1 + 4x / ((1-x)^2 + y^2)) / 4 + i/2 angle of ((1-x)(1+x) - y^2, 2y),
 //
-// odd in each part. In extended precision nothing leaves the format. The sum
-// of squares does not cancel. The abscissa of the angle may, but where it does it is small beside
-// 2y: its error, 2^-64 of y^2 or of |1-x^2|, moves the angle by at most 2^-62 of itself everywhere.
+// odd in each part. In extended precision nothing leaves the format. The sum of squares does not
+// cancel. The abscissa of the angle may, but where it does it is small beside 2y: its error, 2^-64
+// of y^2 or of |1-x^2|, moves the angle by at most 2^-62 of itself everywhere.
 //
-// Worst error found (sampled), also of atan: 0.5009 ulp, from the sums and quotients before the last rounding.
+// Worst error found (sampled), also of atan: 0.5009 ulp, from the sums and quotients before the
+// last rounding.
 #ifndef LUX_COMPLEX_ATANH_H
 #define LUX_COMPLEX_ATANH_H
 

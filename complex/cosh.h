@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Complex hyperbolic cosine: cosh(x + iy) = cosh x cos y + i sinh x sin y. Worst error found (sampled):
-// 0.5009 ulp.
+// Complex hyperbolic cosine: cosh(x + iy) = cosh x cos y + i sinh x sin y. Worst error found
+// (sampled): 0.5009 ulp.
 #ifndef LUX_COMPLEX_COSH_H
 #define LUX_COMPLEX_COSH_H
 

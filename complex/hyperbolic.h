@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What exponential and hyperbolic functions and the trigonometric partners share: hyperbolic numbers
-// of one part, sine and cosine of the other.
+// What exponential and hyperbolic functions and the trigonometric partners share: hyperbolic
+// numbers of one part, sine and cosine of the other.
 //
 // An ordinary element has |x| < 708, where 2^k is a double, and a normal |y| < 2^17. All others go
 // out of line; squares of e^3000 are inside the extended range. sinh comes from |x| and takes its

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
 // The long way to a complex power, for exponents and bases that need more than 64 bits for t and a:
-// log2 |z| from the exact squares, near |z| = 1 from |z|^2 - 1, the angle from the exact quotient. t
-// and a come out to 2^-114 of the largest term |w| |log z|: a power is right to the last bit while
-// that is below 2^60, its magnitude stays right beyond, where the angle fades.
+// log2 |z| from the exact squares, near |z| = 1 from |z|^2 - 1, the angle from the exact quotient.
+// t and a come out to 2^-114 of the largest term |w| |log z|: a power is right to the last bit
+// while that is below 2^60, its magnitude stays right beyond, where the angle fades.
 #include "complex/pow.h"
 
 // What is left of finite right angles after whole turns, |result| <= 2.
@@ -59,7 +59,9 @@ static Lux64fc polar(const TwoPart& t, const TwoPart& a, bool negative) {
 //   magnitude infinite: an infinity in the direction of the angle, infinity + i NaN where it is
 //   unknown; otherwise an unknown angle gives NaNs.
 
-static bool is_zero(const Lux64fc& z) { return !is_nonzero(z.re) && !is_nonzero(z.im); }
+static bool is_zero(const Lux64fc& z) {
+  return _nox_internal_iszero(z.re) && _nox_internal_iszero(z.im);
+}
 static bool is_infinite(long double x) { return __builtin_fabsl(x) == __builtin_infl(); }
 static bool is_finite(long double x) {
   return __builtin_isless(__builtin_fabsl(x), __builtin_infl());
@@ -131,11 +133,8 @@ static Lux64fc special(const Lux64fc& z, const Lux64fc& w) {
 }
 
 void _nox_internal_cpow_long(const Lux64fc* z, const Lux64fc* w, Lux64fc* power) {
-  const auto special_part = [](const double* part) {
-    return (upper_word(part) & 0x7FF00000) == 0x7FF00000;
-  };
-  if (special_part(&z->re) || special_part(&z->im) || special_part(&w->re) ||
-      special_part(&w->im) || is_zero(*z)) {
+  const bool finite = is_finite(z->re) && is_finite(z->im) && is_finite(w->re) && is_finite(w->im);
+  if (!finite || is_zero(*z)) {
     *power = special(*z, *w);
     return;
   }

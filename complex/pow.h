@@ -23,15 +23,10 @@ extern "C" __attribute__((visibility("hidden"))) void _nox_internal_cpow_long(co
                                                                               const Lux64fc* w,
                                                                               Lux64fc* power);
 
-static inline bool is_nonzero(const double& x) {
-  const Words words = load_words(&x);
-  return (words.upper & 0x7FFFFFFF) | words.lower;
-}
-
 // Whether an angle next to an axis is known well enough all the same: exactly, because base and
 // exponent are such, or because it is small and its error with it.
 static inline bool is_certain(const Lux64fc& z, const Lux64fc& w, long double a) {
-  if (is_nonzero(w.im)) return false;
+  if (!_nox_internal_iszero(w.im)) return false;
   return z.re == 0 || z.im == 0 || __builtin_fabs(z.re) == __builtin_fabs(z.im) ||
          __builtin_fabsl(a) <= 1 / 64.0f;
 }
@@ -47,11 +42,11 @@ static inline __attribute__((always_inline)) Lux64fc complex_pow(const Lux64fc& 
         (__builtin_fabsl(w.re) + __builtin_fabsl(w.im)) * (__builtin_fabsl(log) + 4.0f);
     if (__builtin_expect(__builtin_isless(size, 96.0f), true)) {  // not so a NaN, silently
       long double t = log * w.re, a = angle * w.re;
-      if (is_nonzero(w.im)) {
+      if (!_nox_internal_iszero(w.im)) {
         const PowerTable& table = anew(power_table);
         t -= angle * w.im * whole(table.right_angle_log2_e);
         a += log * w.im * whole(table.ln2_by_right_angle);
-      } else if (!is_nonzero(w.re)) {
+      } else if (_nox_internal_iszero(w.re)) {
         return {1, 0};
       }
       const uint32_t sign = __builtin_signbit(a) ? Format<float>::kSign : 0;

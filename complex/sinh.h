@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Complex hyperbolic sine: sinh(x + iy) = sinh x cos y + i cosh x sin y. Worst error found (sampled):
-// 0.5009 ulp.
+// Complex hyperbolic sine: sinh(x + iy) = sinh x cos y + i cosh x sin y. Worst error found
+// (sampled): 0.5009 ulp.
 #ifndef LUX_COMPLEX_SINH_H
 #define LUX_COMPLEX_SINH_H
 

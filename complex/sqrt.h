@@ -15,14 +15,15 @@
 // their roundings, half a unit each: 2e. A root halves this and adds its own two roundings: u
 // differs by (1 + 0.5 + 0.502)e, about 2.01e, and the quotient by its two roundings more, 3.01e.
 // Sums at a distance of 4e to both sides are off by half a unit themselves and still enclose both
-// values: a part for which they round to one double, normal or subnormal, is the same by either root.
+// values: a part for which they round to one double, normal or subnormal, is the same by either
+// root.
 #ifndef LUX_COMPLEX_SQRT_H
 #define LUX_COMPLEX_SQRT_H
 
 #include "complex/number.h"
 
-// By the roots of noxsqrtl_scalar, whose bits the results are. Squares of doubles cannot leave the extended range, so
-// nothing is scaled. At re <= 0 with im = 0 the caller treats zeros and the sign of the cut.
+// By the roots of noxsqrtl_scalar: its last bits are the published ones. Squares of doubles cannot
+// leave the extended range, so nothing is scaled.
 static inline Lux64fc _nox_internal_csqrt(const double& re, const double& im) {
   const long double x = load_extended(&re), y = load_extended(&im),
                     m = noxsqrtl_scalar(x * x + y * y);

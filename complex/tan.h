@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Complex tangent: tan z = -i tanh(iz). Ordinary arguments need no turn: each sign that it changes is
-// changed back. Worst error found (sampled): 0.5021 ulp.
+// Complex tangent: tan z = -i tanh(iz). Ordinary arguments need no turn: each sign that it changes
+// is changed back. Worst error found (sampled): 0.5021 ulp.
 #ifndef LUX_COMPLEX_TAN_H
 #define LUX_COMPLEX_TAN_H
 

@@ -98,14 +98,21 @@ constexpr int first_wrong_line() {
 }
 static_assert(first_wrong_line() == 0, "the number is the line of conformance/complex_values.def");
 
-bool is_single(const Value& x) { return x.kind || x.number == float(x.number); }
+// Through memory, since a cast alone need not round on the x87 unit.
+template <class E>
+E rounded(long double number) {
+  volatile E in_memory = E(number);
+  return in_memory;
+}
+
+bool is_single(const Value& x) { return x.kind || x.number == rounded<float>(x.number); }
 bool is_single(const Point& z) { return is_single(z.re) && is_single(z.im); }
 
 template <class E>
 uint64_t pattern(long double number) {
-  const volatile E rounded = E(number);
+  const E element = rounded<E>(number);
   uint64_t bits = 0;
-  memcpy(&bits, const_cast<const E*>(&rounded), sizeof rounded);
+  memcpy(&bits, &element, sizeof element);
   return bits;
 }
 

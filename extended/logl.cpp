@@ -4,8 +4,8 @@
 //
 //   atanh x = log(1 + 2x / (1-x)) / 2
 //
-// by the method of logarithm.h, with r and the sum of the largest terms exact and the quotient in two
-// parts. Worst errors found (sampled): log 0.5214, log1p 0.5320, atanh 0.5175 ulp.
+// by the method of logarithm.h, with r and the sum of the largest terms exact and the quotient in
+// two parts. Worst errors found (sampled): log 0.5214, log1p 0.5320, atanh 0.5175 ulp.
 #include "extended/logarithm.h"
 
 constexpr uint16_t kSignBit = 0x8000;
