@@ -17,9 +17,9 @@
 #ifndef LUX_COMPLEX_ARC_H
 #define LUX_COMPLEX_ARC_H
 
-#include "extended/atan.h"
-#include "extended/internal.h"
-#include "extended/log.h"
+#include "complex/number.h"
+#include "extended/angle.h"
+#include "extended/logarithm.h"
 
 struct Arc {
   long double sine, cosine;  // a multiple of those of u
@@ -49,15 +49,9 @@ static inline Arc arc(long double x, long double y) {
 // Whether |re| + i |im| is such a z.
 static inline bool has_arc(const double& re, const double& im) {
   const Words x = load_words(&re), y = load_words(&im);
-  const uint32_t a = x.upper & 0x7FFFFFFF, b = y.upper & 0x7FFFFFFF;
+  const uint32_t a = x.upper & ~kSignUpper, b = y.upper & ~kSignUpper;
   if (__builtin_expect(a == 0x3FF00000, false) && !(x.lower | y.lower | b)) return false;
   return a < 0x7FF00000 && b < 0x7FF00000;
-}
-
-// 1 or -1, the sign of a number.
-static inline float sign_of(const double& x) {
-  static const float signs[2] = {1, -1};
-  return signs[upper_word(&x) >> 31];
 }
 
 #endif

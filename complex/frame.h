@@ -3,8 +3,8 @@
 // What every complex kernel shares: argument checks, the control word, the loop, and the passage of
 // single-precision elements through the double-precision routines.
 //
-// A kernel file names one routine and is done: the routine of an element takes one complex number,
-// or base and exponent, and gives one. Nothing is reported; the status of valid arguments is 0.
+// The routine of an element takes one complex number, or base and exponent, and gives one. Nothing
+// is reported; the status of valid arguments is 0.
 #ifndef LUX_COMPLEX_FRAME_H
 #define LUX_COMPLEX_FRAME_H
 
@@ -62,28 +62,19 @@ static inline Lux32fc narrowed(Lux64fc z) {
   return result;
 }
 
-// The converters of one function, under the name that it goes by: c<name>f.
-#define LUX_CONVERTER(name, routine) \
-  static inline Lux32fc _nox_c##name##f_scalar(Lux32fc z) { return narrowed(routine(widened(z))); }
-#define LUX_CONVERTER_2(name, routine)                                 \
-  static inline Lux32fc _nox_c##name##f_scalar(Lux32fc z, Lux32fc w) { \
-    return narrowed(routine(widened(z), widened(w)));                  \
-  }
-
 // An element goes to its routine by reference: a copy made in halves stalls the load that follows.
-#define LUX_COMPLEX_ROUTINE(routine) [](const auto&... z) { return routine(z...); }
-
-#define LUX_KERNELS_32FC(family, shape, routine)                                     \
-  LUX_KERNEL(family, 32fc, A24, shape) {                                             \
-    return run_complex_##shape(LUX_ARGS_##shape, len, LUX_COMPLEX_ROUTINE(routine)); \
-  }                                                                                  \
-  LUX_KERNEL_ALIAS(family, 32fc, A21, shape, A24)                                    \
+#define LUX_COMPLEX_KERNELS(family, shape, name)                                               \
+  LUX_COMPLEX_KERNEL(family, 64fc, A53, shape,                                                 \
+                     [](const auto&... z) { return complex_##name(z...); })                    \
+  LUX_KERNEL_ALIAS(family, 64fc, A50, shape, A53)                                              \
+  LUX_COMPLEX_KERNEL(family, 32fc, A24, shape,                                                 \
+                     [](const auto&... z) { return narrowed(complex_##name(widened(z)...)); }) \
+  LUX_KERNEL_ALIAS(family, 32fc, A21, shape, A24)                                              \
   LUX_KERNEL_ALIAS(family, 32fc, A11, shape, A24)
 
-#define LUX_KERNELS_64FC(family, shape, routine)                                     \
-  LUX_KERNEL(family, 64fc, A53, shape) {                                             \
-    return run_complex_##shape(LUX_ARGS_##shape, len, LUX_COMPLEX_ROUTINE(routine)); \
-  }                                                                                  \
-  LUX_KERNEL_ALIAS(family, 64fc, A50, shape, A53)
+#define LUX_COMPLEX_KERNEL(family, type, grade, shape, ...)         \
+  LUX_KERNEL(family, type, grade, shape) {                          \
+    return run_complex_##shape(LUX_ARGS_##shape, len, __VA_ARGS__); \
+  }
 
 #endif

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "conformance/special_values.h"
 
+#include "conformance/complex_values.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -10,23 +12,6 @@
 
 namespace bench {
 namespace {
-
-enum class Match { kBits, kAny, kNaN, kZero };
-
-struct Part {
-  uint64_t bits = 0;
-  Match match = Match::kBits;
-  constexpr Part(uint64_t bits) : bits(bits) {}
-  constexpr Part(Match match) : match(match) {}
-};
-
-struct Number {
-  Part re = 0, im = 0;
-  constexpr Number() = default;
-  constexpr Number(uint64_t bits) : re(bits) {}
-  constexpr Number(Match match) : re(match), im(match) {}
-  constexpr Number(Part re, Part im) : re(re), im(im) {}
-};
 
 // One line of the table. A line without a shape heads the rows after it.
 struct Line {
@@ -39,7 +24,6 @@ struct Line {
 constexpr uint64_t D(double x) { return std::bit_cast<uint64_t>(x); }
 constexpr uint64_t F(float x) { return std::bit_cast<uint32_t>(x); }
 
-#define Z(re, im) Number(re, im)
 #define ANY Match::kAny
 #define ANY_NAN Match::kNaN
 #define ANY_ZERO Match::kZero
@@ -91,6 +75,22 @@ constexpr int first_wrong_line() {
   return 0;
 }
 static_assert(first_wrong_line() == 0, "the number is the line of conformance/special_values.def");
+
+std::vector<SpecialRow> special_rows(const Function& function) {
+  std::vector<SpecialRow> rows = complex_rows(function);
+  bool applicable = false;
+  for (const Line& line : kLines)
+    if (line.shape.empty()) {
+      applicable = applies(line, function);
+    } else if (applicable) {
+      rows.push_back({"special_values.def",
+                      line.number,
+                      {line.argument[0], line.argument[1]},
+                      {line.result[0], line.result[1]},
+                      line.code});
+    }
+  return rows;
+}
 
 constexpr int kLongest = 12, kPlaces = kLongest * (kLongest + 1) / 2;
 constexpr int kLargestElement = 16;
@@ -163,13 +163,13 @@ std::string text(const Number& number, const ElementType& type) {
          (type.complex() ? " + i " + text(number.im, type.width) : "");
 }
 
-std::string arguments_text(const Function& f, const Line& row) {
+std::string arguments_text(const Function& f, const SpecialRow& row) {
   const bool two = f.shape.sources == 2 || f.shape.scalar;
   return text(row.argument[0], f.type) + (two ? ", " + text(row.argument[1], f.type) : "");
 }
 
 // What is wrong with the results at `at`, empty if nothing is.
-std::string wrong_result(const Function& f, const Line& row, const Trial& trial, int at) {
+std::string wrong_result(const Function& f, const SpecialRow& row, const Trial& trial, int at) {
   for (int k = 0; k < f.shape.destinations; ++k)
     for (int p = 0; p < f.type.parts; ++p) {
       const Part& want = p ? row.result[k].im : row.result[k].re;
@@ -206,7 +206,7 @@ Status expected_status(const Function& f, int code, Status plain, int at, int le
   return last ? (code ? code : others) : (others ? others : code);
 }
 
-std::string what_is_wrong(const Function& f, const Line& row, const Trial& trial,
+std::string what_is_wrong(const Function& f, const SpecialRow& row, const Trial& trial,
                           const Trial& plain, int at, int len) {
   const Status status = expected_status(f, row.code, plain.status, at, len);
   if (trial.status != status) return fmt::format("the status is {}, not {}", trial.status, status);
@@ -215,7 +215,7 @@ std::string what_is_wrong(const Function& f, const Line& row, const Trial& trial
 }
 
 // One row at all places.
-void check_row(const Function& f, const Line& row, SpecialOutcome& outcome) {
+void check_row(const Function& f, const SpecialRow& row, SpecialOutcome& outcome) {
   std::string first;
   int failed = 0;
   for (int len = 1; len <= kLongest; ++len) {
@@ -239,23 +239,19 @@ void check_row(const Function& f, const Line& row, SpecialOutcome& outcome) {
   }
   outcome.cases += kPlaces;
   if (failed)
-    outcome.failures.push_back(
-        fmt::format("{}({}): {} ({} of {} places; special_values.def line {})", f.name,
-                    arguments_text(f, row), first, failed, kPlaces, row.number));
+    outcome.failures.push_back(fmt::format("{}({}): {} ({} of {} places; {} line {})", f.name,
+                                           arguments_text(f, row), first, failed, kPlaces, row.file,
+                                           row.line));
 }
 
 }  // namespace
 
 SpecialOutcome check_special_values(const Function& function) {
   SpecialOutcome outcome;
-  bool applicable = false;
-  for (const Line& line : kLines)
-    if (line.shape.empty()) {
-      applicable = applies(line, function);
-    } else if (applicable) {
-      ++outcome.rows;
-      check_row(function, line, outcome);
-    }
+  for (const SpecialRow& row : special_rows(function)) {
+    ++outcome.rows;
+    check_row(function, row, outcome);
+  }
   return outcome;
 }
 

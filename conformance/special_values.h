@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The rows of conformance/special_values.def, tried at every place of short arrays.
+// The rows of special_values.def and complex_values.def, tried at every place of short arrays.
 #ifndef LUX_CONFORMANCE_SPECIAL_VALUES_H
 #define LUX_CONFORMANCE_SPECIAL_VALUES_H
 

@@ -16,9 +16,7 @@
 // 0x9.6a035203e861dc1p-4, asinh 0.608 at 0xf.b3a55c62a3bec0fp-5, acosh 0.596 at
 // 0xb.e80150c3bdd1022p-3.
 #include "extended/generated/arcl_table.h"  // kArcSine, kAreaSine
-#include "extended/careful_log.h"
-#include "extended/extended_parts.h"
-#include "extended/internal.h"
+#include "extended/logarithm.h"
 
 constexpr TwoPart kHalfPi = {0xc90fdaa22168c235p-63L, -0x1.d9cceba3f91f2p-66L};
 constexpr TwoPart kPi = {2 * kHalfPi.high, 2 * kHalfPi.low};
@@ -49,18 +47,15 @@ static long double difference(const TwoPart& a, const TwoPart& b) {
   return high.high + (high.low + (a.low - b.low));
 }
 
-// A NaN itself, otherwise the default NaN and invalid. The comparisons that lead here are those
-// which a NaN leaves silent.
-static inline long double undefined(long double x) { return (x - x) / (x - x); }
-
 static TwoPart arc_sine(long double x) {
   const long double z = x * x;
   return {x, x * (z * polynomial(kArcSine, z))};
 }
 
+// The comparisons that lead to an invalid result are those which a NaN leaves silent.
 long double noxasinl_scalar(long double x) {
   const long double a = __builtin_fabsl(x);
-  if (!__builtin_islessequal(a, 1.0L)) return undefined(x);
+  if (!__builtin_islessequal(a, 1.0L)) return invalid(x);
   if (is_tiny(x)) return x;
   if (a <= 0.5L) {
     const TwoPart angle = arc_sine(x);
@@ -72,7 +67,7 @@ long double noxasinl_scalar(long double x) {
 
 long double noxacosl_scalar(long double x) {
   const long double a = __builtin_fabsl(x);
-  if (!__builtin_islessequal(a, 1.0L)) return undefined(x);
+  if (!__builtin_islessequal(a, 1.0L)) return invalid(x);
   if (is_below(x, -70)) return kHalfPi.high;
   if (a <= 0.5L) return difference(kHalfPi, arc_sine(x));
   const TwoPart acute = twice_of_root(kArcSine, 0.5L * (1 - a));
@@ -89,7 +84,7 @@ static long double log_scaled(const TwoPart& x, int32_t exponent) {
 // log(x + sqrt(x^2 + one)) for x of 1/2 on; one is 1 or -1.
 static long double area(long double x, long double one) {
   if (x >= kFar) {
-    if (x == __builtin_infl()) return x;
+    if (x == kExtendedInfinity) return x;
     const Significand parts = significand_of(x);
     return log_scaled({parts.m, 0}, parts.exponent + 1);
   }
@@ -111,7 +106,7 @@ long double noxasinhl_scalar(long double x) {
 }
 
 long double noxacoshl_scalar(long double x) {
-  if (!__builtin_isgreaterequal(x, 1.0L)) return undefined(x);
+  if (!__builtin_isgreaterequal(x, 1.0L)) return invalid(x);
   if (x > 1.5L) return area(x, -1);
   const TwoPart s = twice_of_root(kAreaSine, 0.5L * (x - 1));
   return s.high + s.low;

@@ -1,15 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
 // Arc tangent of one extended number and the angle of a point, in radians and in degrees, by the
-// method of atan.h. Here the turned point is exact, the quotient has two parts and so has the sum
+// method of angle.h. Here the turned point is exact, the quotient has two parts and so has the sum
 // of table and quotient. Worst errors found (sampled): atan 0.5196, atan2 0.5150 ulp; in degrees
 // 0.7478 ulp, where the result is next to the subnormals.
-#include "extended/atan.h"
-#include "extended/extended_parts.h"
-#include "extended/log.h"  // significand_of
+#include "extended/angle.h"
 #include "extended/two_part.h"
-
-constexpr uint16_t kInfiniteExponent = 0x7FFF;
 
 // A point in the first octant, and the octant that it came from.
 struct FirstOctant {

@@ -2,7 +2,7 @@
 //
 // Reciprocal square root of one extended number: the root of 1/x and one Newton step whose residual
 // x y0 y0 - 1 is summed from exact products.
-#include "extended/internal.h"
+#include "extended/number.h"
 
 static const long double _invsqrtl_scales[4] = {0x1p8192L, 0x1p4096L, 0x1p-8192L, 0x1p-4096L};
 constexpr double kSplitter = 0x1.8p43;

@@ -4,15 +4,11 @@
 //
 //   atanh x = log(1 + 2x / (1-x)) / 2
 //
-// by the method of log.h, with r and the sum of the largest terms exact and the quotient in two
-// parts. Worst errors found (sampled): log 0.5214, log1p 0.5320, atanh 0.5175 ulp.
-#include "extended/careful_log.h"
-#include "extended/extended_parts.h"
+// by the method of logarithm.h, with r and the sum of the largest terms exact and the quotient in
+// two parts. Worst errors found (sampled): log 0.5214, log1p 0.5320, atanh 0.5175 ulp.
+#include "extended/logarithm.h"
 
-constexpr uint16_t kInfiniteExponent = 0x7FFF, kSignBit = 0x8000;
-
-// A NaN, raising invalid: x - x is zero or, of an infinity, a NaN already.
-static long double invalid(long double x) { return (x - x) / (x - x); }
+constexpr uint16_t kSignBit = 0x8000;
 
 // x > 0, finite, also subnormal.
 static long double log_positive(long double x) {
@@ -37,7 +33,7 @@ long double noxlogl_scalar(long double x) {
   if (parts.is_nan()) return x + x;
   if (x == 0) return -1 / __builtin_fabsl(x);
   if (parts.exponent & kSignBit) return invalid(x);
-  if (parts.exponent == kInfiniteExponent) return x;
+  if (parts.is_special()) return x;
   return log_positive(x);
 }
 
@@ -47,7 +43,7 @@ long double noxlog1pl_scalar(long double x) {
   if (parts.is_nan()) return x + x;
   if (x < -1) return invalid(x);
   if (x == -1) return -1 / (1 + x);
-  if (parts.exponent == kInfiniteExponent) return x;
+  if (parts.is_special()) return x;
   if (__builtin_fabsl(x) < 0x1p-66L) return x;
   return log1p_finite({x, 0});
 }

@@ -5,10 +5,7 @@
 // Exponents of +-1/2 go by the roots.
 //
 // Worst error found 0.506 ulp, 0.75 of a subnormal power, which is rounded once more (sampled).
-#include "extended/internal.h"
-#include "extended/power_long.h"
-
-constexpr long double kInfinity = __builtin_infl();
+#include "extended/power.h"
 
 // x positive and finite.
 static TwoPart log2_of(long double x) {
@@ -16,16 +13,6 @@ static TwoPart log2_of(long double x) {
   const long double normal = subnormal ? x * 0x1p64L : x;
   const TwoPart log = log2_long({normal, 0}, {normal - 1, 0});
   return subnormal ? log + TwoPart{-64, 0} : log;
-}
-
-static long double overflow() {
-  const volatile long double huge = 0x1p16000L;
-  return huge * huge;
-}
-
-static long double underflow() {
-  const volatile long double tiny = 0x1p-16000L;
-  return tiny * tiny;
 }
 
 // x positive, finite and not 1, y finite.
@@ -39,15 +26,12 @@ static long double positive_pow(long double x, long double y) {
   if (t.high > 16400) return overflow();
   if (t.high < -16500) return underflow();
   const ScaledPower power = exp2_parts(t);
-  const int32_t half = power.exponent >> 1;  // the whole may lie outside the range of exponents
-  return power.value * power_of_two(half) * power_of_two(power.exponent - half);
+  return scaled_extended(power.value, power.exponent);
 }
 
 static bool is_whole(long double y) {
   if (__builtin_fabsl(y) >= 0x1p63L) return true;
-  long double nearest = y;
-  asm("frndint" : "+t"(nearest));
-  return nearest == y;
+  return nearest_whole(y) == y;
 }
 
 static bool is_odd(long double y) {
@@ -58,16 +42,16 @@ long double noxpowl_scalar(long double x, long double y) {
   if (y == 0 || x == 1) return 1;
   if (x != x || y != y) return x + y;
   const long double a = __builtin_fabsl(x);
-  if (a == 1 && (is_whole(y) || __builtin_fabsl(y) == kInfinity)) return is_odd(y) ? x : 1;
-  if (__builtin_fabsl(y) == kInfinity) return (a > 1) == (y > 0) ? kInfinity : 0;
+  if (a == 1 && (is_whole(y) || __builtin_fabsl(y) == kExtendedInfinity)) return is_odd(y) ? x : 1;
+  if (__builtin_fabsl(y) == kExtendedInfinity) return (a > 1) == (y > 0) ? kExtendedInfinity : 0;
   const bool negative = __builtin_signbit(x) && is_odd(y);
   long double power;
   if (a == 0)
     power = y > 0 ? 0 : 1 / a;  // raises the divide-by-zero flag
-  else if (a == kInfinity)
-    power = y > 0 ? kInfinity : 0;
+  else if (a == kExtendedInfinity)
+    power = y > 0 ? kExtendedInfinity : 0;
   else if (x < 0 && !is_whole(y))
-    return (x - x) / (x - x);  // invalid
+    return invalid(x);
   else
     power = positive_pow(a, y);
   return negative ? -power : power;

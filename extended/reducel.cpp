@@ -7,8 +7,8 @@
 //                 predecessors contribute multiples of 4, times m: |x| 2/pi modulo 4. Its upper two
 //                 bits are the quadrant; 128 bits of the rest behind its leading zeros, of which
 //                 there are about 80 at most, times 128 bits of pi/2 are the angle left.
-#include "extended/extended_parts.h"
 #include "extended/generated/trig_table.h"
+#include "extended/number.h"
 
 constexpr int kWindow = 9, kWords = kWindow + 2, kExact = 4;
 

@@ -21,7 +21,7 @@ float noxssqrt_scalar(float x) {
 
 // A negative number; the root is taken for its invalid flag.
 __attribute__((noinline, cold)) static double _noxdSqrt_Spec(double x) {
-  static const uint64_t marker = 0x7FF8A5A55A5A5A5Au;  // deliberate payload, as in the arrays
+  static const uint64_t marker = 0x7FF8A5A55A5A5A5Au;  // the NaN of the array function, too
   long double root = x;
   hardware_root(&root, X87_DOUBLE);
   double result;

