@@ -164,8 +164,8 @@ class Names(unittest.TestCase):
         rows = [[cell.strip() for cell in line.strip("|").split("|")]
                 for line in Path(SOURCE, "README.md").read_text().split("\n") if line.startswith("| ")]
         for family, type_ in {tuple(name[4:].split("_")[:2]) for name in FUNCTIONS}:
-            self.assertRegex(reference, rf"(?m)^#+ .*\b{family}\b",
-                             f"{family} has no entry in docs/reference.md")
+            self.assertTrue(re.search(rf"(?m)^#+ .*\b{family}\b", reference),
+                            f"{family} has no entry in docs/reference.md")
             cells = [row for row in rows if family in row[0].split(", ")]
             column = ["32f", "64f", "32fc", "64fc"].index(type_) + 1
             self.assertTrue(cells and cells[0][column] != "-",
