@@ -13,10 +13,10 @@ constexpr struct {
 #define ROW_2_1(...)
 #define ROW_2_1_1(...)
 #define ROW_1_2(...)
-#define ROUNDING(type, ...)                                                              \
-  OF(Floor, type, ALL)                                                                   \
-  OF(Ceil, type, ALL) OF(Trunc, type, ALL) OF(Round, type, ALL) OF(NearbyInt, type, ALL) \
-      OF(Rint, type, ALL)
+#define ROUNDING(type, ...) \
+  OF(Floor, type, ALL)      \
+  OF(Ceil, type, ALL)       \
+  OF(Trunc, type, ALL) OF(Round, type, ALL) OF(NearbyInt, type, ALL) OF(Rint, type, ALL)
 #include "conformance/special_values.def"
 };
 
