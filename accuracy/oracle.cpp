@@ -200,10 +200,8 @@ constexpr const OracleRow* find(std::string_view family, bool complex) {
   return nullptr;
 }
 
-#define LUX_FUNCTION(F, type)                                         \
-  static_assert(find(#F, is_complex(#type)), #F " " #type             \
-                                                ": no LUX_ORACLE in " \
-                                                "core/functions.def");
+#define LACKING(F, type) #F " " #type ": no LUX_ORACLE in core/functions.def"
+#define LUX_FUNCTION(F, type) static_assert(find(#F, is_complex(#type)), LACKING(F, type));
 #include "core/functions.def"
 
 int precision_of(const Function& function) { return function.type.width == 4 ? 96 : 144; }
