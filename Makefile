@@ -11,7 +11,7 @@ SEED = $(shell date +%s)
 # What to build; empty for everything.
 TARGETS =
 
-.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench hashes install format clean
+.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench hashes abi install format clean
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -64,6 +64,11 @@ hashes: deps ## renew the published hashes of all results, once every other test
 	ctest --preset fast --exclude-regex '^(published_hashes|check_test)$$'
 	$(BUILD)/bin/luxvm check --publish conformance/result_hashes.def
 	@$(MAKE) --no-print-directory build
+
+abi: deps    ## add new exports to the published lists in abi/; refused where one would be lost
+	@$(MAKE) --no-print-directory build TARGETS="luxvmk3 luxcore"
+	abi/abilist.py $(BUILD)/lib/libluxvmk3.so abi/luxvmk3.abilist --renew
+	abi/abilist.py $(BUILD)/lib/libluxcore.so abi/luxcore.abilist --renew
 
 install: deps  ## install under PREFIX (/usr/local), below DESTDIR if set
 	@$(MAKE) --no-print-directory build

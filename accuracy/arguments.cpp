@@ -20,12 +20,12 @@ struct Step {
 };
 
 constexpr Step kSteps[] = {
-#define POINT(F, type, x) {Step::kPoint, #F, #type, x},
-#define GRID(F, type, spacing, first, last) {Step::kGrid, #F, #type, spacing, first, last},
-#define CELLS(F, type, bits) {Step::kCells, #F, #type, bits},
-#define TO_ONE(F, type, bits) {Step::kToOne, #F, #type, bits},
-#define DENSE(F, type, low, high) {Step::kDense, #F, #type, low, high},
-#include "accuracy/steps.def"
+#define LUX_POINT(F, type, x) {Step::kPoint, #F, #type, x},
+#define LUX_GRID(F, type, spacing, first, last) {Step::kGrid, #F, #type, spacing, first, last},
+#define LUX_CELLS(F, type, bits) {Step::kCells, #F, #type, bits},
+#define LUX_TO_ONE(F, type, bits) {Step::kToOne, #F, #type, bits},
+#define LUX_DENSE(F, type, low, high) {Step::kDense, #F, #type, low, high},
+#include "core/functions.def"
 };
 
 // What a result is, coarsely: arguments where this changes are edges.

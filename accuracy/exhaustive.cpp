@@ -65,11 +65,25 @@ constexpr Row kRows[] = {
     {"Modf", [](Wide x, Wide* r) { r[1] = modfl(x, r); }},
 };
 
-Quick find_quick(const Function& function) {
+constexpr Quick find_quick(std::string_view family) {
   for (const Row& row : kRows)
-    if (row.family == function.family) return row.quick;
+    if (row.family == family) return row.quick;
   return nullptr;
 }
+
+constexpr bool runs_over_all(std::string_view type, const Shape& shape) {
+  return type == "32f" && shape.sources == 1 && !shape.scalar;
+}
+
+#define LACKING(F, type) #F " " #type ": no row in accuracy/exhaustive.cpp"
+#define LUX_GRADED(F, type, grade, letter, shape, row, variant)                                \
+  static_assert(                                                                               \
+      variant != 0 || find_quick(#F) || !runs_over_all(#type, catalog_detail::kShape_##shape), \
+      LACKING(F, type));
+#define LUX_EXACT(F, type, letter, shape, returns)                                       \
+  static_assert(find_quick(#F) || !runs_over_all(#type, catalog_detail::kShape_##shape), \
+                LACKING(F, type));
+#include "core/functions.def"
 
 // By exponent field of a single: the binade's least number, and how many units in the last place
 // make 1.
@@ -145,7 +159,10 @@ Parts parts_of(const Wide& x) {
 class Exhauster {
  public:
   Exhauster(const std::vector<const Function*>& grades, std::vector<Floor>& floors)
-      : grades_(grades), floors_(floors), quick_(find_quick(*grades[0])), oracle_(*grades[0]) {
+      : grades_(grades),
+        floors_(floors),
+        quick_(find_quick(grades[0]->family)),
+        oracle_(*grades[0]) {
     results_ = grades[0]->shape.destinations;
     outputs_.resize(grades.size());
     for (auto& both : outputs_)
@@ -302,8 +319,7 @@ class Exhauster {
 }  // namespace
 
 bool has_exhaustive_run(const Function& function) {
-  return function.type.name == "32f" && function.shape.sources == 1 && !function.shape.scalar &&
-         find_quick(function);
+  return runs_over_all(function.type.name, function.shape);
 }
 
 void exhaust(const std::vector<const Function*>& grades, Exhaustion& exhaustion, int threads,

@@ -5,15 +5,18 @@
 
 #include <algorithm>
 #include <cmath>
-#include <stdexcept>
-#include <string>
 
 namespace bench {
 
 struct OracleRow {
   std::string_view family;
-  Oracle::RealFunction real;
-  Oracle::ComplexFunction complex;
+  Oracle::RealFunction real = nullptr;
+  Oracle::ComplexFunction complex = nullptr;
+
+  constexpr OracleRow(std::string_view f, Oracle::RealFunction function)
+      : family(f), real(function) {}
+  constexpr OracleRow(std::string_view f, Oracle::ComplexFunction function)
+      : family(f), complex(function) {}
 };
 
 namespace {
@@ -185,53 +188,21 @@ void complex_pow(mpfr_ptr re, mpfr_ptr im, mpfr_srcptr const* parts) {
   mpc_imag(im, power, MPFR_RNDN);
 }
 
-#define BOTH(F, name) \
-  { #F, real_unary < mpfr_##name>, complex_unary < mpc_##name> }
-#define UNARY(F, name) \
-  { #F, real_unary < mpfr_##name>, nullptr }
-#define BINARY(F, name) \
-  { #F, real_binary < mpfr_##name>, nullptr }
-#define ROUNDING(F, name) \
-  { #F, rounding < mpfr_##name>, nullptr }
+// NearbyInt and Rint take the current direction, which is to nearest wherever accuracy is measured.
 constexpr OracleRow kRows[] = {
-    {"Inv", inv, nullptr},
-    BINARY(Div, div),
-    {"Sqrt", real_unary<mpfr_sqrt>, complex_sqrt},
-    {"InvSqrt", inv_sqrt, nullptr},
-    UNARY(Cbrt, cbrt),
-    {"InvCbrt", inv_cbrt, nullptr},
-    {"Pow", real_binary<mpfr_pow>, complex_pow},
-    {"Powx", real_binary<mpfr_pow>, complex_pow},
-    BOTH(Exp, exp),
-    BOTH(Ln, log),
-    {"Log10", real_unary<mpfr_log10>, complex_log10},
-    BOTH(Cos, cos),
-    BOTH(Sin, sin),
-    {"SinCos", sin_cos, nullptr},
-    {"Tan", real_unary<mpfr_tan>, complex_tan},
-    BOTH(Acos, acos),
-    BOTH(Asin, asin),
-    BOTH(Atan, atan),
-    BINARY(Atan2, atan2),
-    BOTH(Cosh, cosh),
-    BOTH(Sinh, sinh),
-    {"Tanh", real_unary<mpfr_tanh>, complex_tanh},
-    BOTH(Acosh, acosh),
-    BOTH(Asinh, asinh),
-    BOTH(Atanh, atanh),
-    UNARY(Erf, erf),
-    UNARY(Erfc, erfc),
-    {"ErfInv", erf_inv, nullptr},
-    BINARY(Hypot, hypot),
-    ROUNDING(Floor, floor),
-    ROUNDING(Ceil, ceil),
-    ROUNDING(Trunc, trunc),
-    ROUNDING(Round, round),
-    // The current direction, which is to nearest wherever accuracy is measured.
-    ROUNDING(NearbyInt, roundeven),
-    ROUNDING(Rint, roundeven),
-    {"Modf", modf, nullptr},
+#define LUX_ORACLE(F, kind, function) {#F, function},
+#include "core/functions.def"
 };
+
+constexpr const OracleRow* find(std::string_view family, bool complex) {
+  for (const OracleRow& row : kRows)
+    if (row.family == family && (complex ? bool(row.complex) : bool(row.real))) return &row;
+  return nullptr;
+}
+
+#define LACKING(F, type) #F " " #type ": no LUX_ORACLE in core/functions.def"
+#define LUX_FUNCTION(F, type) static_assert(find(#F, is_complex(#type)), LACKING(F, type));
+#include "core/functions.def"
 
 int precision_of(const Function& function) { return function.type.width == 4 ? 96 : 144; }
 
@@ -273,14 +244,9 @@ Oracle::Oracle(const Function& function)
       first_(precision_of(function)),
       second_(precision_of(function)),
       argument_{Real(53), Real(53), Real(53), Real(53)} {
-  for (const OracleRow& row : kRows)
-    if (row.family == function.family) {
-      real_ = row.real;
-      complex_ = row.complex;
-    }
-  if (function.type.complex() ? !complex_ : !real_)
-    throw std::logic_error("no exact values for " + std::string(function.name));
-  if (!function.type.complex()) complex_ = nullptr;
+  const OracleRow* const row = find(function.family, function.type.complex());
+  real_ = row->real;
+  complex_ = row->complex;
 }
 
 void Oracle::evaluate(const Argument& argument) {

@@ -8,20 +8,28 @@
 
 namespace bench {
 
+namespace {
+
+using namespace accuracy_words;
+
+constexpr struct {
+  std::string_view family, type;
+  Accuracy accuracy;
+} kExceptions[] = {
+#define LUX_PROMISE(F, type, accuracy) {#F, #type, accuracy},
+#include "core/functions.def"
+};
+
+}  // namespace
+
 Accuracy guarantee(const Function& function) {
-  if (!function.graded()) return {Accuracy::kExact, 0};
-  const bool power = function.family == "Pow" || function.family == "Powx";
-  if (function.type.complex() && power)
-    return find_goal(function)->accuracy;  // a component of a power may cancel without limit
-  // From the processor's estimate, whatever processor it is. InvSqrt beside special elements, on the
-  // x87 unit, is as good where the caller rounds to nearest at 53 bits or more, as here.
-  if (function.is("Sqrt", "32f")) return {Accuracy::kUlp, 0.99};
-  if (function.is("InvSqrt", "32f")) return {Accuracy::kUlp, 0.995};
-  if (function.is("Hypot", "64f")) return {Accuracy::kUlp, 1.23};
-  if (function.grade == "A11") return {Accuracy::kRelativeBits, 11};
-  if (function.grade == "A21") return {Accuracy::kRelativeBits, 21};
-  if (function.grade == "A50") return {Accuracy::kUlp, 4};
-  return {Accuracy::kUlp, 1};
+  if (!function.graded()) return EXACT;
+  for (const auto& row : kExceptions)
+    if (function.is(row.family, row.type)) return row.accuracy;
+  if (function.grade == "A11") return BITS(11);
+  if (function.grade == "A21") return BITS(21);
+  if (function.grade == "A50") return ULP(4);
+  return ULP(1);
 }
 
 bool within(const Statistics& statistics, const Accuracy& bound) {
@@ -52,23 +60,38 @@ std::string text_of(const Accuracy& accuracy) {
   }
 }
 
+namespace {
+
 // |w log z| < 2^60: beyond, the angle is known to fewer bits than its whole turns take.
-static bool promised_power(const Argument& argument, int width) {
+bool angle_is_known(const Argument& argument, int width) {
   const auto part = [&](size_t i) { return (long double)(as_double(argument[i], width)); };
   const long double magnitude = std::hypot(part(0), part(1));
   const long double log = std::hypot(std::log(magnitude), std::atan2(part(1), part(0)));
   return std::hypot(part(2), part(3)) * log < 0x1p60L;
 }
 
-bool promised(const Function& function, const Argument& argument) {
-  if (function.type.complex() && (function.family == "Pow" || function.family == "Powx"))
-    return promised_power(argument, function.type.width);
-  if (!function.is("Hypot", "64f")) return true;
-  // The sum of the squares must be a normal double, or both arguments so small that they are
-  // scaled.
-  const double x = std::fabs(as_double(argument[0], 8)), y = std::fabs(as_double(argument[1], 8));
+// The sum of the squares must be a normal double, or both arguments so small that they are scaled.
+bool squares_add_up(const Argument& argument, int width) {
+  const double x = std::fabs(as_double(argument[0], width));
+  const double y = std::fabs(as_double(argument[1], width));
   const double larger = std::max(x, y);
   return larger < 0x1p-523 || (larger >= 0x1p-511 && std::hypot(x, y) < 0x1p512);
+}
+
+constexpr struct {
+  std::string_view family, type;
+  bool (*covers)(const Argument& argument, int width);
+} kConditions[] = {
+#define LUX_PROMISED_WHERE(F, type, condition) {#F, #type, condition},
+#include "core/functions.def"
+};
+
+}  // namespace
+
+bool promised(const Function& function, const Argument& argument) {
+  for (const auto& row : kConditions)
+    if (function.is(row.family, row.type)) return row.covers(argument, function.type.width);
+  return true;
 }
 
 }  // namespace bench

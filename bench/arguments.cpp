@@ -16,24 +16,6 @@ namespace {
 
 constexpr size_t kPageBytes = 4096;
 
-struct LargeInput {
-  std::string_view family;
-  Interval source;
-};
-
-constexpr LargeInput kLargeInputs[] = {
-#define LUX_REAL_INPUT(...)
-#define LUX_COMPLEX_INPUT(...)
-#define LUX_LARGE_INPUT(F, spread, low, high) {#F, {spread, low, high}},
-#include "catalog/intervals.def"
-};
-
-const Interval* large_interval(const Function& function) {
-  for (const LargeInput& input : kLargeInputs)
-    if (input.family == function.family && !function.type.complex()) return &input.source;
-  return nullptr;
-}
-
 double draw(const Interval& interval, std::mt19937& random) {
   std::uniform_real_distribution<double> unit(0, 1);
   if (interval.spread == UNIFORM)

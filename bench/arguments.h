@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The arrays that a function is measured over, filled from the intervals of intervals.def.
+// The arrays that a function is measured over, filled from the intervals of the records.
 #ifndef LUX_BENCH_ARGUMENTS_H
 #define LUX_BENCH_ARGUMENTS_H
 

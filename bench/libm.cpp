@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What a program does without the library: a loop over the C library's scalar function. A family
-// without such a function has no row.
+// What a program does without the library: a loop over the C library's scalar function.
 #include "bench/measure.h"
 
 #include <math.h>
@@ -33,85 +32,68 @@ using Complex64 = _Complex double;
     }                                                                               \
   }
 
-// C++ hides the C library's complex functions; __builtin_csqrt and so on call them.
-#define LIBM_FUNCTIONS                                                                     \
-  UNARY(Sqrt, sqrt)                                                                        \
-  UNARY(Cbrt, cbrt)                                                                        \
-  STEPS(InvCbrt, dst1[i] = 1 / cbrtf(src1[i]), dst1[i] = 1 / cbrt(src1[i]))                \
-  BINARY(Pow, pow)                                                                         \
-  STEPS(Powx, dst1[i] = powf(src1[i], src2[0]), dst1[i] = pow(src1[i], src2[0]))           \
-  UNARY(Exp, exp)                                                                          \
-  UNARY(Ln, log)                                                                           \
-  UNARY(Log10, log10)                                                                      \
-  UNARY(Cos, cos)                                                                          \
-  UNARY(Sin, sin)                                                                          \
-  STEPS(SinCos, sincosf(src1[i], dst1 + i, dst2 + i), sincos(src1[i], dst1 + i, dst2 + i)) \
-  UNARY(Tan, tan)                                                                          \
-  UNARY(Acos, acos)                                                                        \
-  UNARY(Asin, asin)                                                                        \
-  UNARY(Atan, atan)                                                                        \
-  BINARY(Atan2, atan2)                                                                     \
-  UNARY(Cosh, cosh)                                                                        \
-  UNARY(Sinh, sinh)                                                                        \
-  UNARY(Tanh, tanh)                                                                        \
-  UNARY(Acosh, acosh)                                                                      \
-  UNARY(Asinh, asinh)                                                                      \
-  UNARY(Atanh, atanh)                                                                      \
-  UNARY(Erf, erf)                                                                          \
-  UNARY(Erfc, erfc)                                                                        \
-  BINARY(Hypot, hypot)                                                                     \
-  UNARY(Floor, floor)                                                                      \
-  UNARY(Ceil, ceil)                                                                        \
-  UNARY(Trunc, trunc)                                                                      \
-  UNARY(Round, round)                                                                      \
-  UNARY(NearbyInt, nearbyint)                                                              \
-  UNARY(Rint, rint)                                                                        \
-  STEPS(Modf, dst2[i] = modff(src1[i], dst1 + i), dst2[i] = modf(src1[i], dst1 + i))       \
-  COMPLEX(Sqrt, __builtin_csqrt)                                                           \
-  COMPLEX_STEPS(Pow, dst1[i] = __builtin_cpowf(src1[i], src2[i]),                          \
-                dst1[i] = __builtin_cpow(src1[i], src2[i]))                                \
-  COMPLEX_STEPS(Powx, dst1[i] = __builtin_cpowf(src1[i], src2[0]),                         \
-                dst1[i] = __builtin_cpow(src1[i], src2[0]))                                \
-  COMPLEX(Exp, __builtin_cexp)                                                             \
-  COMPLEX(Ln, __builtin_clog)                                                              \
-  COMPLEX(Log10, __builtin_clog10)                                                         \
-  COMPLEX(Cos, __builtin_ccos)                                                             \
-  COMPLEX(Sin, __builtin_csin)                                                             \
-  COMPLEX(Tan, __builtin_ctan)                                                             \
-  COMPLEX(Acos, __builtin_cacos)                                                           \
-  COMPLEX(Asin, __builtin_casin)                                                           \
-  COMPLEX(Atan, __builtin_catan)                                                           \
-  COMPLEX(Cosh, __builtin_ccosh)                                                           \
-  COMPLEX(Sinh, __builtin_csinh)                                                           \
-  COMPLEX(Tanh, __builtin_ctanh)                                                           \
-  COMPLEX(Acosh, __builtin_cacosh)                                                         \
-  COMPLEX(Asinh, __builtin_casinh)                                                         \
-  COMPLEX(Atanh, __builtin_catanh)
-
-#define UNARY(F, name) STEPS(F, dst1[i] = name##f(src1[i]), dst1[i] = name(src1[i]))
-#define BINARY(F, name) \
-  STEPS(F, dst1[i] = name##f(src1[i], src2[i]), dst1[i] = name(src1[i], src2[i]))
-#define COMPLEX(F, name) COMPLEX_STEPS(F, dst1[i] = name##f(src1[i]), dst1[i] = name(src1[i]))
-
-#define STEPS(F, single_step, double_step) \
-  LOOP(F##_32f, float, single_step)        \
+#define REAL_STEPS(F, single_step, double_step) \
+  LOOP(F##_32f, float, single_step)             \
   LOOP(F##_64f, double, double_step)
+#define REAL_NONE(F, name)
+#define REAL_UNARY(F, name) REAL_STEPS(F, dst1[i] = name##f(src1[i]), dst1[i] = name(src1[i]))
+#define REAL_BINARY(F, name) \
+  REAL_STEPS(F, dst1[i] = name##f(src1[i], src2[i]), dst1[i] = name(src1[i], src2[i]))
+#define REAL_SCALAR_SECOND(F, name) \
+  REAL_STEPS(F, dst1[i] = name##f(src1[i], src2[0]), dst1[i] = name(src1[i], src2[0]))
+#define REAL_RECIPROCAL(F, name) \
+  REAL_STEPS(F, dst1[i] = 1 / name##f(src1[i]), dst1[i] = 1 / name(src1[i]))
+#define REAL_TWO_RESULTS(F, name) \
+  REAL_STEPS(F, name##f(src1[i], dst1 + i, dst2 + i), name(src1[i], dst1 + i, dst2 + i))
+#define REAL_FRACTION_RETURNED(F, name) \
+  REAL_STEPS(F, dst2[i] = name##f(src1[i], dst1 + i), dst2[i] = name(src1[i], dst1 + i))
+
+// C++ hides the C library's complex functions; __builtin_csqrt and so on call them.
 #define COMPLEX_STEPS(F, single_step, double_step) \
   LOOP(F##_32fc, Complex32, single_step)           \
   LOOP(F##_64fc, Complex64, double_step)
-LIBM_FUNCTIONS
-#undef STEPS
+#define COMPLEX_NONE(F, name)
+#define COMPLEX_UNARY(F, name) \
+  COMPLEX_STEPS(F, dst1[i] = __builtin_##name##f(src1[i]), dst1[i] = __builtin_##name(src1[i]))
+#define COMPLEX_BINARY(F, name)                                     \
+  COMPLEX_STEPS(F, dst1[i] = __builtin_##name##f(src1[i], src2[i]), \
+                dst1[i] = __builtin_##name(src1[i], src2[i]))
+#define COMPLEX_SCALAR_SECOND(F, name)                              \
+  COMPLEX_STEPS(F, dst1[i] = __builtin_##name##f(src1[i], src2[0]), \
+                dst1[i] = __builtin_##name(src1[i], src2[0]))
+
+#define LUX_LIBM(F, kind, loop, name) kind##_##loop(F, name)
+#include "core/functions.def"
+#undef REAL_STEPS
 #undef COMPLEX_STEPS
+#undef REAL_NONE
+#undef COMPLEX_NONE
 
 struct Row {
   std::string_view family, type;
-  void (*run)(const Arrays& arrays, int32_t len, int32_t times);
+  void (*run)(const Arrays& arrays, int32_t len, int32_t times);  // null where there is none
 };
 
 constexpr Row kRows[] = {
-#define STEPS(F, single_step, double_step) {#F, "32f", F##_32f}, {#F, "64f", F##_64f},
+#define REAL_STEPS(F, single_step, double_step) {#F, "32f", F##_32f}, {#F, "64f", F##_64f},
 #define COMPLEX_STEPS(F, single_step, double_step) {#F, "32fc", F##_32fc}, {#F, "64fc", F##_64fc},
-    LIBM_FUNCTIONS};
+#define REAL_NONE(F, name) {#F, "32f", nullptr}, {#F, "64f", nullptr},
+#define COMPLEX_NONE(F, name) {#F, "32fc", nullptr}, {#F, "64fc", nullptr},
+#define LUX_LIBM(F, kind, loop, name) kind##_##loop(F, name)
+#include "core/functions.def"
+};
+
+constexpr const Row* find(std::string_view family, std::string_view type) {
+  for (const Row& row : kRows)
+    if (row.family == family && row.type == type) return &row;
+  return nullptr;
+}
+
+#define LUX_FUNCTION(F, type)    \
+  static_assert(find(#F, #type), \
+                #F " " #type     \
+                   ": no LUX_LIBM in core/functions.def; where the C library has none, NONE");
+#include "core/functions.def"
 
 constexpr char kTunables[] = "GLIBC_TUNABLES", kWithoutSse2[] = "glibc.cpu.hwcaps=-SSE2";
 
@@ -126,9 +108,8 @@ std::vector<std::string> command_line() {
 }  // namespace
 
 Peer find_libm(const Function& function) {
-  for (const Row& row : kRows)
-    if (function.is(row.family, row.type)) return {"libm", row.run};
-  return {};
+  const Row* const row = find(function.family, function.type.name);
+  return row->run ? Peer{"libm", row->run} : Peer{};
 }
 
 bool sse2_variants_left_out() {

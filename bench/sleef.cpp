@@ -12,43 +12,28 @@ namespace {
 struct Row {
   std::string_view family;
   const char *name, *best, *lower;  // endings of the most accurate and of the 3.5 ulp function
-  const SleefLoops& loops;
+  const SleefLoops* loops;          // null where there is none
 };
 
-const Row kRows[] = {
-    {"Sqrt", "sqrt", "_u05", "_u35", kSleefUnary},
-    {"Cbrt", "cbrt", "_u10", "_u35", kSleefUnary},
-    {"Pow", "pow", "_u10", "_u10", kSleefBinary},
-    {"Powx", "pow", "_u10", "_u10", kSleefScalarSecond},
-    {"Exp", "exp", "_u10", "_u10", kSleefUnary},
-    {"Ln", "log", "_u10", "_u35", kSleefUnary},
-    {"Log10", "log10", "_u10", "_u10", kSleefUnary},
-    {"Cos", "cos", "_u10", "_u35", kSleefUnary},
-    {"Sin", "sin", "_u10", "_u35", kSleefUnary},
-    {"SinCos", "sincos", "_u10", "_u35", kSleefTwoResults},
-    {"Tan", "tan", "_u10", "_u35", kSleefUnary},
-    {"Acos", "acos", "_u10", "_u35", kSleefUnary},
-    {"Asin", "asin", "_u10", "_u35", kSleefUnary},
-    {"Atan", "atan", "_u10", "_u35", kSleefUnary},
-    {"Atan2", "atan2", "_u10", "_u35", kSleefBinary},
-    {"Cosh", "cosh", "_u10", "_u35", kSleefUnary},
-    {"Sinh", "sinh", "_u10", "_u35", kSleefUnary},
-    {"Tanh", "tanh", "_u10", "_u35", kSleefUnary},
-    {"Acosh", "acosh", "_u10", "_u10", kSleefUnary},
-    {"Asinh", "asinh", "_u10", "_u10", kSleefUnary},
-    {"Atanh", "atanh", "_u10", "_u10", kSleefUnary},
-    {"Erf", "erf", "_u10", "_u10", kSleefUnary},
-    {"Erfc", "erfc", "_u15", "_u15", kSleefUnary},
-    {"Hypot", "hypot", "_u05", "_u35", kSleefBinary},
-    {"Floor", "floor", "", "", kSleefUnary},
-    {"Ceil", "ceil", "", "", kSleefUnary},
-    {"Trunc", "trunc", "", "", kSleefUnary},
-    {"Round", "round", "", "", kSleefUnary},
-    {"NearbyInt", "rint", "", "", kSleefUnary},
-    {"Rint", "rint", "", "", kSleefUnary},
-    // Its fraction comes first, its whole part second.
-    {"Modf", "modf", "", "", kSleefTwoResultsSwapped},
+constexpr const SleefLoops *UNARY = &kSleefUnary, *BINARY = &kSleefBinary,
+                           *SCALAR_SECOND = &kSleefScalarSecond, *TWO_RESULTS = &kSleefTwoResults,
+                           *TWO_RESULTS_SWAPPED = &kSleefTwoResultsSwapped, *NONE = nullptr;
+
+constexpr Row kRows[] = {
+#define LUX_SLEEF(F, loops, name, best, lower) {#F, #name, #best, #lower, loops},
+#include "core/functions.def"
 };
+
+constexpr const Row* find(std::string_view family) {
+  for (const Row& row : kRows)
+    if (row.family == family) return &row;
+  return nullptr;
+}
+
+#define LUX_FUNCTION(F, type)                  \
+  static_assert(is_complex(#type) || find(#F), \
+                #F " " #type ": no LUX_SLEEF in core/functions.def; where SLEEF has none, NONE");
+#include "core/functions.def"
 
 void* library() {
   static void* const handle =
@@ -60,19 +45,17 @@ void* library() {
 
 Peer find_sleef(const Function& function) {
   if (function.type.complex() || !library()) return {};
-  for (const Row& row : kRows) {
-    if (row.family != function.family) continue;
-    const bool wide = function.type.width == 8, best = function.variant <= 0;
-    const std::string name =
-        std::string("Sleef_") + row.name + (wide ? "d2" : "f4") + (best ? row.best : row.lower);
-    void* const called = dlsym(library(), name.c_str());
-    if (!called) continue;
-    SleefLoop* const loop = wide ? row.loops.double_loop : row.loops.single_loop;
-    return {name, [=](const Arrays& arrays, int32_t len, int32_t times) {
-              loop(arrays.source, arrays.destination, len, times, called);
-            }};
-  }
-  return {};
+  const Row& row = *find(function.family);
+  if (!row.loops) return {};
+  const bool wide = function.type.width == 8, best = function.variant <= 0;
+  const std::string name =
+      std::string("Sleef_") + row.name + (wide ? "d2" : "f4") + (best ? row.best : row.lower);
+  void* const called = dlsym(library(), name.c_str());
+  if (!called) return {};
+  SleefLoop* const loop = wide ? row.loops->double_loop : row.loops->single_loop;
+  return {name, [=](const Arrays& arrays, int32_t len, int32_t times) {
+            loop(arrays.source, arrays.destination, len, times, called);
+          }};
 }
 
 }  // namespace bench

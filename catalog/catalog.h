@@ -97,6 +97,7 @@ inline constexpr Shape kShape_2_1_1{"2_1_1", 1, 1, true};
 
 inline constexpr bool STATUS = false, COUNT = true;
 
+// A name that is not declared belongs into include/luxvmk3.h.
 #define LUX_CATALOG_CALL(name) [](const Arrays& a, int32_t len) { return call(name, a, len); }
 inline constexpr Function kFunctions[] = {
 #define LUX_GRADED(F, type, grade, letter, shape, row, variant) \
@@ -129,20 +130,55 @@ inline constexpr Function kFunctions[] = {
 // All of them, in the order of the list.
 using catalog_detail::kFunctions;
 
-// How many last places neighbours may move a result: where a block of four shares one division,
-// where the single logarithms take the processor's beside a special element, and where one element
-// sends its whole block another way.
+// A piece of the functions' records is keyed by family and type, or by family and whether it is for
+// the complex types.
+constexpr bool is_complex(std::string_view type) { return type.ends_with('c'); }
+
+constexpr bool listed(std::string_view family, std::string_view type) {
+  for (const Function& f : kFunctions)
+    if (f.is(family, type)) return true;
+  return false;
+}
+
+constexpr bool listed_as(std::string_view family, bool complex) {
+  for (const Function& f : kFunctions)
+    if (f.family == family && f.type.complex() == complex) return true;
+  return false;
+}
+
+namespace catalog_detail {
+
+struct Neighbours {
+  std::string_view family, type;
+  uint64_t best, lower;
+};
+inline constexpr Neighbours kNeighbours[] = {
+#define LUX_NEIGHBOURS(F, type, best, lower) {#F, #type, best, lower},
+#include "core/functions.def"
+};
+
+inline constexpr struct {
+  std::string_view family, type;
+} kSpecialBlocks[] = {
+#define LUX_SPECIAL_BLOCKS(F, type) {#F, #type},
+#include "core/functions.def"
+};
+
+}  // namespace catalog_detail
+
+// How many last places a special element may move the results beside it.
 constexpr uint64_t neighbours_matter(const Function& f) {
-  if (f.is("Inv", "64f") || f.is("Div", "64f") || f.is("Ln", "32f") || f.is("Log10", "32f"))
-    return 1;
-  const bool turns =
-      f.family == "Sin" || f.family == "Cos" || f.family == "SinCos" || f.family == "Tan";
-  if (!turns || f.type.complex()) return 0;
-  return f.grade == "A24" || f.grade == "A53" ? 1 : 4;
+  for (const auto& row : catalog_detail::kNeighbours)
+    if (f.is(row.family, row.type)) return f.variant == 0 ? row.best : row.lower;
+  return 0;
 }
 
 // A block of eight with a special element is computed under the caller's x87 control word, and
 // reported by code before index.
-constexpr bool has_special_blocks(const Function& f) { return f.is("InvSqrt", "32f"); }
+constexpr bool has_special_blocks(const Function& f) {
+  for (const auto& row : catalog_detail::kSpecialBlocks)
+    if (f.is(row.family, row.type)) return true;
+  return false;
+}
 
 #endif

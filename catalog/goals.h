@@ -14,12 +14,20 @@ struct Accuracy {
   double value;
 };
 
+// As the records write it.
+namespace accuracy_words {
+constexpr Accuracy ULP(double units) { return {Accuracy::kUlp, units}; }
+constexpr Accuracy BITS(double bits) { return {Accuracy::kRelativeBits, bits}; }
+constexpr Accuracy NORMWISE(double bits) { return {Accuracy::kNormwiseBits, bits}; }
+inline constexpr Accuracy EXACT{Accuracy::kExact, 0};
+}  // namespace accuracy_words
+
 struct Goal {
   Accuracy accuracy;
   double cycles;  // per element, about 2000 in cache, typical arguments; 0: none
 };
 
-// Null when there is none.
+// Never null: every record has its goals.
 const Goal* find_goal(const Function& function);
 // For arrays of which every element is too large for the fast reduction.
 const Goal* find_large_argument_goal(const Function& function);

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
-// The families' typical arguments as data.
+// The families' typical arguments as data, and those too large for a fast reduction.
 #ifndef LUX_CATALOG_INTERVALS_H
 #define LUX_CATALOG_INTERVALS_H
 
 #include "catalog/catalog.h"
 
 #include <cmath>
-#include <stdexcept>
-#include <string>
 
 namespace bench {
 
@@ -27,24 +25,45 @@ struct Typical {
   double special;
 };
 
+struct LargeInput {
+  std::string_view family;
+  Interval source;
+};
+
 namespace intervals_detail {
 constexpr double kInfinity = HUGE_VAL, kNaN = NAN;
-inline constexpr Typical kRows[] = {
-#define LUX_INPUT(F, complex, s1, low1, high1, s2, low2, high2, source, special) \
-  {#F, complex, {{s1, low1, high1}, {s2, low2, high2}}, source, special},
-#define LUX_REAL_INPUT(F, ...) LUX_INPUT(F, false, __VA_ARGS__)
-#define LUX_COMPLEX_INPUT(F, ...) LUX_INPUT(F, true, __VA_ARGS__)
-#include "catalog/intervals.def"
-#undef LUX_REAL_INPUT
-#undef LUX_COMPLEX_INPUT
-#undef LUX_INPUT
+constexpr bool REAL = false, COMPLEX = true;
+
+inline constexpr Typical kTypical[] = {
+#define LUX_INPUT(F, kind, s1, low1, high1, s2, low2, high2, source, special) \
+  {#F, kind, {{s1, low1, high1}, {s2, low2, high2}}, source, special},
+#include "core/functions.def"
 };
+inline constexpr LargeInput kLarge[] = {
+#define LUX_LARGE_INPUT(F, spread, low, high) {#F, {spread, low, high}},
+#include "core/functions.def"
+};
+
+constexpr const Typical* find(std::string_view family, bool complex) {
+  for (const Typical& row : kTypical)
+    if (row.family == family && row.complex == complex) return &row;
+  return nullptr;
+}
+
+#define LUX_FUNCTION(F, type) \
+  static_assert(find(#F, is_complex(#type)), #F " " #type ": no LUX_INPUT in core/functions.def");
+#include "core/functions.def"
 }  // namespace intervals_detail
 
 inline const Typical& typical_of(const Function& function) {
-  for (const Typical& row : intervals_detail::kRows)
-    if (row.family == function.family && row.complex == function.type.complex()) return row;
-  throw std::logic_error("no typical interval for " + std::string(function.family));
+  return *intervals_detail::find(function.family, function.type.complex());
+}
+
+// Null for families that have no fast reduction to miss.
+inline const Interval* large_interval(const Function& function) {
+  for (const LargeInput& row : intervals_detail::kLarge)
+    if (row.family == function.family && !function.type.complex()) return &row.source;
+  return nullptr;
 }
 
 }  // namespace bench

@@ -77,19 +77,9 @@ static std::string file_of(const void* address) {
 // What a call reaches; the name may come from a library that stands before this one.
 static const void* loaded(std::string_view name) { return dlsym(RTLD_DEFAULT, name.data()); }
 
-#define LUX_EACH_TYPE(letter)                                                         \
-  "nox" #letter "MinN", "nox" #letter "Threading_1_1", "nox" #letter "Threading_2_1", \
-      "nox" #letter "Threading_1_2", "nox" #letter "Threading_2_1_1"
-#define LUX_GRADES_OF(name) name "_HA", name "_LA", name "_A11"
-#define LUX_HANDLERS(prefix)                                      \
-  LUX_GRADES_OF(prefix "Sin_SC"), LUX_GRADES_OF(prefix "Cos_SC"), \
-      LUX_GRADES_OF(prefix "SinCos_SC"), LUX_GRADES_OF(prefix "Tan_SC")
 constexpr std::string_view kOtherExports[] = {
-    "luxvmGetLibVersion", "noxsError",       "noxdError",      LUX_EACH_TYPE(s),
-    LUX_EACH_TYPE(d),     LUX_EACH_TYPE(c),  LUX_EACH_TYPE(z), LUX_HANDLERS("noxs"),
-    LUX_HANDLERS("noxd"), "noxreduce_pio2d",
-#define LUX_SCALAR_ROUTINE(name) #name,
-#include "core/routines.def"
+#define LUX_EXPORT(name) #name,
+#include "core/exports.def"
 };
 
 // This program's own noxsError and noxdError must not be taken for the library's.

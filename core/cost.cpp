@@ -36,7 +36,7 @@ static int32_t min_n(const CyclesPerElement (&table)[kRows], int32_t row, int32_
   const float first_cost = load_start_up_cost();
   if (first_cost == kNeverThread || row < 0 || row >= kRows) return kNever;
   if (table[row].best_grade == 0.0) return kNever;
-  // Deliberate: A11 (variant 2) never threads.
+  // A11, variant 2, has no column: an element takes too little to pay for a thread.
   if (variant != 0 && variant != 1) return kNever;
   const double cycles = variant == 0 ? table[row].best_grade : table[row].next_grade;
 

@@ -5,6 +5,7 @@ are looked for, in the build tree and installed.
 
 binary_test.py <source dir> <libluxvmk3> <libluxcore> <build dir> <cmake>
 """
+import os
 import re
 import subprocess
 import sys
@@ -15,16 +16,11 @@ from pathlib import Path
 if len(sys.argv) < 6:
     sys.exit(__doc__)
 SOURCE, VMATH, CORE, BUILD, CMAKE = (sys.argv.pop(1) for _ in range(5))
+sys.path.append(f"{SOURCE}/abi")
+import abilist
 
-TYPES = "sdcz"
-SHAPES = ["1_1", "2_1", "1_2", "2_1_1"]
-FIXED = {"luxvmGetLibVersion", "noxsError", "noxdError"}
-FIXED |= {f"nox{t}MinN" for t in TYPES}
-FIXED |= {f"nox{t}Threading_{s}" for t in TYPES for s in SHAPES}
-FIXED |= {f"nox{t}{f}_SC_{v}" for t in "sd" for f in ("Sin", "Cos", "SinCos", "Tan")
-          for v in ("HA", "LA", "A11")} | {"noxreduce_pio2d"}
-CORE_NAMES = {"threads_omp_of_n_lux", "luxcoreSetNumThreads", "luxcoreGetNumThreads",
-              "luxcoreThreadSource"}
+RELEASE = ".".join(re.search(r"project\(luxvm VERSION (\d+)\.(\d+)",
+                             Path(SOURCE, "CMakeLists.txt").read_text()).groups())
 LIBC = {"memcmp", "memcpy", "memset", "sched_getaffinity", "sysconf", "__errno_location",
         "__sched_cpucount", "__sched_cpualloc", "__sched_cpufree", "malloc", "free",
         "__stack_chk_fail", "clock_gettime", "getenv", "strtol", "strtoul",
@@ -46,22 +42,17 @@ def preprocessed(program):
                           check=True, capture_output=True, text=True).stdout
 
 
-def function_list():
-    """The names as the preprocessor makes them of the list."""
-    text = preprocessed("""
-#define LUX_GRADED(f, t, g, ...) luxs##f##_##t##_##g
-#define LUX_EXACT(f, t, ...) luxs##f##_##t
-#include "core/functions.def"
-""")
-    return re.findall(r"luxs\w+", text)
+def listed(*macros, file):
+    """The names that the preprocessor makes of a list; each macro as it is defined for it."""
+    lines = [f"#define {macro}" for macro in macros] + [f'#include "core/{file}"']
+    return re.findall(r"\S+", preprocessed("\n".join(lines) + "\n"))
 
 
-def scalar_routines():
-    text = preprocessed("""
-#define LUX_SCALAR_ROUTINE(name) name
-#include "core/routines.def"
-""")
-    return set(re.findall(r"nox\w+", text))
+FUNCTIONS = listed("LUX_GRADED(f, t, g, ...) luxs##f##_##t##_##g",
+                   "LUX_EXACT(f, t, ...) luxs##f##_##t", file="functions.def")
+GRADED = listed("LUX_GRADED(f, t, g, ...) luxs##f##_##t##_##g", file="functions.def")
+SCALAR_ROUTINES = listed("LUX_SCALAR_ROUTINE(name) name", file="exports.def")
+OTHERS = listed("LUX_EXPORT(name) name", "LUX_SCALAR_ROUTINE(name)", file="exports.def")
 
 
 def dynamic_names(library, defined):
@@ -121,30 +112,72 @@ def instructions(library):
 
 
 class Names(unittest.TestCase):
-    def test_249_functions_and_the_version_query(self):
-        names = function_list()
-        self.assertEqual((len(names), len(set(names))), (249, 249))
-        self.assertEqual(sum("_A" in n for n in names), 235)
-        exported = {n for n in dynamic_names(VMATH, True) if n.startswith("lux")}
-        self.assertEqual(exported, set(names) | {"luxvmGetLibVersion"})
-        self.assertEqual(len(exported), 250)
+    def test_exports_are_the_lists(self):
+        names = FUNCTIONS + SCALAR_ROUTINES + OTHERS
+        self.assertEqual(len(names), len(set(names)))
+        self.assertEqual(dynamic_names(VMATH, True), set(names))
 
-    def test_exports_are_the_list(self):
-        self.assertEqual(dynamic_names(VMATH, True),
-                         set(function_list()) | FIXED | scalar_routines())
-        self.assertEqual(dynamic_names(CORE, True), CORE_NAMES)
+    def test_no_export_is_lost(self):
+        for library in VMATH, CORE:
+            path = Path(SOURCE, "abi", Path(library).name.split(".")[0].removeprefix("lib") + ".abilist")
+            lost, new = abilist.differences(library, path)
+            self.assertEqual(lost + new, [], "\n" + "\n".join(lost + new))
+        with tempfile.TemporaryDirectory() as directory:
+            path = Path(directory, "list")
+            path.write_text("threads_omp_of_n_lux variable 8\nluxcoreGone function\n")
+            lost, new = abilist.differences(CORE, path)
+            self.assertEqual([line.split()[0] for line in lost],
+                             ["luxcoreGone:", "threads_omp_of_n_lux"])
+            self.assertEqual(len(new), len(dynamic_names(CORE, True)) - 1)
+            renewed = subprocess.run([f"{SOURCE}/abi/abilist.py", CORE, path, "--renew"],
+                                     capture_output=True, text=True)
+            self.assertEqual(renewed.returncode, 1)
+            self.assertIn("the ABI would break", renewed.stderr)
+            self.assertIn("luxcoreGone", path.read_text())
 
     def test_headers_declare_the_exports(self):
         for header, skipped, names in (
-                ("luxvmk3.h", "NOTHING", set(function_list()) | FIXED),
-                ("luxvmk3_scalar.h", "LUXVMK3_H", scalar_routines()),
-                ("luxcore.h", "NOTHING", CORE_NAMES)):
+                ("luxvmk3.h", "NOTHING", FUNCTIONS + OTHERS),
+                ("luxvmk3_scalar.h", "LUXVMK3_H", SCALAR_ROUTINES),
+                ("luxcore.h", "NOTHING", dynamic_names(CORE, True))):
             # A header that is skipped does not define the mark either.
             text = run("gcc", "-E", "-P", f"-D{skipped}",
                        "-DLUX_API=__attribute__((visibility(\"default\")))",
                        f"{SOURCE}/include/{header}")
             declared = re.findall(r"visibility\(\"default\"\)\)\)[^;(]*?\b(\w+)\s*[;(]", text)
             self.assertEqual(sorted(declared), sorted(names))
+
+    def test_documents_count_right(self):
+        """Wherever a document tells how many functions there are."""
+        told = 0
+        for path in [*Path(SOURCE).glob("*.md"), *Path(SOURCE, "docs").glob("*.md")]:
+            for number, kind in re.findall(r"\b(\d{3})\s+(element-wise|graded|vector|math)?\s*functions\b",
+                                           path.read_text()):
+                told += 1
+                wanted = len(GRADED if kind == "graded" else FUNCTIONS)
+                self.assertEqual(int(number), wanted, f"{path}: there are {wanted} {kind} functions")
+        self.assertGreater(told, 0)
+
+    def test_every_function_has_its_entry(self):
+        """In the reference a heading, in the README a row of the table that names its types."""
+        reference = Path(SOURCE, "docs/reference.md").read_text()
+        rows = [[cell.strip() for cell in line.strip("|").split("|")]
+                for line in Path(SOURCE, "README.md").read_text().split("\n") if line.startswith("| ")]
+        for family, type_ in {tuple(name[4:].split("_")[:2]) for name in FUNCTIONS}:
+            self.assertTrue(re.search(rf"(?m)^#+ .*\b{family}\b", reference),
+                            f"{family} has no entry in docs/reference.md")
+            cells = [row for row in rows if family in row[0].split(", ")]
+            column = ["32f", "64f", "32fc", "64fc"].index(type_) + 1
+            self.assertTrue(cells and cells[0][column] != "-",
+                            f"{family} {type_} is missing in the README's table of functions")
+
+    def test_every_table_has_its_generator(self):
+        tables = list(Path(SOURCE).glob("*/generated/*.h")) + list(Path(SOURCE).glob("*/*/generated/*.h"))
+        self.assertGreater(len(tables), 0)
+        for table in tables:
+            generator = re.search(r"Generated by (tables/\w+\.py)", table.read_text())
+            self.assertTrue(generator and Path(SOURCE, generator[1]).exists(),
+                            f"{table} has no generator in tables/")
 
     def test_imports(self):
         for name in sorted(dynamic_names(VMATH, False) - LIBC - START_UP):
@@ -162,8 +195,9 @@ class Names(unittest.TestCase):
 class Sections(unittest.TestCase):
     def test_needed_libraries_and_soname(self):
         for library, soname, needed in (
-                (VMATH, "libluxvmk3.so.5.2", {"libluxcore.so.5.2", "libgomp.so.1", "libc.so.6"}),
-                (CORE, "libluxcore.so.5.2", {"libc.so.6"})):
+                (VMATH, f"libluxvmk3.so.{RELEASE}",
+                 {f"libluxcore.so.{RELEASE}", "libgomp.so.1", "libc.so.6"}),
+                (CORE, f"libluxcore.so.{RELEASE}", {"libc.so.6"})):
             text = run("readelf", "-dW", library)
             self.assertEqual(set(re.findall(r"\(NEEDED\).*\[(.*)\]", text)), needed)
             self.assertEqual(re.findall(r"\(SONAME\).*\[(.*)\]", text), [soname])
@@ -174,6 +208,14 @@ class Sections(unittest.TestCase):
             stack = [l for l in run("readelf", "-lW", library).split("\n") if "GNU_STACK" in l]
             self.assertEqual(len(stack), 1)
             self.assertEqual(stack[0].split()[-2], "RW")
+
+
+    def test_build_date_can_be_set(self):
+        with tempfile.TemporaryDirectory() as directory:
+            subprocess.run(["gcc", "-c", "-m32", f"-I{SOURCE}/include", "-DLUX_VERSION_NUMBERS=1,2,3,4",
+                            '-DLUX_RELEASE="1.2"', f"{SOURCE}/core/version.cpp", "-o", f"{directory}/o"],
+                           check=True, env={**os.environ, "SOURCE_DATE_EPOCH": "1793923200"})
+            self.assertIn(b"\0Nov  6 2026\0", Path(directory, "o").read_bytes())
 
 
 class SearchPaths(unittest.TestCase):
@@ -218,7 +260,7 @@ class SearchPaths(unittest.TestCase):
             command = command.replace("/opt/luxvm", str(self.dir / "prefix"))
             command = command.replace("-o first", f"-o {self.dir}/first")
             subprocess.run(["sh", "-ec", command], check=True, cwd=SOURCE)
-            for name in "libgomp.so.1", "libluxcore.so.5.2", "libluxvmk3.so.5.2":
+            for name in "libgomp.so.1", Path(CORE).name, Path(VMATH).name:
                 (self.dir / name).write_text("not a library")
             self.assertIn("exp(1) = 2.718281828459045", subprocess.run(
                 ["./first"], cwd=self.dir, check=True, capture_output=True, text=True).stdout)

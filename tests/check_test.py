@@ -118,10 +118,10 @@ class Spoiled(unittest.TestCase):
             spoiled = change(content)
             self.assertEqual(len(spoiled), len(content))
             self.assertNotEqual(spoiled, content)
-            Path(directory, "libluxvmk3.so.5.2").write_bytes(spoiled)
+            Path(directory, LIBRARY.name).write_bytes(spoiled)
             document, functions = check_json(*arguments, LD_LIBRARY_PATH=directory)
             self.assertEqual(document["library"]["path"],
-                             str(Path(directory).resolve() / "libluxvmk3.so.5.2"))
+                             str(Path(directory).resolve() / LIBRARY.name))
             return functions
 
     def test_one_bit_of_one_table_entry(self):

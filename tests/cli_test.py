@@ -5,6 +5,7 @@ import json
 import math
 import os
 import pty
+import re
 import signal
 import struct
 import subprocess
@@ -15,6 +16,8 @@ import unittest
 from pathlib import Path
 
 BIN, SOURCE = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve()
+RELEASE = ".".join(re.search(r"project\(luxvm VERSION (\d+)\.(\d+)",
+                             (SOURCE / "CMakeLists.txt").read_text()).groups())
 ATMOSPHERE = SOURCE / "examples/data/atmosphere.csv"
 
 
@@ -63,10 +66,13 @@ class Cli(unittest.TestCase):
 
 
 class List(Cli):
-    def test_counts(self):
+    def test_names(self):
         everything = json.loads(self.fine("list", "--json").stdout)
-        self.assertEqual(len(everything), 249)
-        self.assertEqual(sum(f["grade"] is not None for f in everything), 235)
+        hashes = (SOURCE / "conformance/result_hashes.def").read_text()
+        published = re.findall(r"^RESULT_HASH\((\w+)", hashes, re.M)
+        self.assertEqual([f["name"] for f in everything], published)
+        self.assertEqual({f["name"] for f in everything if f["grade"] is None},
+                         {name for name in published if "_A" not in name})
 
     def test_patterns(self):
         for pattern, names in [("exp_64F_", ["luxsExp_64f_A50", "luxsExp_64f_A53"]),
@@ -90,7 +96,7 @@ class Help(Cli):
     COMMANDS = ("list", "eval", "apply", "env", "explain", "accuracy", "diff", "check", "bench")
 
     def test_version_and_help(self):
-        self.assertRegex(self.fine("--version").stdout, rb"^luxvm 5\.2\nlibluxvmk3\.so\.5\.2 version 5\.2,")
+        self.assertRegex(self.fine("--version").stdout, rf"^luxvm {RELEASE}\nlibluxvmk3.so.{RELEASE} version {RELEASE},".encode())
         self.assertEqual(self.fine("help").stdout, self.fine("--help").stdout)
         self.assertIn(b"Exit codes", self.fine("help").stdout)
         for command in self.COMMANDS:
@@ -304,7 +310,7 @@ class Apply(Cli):
 class Environment(Cli):
     def test_env(self):
         env = json.loads(self.fine("env", "--json").stdout)
-        self.assertEqual(env["library"]["name"], "libluxvmk3.so.5.2")
+        self.assertEqual(env["library"]["name"], f"libluxvmk3.so.{RELEASE}")
         self.assertEqual(env["threads"], len(os.sched_getaffinity(0)))
         self.assertEqual(env["processor"]["available"], env["threads"])
         cpuinfo = Path("/proc/cpuinfo").read_text().splitlines()
@@ -321,8 +327,8 @@ class Environment(Cli):
         tell = 'const char* luxcoreThreadSource(void) { return "a file"; }\n'
         for content, source in (variable, None), (variable + tell, "a file"):
             code = self.file("core.c", content)
-            subprocess.run(["gcc", "-m32", "-shared", "-fPIC", code, "-Wl,-soname,libluxcore.so.5.2",
-                            "-o", self.dir / "libluxcore.so.5.2"], check=True)
+            subprocess.run(["gcc", "-m32", "-shared", "-fPIC", code, f"-Wl,-soname,libluxcore.so.{RELEASE}",
+                            "-o", self.dir / f"libluxcore.so.{RELEASE}"], check=True)
             own = {"env": {**os.environ, "LD_LIBRARY_PATH": str(self.dir), "LD_BIND_NOW": "1",
                            "XDG_STATE_HOME": str(self.dir / "state")}}
             env = json.loads(self.fine("env", "--json", **own).stdout)
@@ -333,7 +339,7 @@ class Environment(Cli):
             self.assertEqual(json.loads(explained.stdout)["threads"], 3)
             self.fine("apply", "luxsInv_32f_A24", "--threads", 2, stdin="1", **own)
             checked = json.loads(self.fine("check", "Inv_32f_A24", "--json", **own).stdout)
-            self.assertEqual(checked["core"], {"path": str(self.dir.resolve() / "libluxcore.so.5.2"),
+            self.assertEqual(checked["core"], {"path": str(self.dir.resolve() / f"libluxcore.so.{RELEASE}"),
                                                "threads": 3})
             self.fine("accuracy", "Floor_32f", "--samples", 200, **own)
             self.fine("bench", "Inv_32f_A24", "--threads", 2, "--milliseconds", 1, **own)

@@ -39,9 +39,14 @@ int main(void) {
   LuxStatus (*function)(const float*, float*, int32_t) = luxsExp_32f_A24;
   Status status;
   float one = 1, out = 0;
-  if (v->major != 5 || v->minor != 2 || v->major_build != 108 || v->build != 348) return 1;
+#ifdef LUX_RELEASE
+  const int numbers[4] = {LUX_VERSION_NUMBERS};
+  if (v->major != numbers[0] || v->minor != numbers[1]) return 1;
+  if (v->major_build != numbers[2] || v->build != numbers[3]) return 1;
+  if (strcmp(v->name, "libluxvmk3.so." LUX_RELEASE) != 0) return 3;
+  if (strcmp(v->version, LUX_RELEASE) != 0) return 3;
+#endif
   if (memcmp(v->target_code, "k3\0", 4) != 0) return 2;
-  if (strcmp(v->name, "libluxvmk3.so.5.2") != 0 || strcmp(v->version, "5.2") != 0) return 3;
   if (!is_date(v->build_date)) return 4;
   status = function(&one, &out, 1);
   if (status != LUX_OK || out != 2.71828175f) return 5;
