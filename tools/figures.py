@@ -1,0 +1,318 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""Holds the documents to accuracy/figures.json, the largest errors that `luxvm accuracy` has found.
+
+usage: figures.py --write | --check
+
+The header's and the reference's clauses about accuracy, a promise with the largest error found beside
+it, are made from that file. So are the figures behind "Worst error" in the kernels' comments, and
+docs/accuracy.md. Figures are rounded up, so that none is below what was measured. --write renews all of
+them; --check names each that differs, with both figures, and what of the file is older than the kernels.
+"""
+
+import json
+import math
+import re
+import sys
+import textwrap
+from pathlib import Path
+
+import accuracy_page
+
+ROOT = Path(__file__).resolve().parent.parent
+FIGURES = ROOT / "accuracy/figures.json"
+WIDTH = 100
+
+
+class Computation:
+    """Grades of a family and type that give the same results."""
+
+    def __init__(self, entry):
+        self.family, self.type, self.hash = entry["family"], entry["type"], entry["hash"]
+        self.grades = [grade for grade in entry["grades"] if grade]
+        self.promises, self.survey = entry["promises"], entry.get("survey")
+        self.all = entry["largest"]
+
+    @property
+    def promise(self):
+        return self.promises[0]  # of the best grade
+
+    @property
+    def kind(self):
+        if not self.promise.startswith("2^-"):
+            return "ulp"
+        return "normwise" if self.promise.endswith("normwise") else "relative"
+
+    def largest(self, kind=None):
+        """The part with the largest error of that kind; None where all results are exact."""
+        found = [e for e in self.all if e["kind"] == (kind or self.kind)]
+        return max(found, key=lambda e: e["error"], default=None)
+
+
+def load():
+    return [Computation(entry) for entry in json.loads(FIGURES.read_text())["computations"]]
+
+
+def ulp_text(error, places=4):
+    """Rounded up: a figure is never below what was measured."""
+    if error >= 100:
+        return f"{math.ceil(error)}"
+    scale = 10**places
+    return f"{math.ceil(error * scale - 1e-6) / scale:.{places}f}"
+
+
+def bits_text(error, places=2):
+    scale = 10**places
+    return f"2^-{math.floor(-math.log2(error) * scale + 1e-6) / scale:.{places}f}"
+
+
+def error_text(found):
+    return ulp_text(found["error"]) if found["kind"] == "ulp" else bits_text(found["error"])
+
+
+# ---- Clauses made from the file
+
+CLAUSES = r"(?:[^()]*?\(largest found [^()]*\)(?:(?=[,;]\s[^()]*\(largest)[,;])?)+"
+
+
+def clause(computation, names, arguments):
+    found, promise = computation.largest(), computation.promise
+    bound = {"ulp": "at most " + promise, "relative": "a relative error of at most " + promise,
+             "normwise": "at most " + promise.split()[0] + " of the magnitude"}[computation.kind]
+    at = " at " + ", ".join(found["arguments"]) if arguments else ""
+    return f"{names}{bound} (largest found {error_text(found)}{at})"
+
+
+def clauses(families, computations, arguments=False):
+    """Of all types of those families; the names that a reader needs to tell them apart."""
+    parts, types = [], list(dict.fromkeys(c.type for c in computations if c.family in families))
+    for family in families:
+        for type_name in types:
+            own = [c for c in computations if (c.family, c.type) == (family, type_name)]
+            names = ([family] if len(families) > 1 else []) + [type_name]
+            inner = []
+            for c in reversed(own):
+                grades = " and ".join(c.grades) + " " if len(own) > 1 else ""
+                inner.append(clause(c, (" ".join(names) + " " if not inner else "") + grades, arguments))
+            parts.append(", ".join(inner))
+    return "; ".join(parts)
+
+
+class Differences:
+    def __init__(self, write):
+        self.write, self.found = write, []
+
+    def report(self, path, line, stated, measured):
+        self.found.append(f"{path.relative_to(ROOT)}:{line}: says {stated}, is {measured}")
+
+
+def plain(text):
+    return re.sub(r"\s*\n\s*(?:\*\s|//)?\s*", " ", text).strip()
+
+
+def hold_clauses(path, text, start, opening, made, prefix, differences):
+    """The clauses behind `opening`, which stand from `start` on; the text with them renewed."""
+    match = re.compile(re.escape(opening) + r"\s*" + CLAUSES).match(text, start)
+    line = text.count("\n", 0, start) + 1
+    if not match:
+        differences.report(path, line, "nothing", made)
+        return text
+    stated = plain(match[0])[len(opening):].strip()
+    if stated == made:
+        return text
+    for old, new in zip(stated.split("; "), made.split("; ")):
+        if old != new:
+            differences.report(path, line, old, new)
+    if stated.count("; ") != made.count("; "):
+        differences.report(path, line, stated, made)
+    first = text.rindex("\n", 0, start) + 1
+    end = text.index("\n", match.end())
+    lines = textwrap.wrap(f"{text[first:start].strip(' *')} {opening} {made}{text[match.end():end]}".strip(),
+                          WIDTH - len(prefix), break_long_words=False, break_on_hyphens=False)
+    if prefix.strip() == "":  # an item of a list
+        lines = [lines[0]] + [prefix + line for line in lines[1:]]
+        return text[:first] + "\n".join(lines) + text[end:]
+    return text[:first] + "\n".join(prefix + line for line in lines) + text[end:]
+
+
+def hold_header(computations, differences):
+    path = ROOT / "include/luxvmk3.h"
+    text = path.read_text()
+    exports = r"\*/\n(?:LUX_API LuxStatus luxs(\w+?)_(32fc?)_A\d\d\()"
+    for family, type_name in re.findall(exports, text):
+        declared = re.search(rf"\*/\nLUX_API LuxStatus luxs{family}_{type_name}_A", text).start()
+        comment = text.rindex("/**", 0, declared)
+        own = [c for c in computations if c.family == family
+               and c.type.endswith("c") == type_name.endswith("c")]
+        start = text.find("Accuracy:", comment, declared)
+        if start < 0:
+            differences.report(path, text.count("\n", 0, comment) + 1, "nothing", clauses([family], own))
+            continue
+        text = hold_clauses(path, text, start, "Accuracy:", clauses([family], own), " *  ", differences)
+    return path, text
+
+
+def hold_reference(computations, differences):
+    path = ROOT / "docs/reference.md"
+    text = path.read_text()
+    families = {c.family for c in computations if c.grades}
+    for heading in re.findall(r"^## (.*)$", text, re.M):
+        named = [f for f in re.findall(r"\w+", heading) if f in families]
+        begin = text.index(f"## {heading}\n")
+        end = text.find("\n## ", begin) if "\n## " in text[begin:] else len(text)
+        start = text.find("- Error.", begin, end)
+        if not named or start < 0:
+            continue
+        own = [c for c in computations if c.type.endswith("c") == bool(re.search("omplex", heading))]
+        text = hold_clauses(path, text, start, "- Error.", clauses(named, own, True), "  ", differences)
+    return path, text
+
+
+# ---- Figures in the kernels' comments
+
+WORDS = {"sine": ["Sin"], "cosine": ["Cos"], "natural": ["Ln"], "decimal": ["Log10"], "asin": ["Asin"],
+         "asinh": ["Asinh"]}
+FILES = {"pow": ["Pow", "Powx"], "sine": ["Sin", "Cos"], "clog": ["Ln", "Log10"],
+         "cacosh": ["Acosh", "Acos"], "catanh": ["Atanh", "Atan"], "casinh": ["Asin", "Asinh"]}
+ARGUMENT = r"(?:0x[0-9A-F]{8,16}|-?0x[01][0-9a-f.]*p[+-]\d+)"
+TOKEN = re.compile(
+    rf"(?P<bits>2\^-\d+\.\d+)|(?P<figure>\b\d\.\d{{3,}})|(?P<grade>\bA\d\d\b)|(?P<word>\b(?:{'|'.join(WORDS)})\b)"
+    rf"|(?P<at>(?<=at )\(?{ARGUMENT}(?:, {ARGUMENT})*\)?)|(?P<other>of normal arguments)")
+
+
+def families_of(stem, computations):
+    """The families and the type of a file's name, empty for what holds no kernel."""
+    name, _, type_name = stem.rpartition("_")
+    if type_name not in ("32f", "64f"):
+        name, type_name = stem, "64fc"
+    known = {c.family.lower(): c.family for c in computations}
+    return FILES.get(name) or [f for f in [known.get(name.removeprefix("c") if type_name == "64fc" else name)]
+                               if f], type_name
+
+
+def comment_regions(text):
+    """From each line that speaks of the worst error to the end of its sentence or paragraph."""
+    for match in re.finditer(r"^//.*\b[Ww]orst (?:errors?|found)\b.*\n(?://[ ]?\S.*\n)*", text, re.M):
+        yield match.start(), match.end()
+
+
+def hold_comment(path, computations, dependent, differences):
+    families, type_name = families_of(path.stem, computations)
+    text = path.read_text()
+    pieces, last = [], 0
+    for begin, end in comment_regions(text) if families else []:
+        named, grades, behind, claim, skip = families, [], False, None, False
+        for token in TOKEN.finditer(text, begin, end):
+            if token["grade"]:
+                grades, behind = ([] if behind else grades) + [token["grade"]], False
+            elif token["word"]:
+                named = [f for f in WORDS[token["word"]] if f in families] or named
+            elif token["other"]:
+                skip = True
+            elif token["figure"] or token["bits"]:
+                claim, behind = None, True
+                if skip:
+                    skip = False
+                    continue
+                of = [c for c in computations if c.family in named and c.type == type_name
+                      and (set(grades) & set(c.grades) if grades else c is best(computations, c))]
+                kind = "ulp" if token["figure"] else "normwise" if type_name.endswith("c") else "relative"
+                found = [c.largest(kind) for c in of if c.largest(kind)]
+                if not found:
+                    continue
+                worst = max(found, key=lambda e: e["error"])
+                places = len(token[0].split(".")[1])
+                measured = (ulp_text if kind == "ulp" else bits_text)(worst["error"], places)
+                # Another processor's figure may be the larger one.
+                above = of[0].family + " " + type_name in dependent and \
+                    abs(float(token[0].replace("2^", ""))) > abs(float(measured.replace("2^", "")))
+                if token[0] == measured or above:
+                    continue
+                differences.report(path, text.count("\n", 0, token.start()) + 1, token[0], measured)
+                pieces += [text[last:token.start()], measured]
+                last, claim = token.end(), worst
+            elif token["at"] and claim:
+                arguments = ", ".join(claim["arguments"])
+                pieces += [text[last:token.start()],
+                           f"({arguments})" if token["at"].startswith("(") else arguments]
+                last, claim = token.end(), None
+    return path, "".join(pieces) + text[last:]
+
+
+def best(computations, computation):
+    same = [c for c in computations if (c.family, c.type) == (computation.family, computation.type)]
+    return same[-1]  # grades go up in the file
+
+
+# ---- The file itself and the README
+
+def check_file(computations, differences):
+    hashes = dict(re.findall(r"RESULT_HASH\(luxs(\w+), (\w+)\)",
+                             (ROOT / "conformance/result_hashes.def").read_text()))
+    for c in computations:
+        for grade in c.grades or [""]:
+            name = f"{c.family}_{c.type}" + (f"_{grade}" if grade else "")
+            if hashes.pop(name, None) != c.hash:
+                differences.found.append(
+                    f"accuracy/figures.json: {name} is that of older results; measure it anew: "
+                    f"luxvm accuracy {c.family}_{c.type} --record accuracy/figures.json")
+        for promise in c.promises:
+            kind = "normwise" if promise.endswith("normwise") else "relative" if promise[0] == "2" else "ulp"
+            bound = 0 if promise == "exact" else 2.0 ** float(promise.split()[0][2:]) if kind != "ulp" \
+                else float(promise.split()[0])
+            worst = c.largest(kind)
+            if worst and worst["error"] > bound * (1 + 1e-9):
+                differences.found.append(f"accuracy/figures.json: {c.family} {c.type} promises {promise}, "
+                                         f"is {error_text(worst)}")
+    for name in hashes:
+        differences.found.append(f"accuracy/figures.json: {name} is missing")
+
+
+def check_readme(computations, differences):
+    """The table of grades; what a function promises otherwise is named below it."""
+    path = ROOT / "README.md"
+    text = path.read_text()
+    promised = {}
+    for grades, bound in re.findall(r"^\| (A\d\d(?:, A\d\d)*) \|.*\| (.*) \|$", text, re.M):
+        for grade in grades.split(", "):
+            promised[grade] = re.sub(r"(\d+) units? in the last place", r"\1 ulp", bound).removeprefix("relative ")
+    line = text.count("\n", 0, text.index("| A24, A53")) + 1
+    for c in computations:
+        for grade, promise in zip(c.grades, c.promises):
+            exception = f"{c.family} {c.type}" in text or (c.type.endswith("c") and c.kind == "normwise")
+            if promise != promised[grade] and not exception:
+                differences.report(path, line, f"{grade} {promised[grade]}",
+                                   f"{promise} for {c.family} {c.type}")
+
+
+def main():
+    if len(sys.argv) != 2 or sys.argv[1] not in ("--write", "--check"):
+        sys.exit(__doc__)
+    write = sys.argv[1] == "--write"
+    computations = load()
+    dependent = {" ".join(pair) for pair in re.findall(
+        r"PROCESSOR_DEPENDENT\((\w+),\s+(\w+)\)",
+        (ROOT / "conformance/processor_dependent.def").read_text())}
+    differences = Differences(write)
+    check_file(computations, differences)
+    check_readme(computations, differences)
+    renewed = [hold_header(computations, differences), hold_reference(computations, differences)]
+    for folder in "kernels", "complex":
+        for path in sorted((ROOT / folder).rglob("*")):
+            if path.suffix in (".h", ".cpp") and path.parent.name != "generated":
+                renewed.append(hold_comment(path, computations, dependent, differences))
+    page = ROOT / "docs/accuracy.md"
+    renewed.append((page, accuracy_page.page(page, computations, ulp_text, bits_text)))
+    if renewed[-1][1] != page.read_text():
+        differences.found.append("docs/accuracy.md: is not what the file gives")
+    print("\n".join(differences.found))
+    if write:
+        for path, text in renewed:
+            if text != path.read_text():
+                path.write_text(text)
+    elif differences.found:
+        sys.exit("tools/figures.py --write renews the documents")
+
+
+if __name__ == "__main__":
+    main()
