@@ -4,7 +4,7 @@
 // (|im|, |re|), asinh z = v + iu in the signs of re and im.
 //
 // Worst errors found (sampled): asin 0.5013 ulp at (-0x1.bddff6ad2882dp-33, 0x1.5020925397583p-26),
-// asinh 0.5006 at (0x1.fffffffbe4d95p-1, -0x1.035f26dbf6a7cp-15).
+// asinh 0.5010 at (0x3FA0000000000001, 0x3F26D28757F4DE64).
 #ifndef LUX_COMPLEX_CASINH_H
 #define LUX_COMPLEX_CASINH_H
 

@@ -72,12 +72,13 @@ def error_text(found):
 
 # ---- Clauses made from the file
 
-CLAUSES = r"(?:[^()]*?\(largest found [^()]*\)(?:(?=[,;]\s[^()]*\(largest)[,;])?)+"
+CLAUSE = r"[^()]*?\(largest\s+(?:\*\s+)?found\s[^()]*\)"
+CLAUSES = rf"{CLAUSE}(?:[,;]{CLAUSE})*"
 
 
 def clause(computation, names, arguments):
     found, promise = computation.largest(), computation.promise
-    bound = {"ulp": "at most " + promise, "relative": "a relative error of at most " + promise,
+    bound = {"ulp": "at most " + promise, "relative": "relative " + promise,
              "normwise": "at most " + promise.split()[0] + " of the magnitude"}[computation.kind]
     at = " at " + ", ".join(found["arguments"]) if arguments else ""
     return f"{names}{bound} (largest found {error_text(found)}{at})"
@@ -99,8 +100,8 @@ def clauses(families, computations, arguments=False):
 
 
 class Differences:
-    def __init__(self, write):
-        self.write, self.found = write, []
+    def __init__(self):
+        self.found = []
 
     def report(self, path, line, stated, measured):
         self.found.append(f"{path.relative_to(ROOT)}:{line}: says {stated}, is {measured}")
@@ -120,19 +121,18 @@ def hold_clauses(path, text, start, opening, made, prefix, differences):
     stated = plain(match[0])[len(opening):].strip()
     if stated == made:
         return text
-    for old, new in zip(stated.split("; "), made.split("; ")):
-        if old != new:
-            differences.report(path, line, old, new)
-    if stated.count("; ") != made.count("; "):
-        differences.report(path, line, stated, made)
+    old, new = stated.split("; "), made.split("; ")
+    for pair in zip(old, new) if len(old) == len(new) else [(stated, made)]:
+        if pair[0] != pair[1]:
+            differences.report(path, line, *pair)
     first = text.rindex("\n", 0, start) + 1
-    end = text.index("\n", match.end())
-    lines = textwrap.wrap(f"{text[first:start].strip(' *')} {opening} {made}{text[match.end():end]}".strip(),
-                          WIDTH - len(prefix), break_long_words=False, break_on_hyphens=False)
-    if prefix.strip() == "":  # an item of a list
-        lines = [lines[0]] + [prefix + line for line in lines[1:]]
-        return text[:first] + "\n".join(lines) + text[end:]
-    return text[:first] + "\n".join(prefix + line for line in lines) + text[end:]
+    end = re.compile(r"\n(?=- |\n)|\Z" if prefix.isspace() else r"(?<=[.:])\n| \*/").search(text, match.end()).start()
+    before = text[first:start].removeprefix(prefix)
+    behind = plain(text[match.end():end])
+    lines = textwrap.wrap(before + f"{opening} {made}{behind if behind[:1] in '.,;' else ' ' + behind}",
+                          WIDTH, break_long_words=False, break_on_hyphens=False,
+                          initial_indent="" if prefix.isspace() else prefix, subsequent_indent=prefix)
+    return text[:first] + "\n".join(lines) + text[end:]
 
 
 def hold_header(computations, differences):
@@ -155,15 +155,15 @@ def hold_header(computations, differences):
 def hold_reference(computations, differences):
     path = ROOT / "docs/reference.md"
     text = path.read_text()
-    families = {c.family for c in computations if c.grades}
-    for heading in re.findall(r"^## (.*)$", text, re.M):
-        named = [f for f in re.findall(r"\w+", heading) if f in families]
-        begin = text.index(f"## {heading}\n")
-        end = text.find("\n## ", begin) if "\n## " in text[begin:] else len(text)
+    for heading in re.findall(r"^## .*\n", text, re.M):
+        begin = text.index("\n" + heading) + 1
+        end = (text + "\n## ").index("\n## ", begin)
+        declared = re.findall(r"luxs(\w+?)_(\d\d\w+?)_A", text[begin:end])
         start = text.find("- Error.", begin, end)
-        if not named or start < 0:
+        if not declared or start < 0:
             continue
-        own = [c for c in computations if c.type.endswith("c") == bool(re.search("omplex", heading))]
+        named = list(dict.fromkeys(family for family, _ in declared))
+        own = [c for c in computations if c.type in {type_name for _, type_name in declared}]
         text = hold_clauses(path, text, start, "- Error.", clauses(named, own, True), "  ", differences)
     return path, text
 
@@ -197,46 +197,53 @@ def comment_regions(text):
 
 
 def hold_comment(path, computations, dependent, differences):
+    """Those with an argument must be the file's; others, and those of another processor, no less."""
     families, type_name = families_of(path.stem, computations)
     text = path.read_text()
     pieces, last = [], 0
     for begin, end in comment_regions(text) if families else []:
-        named, grades, behind, claim, skip = families, [], False, None, False
-        for token in TOKEN.finditer(text, begin, end):
+        named, grades, behind, skip = families, [], False, False
+        tokens = list(TOKEN.finditer(text, begin, end))
+        for token, following in zip(tokens, tokens[1:] + [None]):
             if token["grade"]:
                 grades, behind = ([] if behind else grades) + [token["grade"]], False
             elif token["word"]:
                 named = [f for f in WORDS[token["word"]] if f in families] or named
             elif token["other"]:
                 skip = True
-            elif token["figure"] or token["bits"]:
-                claim, behind = None, True
-                if skip:
-                    skip = False
-                    continue
-                of = [c for c in computations if c.family in named and c.type == type_name
-                      and (set(grades) & set(c.grades) if grades else c is best(computations, c))]
-                kind = "ulp" if token["figure"] else "normwise" if type_name.endswith("c") else "relative"
-                found = [c.largest(kind) for c in of if c.largest(kind)]
-                if not found:
-                    continue
-                worst = max(found, key=lambda e: e["error"])
-                places = len(token[0].split(".")[1])
-                measured = (ulp_text if kind == "ulp" else bits_text)(worst["error"], places)
-                # Another processor's figure may be the larger one.
-                above = of[0].family + " " + type_name in dependent and \
-                    abs(float(token[0].replace("2^", ""))) > abs(float(measured.replace("2^", "")))
-                if token[0] == measured or above:
-                    continue
-                differences.report(path, text.count("\n", 0, token.start()) + 1, token[0], measured)
-                pieces += [text[last:token.start()], measured]
-                last, claim = token.end(), worst
-            elif token["at"] and claim:
-                arguments = ", ".join(claim["arguments"])
-                pieces += [text[last:token.start()],
-                           f"({arguments})" if token["at"].startswith("(") else arguments]
-                last, claim = token.end(), None
+            if not (token["figure"] or token["bits"]):
+                continue
+            behind = True
+            if skip:
+                skip = False
+                continue
+            of = [c for c in computations if c.family in named and c.type == type_name
+                  and (set(grades) & set(c.grades) if grades else c is best(computations, c))]
+            kind = "ulp" if token["figure"] else "normwise" if type_name.endswith("c") else "relative"
+            found = [c.largest(kind) for c in of if c.largest(kind)]
+            if not found:
+                continue
+            worst = max(found, key=lambda e: e["error"])
+            measured = (ulp_text if kind == "ulp" else bits_text)(worst["error"],
+                                                                  len(token[0].split(".")[1]))
+            place = following if following and following["at"] else None
+            more = value_of(token[0]) > value_of(measured)
+            another = f"{of[0].family} {type_name}" in dependent and (more or not place)
+            if token[0] == measured or another or more and not place:
+                continue
+            differences.report(path, text.count("\n", 0, token.start()) + 1, token[0], measured)
+            pieces += [text[last:token.start()], measured]
+            last = token.end()
+            if place:
+                arguments = ", ".join(worst["arguments"])
+                pieces += [text[last:place.start()],
+                           f"({arguments})" if place["at"].startswith("(") else arguments]
+                last = place.end()
     return path, "".join(pieces) + text[last:]
+
+
+def value_of(figure):
+    return 2.0 ** float(figure[2:]) if figure.startswith("2^") else float(figure)
 
 
 def best(computations, computation):
@@ -269,7 +276,7 @@ def check_file(computations, differences):
 
 
 def check_readme(computations, differences):
-    """The table of grades; what a function promises otherwise is named below it."""
+    """The table of grades, and that of the functions which promise something else."""
     path = ROOT / "README.md"
     text = path.read_text()
     promised = {}
@@ -277,10 +284,12 @@ def check_readme(computations, differences):
         for grade in grades.split(", "):
             promised[grade] = re.sub(r"(\d+) units? in the last place", r"\1 ulp", bound).removeprefix("relative ")
     line = text.count("\n", 0, text.index("| A24, A53")) + 1
+    others = [row for row in text.splitlines() if re.match(r"\| .*\b(?:32f|64f)c? \| A", row)]
     for c in computations:
+        own = [row for row in others if re.search(rf"\b{c.family}\b", row)
+               and re.search(rf"\b{c.type} ", row.replace(",", " "))]
         for grade, promise in zip(c.grades, c.promises):
-            exception = f"{c.family} {c.type}" in text or (c.type.endswith("c") and c.kind == "normwise")
-            if promise != promised[grade] and not exception:
+            if promise != promised[grade] and not (own and re.search(rf"\b{re.escape(promise)}\b", own[0])):
                 differences.report(path, line, f"{grade} {promised[grade]}",
                                    f"{promise} for {c.family} {c.type}")
 
@@ -293,7 +302,7 @@ def main():
     dependent = {" ".join(pair) for pair in re.findall(
         r"PROCESSOR_DEPENDENT\((\w+),\s+(\w+)\)",
         (ROOT / "conformance/processor_dependent.def").read_text())}
-    differences = Differences(write)
+    differences = Differences()
     check_file(computations, differences)
     check_readme(computations, differences)
     renewed = [hold_header(computations, differences), hold_reference(computations, differences)]
@@ -302,7 +311,7 @@ def main():
             if path.suffix in (".h", ".cpp") and path.parent.name != "generated":
                 renewed.append(hold_comment(path, computations, dependent, differences))
     page = ROOT / "docs/accuracy.md"
-    renewed.append((page, accuracy_page.page(page, computations, ulp_text, bits_text)))
+    renewed.append((page, accuracy_page.page(page, computations, dependent, ulp_text, bits_text)))
     if renewed[-1][1] != page.read_text():
         differences.found.append("docs/accuracy.md: is not what the file gives")
     print("\n".join(differences.found))
