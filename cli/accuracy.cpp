@@ -347,6 +347,8 @@ static std::string axis_ticks(int width) {
   return ticks;
 }
 
+constexpr size_t kColumn = 4;  // intervals of the envelope to a point of the curve
+
 // A panel per family and type, a line per grade whose results differ.
 static std::string panel(const std::vector<Json>& grades, size_t number) {
   const int width = grades[0].at("type").get<std::string>().substr(0, 2) == "32" ? 4 : 8;
@@ -360,14 +362,14 @@ static std::string panel(const std::vector<Json>& grades, size_t number) {
     if (repeated) continue;
     const std::string name = fmt::format("$d{}_{}", number, g);
     data += name + " << END\n";
-    for (size_t i = 0; i + 1 < envelope.size(); i += 2) {
+    for (size_t i = 0; i + kColumn <= envelope.size(); i += kColumn) {
       double ulp = -1;
-      for (const size_t k : {i, i + 1})
+      for (size_t k = i; k < i + kColumn; ++k)
         if (!envelope[k].is_null()) ulp = std::max(ulp, std::min(envelope[k].get<double>(), 1e6));
       most = std::max(most, ulp);
-      data += ulp < 0
-                  ? "\n"
-                  : fmt::format("{:.3f} {:.3g}\n", double(i + 1) / double(envelope.size()), ulp);
+      data += ulp < 0 ? "\n"
+                      : fmt::format("{:.3f} {:.3g}\n",
+                                    double(i + kColumn / 2) / double(envelope.size()), ulp);
     }
     data += "END\n";
     std::string title;
@@ -463,8 +465,11 @@ static void accuracy(AccuracyOptions options) {
   if (options.processors == 0)
     options.processors = int(std::max(1u, std::thread::hardware_concurrency()));
   bench::set_thread_count(1);  // the work is divided here
+  const std::vector<Group> groups = chosen(options);
+  for (const Group& group : groups)
+    for (const std::string& text : options.at) parse_argument(text, *group[0]);
   const Interrupt interrupt;
-  Run run(options, chosen(options));
+  Run run(options, groups);
   try {
     measure_and_tell(options, run);
   } catch (const Json::exception&) {  // only what was kept can lack anything
