@@ -282,7 +282,8 @@ class Figures(Measured):
                     self.assertIn(figure, told)
                     self.assertLess(abs(int(told.split(":")[1]) - line), 9)
                 check("--write")
-                self.assertEqual(path.read_text(), whole)
+                self.assertEqual(check("--check")[0], 0)
+                self.assertEqual(path.read_text().count(figure), whole.count(figure))
         for name, old, new in [("README.md", "| 1.23 ulp,", "| 1.2 ulp,"),
                                ("conformance/result_hashes.def", "luxsErf_64f_A53, 0x", "luxsErf_64f_A53, 0x1"),
                                ("accuracy/figures.json", '"family":"Cosh"', '"family":"Foo"')]:
