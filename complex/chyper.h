@@ -16,7 +16,7 @@
 //
 // sinh and cosh bring 2.1 and 1.1 units of the last place of 64 bits, sine and cosine 2.5, so a
 // product is within 0.503 ulp of a double and a quotient within 0.506. Worst errors found
-// (sampled): sine and cosine of either kind 0.5009 ulp, tangent 0.5021.
+// (sampled): sine and cosine of either kind 0.5010 ulp, tangent 0.5021.
 #ifndef LUX_COMPLEX_CHYPER_H
 #define LUX_COMPLEX_CHYPER_H
 

@@ -172,36 +172,41 @@ def hold_reference(computations, differences):
 
 WORDS = {"sine": ["Sin"], "cosine": ["Cos"], "natural": ["Ln"], "decimal": ["Log10"], "asin": ["Asin"],
          "asinh": ["Asinh"]}
-FILES = {"pow": ["Pow", "Powx"], "sine": ["Sin", "Cos"], "clog": ["Ln", "Log10"],
-         "cacosh": ["Acosh", "Acos"], "catanh": ["Atanh", "Atan"], "casinh": ["Asin", "Asinh"]}
+KERNEL_FILES = {"pow": ["Pow", "Powx"], "sine": ["Sin", "Cos"], "inv_div": ["Inv", "Div"]}
+COMPLEX_FILES = {"pow": ["Pow", "Powx"], "log": ["Ln", "Log10"], "acos": ["Acos", "Acosh"],
+                 "acosh": ["Acosh", "Acos"], "atanh": ["Atanh", "Atan"], "casinh": ["Asin", "Asinh"],
+                 "hyper": ["Sin", "Cos", "Tan", "Sinh", "Cosh", "Tanh"]}
 ARGUMENT = r"(?:0x[0-9A-F]{8,16}|-?0x[01][0-9a-f.]*p[+-]\d+)"
 TOKEN = re.compile(
     rf"(?P<bits>2\^-\d+\.\d+)|(?P<figure>\b\d\.\d{{3,}})|(?P<grade>\bA\d\d\b)|(?P<word>\b(?:{'|'.join(WORDS)})\b)"
     rf"|(?P<at>(?<=at )\(?{ARGUMENT}(?:, {ARGUMENT})*\)?)|(?P<other>of normal arguments)")
 
 
-def families_of(stem, computations):
-    """The families and the type of a file's name, empty for what holds no kernel."""
-    name, _, type_name = stem.rpartition("_")
-    if type_name not in ("32f", "64f"):
-        name, type_name = stem, "64fc"
-    known = {c.family.lower(): c.family for c in computations}
-    return FILES.get(name) or [f for f in [known.get(name.removeprefix("c") if type_name == "64fc" else name)]
-                               if f], type_name
+def families_of(path, computations):
+    """The families and the type that a file computes, by its name."""
+    known = {c.family.lower(): [c.family] for c in computations}
+    name, _, type_name = path.stem.rpartition("_")
+    if path.parent.name != "complex":
+        return KERNEL_FILES.get(name) or known.get(name, []), type_name
+    known |= COMPLEX_FILES
+    return known.get(path.stem) or known.get(path.stem.removeprefix("c"), []), "64fc"
 
 
 def comment_regions(text):
-    """From each line that speaks of the worst error to the end of its sentence or paragraph."""
-    for match in re.finditer(r"^//.*\b[Ww]orst (?:errors?|found)\b.*\n(?://[ ]?\S.*\n)*", text, re.M):
+    """From each line that speaks of the worst error to the end of its paragraph."""
+    for match in re.finditer(r"^//.*\b[Ww]orst(?:\s|//)+(?:errors?|found)\b.*\n(?://[ ]?\S.*\n)*", text, re.M):
         yield match.start(), match.end()
 
 
 def hold_comment(path, computations, dependent, differences):
     """Those with an argument must be the file's; others, and those of another processor, no less."""
-    families, type_name = families_of(path.stem, computations)
+    families, type_name = families_of(path, computations)
     text = path.read_text()
     pieces, last = [], 0
-    for begin, end in comment_regions(text) if families else []:
+    for begin, end in comment_regions(text):
+        if not families:
+            differences.found.append(f"{path.relative_to(ROOT)}: whose worst error that is, is not known")
+            break
         named, grades, behind, skip = families, [], False, False
         tokens = list(TOKEN.finditer(text, begin, end))
         for token, following in zip(tokens, tokens[1:] + [None]):
