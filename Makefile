@@ -51,7 +51,7 @@ bench: deps  ## measure every function and renew docs/performance.md
 	@$(MAKE) --no-print-directory build TARGETS=luxvm
 	tools/performance.py $(BUILD)/bin/luxvm docs/performance.md --figures $(BUILD)/speed
 
-accuracy: deps  ## measure all errors, every single of the one-argument 32f functions, and renew docs/accuracy.md
+accuracy: deps  ## measure all errors, every single of the one-argument 32f functions, and renew the documents' figures
 	@$(MAKE) --no-print-directory build TARGETS=luxvm
 	tools/accuracy.sh $(BUILD)/bin $(BUILD)/figures --exhaustive
 

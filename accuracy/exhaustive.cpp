@@ -221,7 +221,7 @@ class Exhauster {
     Statistics::Range part;
     Wide sum = 0, largest = 0;
     uint64_t* const classes = statistics.classes;
-    double relative_step = statistics.max_relative * 0x1p23;
+    double relative_step = statistics.relative[k].error * 0x1p23;
     double floor = floors_[g].raise(statistics.threshold());
     for (uint32_t i = 0; i < kBlock; ++i) {
       const Parts parts = parts_of(exact_[k][i]);
@@ -247,7 +247,8 @@ class Exhauster {
         if (settled && ulp > relative_step) {  // a unit is at most 2^-23 of the value
           const Wide relative = off / fmaxl(fabsl(exact), 0x1p-126L);
           statistics.max_relative = std::max(statistics.max_relative, double(relative));
-          relative_step = statistics.max_relative * 0x1p23;
+          statistics.relative[k].take(double(relative), {input_[i]});
+          relative_step = statistics.relative[k].error * 0x1p23;
         }
       }
       if (!settled) {
@@ -268,6 +269,7 @@ class Exhauster {
     Statistics::Range& range = statistics.ranges[range_of(first, 4)];
     range.count += part.count;
     range.sum += double(sum);
+    statistics.ulp[k].take(double(largest), part.worst);
     if (double(largest) > range.max) range.max = double(largest), range.worst = part.worst;
     if (part.count > 0) {
       float& bin = statistics.envelope[size_t(envelope_bin(first, 4))];
@@ -299,6 +301,7 @@ class Exhauster {
     found.ulp = error.ulp;
     statistics.add_worst(found);
     statistics.max_relative = std::max(statistics.max_relative, error.relative);
+    statistics.relative[found.result].take(error.relative, found.argument);
     if (mpfr_regular_p(exact) && mpfr_get_exp(exact) < -125)
       statistics.max_subnormal = std::max(statistics.max_subnormal, error.ulp);
     return error.ulp;
@@ -350,6 +353,7 @@ void exhaust(const std::vector<const Function*>& grades, Exhaustion& exhaustion,
           for (size_t g = 0; g < grades.size(); ++g) {
             own[g].worst = exhaustion.statistics[g].worst;
             own[g].max_relative = exhaustion.statistics[g].max_relative;
+            std::copy_n(exhaustion.statistics[g].relative, 2, own[g].relative);
           }
         }
         exhauster->measure(left[i], own);

@@ -25,6 +25,9 @@ std::vector<Case> cases_of(const Json& raw) {
   return all;
 }
 
+Json raw(const Largest& largest) { return {finite(largest.error), largest.argument}; }
+Largest largest_of(const Json& raw) { return {raw.at(0), raw.at(1)}; }
+
 Json hex(const Function& function, const Argument& argument) {
   Json all = Json::array();
   for (int i = 0; i < Oracle::arguments(function); ++i)
@@ -48,6 +51,31 @@ Json reported(const Function& function, const std::vector<Case>& cases) {
   return all;
 }
 
+std::string part_name(const Function& function, int result) {
+  if (Oracle::results(function) == 1) return "";
+  if (function.type.complex()) return result == 0 ? "real" : "imaginary";
+  if (function.family == "SinCos") return result == 0 ? "sine" : "cosine";
+  return result == 0 ? "integer" : "fraction";
+}
+
+// The largest error of each kind that a promise may be made in, and of each part of a result.
+Json all_largest(const Function& function, const Statistics& s) {
+  Json all = Json::array();
+  const auto add = [&](const char* kind, const std::string& part, const Largest& largest) {
+    if (largest.error == 0) return;
+    Json entry{{"kind", kind}};
+    if (!part.empty()) entry["part"] = part;
+    entry["error"] = finite(largest.error);
+    entry["arguments"] = hex(function, largest.argument);
+    all.push_back(entry);
+  };
+  for (int k = 0; k < Oracle::results(function); ++k) add("ulp", part_name(function, k), s.ulp[k]);
+  for (int k = 0; k < Oracle::results(function); ++k)
+    add("relative", part_name(function, k), s.relative[k]);
+  if (function.type.complex()) add("normwise", "", s.normwise);
+  return all;
+}
+
 Json judged(const Statistics& statistics, const Accuracy& bound) {
   return {{"bound", text_of(bound)}, {"met", within(statistics, bound)}};
 }
@@ -66,6 +94,9 @@ Json record_of(const Statistics& s) {
           {"sum", finite(s.sum)},
           {"max_relative", finite(s.max_relative)},
           {"max_normwise", finite(s.max_normwise)},
+          {"ulp", {raw(s.ulp[0]), raw(s.ulp[1])}},
+          {"relative", {raw(s.relative[0]), raw(s.relative[1])}},
+          {"normwise", raw(s.normwise)},
           {"max_beside", finite(s.max_beside)},
           {"max_subnormal", finite(s.max_subnormal)},
           {"classes", s.classes},
@@ -87,6 +118,11 @@ Statistics statistics_of(const Json& record) {
   record.at("max_subnormal").get_to(s.max_subnormal);
   record.at("classes").get_to(s.classes);
   record.at("envelope").get_to(s.envelope);
+  for (size_t k = 0; k < 2; ++k) {
+    s.ulp[k] = largest_of(record.at("ulp").at(k));
+    s.relative[k] = largest_of(record.at("relative").at(k));
+  }
+  s.normwise = largest_of(record.at("normwise"));
   for (size_t i = 0; i < kRanges; ++i) {
     const Json& range = record.at("ranges").at(i);
     s.ranges[i] = {range.at(0), range.at(1), range.at(2), range.at(3)};
@@ -138,6 +174,7 @@ Json report_of(const Function& function, const Statistics& s, bool exhaustive) {
               {"guarantee", judged(s, guarantee(function))}};
   if (function.type.complex()) report["max_normwise"] = finite(s.max_normwise);
   if (const Goal* goal = find_goal(function)) report["goal"] = judged(s, goal->accuracy);
+  report["largest"] = all_largest(function, s);
   if (s.beside > 0) report["exceptions"] = {{"count", s.beside}, {"max_ulp", finite(s.max_beside)}};
   report["worst"] = reported(function, s.worst);
   if (s.mismatches > 0) report["mismatched"] = reported(function, s.mismatched);

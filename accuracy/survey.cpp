@@ -94,6 +94,8 @@ class Surveyor {
       }
       statistics.add(found, width_);
       statistics.max_relative = std::max(statistics.max_relative, error.relative);
+      statistics.ulp[k].take(error.ulp, argument);
+      statistics.relative[k].take(error.relative, argument);
       const mpfr_srcptr exact = oracle_.exact(k);
       if (mpfr_regular_p(exact) && mpfr_get_exp(exact) - 1 < layout(width_).least_exponent())
         statistics.max_subnormal = std::max(statistics.max_subnormal, error.ulp);
@@ -102,6 +104,7 @@ class Surveyor {
     if (parts_ == 2 && covered && normwise > 0) {
       const double magnitude = std::hypot(size_of(oracle_.exact(0)), size_of(oracle_.exact(1)));
       statistics.max_normwise = std::max(statistics.max_normwise, normwise / magnitude);
+      statistics.normwise.take(normwise / magnitude, argument);
     }
   }
 
@@ -205,6 +208,11 @@ void Statistics::merge(const Statistics& other) {
   sum += other.sum;
   max_relative = std::max(max_relative, other.max_relative);
   max_normwise = std::max(max_normwise, other.max_normwise);
+  for (int k = 0; k < 2; ++k) {
+    ulp[k].take(other.ulp[k]);
+    relative[k].take(other.relative[k]);
+  }
+  normwise.take(other.normwise);
   max_beside = std::max(max_beside, other.max_beside);
   max_subnormal = std::max(max_subnormal, other.max_subnormal);
   for (int i = 0; i < kClasses; ++i) classes[i] += other.classes[i];

@@ -34,9 +34,23 @@ constexpr int kWorst = 10;
 // Intervals of the argument line in which the largest error is kept, for plots.
 constexpr int kEnvelope = 512;
 
+// The largest error of a kind and where it is.
+struct Largest {
+  double error = 0;
+  Argument argument{};
+
+  void take(double other_error, const Argument& other_argument) {
+    if (other_error > error || (other_error == error && error > 0 && other_argument < argument))
+      error = other_error, argument = other_argument;
+  }
+  void take(const Largest& other) { take(other.error, other.argument); }
+};
+
 struct Statistics {
   uint64_t count = 0, mismatches = 0, beside = 0;
   double sum = 0, max_relative = 0, max_normwise = 0;
+  Largest ulp[2], relative[2];  // of each real number of the result
+  Largest normwise;
   double max_beside = 0;     // where the function's documented exceptions lie
   double max_subnormal = 0;  // over results below the least normal number
   uint64_t classes[kClasses] = {};

@@ -6,6 +6,7 @@
 #include "catalog/thread_count.h"
 #include "catalog/lookup.h"
 #include "cli/checkpoint.h"
+#include "cli/figures.h"
 #include "cli/files.h"
 #include "cli/numbers.h"
 #include "cli/plot.h"
@@ -25,7 +26,8 @@
 struct AccuracyOptions {
   std::vector<std::string> patterns;
   bench::Sampling sampling;
-  std::string range, plot, json;
+  std::string range, plot, json, record;
+  std::vector<std::string> at;
   bool exhaustive = false, details = false, fresh = false, clear = false;
   int processors = 0;
 };
@@ -60,6 +62,37 @@ static void set_range(AccuracyOptions& options) {
   if (!(options.sampling.low < options.sampling.high))
     throw Failure("--range: the first number must be below the second");
   if (options.exhaustive) throw Failure("--range cannot be combined with --exhaustive");
+}
+
+// Every block that a kernel works in is full of the argument, so that it goes the way that ordinary
+// elements go.
+constexpr int kCopies = 64;
+
+static bench::Argument parse_argument(const std::string& text, const Function& function) {
+  bench::Argument argument{};
+  int count = 0;
+  for (size_t start = 0; start <= text.size(); ++count) {
+    const size_t end = std::min(text.find(',', start), text.size());
+    std::string why = "too many numbers";
+    if (count == bench::Oracle::arguments(function) ||
+        !parse_real(text.substr(start, end - start), function.type.width, argument[size_t(count)],
+                    why))
+      throw Failure(fmt::format("--at {}: {}: {}", in_quotes(text), function.name, why));
+    start = end + 1;
+  }
+  if (count < bench::Oracle::arguments(function))
+    throw Failure(fmt::format("--at {}: {} takes {} numbers, with commas between them",
+                              in_quotes(text), function.name, bench::Oracle::arguments(function)));
+  return argument;
+}
+
+static std::vector<bench::Argument> arguments_of(const Function& function,
+                                                 const AccuracyOptions& options) {
+  if (options.at.empty()) return bench::make_arguments(function, options.sampling);
+  std::vector<bench::Argument> all;
+  for (const std::string& text : options.at)
+    all.insert(all.end(), kCopies, parse_argument(text, function));
+  return all;
 }
 
 // ---- Measuring
@@ -97,6 +130,7 @@ class Run {
     std::string text =
         fmt::format("accuracy {} {} {} {} {}", options_.sampling.samples, options_.sampling.seed,
                     options_.sampling.low, options_.sampling.high, options_.exhaustive);
+    for (const std::string& argument : options_.at) text += " at " + argument;
     for (const Group& group : groups_)
       for (const Function* f : group) text += fmt::format(" {}", f->name);
     return text;
@@ -116,6 +150,7 @@ class Run {
     Json entries = Json::array();
     for (size_t g = 0; g < group.size(); ++g) {
       Json entry = bench::report_of(*group[g], statistics[g], exhaustive);
+      if (!options_.at.empty()) entry["method"] = "named";
       const bench::SpecialOutcome special = bench::check_special_values(*group[g]);
       entry["special_values"] = {
           {"rows", special.rows}, {"cases", special.cases}, {"failures", special.failures}};
@@ -142,8 +177,7 @@ class Run {
   }
 
   std::vector<bench::Statistics> sample(const Group& group, size_t index) {
-    const std::vector<bench::Argument> arguments =
-        bench::make_arguments(*group[0], options_.sampling);
+    const std::vector<bench::Argument> arguments = arguments_of(*group[0], options_);
     if (arguments.empty()) throw Failure("no argument lies in that range");
     Progress progress(fmt::format("{}/{} {}", index + 1, groups_.size(), label(group)),
                       arguments.size(), Progress::kShare);
@@ -313,6 +347,8 @@ static std::string axis_ticks(int width) {
   return ticks;
 }
 
+constexpr size_t kColumn = 4;  // intervals of the envelope to a point of the curve
+
 // A panel per family and type, a line per grade whose results differ.
 static std::string panel(const std::vector<Json>& grades, size_t number) {
   const int width = grades[0].at("type").get<std::string>().substr(0, 2) == "32" ? 4 : 8;
@@ -326,14 +362,14 @@ static std::string panel(const std::vector<Json>& grades, size_t number) {
     if (repeated) continue;
     const std::string name = fmt::format("$d{}_{}", number, g);
     data += name + " << END\n";
-    for (size_t i = 0; i + 1 < envelope.size(); i += 2) {
+    for (size_t i = 0; i + kColumn <= envelope.size(); i += kColumn) {
       double ulp = -1;
-      for (const size_t k : {i, i + 1})
+      for (size_t k = i; k < i + kColumn; ++k)
         if (!envelope[k].is_null()) ulp = std::max(ulp, std::min(envelope[k].get<double>(), 1e6));
       most = std::max(most, ulp);
-      data += ulp < 0
-                  ? "\n"
-                  : fmt::format("{:.3f} {:.3g}\n", double(i + 1) / double(envelope.size()), ulp);
+      data += ulp < 0 ? "\n"
+                      : fmt::format("{:.3f} {:.3g}\n",
+                                    double(i + kColumn / 2) / double(envelope.size()), ulp);
     }
     data += "END\n";
     std::string title;
@@ -404,6 +440,8 @@ static void measure_and_tell(const AccuracyOptions& options, Run& run) {
     if (!options.range.empty()) document["range"] = options.range;
     write_file(options.json, document.dump(1, ' ', false, Json::error_handler_t::replace) + "\n");
   }
+  if (!options.record.empty())
+    record_figures(options.record, functions, options.sampling.whole_line() && options.at.empty());
   if (!options.plot.empty()) plot_accuracy(options.plot, functions);
   run.finish();
   const auto broken = std::count_if(functions.begin(), functions.end(), [](const Json& entry) {
@@ -419,13 +457,19 @@ static void measure_and_tell(const AccuracyOptions& options, Run& run) {
 static void accuracy(AccuracyOptions options) {
   if (options.clear) return clear();
   set_range(options);
+  if (!options.at.empty() && (options.exhaustive || !options.range.empty()))
+    throw Failure("--at cannot be combined with --exhaustive or --range");
   if (!options.json.empty()) require_writable(options.json);
+  if (!options.record.empty()) require_recordable(options.record);
   if (!options.plot.empty()) require_drawable(options.plot);
   if (options.processors == 0)
     options.processors = int(std::max(1u, std::thread::hardware_concurrency()));
   bench::set_thread_count(1);  // the work is divided here
+  const std::vector<Group> groups = chosen(options);
+  for (const Group& group : groups)
+    for (const std::string& text : options.at) parse_argument(text, *group[0]);
   const Interrupt interrupt;
-  Run run(options, chosen(options));
+  Run run(options, groups);
   try {
     measure_and_tell(options, run);
   } catch (const Json::exception&) {  // only what was kept can lack anything
@@ -448,12 +492,21 @@ void add_accuracy(CLI::App& program) {
                     "All 2^32 arguments of the one-argument 32f functions (others are sampled)");
   command->add_option("--range", options->range, "Only first arguments between A and B")
       ->type_name("A:B");
+  command
+      ->add_option("--at", options->at,
+                   "Only this argument; the real numbers of one with commas between them")
+      ->type_name("NUMBERS");
   command->add_option("--seed", options->sampling.seed, "Of the random arguments")
       ->capture_default_str()
       ->transform(whole_number(0, UINT64_MAX));
   command->add_option("--plot", options->plot, "Draw the largest error over the argument")
       ->type_name("FILE.svg");
   command->add_option("--json", options->json, "Write all figures to this file")->type_name("FILE");
+  command
+      ->add_option("--record", options->record,
+                   "Keep the largest errors ever found in this file, until a function's results "
+                   "change")
+      ->type_name("FILE");
   command->add_flag("--details", options->details,
                     "Ten worst, histogram and ranges of every function (default for one family)");
   command->add_option("--processors", options->processors, "To work on (default: all)")
@@ -474,6 +527,7 @@ void add_accuracy(CLI::App& program) {
       "  luxvm accuracy Exp_64f\n"
       "  luxvm accuracy 'luxs*_32f_A24' --samples 20000 --json errors.json\n"
       "  luxvm accuracy Exp_32f --exhaustive --plot exp.svg\n"
-      "  luxvm accuracy Exp_64f --range -1:1");
+      "  luxvm accuracy Exp_64f --range -1:1\n"
+      "  luxvm accuracy Pow_64f --at 1.5,-0x1p-3 --record accuracy/figures.json");
   command->callback([options] { accuracy(*options); });
 }

@@ -172,7 +172,7 @@ static void draw_bars(const std::string& path, const std::vector<BenchRow>& rows
                     [&](const Cluster& c) { return !std::isnan(series.value(c)); }))
       shown.push_back(&series);
   // A cluster fills 0.84 of its place, whichever of the series it has.
-  std::string data, plots, labels, goals;
+  std::string data, plots, labels;
   const double width = 0.84 / double(shown.size());
   std::vector<std::string> points(shown.size());
   for (size_t k = 0; k < clusters.size(); ++k) {
@@ -185,23 +185,15 @@ static void draw_bars(const std::string& path, const std::vector<BenchRow>& rows
     for (size_t i = 0; i < has.size(); ++i)
       points[has[i]] += fmt::format("{:.4f} {:.4g}\n", left + width * (double(i) + 0.5),
                                     shown[has[i]]->value(cluster));
-    for (size_t i = 0; i < cluster.rows.size() && i < has.size(); ++i)
-      if (const double goal = cluster.rows[i]->goal(); goal > 0)
-        goals +=
-            fmt::format("{:.4f} {} {:.4f}\n", left + width * (double(i) + 0.5), goal, width / 2);
   }
   for (size_t s = 0; s < shown.size(); ++s) {
     data += fmt::format("$s{} << END\n{}END\n", s, points[s]);
-    plots += fmt::format("{}$s{} using 1:2 with boxes fs solid lc rgb '{}' title '{}'",
+    plots += fmt::format("{}$s{} using 1:2 with boxes fs solid noborder lc rgb '{}' title '{}'",
                          s ? ", " : "", s, shown[s]->colour, shown[s]->title);
-  }
-  if (!goals.empty()) {
-    data += fmt::format("$goals << END\n{}END\n", goals);
-    plots += ", $goals using 1:2:3 with xerrorbars pt -1 lw 2 lc rgb '#000000' title 'goal'";
   }
   const int pixels = std::clamp(140 + int(clusters.size() * (shown.size() * 7 + 6)), 560, 1500);
   draw_svg(path, pixels, 460,
-           fmt::format("{}set boxwidth {:.4f}\nset errorbars 0\n"
+           fmt::format("{}set boxwidth {:.4f}\n"
                        "set xtics rotate by -45 ({}) noenhanced\nset xrange [-0.7:{}]\n"
                        "set key outside top center horizontal Left reverse samplen 2\n{}plot {}\n",
                        kCommon, width * 0.94, labels, double(clusters.size()) - 0.3, data, plots));

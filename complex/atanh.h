@@ -8,7 +8,7 @@
 // cancel. The abscissa of the angle may, but where it does it is small beside 2y: its error, 2^-64
 // of y^2 or of |1-x^2|, moves the angle by at most 2^-62 of itself everywhere.
 //
-// Worst error found (sampled), also of atan: 0.5009 ulp, from the sums and quotients before the
+// Worst error found (sampled), also of atan: 0.5010 ulp, from the sums and quotients before the
 // last rounding.
 #ifndef LUX_COMPLEX_ATANH_H
 #define LUX_COMPLEX_ATANH_H

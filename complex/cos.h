@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Complex cosine: cos z = cosh(iz), whose turn only changes the sign of the imaginary part. Worst
-// error found (sampled): 0.5009 ulp.
+// error found (sampled): 0.5010 ulp.
 #ifndef LUX_COMPLEX_COS_H
 #define LUX_COMPLEX_COS_H
 

@@ -7,7 +7,7 @@
 // its exact value does.
 //
 // e^x brings 0.53 units of the last place of 64 bits, sine and cosine 2.5, the product one half:
-// 0.502 ulp of a double. Worst error found 0.5008 ulp (sampled).
+// 0.502 ulp of a double. Worst error found 0.5009 ulp (sampled).
 #ifndef LUX_COMPLEX_EXP_H
 #define LUX_COMPLEX_EXP_H
 

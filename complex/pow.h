@@ -11,7 +11,7 @@
 // small difference or the remainder of large terms, and pow.cpp takes about 120 bits for each; so
 // it does where a part is so near 0 that the error of a counts in its last places.
 //
-// Worst found, sampled: 2^-53.00 of the magnitude; 0.97 ulp of a part above 2^-60 |w log z| of it.
+// Worst found, sampled: 2^-52.99 of the magnitude; 0.97 ulp of a part above 2^-60 |w log z| of it.
 #ifndef LUX_COMPLEX_POW_H
 #define LUX_COMPLEX_POW_H
 

@@ -19,7 +19,7 @@ constexpr struct {
   OF(Trunc, type, ALL) OF(Round, type, ALL) OF(NearbyInt, type, ALL) OF(Rint, type, ALL)
 #include "conformance/special_values.def"
 #define FUNCTIONS(family, symmetry, relative, relation) FUNCTION(family, ) FUNCTION(relative, )
-#define FUNCTION(family, ...) OF(family, 32fc, ) OF(family, 64fc, )
+#define FUNCTION(family, ...) {#family, "32fc"}, {#family, "64fc"},
 #define ACROSS(...)
 #define AT(...)
 #define ALONE(...)

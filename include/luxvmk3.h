@@ -85,7 +85,8 @@ LUX_API const LuxLibraryVersion* luxvmGetLibVersion(void);
 
 /** dst[i] = 1 / src[i].
  *
- *  Accuracy: 32f correctly rounded, 64f at most 0.502 ulp; all grades are one computation.
+ *  Accuracy: 32f at most 1 ulp (largest found 0.5000); 64f at most 1 ulp (largest found 0.5005).
+ *  32f is correctly rounded, and all grades are one computation.
  *  A zero gives the infinity of its sign, code LUX_POLE; infinities give signed zeros; a NaN comes
  *  out quiet. Overflow of 1/x for a tiny subnormal gives infinity without a code.
  *  64f shares one division among four elements when their product fits the single range, so the
@@ -99,7 +100,8 @@ LUX_API LuxStatus luxsInv_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = src1[i] / src2[i].
  *
- *  Accuracy: 32f correctly rounded, 64f at most 0.502 ulp; all grades are one computation.
+ *  Accuracy: 32f at most 1 ulp (largest found 0.5000); 64f at most 1 ulp (largest found 0.5006).
+ *  32f is correctly rounded, and all grades are one computation.
  *  A zero divisor is reported with LUX_POLE: in 32f unless the dividend is a NaN, in 64f always;
  * the stored value is the IEEE quotient (infinity, or a NaN for 0/0). Infinities, NaNs, overflow
  * and underflow give the IEEE quotient and no code. Returns LUX_OK, LUX_BAD_LENGTH,
@@ -115,9 +117,9 @@ LUX_API LuxStatus luxsDiv_64f_A53(const double* src1, const double* src2, double
 
 /** dst[i] = the square root of src[i].
  *
- *  Accuracy: 32f at most 0.89 ulp, 0.99 ulp on any processor (it starts from the processor's own
- *  estimate, so last bits may differ between processors); 64f at most 0.705 ulp. Squares of
- *  integers give the integer. All grades of a type are one computation.
+ *  Accuracy: 32f at most 0.99 ulp (largest found 0.8467); 64f at most 1 ulp (largest found 0.7034).
+ *  It starts from the processor's own estimate, so in 32f last bits and largest error differ
+ *  between processors; the bound holds on any. Squares of integers give the integer. All grades of a type are one computation.
  *  A zero gives itself, sign kept; +infinity itself; a NaN comes out quiet: no code. A negative
  *  number or -infinity gives a NaN, 0xFFC00000 in 32f and 0x7FF8A5A55A5A5A5A in 64f, with
  *  LUX_DOMAIN. Where denormals-are-zero is set, 32f promises results of normal arguments only.
@@ -130,8 +132,9 @@ LUX_API LuxStatus luxsSqrt_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = 1 over the square root of src[i].
  *
- *  Accuracy: 32f at most 0.985 ulp, 0.995 ulp on any processor; 64f at most 0.79 ulp. All grades of
- *  a type are one computation.
+ *  Accuracy: 32f at most 0.995 ulp (largest found 0.8411); 64f at most 1 ulp (largest found
+ *  0.7878). Other processors have other last bits in 32f, as for Sqrt: an Intel Xeon up to 0.9846.
+ *  All grades of a type are one computation.
  *  A zero gives the infinity of its sign with LUX_POLE; a negative number or -infinity a NaN,
  *  0xFFC00000 in 32f and 0x7FF8A5A55A5A5A5A in 64f, with LUX_DOMAIN; +infinity gives +0 and a NaN
  *  comes out quiet: no code.
@@ -152,7 +155,8 @@ LUX_API LuxStatus luxsInvSqrt_64f_A53(const double* src, double* dst, int32_t le
 
 /** dst[i] = cube root of src[i], with the sign of src[i].
  *
- *  Accuracy: 32f at most 0.607 ulp, 64f at most 0.51 ulp; all grades of a type are one computation.
+ *  Accuracy: 32f at most 1 ulp (largest found 0.6063); 64f at most 1 ulp (largest found 0.5011).
+ *  All grades of a type are one computation.
  *  Zeros, infinities and their signs pass, a NaN comes out quiet; subnormals have their cube root.
  *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsCbrt_32f_A11(const float* src, float* dst, int32_t len);
@@ -163,8 +167,9 @@ LUX_API LuxStatus luxsCbrt_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = 1 over the cube root of src[i], with the sign of src[i].
  *
- *  Accuracy: 32f A24 at most 0.51 ulp, A21 and A11 within their relative errors of 2^-21 and 2^-11;
- *  64f at most 0.51 ulp, both grades are one computation.
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5053), A21 relative 2^-21 (largest found
+ *  2^-23.16), A11 relative 2^-11 (largest found 2^-14.93); 64f at most 1 ulp (largest found
+ *  0.5025). Both grades of 64f are one computation.
  *  Special values:
  *    +0 and -0 give +infinity and -infinity with LUX_POLE;
  *    +infinity and -infinity give +0 and -0, a NaN comes out quiet: no code.
@@ -181,8 +186,10 @@ LUX_API LuxStatus luxsInvCbrt_64f_A53(const double* src, double* dst, int32_t le
 
 /** dst[i] = src1[i] to the power src2[i].
  *
- *  Accuracy: 32f A24 at most 0.51 ulp; A21 a relative error of 2^-21, A11 of 2^-11, for subnormal
- *  results at most one unit of the smallest subnormal; 64f A53 at most 0.51 ulp, A50 at most 4 ulp.
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5017), A21 relative 2^-21 (largest found
+ *  2^-23.25), A11 relative 2^-11 (largest found 2^-15.45); 64f A53 at most 1 ulp (largest found
+ *  0.5011), A50 at most 4 ulp (largest found 2.1343). A subnormal result of A21 and A11 is off by
+ *  at most one unit of the smallest subnormal.
  *  Subnormal results are rounded once.
  *  Special values are those of the C standard's Annex F; a NaN comes out quiet: no code, and 1 to
  *  any power and anything to the power 0 are 1. Reported are, with finite operands:
@@ -198,6 +205,9 @@ LUX_API LuxStatus luxsPow_64f_A50(const double* src1, const double* src2, double
 LUX_API LuxStatus luxsPow_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
 
 /** dst[i] = src[i] to the power scalar: what Pow gives, with one exponent for all elements.
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5017), A21 relative 2^-21 (largest found
+ *  2^-23.36), A11 relative 2^-11 (largest found 2^-15.44); 64f A53 at most 1 ulp (largest found
+ *  0.5011), A50 at most 4 ulp (largest found 2.1343).
  *  Reports get the address of a copy of the exponent as the second source. */
 LUX_API LuxStatus luxsPowx_32f_A11(const float* src, float scalar, float* dst, int32_t len);
 LUX_API LuxStatus luxsPowx_32f_A21(const float* src, float scalar, float* dst, int32_t len);
@@ -210,7 +220,8 @@ LUX_API LuxStatus luxsPowx_64f_A53(const double* src, double scalar, double* dst
 
 /** dst[i] = e to the power src[i].
  *
- *  Accuracy: 32f at most 0.612 ulp, 64f at most 0.80 ulp; all grades of a type are one computation.
+ *  Accuracy: 32f at most 1 ulp (largest found 0.6109); 64f at most 1 ulp (largest found 0.7944).
+ *  All grades of a type are one computation.
  *  e^0 is exactly 1. Special values:
  *    +infinity gives +infinity, -infinity gives +0, a NaN comes out quiet: no code;
  *    32f: from 88.72284 on +infinity with LUX_OVERFLOW, below -103.97208 +0 with LUX_UNDERFLOW;
@@ -230,7 +241,8 @@ LUX_API LuxStatus luxsExp_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the natural logarithm of src[i].
  *
- *  Accuracy: 32f at most 0.746 ulp, 64f at most 0.68 ulp; all grades of a type are one computation.
+ *  Accuracy: 32f at most 1 ulp (largest found 0.7450); 64f at most 1 ulp (largest found 0.6738).
+ *  All grades of a type are one computation.
  *  ln 1 is +0. Special values:
  *    +0 and -0 give -infinity with LUX_POLE;
  *    negative values, also -infinity, give the default NaN with LUX_DOMAIN;
@@ -248,7 +260,8 @@ LUX_API LuxStatus luxsLn_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the decimal logarithm of src[i].
  *
- *  Accuracy: 32f at most 0.712 ulp, 64f at most 0.94 ulp. Everything else as for Ln. */
+ *  Accuracy: 32f at most 1 ulp (largest found 0.7110); 64f at most 1 ulp (largest found 0.9338).
+ *  Everything else as for Ln. */
 LUX_API LuxStatus luxsLog10_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsLog10_32f_A21(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsLog10_32f_A24(const float* src, float* dst, int32_t len);
@@ -260,8 +273,9 @@ LUX_API LuxStatus luxsLog10_64f_A53(const double* src, double* dst, int32_t len)
 
 /** dst[i] = the sine of src[i], which is in radians and may have any size.
  *
- *  Accuracy: 32f A24 at most 0.802 ulp, A21 and A11 (one computation) at most 3.91 ulp.
- *  64f at most 0.529 ulp, both grades are one computation.
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.8011), A21 and A11 relative 2^-21 (largest
+ *  found 2^-22.03); 64f at most 1 ulp (largest found 0.5278). A21 and A11 are one computation, and
+ *  so are both grades of 64f.
  *  32f beyond 500000 in magnitude (A24), 1000000 (A21, A11): 0.501 ulp, 64f from 128000 on: 0.52
  * ulp, and then so are the other elements of the same block of four. sin(-x) is exactly -sin(x) and
  * zeros keep their sign. An infinity gives the default NaN, code LUX_DOMAIN. A NaN comes out quiet
@@ -275,8 +289,9 @@ LUX_API LuxStatus luxsSin_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the cosine of src[i], which is in radians and may have any size.
  *
- *  Accuracy: 32f A24 at most 0.802 ulp, A21 and A11 (one computation) at most 2.89 ulp.
- *  64f at most 0.529 ulp, both grades are one computation.
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.8011), A21 and A11 relative 2^-21 (largest
+ *  found 2^-22.46); 64f at most 1 ulp (largest found 0.5285). A21 and A11 are one computation, and
+ *  so are both grades of 64f.
  *  32f beyond 500000 in magnitude (A24), 10048 (A21, A11): 0.501 ulp, 64f from 128000 on: 0.52 ulp,
  *  and then so are the other elements of the same block of four.
  *  The cosine of 0 is 1 in 64f and A24, and 1.0000001 in A21 and A11. Infinities and NaNs as for
@@ -290,11 +305,12 @@ LUX_API LuxStatus luxsCos_64f_A53(const double* src, double* dst, int32_t len);
 /** dst1[i] = the sine and dst2[i] = the cosine of src[i], which is in radians and may have any
  *  size.
  *
- *  Accuracy: 32f A24 at most 0.564 ulp, A21 and A11 (one computation) at most 1.94 ulp; 64f A53 at
- *  most 0.51 ulp, A50 at most 4 ulp. 32f beyond 1000000 in magnitude: 0.501 ulp, 64f from 128000
- * on: 0.52 ulp, and then so are the other elements of the same block of four. The last bit may
- * differ from what Sin and Cos give. Zeros give (that zero, 1). Infinities and NaNs as for Sin, in
- * both. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5630), A21 and A11 relative 2^-21 (largest
+ *  found 2^-22.66); 64f A53 at most 1 ulp (largest found 0.5008), A50 at most 4 ulp (largest found
+ *  3.0510). A21 and A11 are one computation. 32f beyond 1000000 in magnitude: 0.501 ulp, 64f from
+ *  128000 on: 0.52 ulp, and then so are the other elements of the same block of four. The last bit
+ *  may differ from what Sin and Cos give. Zeros give (that zero, 1). Infinities and NaNs as for
+ *  Sin, in both. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
 LUX_API LuxStatus luxsSinCos_32f_A11(const float* src, float* dst1, float* dst2, int32_t len);
 LUX_API LuxStatus luxsSinCos_32f_A21(const float* src, float* dst1, float* dst2, int32_t len);
 LUX_API LuxStatus luxsSinCos_32f_A24(const float* src, float* dst1, float* dst2, int32_t len);
@@ -303,10 +319,11 @@ LUX_API LuxStatus luxsSinCos_64f_A53(const double* src, double* dst1, double* ds
 
 /** dst[i] = the tangent of src[i], which is in radians and may have any size.
  *
- *  Accuracy: 32f A24 at most 0.937 ulp, A21 and A11 (one computation) at most 3.88 ulp.
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.9356), A21 and A11 relative 2^-21 (largest
+ *  found 2^-21.97); 64f A53 at most 1 ulp (largest found 0.5012), A50 at most 4 ulp (largest found
+ *  1.6506). A21 and A11 are one computation.
  *  32f beyond 128000 in magnitude (A24), 500000 (A21, A11): 0.501 ulp, and then so are the other
  *  elements of the same block of four.
- *  64f A53 at most 0.51 ulp, A50 at most 4 ulp.
  *  Zeros keep their sign; no result overflows. An infinity gives the default NaN, code LUX_DOMAIN.
  *  A NaN comes out quiet in 32f; in 64f it gives the default NaN, without a code unless its upper
  *  word is 0x7FF00000 without the sign.
@@ -322,8 +339,9 @@ LUX_API LuxStatus luxsTan_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the angle in [0, pi] whose cosine is src[i].
  *
- *  Accuracy: A24 and A53 at most 1 ulp (measured 0.501), A21 relative error at most 2^-21, A11 at
- *  most 2^-11; A50 is the same computation as A53.
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5011), A21 relative 2^-21 (largest found
+ *  2^-22.73), A11 relative 2^-11 (largest found 2^-14.69); 64f at most 1 ulp (largest found
+ *  0.5006). A50 is the same computation as A53.
  *  acos(1) is +0. A magnitude above 1, infinities included, gives the default NaN with LUX_DOMAIN;
  *  a NaN comes out quiet.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
@@ -335,6 +353,9 @@ LUX_API LuxStatus luxsAcos_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the angle in [-pi/2, pi/2] whose sine is src[i].
  *
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5014), A21 relative 2^-21 (largest found
+ *  2^-21.80), A11 relative 2^-11 (largest found 2^-13.69); 64f at most 1 ulp (largest found
+ *  0.5008).
  *  Zeros keep their sign, and subnormals pass as they are. Everything else as for Acos. */
 LUX_API LuxStatus luxsAsin_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsAsin_32f_A21(const float* src, float* dst, int32_t len);
@@ -344,8 +365,9 @@ LUX_API LuxStatus luxsAsin_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the angle in [-pi/2, pi/2] whose tangent is src[i].
  *
- *  Accuracy: A24 and A53 at most 1 ulp (measured 0.501), A21 relative error at most 2^-21, A11 at
- *  most 2^-11; A50 is the same computation as A53.
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5007), A21 relative 2^-21 (largest found
+ *  2^-22.54), A11 relative 2^-11 (largest found 2^-14.79); 64f at most 1 ulp (largest found
+ *  0.5003). A50 is the same computation as A53.
  *  Zeros keep their sign, subnormals pass as they are, infinities give pi/2 with their sign, a NaN
  *  comes out quiet. Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsAtan_32f_A11(const float* src, float* dst, int32_t len);
@@ -356,8 +378,10 @@ LUX_API LuxStatus luxsAtan_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the angle of the point x = src2[i], y = src1[i], in [-pi, pi], signed as src1[i].
  *
- *  Accuracy as for Atan; an angle too small for a normal number is off by at most one unit of the
- *  smallest subnormal. Special values, with the sign of src1[i]:
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5004), A21 relative 2^-21 (largest found
+ *  2^-22.66), A11 relative 2^-11 (largest found 2^-14.79); 64f at most 1 ulp (largest found
+ *  0.5005). An angle too small for a normal number is off by at most one unit of the smallest
+ *  subnormal. Special values, with the sign of src1[i]:
  *    y zero: 0 for a positive x, +0 included; pi for a negative one, -0 included;
  *    y infinite: pi/4 for x = +infinity, 3 pi/4 for x = -infinity, else pi/2;
  *    x zero: pi/2;  x = +infinity: 0;  x = -infinity: pi.
@@ -376,8 +400,9 @@ LUX_API LuxStatus luxsAtan2_64f_A53(const double* src1, const double* src2, doub
 
 /** dst[i] = hyperbolic cosine of src[i].
  *
- *  Accuracy: A24 and A53 at most 1 ulp (measured 0.507 and 0.504), A50 at most 4 ulp, A21 relative
- *  error at most 2^-21, A11 at most 2^-11.
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5071), A21 relative 2^-21 (largest found
+ *  2^-23.01), A11 relative 2^-11 (largest found 2^-12.98); 64f A53 at most 1 ulp (largest found
+ *  0.5037), A50 at most 4 ulp (largest found 0.9162).
  *  Zeros and subnormals give 1, infinities +infinity without a code; a NaN comes out quiet.
  *  From 89.41599 (0x42B2D4FD) on in magnitude, in 64f from 710.47586 (0x408633CE8FB9F87E) on, a
  *  finite argument gives +infinity with LUX_OVERFLOW.
@@ -390,7 +415,10 @@ LUX_API LuxStatus luxsCosh_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = hyperbolic sine of src[i].
  *
- *  Accuracy as for Cosh. Zeros, subnormals and infinities come out as they are, a NaN quiet.
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5072), A21 relative 2^-21 (largest found
+ *  2^-22.18), A11 relative 2^-11 (largest found 2^-12.26); 64f A53 at most 1 ulp (largest found
+ *  0.5005), A50 at most 4 ulp (largest found 1.8196). Zeros, subnormals and infinities come out as
+ *  they are, a NaN quiet.
  *  Where Cosh overflows it is an infinity with the sign of src[i] and LUX_OVERFLOW.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_OVERFLOW. */
 LUX_API LuxStatus luxsSinh_32f_A11(const float* src, float* dst, int32_t len);
@@ -401,8 +429,9 @@ LUX_API LuxStatus luxsSinh_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = hyperbolic tangent of src[i].
  *
- *  Accuracy: 32f at most 0.762 ulp, 64f at most 1 ulp (measured 0.503); all grades of a type are
- * one computation. Zeros and subnormals come out as they are; from 10 on in magnitude, in 64f
+ *  Accuracy: 32f at most 1 ulp (largest found 0.7612); 64f at most 1 ulp (largest found 0.5033).
+ *  All grades of a type are one computation. Zeros and subnormals come out as they are; from 10 on
+ *  in magnitude, in 64f
  * from 19.061546 on, infinities among them, the result is 1 with the sign of src[i]; a NaN comes
  * out quiet. Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsTanh_32f_A11(const float* src, float* dst, int32_t len);
@@ -416,8 +445,9 @@ LUX_API LuxStatus luxsTanh_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the number from 0 on whose hyperbolic cosine is src[i].
  *
- *  Accuracy: A24 and A53 at most 1 ulp (measured 0.501), A21 relative error at most 2^-21, A11 at
- *  most 2^-11; A50 is the same computation as A53.
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5001), A21 relative 2^-21 (largest found
+ *  2^-21.97), A11 relative 2^-11 (largest found 2^-13.46); 64f at most 1 ulp (largest found
+ *  0.5007). A50 is the same computation as A53.
  *  1 gives +0, +infinity itself, a NaN comes out quiet.
  *  Below 1, zeros and -infinity among them: the default NaN, reported with LUX_DOMAIN.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
@@ -429,8 +459,10 @@ LUX_API LuxStatus luxsAcosh_64f_A53(const double* src, double* dst, int32_t len)
 
 /** dst[i] = the number whose hyperbolic sine is src[i].
  *
- *  Accuracy as for Acosh. Zeros keep their sign, subnormals pass as they are, infinities give
- *  themselves, a NaN comes out quiet.
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5009), A21 relative 2^-21 (largest found
+ *  2^-22.04), A11 relative 2^-11 (largest found 2^-13.46); 64f at most 1 ulp (largest found
+ *  0.5007). Zeros keep their sign, subnormals pass as they are, infinities give themselves, a NaN
+ *  comes out quiet.
  *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsAsinh_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsAsinh_32f_A21(const float* src, float* dst, int32_t len);
@@ -440,9 +472,11 @@ LUX_API LuxStatus luxsAsinh_64f_A53(const double* src, double* dst, int32_t len)
 
 /** dst[i] = the number whose hyperbolic tangent is src[i].
  *
- *  Accuracy as for Acosh. Zeros keep their sign, subnormals pass as they are, a NaN comes out
- *  quiet. 1 and -1 give infinity with their sign, reported with LUX_POLE; beyond, infinities among
- *  them, the default NaN, reported with LUX_DOMAIN.
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5008), A21 relative 2^-21 (largest found
+ *  2^-22.12), A11 relative 2^-11 (largest found 2^-13.46); 64f at most 1 ulp (largest found
+ *  0.5006). Zeros keep their sign, subnormals pass as they are, a NaN comes out quiet. 1 and -1
+ *  give infinity with their sign, reported with LUX_POLE; beyond, infinities among them, the
+ *  default NaN, reported with LUX_DOMAIN.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER, LUX_POLE or LUX_DOMAIN. */
 LUX_API LuxStatus luxsAtanh_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsAtanh_32f_A21(const float* src, float* dst, int32_t len);
@@ -455,8 +489,9 @@ LUX_API LuxStatus luxsAtanh_64f_A53(const double* src, double* dst, int32_t len)
 
 /** dst[i] = error function of src[i].
  *
- *  Accuracy: A24 and A53 at most 1 ulp (measured 0.501 and 0.505), A21 relative error at most
- *  2^-21, A11 at most 2^-11; A50 is the same computation as A53.
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5008), A21 relative 2^-21 (largest found
+ *  2^-22.47), A11 relative 2^-11 (largest found 2^-13.58); 64f at most 1 ulp (largest found
+ *  0.5047). A50 is the same computation as A53.
  *  Zeros keep their sign, subnormals give 2/sqrt(pi) times them, infinities give 1 with their
  *  sign; a NaN comes out quiet. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
@@ -468,9 +503,10 @@ LUX_API LuxStatus luxsErf_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = 1 less the error function of src[i], without cancellation.
  *
- *  Accuracy: A24 and A53 at most 1 ulp (measured 0.502 and 0.51), A50 at most 4 ulp, A21 relative
- *  error at most 2^-21, A11 at most 2^-11; a subnormal result is off by at most one unit of the
- *  smallest subnormal, under A24 and A53 by half of one.
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5017), A21 relative 2^-21 (largest found
+ *  2^-21.77), A11 relative 2^-11 (largest found 2^-11.99); 64f A53 at most 1 ulp (largest found
+ *  0.5081), A50 at most 4 ulp (largest found 1.8584). A subnormal result is off by at most one unit
+ *  of the smallest subnormal, under A24 and A53 by half of one.
  *  Special values and codes:
  *    -infinity gives 2, +infinity +0
  *    finite, from 10.0541954 (32f) or 27.226017111108366 (64f) on: +0, LUX_UNDERFLOW
@@ -488,8 +524,9 @@ LUX_API LuxStatus luxsErfc_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the number whose error function is src[i].
  *
- *  Accuracy: A24 and A53 at most 1 ulp (measured 0.501), A21 relative error at most 2^-21, A11 at
- *  most 2^-11; A50 is the same computation as A53.
+ *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5001), A21 relative 2^-21 (largest found
+ *  2^-21.42), A11 relative 2^-11 (largest found 2^-12.60); 64f at most 1 ulp (largest found
+ *  0.5012). A50 is the same computation as A53.
  *  1 and -1 give an infinity of their sign with LUX_POLE. A magnitude above 1, infinities included,
  *  gives the default NaN with LUX_DOMAIN. Zeros keep their sign, and a NaN comes out quiet.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER, LUX_POLE or LUX_DOMAIN. */
@@ -504,8 +541,9 @@ LUX_API LuxStatus luxsErfInv_64f_A53(const double* src, double* dst, int32_t len
 
 /** dst[i] = the square root of src1[i]^2 + src2[i]^2.
  *
- *  Accuracy: 32f at most 0.5001 ulp. 64f at most 1.23 ulp while the sum of the squares is a normal
- *  double, also under A53: the sum is rounded to a double before its root is taken.
+ *  Accuracy: 32f at most 1 ulp (largest found 0.5000); 64f at most 1.23 ulp (largest found 1.2169).
+ *  That of 64f holds while the sum of the squares is a normal double, and it stands for A53 too:
+ *  the sum is rounded to a double before its root is taken.
  *  hypot(0, 0) is +0. A NaN in either source gives a quiet NaN, also beside an infinity; an
  * infinity beside a number or an infinity gives +infinity. 64f: a sum at or above 2^1024 gives
  * 2^512, so hypot(1e300, 0) is 1.34e154. Two arguments that are both below 2^-523 are scaled up
@@ -524,9 +562,10 @@ LUX_API LuxStatus luxsHypot_64f_A53(const double* src1, const double* src2, doub
 
 /** dst[i] = the principal square root of src[i]: its real part is at least 0.
  *
- *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part. Zeros,
- *  infinities and NaNs as in C; on the negative real axis the result has a positive imaginary part,
- *  whatever the sign of the argument's zero: sqrt(-4 -+ 0i) = -+0 + 2i. Nothing is reported.
+ *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5001);
+ *  64fc at most 1 ulp (largest found 0.5006) in each part. Zeros, infinities and NaNs as in C; on
+ *  the negative real axis the result has a positive imaginary part, whatever the sign of the
+ *  argument's zero: sqrt(-4 -+ 0i) = -+0 + 2i. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsSqrt_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsSqrt_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
@@ -540,9 +579,10 @@ LUX_API LuxStatus luxsSqrt_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t le
 /** Pow: dst[i] = src1[i] to the power src2[i]. Powx: dst[i] = src[i] to the power c. The principal
  *  value, exp(w log z) with the angle of z in [-pi, pi].
  *
- *  All grades of a type share one computation. Accuracy: distance in the complex plane at most
- *  2^-52 (64fc), 2^-23.9 (32fc) of the result's magnitude, for every z and w with
- *  |w log z| < 2^60; each part alone 2 ulp while it is above 2^-60 |w log z| of the magnitude.
+ *  All grades of a type share one computation. Accuracy: 32fc at most 2^-23.9 of the magnitude
+ *  (largest found 2^-24.00); 64fc at most 2^-52 of the magnitude (largest found 2^-52.99), for
+ *  every z and w with |w log z| < 2^60; each part alone 2 ulp while it is above 2^-60 |w log z| of
+ *  the magnitude.
  *  Bases on the axes give exact directions: i^2 = -1 + 0i. z^0 is 1 for every z, NaNs included; 0^w
  *  is 0 where Re w > 0; infinities and NaNs go through w log z as the reference tells. Nothing is
  *  reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
@@ -567,8 +607,9 @@ LUX_API LuxStatus luxsPowx_64fc_A53(const Lux64fc* src, Lux64fc c, Lux64fc* dst,
 
 /** dst[i] = e^src[i] = e^x (cos y + i sin y).
  *
- *  All grades of a type share one computation. Accuracy: at most 0.502 ulp in each part; a part
- *  overflows or underflows only where its exact value does. Zeros, infinities and NaNs as in C.
+ *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5001);
+ *  64fc at most 1 ulp (largest found 0.5009) in each part; a part overflows or underflows only
+ *  where its exact value does. Zeros, infinities and NaNs as in C.
  * Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsExp_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsExp_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
@@ -581,9 +622,10 @@ LUX_API LuxStatus luxsExp_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len
 
 /** dst[i] = the principal logarithm of src[i]: log|z| + i angle, the angle in [-pi, pi].
  *
- *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part, also of the
- *  real part where |z| is next to 1. On the negative real axis the imaginary part has the sign of
- *  the argument's zero. Zeros, infinities and NaNs as in C: a zero gives the real part -infinity.
+ *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5000);
+ *  64fc at most 1 ulp (largest found 0.5020) in each part, also of the real part where |z| is next
+ *  to 1. On the negative real axis the imaginary part has the sign of the argument's zero. Zeros,
+ *  infinities and NaNs as in C: a zero gives the real part -infinity.
  *  Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsLn_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
@@ -597,9 +639,10 @@ LUX_API LuxStatus luxsLn_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len)
 
 /** dst[i] = the principal logarithm of src[i] to the base 10: log10|z| + i angle / log(10).
  *
- *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part, also of the
- *  real part where |z| is next to 1; powers of ten on the axes have exact real parts. Special
- *  arguments as of the natural logarithm. Nothing is reported.
+ *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5000);
+ *  64fc at most 1 ulp (largest found 0.5024) in each part, also of the real part where |z| is next
+ *  to 1; powers of ten on the axes have exact real parts. Special arguments as of the natural
+ *  logarithm. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsLog10_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsLog10_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
@@ -612,8 +655,9 @@ LUX_API LuxStatus luxsLog10_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t l
 
 /** dst[i] = the cosine of src[i]: cos x cosh y - i sin x sinh y.
  *
- *  All grades of a type share one computation. Accuracy: at most 0.504 ulp in each part, for real
- *  parts of any size. Zeros, infinities and NaNs as in C, by the hyperbolic cosine of -y + ix.
+ *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5001);
+ *  64fc at most 1 ulp (largest found 0.5010) in each part, for real parts of any size. Zeros,
+ *  infinities and NaNs as in C, by the hyperbolic cosine of -y + ix.
  * Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsCos_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsCos_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
@@ -626,8 +670,9 @@ LUX_API LuxStatus luxsCos_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len
 
 /** dst[i] = the sine of src[i]: sin x cosh y + i cos x sinh y.
  *
- *  All grades of a type share one computation. Accuracy: at most 0.504 ulp in each part, for real
- *  parts of any size. Zeros, infinities and NaNs as in C, by the hyperbolic sine of -y + ix.
+ *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5000);
+ *  64fc at most 1 ulp (largest found 0.5008) in each part, for real parts of any size. Zeros,
+ *  infinities and NaNs as in C, by the hyperbolic sine of -y + ix.
  * Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsSin_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsSin_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
@@ -640,9 +685,10 @@ LUX_API LuxStatus luxsSin_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len
 
 /** dst[i] = the tangent of src[i]: (sin x cos x + i sinh y cosh y) / (cos^2 x + sinh^2 y).
  *
- *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part, also next
- * to the poles. Zeros, infinities and NaNs as in C, by the hyperbolic tangent of -y + ix. Nothing
- * is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+ *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5001);
+ *  64fc at most 1 ulp (largest found 0.5021) in each part, also next to the poles. Zeros,
+ *  infinities and NaNs as in C, by the hyperbolic tangent of -y + ix. Nothing is reported. Returns
+ *  LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsTan_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsTan_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsTan_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
@@ -654,9 +700,10 @@ LUX_API LuxStatus luxsTan_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len
 
 /** dst[i] = the arc cosine of src[i]: its real part is in [0, pi].
  *
- *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part. Cut along
- *  the real axis outside [-1, 1], where the sign of the argument's zero chooses the side; zeros,
- *  infinities and NaNs as in C. Nothing is reported.
+ *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5000);
+ *  64fc at most 1 ulp (largest found 0.5009) in each part. Cut along the real axis outside [-1, 1],
+ *  where the sign of the argument's zero chooses the side; zeros, infinities and NaNs as in C.
+ *  Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsAcos_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsAcos_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
@@ -669,9 +716,10 @@ LUX_API LuxStatus luxsAcos_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t le
 
 /** dst[i] = the arc sine of src[i]: its real part is in [-pi/2, pi/2].
  *
- *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part. Cut along
- *  the real axis outside [-1, 1], where the sign of the argument's zero chooses the side; zeros,
- *  infinities and NaNs follow from the inverse hyperbolic sine's. Nothing is reported.
+ *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5000);
+ *  64fc at most 1 ulp (largest found 0.5013) in each part. Cut along the real axis outside [-1, 1],
+ *  where the sign of the argument's zero chooses the side; zeros, infinities and NaNs follow from
+ *  the inverse hyperbolic sine's. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsAsin_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsAsin_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
@@ -685,9 +733,9 @@ LUX_API LuxStatus luxsAsin_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t le
 /** dst[i] = the arc tangent of src[i], its real part in [-pi/2, pi/2], cut along the imaginary axis
  *  outside [-i, i].
  *
- *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part, also next
- *  to the poles +-i. Zeros, infinities and NaNs as in C, by the inverse hyperbolic tangent of
- *  -y + ix. Nothing is reported.
+ *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5000);
+ *  64fc at most 1 ulp (largest found 0.5010) in each part, also next to the poles +-i. Zeros,
+ *  infinities and NaNs as in C, by the inverse hyperbolic tangent of -y + ix. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsAtan_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsAtan_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
@@ -700,8 +748,9 @@ LUX_API LuxStatus luxsAtan_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t le
 
 /** dst[i] = the hyperbolic cosine of src[i]: cosh x cos y + i sinh x sin y.
  *
- *  All grades of a type share one computation. Accuracy: at most 0.504 ulp in each part, for
- *  imaginary parts of any size. Zeros, infinities and NaNs as in C. Nothing is reported.
+ *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5000);
+ *  64fc at most 1 ulp (largest found 0.5009) in each part, for imaginary parts of any size. Zeros,
+ *  infinities and NaNs as in C. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsCosh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsCosh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
@@ -714,8 +763,9 @@ LUX_API LuxStatus luxsCosh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t le
 
 /** dst[i] = the hyperbolic sine of src[i]: sinh x cos y + i cosh x sin y.
  *
- *  All grades of a type share one computation. Accuracy: at most 0.504 ulp in each part, for
- *  imaginary parts of any size. Zeros, infinities and NaNs as in C. Nothing is reported.
+ *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5000);
+ *  64fc at most 1 ulp (largest found 0.5008) in each part, for imaginary parts of any size. Zeros,
+ *  infinities and NaNs as in C. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsSinh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsSinh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
@@ -729,9 +779,10 @@ LUX_API LuxStatus luxsSinh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t le
 /** dst[i] = the hyperbolic tangent of src[i]: (sinh x cosh x + i sin y cos y) / (sinh^2 x + cos^2
  * y).
  *
- *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part, also next
- * to the poles. Zeros, infinities and NaNs as in C. Nothing is reported. Returns LUX_OK,
- * LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+ *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5001);
+ *  64fc at most 1 ulp (largest found 0.5018) in each part, also next to the poles. Zeros,
+ *  infinities and NaNs as in C. Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or
+ *  LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsTanh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsTanh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsTanh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
@@ -744,9 +795,10 @@ LUX_API LuxStatus luxsTanh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t le
 /** dst[i] = the inverse hyperbolic cosine of src[i]: its real part is at least 0, its
  *  imaginary part in [-pi, pi].
  *
- *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part. Cut along
- *  the real axis below 1, where the sign of the argument's zero chooses the side; zeros, infinities
- *  and NaNs as in C. Nothing is reported.
+ *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5000);
+ *  64fc at most 1 ulp (largest found 0.5009) in each part. Cut along the real axis below 1, where
+ *  the sign of the argument's zero chooses the side; zeros, infinities and NaNs as in C. Nothing is
+ *  reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsAcosh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsAcosh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
@@ -760,9 +812,10 @@ LUX_API LuxStatus luxsAcosh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t l
 /** dst[i] = the inverse hyperbolic sine of src[i]: its imaginary part is in [-pi/2,
  *  pi/2].
  *
- *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part. Cut along
- *  the imaginary axis outside [-i, i], where the sign of the argument's zero chooses the side;
- *  zeros, infinities and NaNs as in C. Nothing is reported.
+ *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5000);
+ *  64fc at most 1 ulp (largest found 0.5010) in each part. Cut along the imaginary axis outside
+ *  [-i, i], where the sign of the argument's zero chooses the side; zeros, infinities and NaNs as
+ *  in C. Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsAsinh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsAsinh_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
@@ -777,8 +830,9 @@ LUX_API LuxStatus luxsAsinh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t l
  * along the real axis outside [-1, 1]; on the cut the imaginary part has the sign of the
  * argument's.
  *
- *  All grades of a type share one computation. Accuracy: at most 0.51 ulp in each part, also next
- *  to the poles +-1, which give the infinity of their sign. Zeros, infinities and NaNs as in C.
+ *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5000);
+ *  64fc at most 1 ulp (largest found 0.5007) in each part, also next to the poles +-1, which give
+ *  the infinity of their sign. Zeros, infinities and NaNs as in C.
  *  Nothing is reported.
  *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsAtanh_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);

@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""luxvm accuracy, luxvm diff and the page made from them: accuracy_cli_test.py BIN_DIR SOURCE_DIR"""
+"""luxvm accuracy, luxvm diff and what the documents say of errors: accuracy_cli_test.py BIN_DIR SOURCE_DIR"""
 import copy
 import json
 import os
+import shutil
 import signal
 import subprocess
 import sys
@@ -49,6 +50,9 @@ class Accuracy(Measured):
             ("colon", ["Exp", "--range", "1"]), ("no number", ["Exp", "--range", "a:1"]),
             ("must be below", ["Exp", "--range", "2:1"]),
             ("cannot be combined", ["Exp_32f", "--range", "1:2", "--exhaustive"]),
+            ("cannot be combined", ["Exp_32f", "--at", "1", "--range", "1:2"]),
+            ("takes 2 numbers", ["Pow_32f", "--at", "1"]), ("too many", ["Exp_32f", "--at", "1,2"]),
+            ("name of a file", ["Floor_32f", "--record", "-"]),
         ]:
             with self.subTest(arguments):
                 self.refused(words, "accuracy", *arguments)
@@ -206,20 +210,89 @@ class Diff(Measured):
         self.refused("cannot read", "diff", "/nonexistent", "/nonexistent")
 
 
-class Page(Measured):
-    def test_page(self):
-        document = self.measured("Exp_32f_", "luxsInv_64f_")
-        document["functions"][-1]["goal"]["met"] = False
-        page = self.file("page.md", "# Title\n\nText.\n\n<!-- figures -->\nold\n")
-        figures = self.file("figures.json", json.dumps(document))
-        subprocess.run([sys.executable, f"{SOURCE}/tools/accuracy_page.py", page, figures], check=True)
-        with open(page) as file:
-            text = file.read()
-        self.assertTrue(text.startswith("# Title\n\nText.\n\n<!-- figures -->\n"))
-        self.assertNotIn("old", text)
-        self.assertIn("| Exp | A24, A21, A11 |", text)  # one computation, one row
-        self.assertIn(document["functions"][0]["worst"][0]["arguments"][0], text)
-        self.assertIn("0.612 ulp **missed**", text)
+class Figures(Measured):
+    def recorded(self, *arguments, change=None):
+        """The file's computations after a run; `change` edits them before it."""
+        path = Path(self.path("figures.json"))
+        if change:
+            content = json.loads(path.read_text())
+            change(content["computations"])
+            path.write_text(json.dumps(content))
+        self.fine("accuracy", *arguments, "--record", path)
+        return json.loads(path.read_text())["computations"]
+
+    def test_the_largest_stays_until_results_change(self):
+        """An early larger error, a late larger one, another function's, and those of an older kernel."""
+        worst, worse = "0xBB31DA1D", "0x3EEC143B"
+        [first] = self.recorded("Exp_32f", "--at", worse)
+        self.assertEqual(first["grades"], ["A24", "A21", "A11"])
+        self.assertNotIn("survey", first)
+        for at in worst, worse:
+            [now] = self.recorded("Exp_32f_A11", "--at", at)
+            self.assertEqual(now["largest"][0]["arguments"], [worst])
+        self.assertEqual(now["largest"][0]["found"], "named")
+        self.assertGreater(now["largest"][0]["error"], first["largest"][0]["error"])
+        both = self.recorded("Floor_32f", *FEW)
+        self.assertEqual([c["family"] for c in both], ["Exp", "Floor"])
+        self.assertEqual((both[1]["largest"], both[1]["survey"]["method"]), ([], "sampled"))
+        anew = self.recorded("Exp_32f", "--at", worse, change=lambda all: all[0].update(hash="0x0"))
+        self.assertEqual(anew[0], first)
+
+    def test_kinds_and_parts(self):
+        for pattern, at, kinds in [
+                ("Pow_64fc", "1,1,2,3", {("ulp", "real"), ("ulp", "imaginary"), ("normwise", None)}),
+                ("SinCos_64f_A53", "1", {("ulp", "sine"), ("ulp", "cosine")}),
+                ("InvCbrt_32f_A11", "3", {("ulp", None), ("relative", None)})]:
+            [found] = [c["largest"] for c in self.recorded(pattern, "--at", at)
+                       if c["family"] == pattern.split("_")[0]]
+            self.assertEqual({(e["kind"], e.get("part")) for e in found}, kinds)
+
+    def test_other_files_are_refused(self):
+        for content in "", "[]", '{"computations": [{"family": "Exp"}]}':
+            path = self.file("other.json", content)
+            self.refused("was not written by", "accuracy", "Floor_32f", "--record", path)
+            self.assertEqual(path.read_text(), content)
+
+    def test_documents_are_held_to_the_file(self):
+        """A figure that is too small, in each kind of place, is named with both figures, and renewed."""
+        tree = self.dir / "tree"
+        for name in ("tools", "accuracy", "conformance", "include", "docs", "kernels", "complex"):
+            shutil.copytree(Path(SOURCE) / name, tree / name)
+        shutil.copy(Path(SOURCE) / "README.md", tree)
+
+        def check(*arguments):
+            result = subprocess.run([sys.executable, tree / "tools/figures.py", *arguments],
+                                    capture_output=True, text=True)
+            return result.returncode, result.stdout
+        self.assertEqual(check("--check"), (0, "\n"))
+        for name, figure in [("include/luxvmk3.h", "0.7944"), ("docs/reference.md", "0.7944"),
+                             ("kernels/explog/exp_64f.cpp", "0.7944"), ("docs/accuracy.md", "0.7944"),
+                             ("kernels/erf/erfc_32f.cpp", "2^-21.77"), ("kernels/trig/sine_64f.h", "0.5285")]:
+            path = tree / name
+            whole = path.read_text()
+            smaller = "2^-21.99" if figure.startswith("2") else "0.5001"
+            path.write_text(whole.replace(figure, smaller, 1))
+            line = whole[:whole.index(figure)].count("\n") + 1
+            with self.subTest(name):
+                code, told = check("--check")
+                self.assertEqual(code, 1)
+                self.assertIn(name, told)
+                if name != "docs/accuracy.md":
+                    self.assertIn(smaller, told)
+                    self.assertIn(figure, told)
+                    self.assertLess(abs(int(told.split(":")[1]) - line), 9)
+                check("--write")
+                self.assertEqual(check("--check")[0], 0)
+                self.assertEqual(path.read_text().count(figure), whole.count(figure))
+        for name, old, new in [("README.md", "| 1.23 ulp,", "| 1.2 ulp,"),
+                               ("conformance/result_hashes.def", "luxsErf_64f_A53, 0x", "luxsErf_64f_A53, 0x1"),
+                               ("accuracy/figures.json", '"family":"Cosh"', '"family":"Foo"')]:
+            path = tree / name
+            whole = path.read_text()
+            path.write_text(whole.replace(old, new, 1))
+            with self.subTest(name):
+                self.assertEqual(check("--check")[0], 1)
+            path.write_text(whole)
 
 
 if __name__ == "__main__":

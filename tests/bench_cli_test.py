@@ -215,7 +215,7 @@ class Showing(Bench):
 
     def test_plots(self):
         lengths = [row("luxsExp_64f_A53", 20, n=n, threads=t) for t in (1, 2) for n in (10, 100)]
-        for rows, words in [(EXPONENTIALS, ["Exp 32f", "Floor 64f", "libm", "SLEEF", "goal"]),
+        for rows, words in [(EXPONENTIALS, ["Exp 32f", "Floor 64f", "libm", "SLEEF"]),
                             (lengths, ["Exp_64f_A53 T=1", "Exp_64f_A53 T=2", "elements"])]:
             path, picture = self.write("a.json", document(rows)), self.dir / "a.svg"
             self.fine("bench", "--from", path, "--plot", picture)
@@ -263,11 +263,10 @@ class Page(Bench):
         self.assertTrue(text.startswith("Prose stays.\n<!-- figures -->\n"))
         self.assertNotIn("old figures", text)
         for words in ["2020-02-02 on Test Processor (0.500", "GCC 1.2", "glibc 3.4",
-                      "- Goals met: 3 of 5.", "6.00 times as long",
-                      "Not faster than the C library's loop (Hypot need not be): `luxsExp_64f_A50`.",
+                      "6.00 times as long", "Not faster than the C library's loop: `luxsExp_64f_A50`.",
                       "5 %: `luxsExp_32f_A11` than `luxsExp_32f_A24`.",
-                      "| `luxsExp_32f_A24` | 8.00 | 9.00 | 8.1 | yes | 92 | 32.00 | 4.00 | 4.00 | 0.50 |",
-                      "| `luxsFloor_64f` | 5.00 | 6.00 | 4.5 | no | 45 | 4.00 | 0.80 |\n",
+                      "| `luxsExp_32f_A24` | 8.00 | 9.00 | 92 | 32.00 | 4.00 | 4.00 | 0.50 |",
+                      "| `luxsFloor_64f` | 5.00 | 6.00 | 45 | 4.00 | 0.80 |\n",
                       "| `luxsFloor_64f` | 5.00 | 6.00 | 100 | 10.00 | 20 |",
                       "| `luxsFloor_64f` | 5.00 | 6.00 |\n",
                       "| `luxsExp_64f_A53` | 5000 | 2 | yes | 25.00 | 26.00 |",

@@ -120,14 +120,12 @@ def table(heads, rows):
 
 
 def main_table(rows):
-    heads = ["Export", "Least", "Median", "Goal", "Met", "Call of one", "libm", "Ratio"]
+    heads = ["Export", "Least", "Median", "Call of one", "libm", "Ratio"]
     sleef = any("sleef" in row for row in rows)
     lines = []
     for row in rows:
         median = row["cycles"]["median"]
         line = [f"`{row['name']}`", cycles(row["cycles"]), number(median),
-                f"{row['goal']:g}" if "goal" in row else "-",
-                ("yes" if row["met"] else "no") if "goal" in row else "-",
                 number(row.get("call_beyond_element"), 0), cycles(row.get("libm")),
                 number(row.get("libm_ratio"))]
         lines.append(line + ([cycles(row.get("sleef")), number(row.get("sleef_ratio"))]
@@ -140,14 +138,14 @@ def code_list(names):
 
 
 def summary_text(summary):
-    lines = [f"- Goals met: {summary['met']} of {summary['goals']}."]
+    lines = []
     if summary["mean_of"]:
         lines.append(f"- The C library's loops take {summary['mean_libm_ratio']:.2f} times as long in "
                      f"the geometric mean of the {summary['mean_of']} real A24 and A53 functions that "
-                     "have a counterpart; the goal is 2.5.")
+                     "have a counterpart.")
     for key, good, bad in [
             ("slower_than_libm", "Every graded export is faster than the C library's loop",
-             "Not faster than the C library's loop (Hypot need not be)"),
+             "Not faster than the C library's loop"),
             ("lower_grade_slower", "No lower grade is slower than a higher one by more than 5 %",
              "Slower than a higher grade by more than 5 %"),
             ("calls_above_goal",

@@ -11,7 +11,7 @@
 //   |x| < 88.72284       one by one, scaled before the only rounding
 //   beyond               +infinity; a subnormal down to -103.97208; +0
 //
-// Worst error 0.6108 ulp, at 0xBB31DA1D (every input from 2^-27 on in magnitude).
+// Worst error 0.6109 ulp, at 0xBB31DA1D (every input from 2^-27 on in magnitude).
 #include "kernels/frame.h"
 #include "kernels/explog/generated/exp_32f_table.h"  // static_const_table
 #include "kernels/screens.h"

@@ -3,7 +3,7 @@
 // Angle of the point (x, y) = (src2, src1) in double precision; the method is in
 // kernels/trig/arctangent_64f.h. Left of the vertical axis the angle is pi less that of the point's
 // mirror image; y gives the sign. An underflowing quotient is rounded once, at the store.
-// Worst error found 0.5004 ulp, at (0x3E8D5FF1DC42F427, 0x405B113454D08844) (sampled against 140
+// Worst error found 0.5005 ulp, at (0x3E8D5FF1DC42F427, 0x405B113454D08844) (sampled against 140
 // bits).
 #include "kernels/screens.h"
 #include "kernels/trig/arctangent_64f.h"

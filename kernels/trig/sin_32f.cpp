@@ -3,7 +3,7 @@
 // sin x of single-precision arrays: n = round(x / pi), r = x - n pi, |r| <= pi/2, and an odd
 // polynomial of degree 9 in r, negated after its rounding to single when n is odd.
 //
-//   A24        |x| <= 500000     53-bit precision; worst error 0.8010 ulp, at 0x412F2EA3
+//   A24        |x| <= 500000     53-bit precision; worst error 0.8011 ulp, at 0x412F2EA3
 //   A21, A11   |x| <= 1000000    single precision; worst error 3.9007 ulp, at 0x496A4649
 //   beyond                       the handlers of large arguments
 #include "kernels/trig/sine_polynomial_32f.h"

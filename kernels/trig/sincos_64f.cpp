@@ -9,7 +9,7 @@
 // n P1, what it leaves of x, and n P2 are exact for |x| < 128000. A53 takes S and C to extended
 // precision and polynomials to r^7 and r^6, A50 takes doubles, and stops at r^5 and r^4.
 //
-// Worst error found: A53 0.5007 ulp at 0xC012CCB703B86DF4, A50 3.051 ulp at 0x3FF95B9EF68F07F8
+// Worst error found: A53 0.5008 ulp at 0xC012CCB703B86DF4, A50 3.051 ulp at 0x3FF95B9EF68F07F8
 // (sampled against 160 bits).
 #include "kernels/trig/blocks_64f.h"
 #include "core/generated/sines_table.h"  // kSines

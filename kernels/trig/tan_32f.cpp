@@ -7,7 +7,7 @@
 // and the negated reciprocal when n is odd.
 //
 //   A24        |x| <= 128000    53-bit precision; worst error 0.9356 ulp, at 0x4078225B
-//   A21, A11   |x| <= 500000    single precision; worst error 3.8719 ulp, at 0x4017F616
+//   A21, A11   |x| <= 500000    single precision; worst error 3.8720 ulp, at 0x4017F616
 //   beyond                      the handlers of large arguments
 #include "kernels/trig/trig_32f.h"
 
