@@ -18,5 +18,6 @@ for type in 32f 64f 32fc 64fc; do
   [ -e "$figures/accuracy_$type.json" ] || exit 1
   measured="$measured $figures/accuracy_$type.json"
 done
+# shellcheck disable=SC2086  # a list of files, in a folder without blanks in its name
 python3 "$root/tools/accuracy_page.py" "$root/docs/accuracy.md" $measured
 exit $broken
