@@ -6,6 +6,7 @@
 #include "catalog/thread_count.h"
 #include "catalog/lookup.h"
 #include "cli/checkpoint.h"
+#include "cli/command_line.h"
 #include "cli/files.h"
 #include "cli/numbers.h"
 #include "cli/plot.h"
@@ -45,9 +46,9 @@ static std::vector<Group> chosen(const AccuracyOptions& options) {
 static double bound_of_range(const std::string& text) {
   uint64_t bits = 0;
   std::string why;
-  if (!parse_real(text, 8, bits, why) || bench::is_nan(bits, 8))
+  if (!parse_real(text, 8, bits, why) || number_format(8).is_nan(bits))
     throw Failure(fmt::format("--range: {} is no number", in_quotes(text)));
-  return bench::as_double(bits, 8);
+  return as_double(bits, 8);
 }
 
 static void set_range(AccuracyOptions& options) {
@@ -299,8 +300,8 @@ static void show_details(const Json& functions) {
 
 // Where a number stands on the line of all of them, 0 to 1.
 static double place(double x, int width) {
-  return (double(bench::position(bench::nearest(x, width), width)) /
-              double(bench::layout(width).infinity()) +
+  return (double(number_format(width).position(bench::nearest(x, width))) /
+              double(number_format(width).infinity()) +
           1) /
          2;
 }
@@ -402,7 +403,7 @@ static void measure_and_tell(const AccuracyOptions& options, Run& run) {
         {"seed", options.sampling.seed},
         {"functions", functions}};
     if (!options.range.empty()) document["range"] = options.range;
-    write_file(options.json, document.dump(1, ' ', false, Json::error_handler_t::replace) + "\n");
+    write_file(options.json, document.dump(1) + "\n");
   }
   if (!options.plot.empty()) plot_accuracy(options.plot, functions);
   run.finish();
@@ -433,11 +434,11 @@ static void accuracy(AccuracyOptions options) {
   }
 }
 
-void add_accuracy(CLI::App& program) {
+void add_accuracy(Program& program) {
   auto options = std::make_shared<AccuracyOptions>();
-  CLI::App* command = program.add_subcommand(
+  Command* command = program.add_subcommand(
       "accuracy", "Measure errors against exact values, beside what is promised");
-  CLI::Option* pattern =
+  Option* pattern =
       command->add_option("pattern", options->patterns, "Which functions; all of them by default");
   command
       ->add_option("--samples", options->sampling.samples,

@@ -132,7 +132,7 @@ static std::vector<U> arguments(int count) {
   Random random{29};
   std::vector<U> all;
   for (int i = 0; i < count; ++i) {
-    const U r = random.pattern<U>(), cell = U(random.next() % 256) << (m - 8);
+    const U r = any_pattern<U>(random), cell = U(random.next() % 256) << (m - 8);
     const U exponent = r & (kInfinity<U> | kSign<U>), normal = U(1 + i % 200) << m;
     all.push_back(i % 64 < 8 ? r : (r & ~kInfinity<U>) | normal);
     all.push_back((i % 64 < 16 ? exponent : normal) | cell | (i % 3));

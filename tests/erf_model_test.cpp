@@ -151,7 +151,7 @@ static std::vector<U> arguments(double low, double high, uint64_t seed, int coun
   std::vector<U> all;
   for (int i = 0; i < count; ++i) {
     if (i % 64 < 8) {
-      all.push_back(random.pattern<U>());
+      all.push_back(any_pattern<U>(random));
       continue;
     }
     double x = low + (high - low) * random.unit();

@@ -253,7 +253,7 @@ static std::vector<U> arguments(double bound, uint64_t seed, int count) {
   std::vector<U> all;
   for (int i = 0; i < count; ++i) {
     if (i % 64 < 8) {
-      all.push_back(random.pattern<U>());
+      all.push_back(any_pattern<U>(random));
       continue;
     }
     double x = bound * random.unit();
