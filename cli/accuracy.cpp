@@ -13,12 +13,10 @@
 #include "cli/progress.h"
 #include "conformance/special_values.h"
 
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
-#include <ctime>
 #include <map>
 #include <optional>
 #include <thread>
@@ -398,7 +396,7 @@ static void measure_and_tell(const AccuracyOptions& options, Run& run) {
     Json document{
         {"kind", "errors"},
         {"library", {{"version", luxvmGetLibVersion()->version}, {"digest", library_digest()}}},
-        {"date", fmt::format("{:%Y-%m-%d}", fmt::localtime(time(nullptr)))},
+        {"date", today()},
         {"samples", options.sampling.samples},
         {"seed", options.sampling.seed},
         {"functions", functions}};

@@ -13,7 +13,7 @@
 #include "cli/plot.h"
 #include "cli/reports.h"
 
-#include <fmt/chrono.h>
+#include <fmt/format.h>
 #include <gnu/libc-version.h>
 #include <signal.h>
 #include <sys/prctl.h>
@@ -21,7 +21,6 @@
 #include <unistd.h>
 
 #include <cmath>
-#include <ctime>
 #include <functional>
 
 constexpr int32_t kMostElements = 20'000'000;
@@ -398,7 +397,7 @@ static Json settings_json(const BenchOptions& options) {
 
 static Json document_for(const BenchOptions& options) {
   const bool no_sse2 = bench::sse2_variants_left_out();
-  return {{"date", fmt::format("{:%Y-%m-%d}", fmt::localtime(std::time(nullptr)))},
+  return {{"date", today()},
           {"processor", probe_machine().brand},
           {"compiler", "GCC " __VERSION__},
           {"libm", fmt::format("glibc {}{}", gnu_get_libc_version(),

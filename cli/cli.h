@@ -40,6 +40,8 @@ std::string paint_stderr(Colour colour, const std::string& text);
 // A message on stderr; that it cannot be written is no reason to fail.
 void say(const std::string& text);
 
+std::string today();  // 2026-12-31
+
 void print_json(const Json& document);
 
 void add_list(Program& program);

@@ -6,7 +6,7 @@
 #include "luxvmk3.h"
 
 #include <fcntl.h>
-#include <fmt/color.h>
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include <cctype>
@@ -14,6 +14,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <new>
 #include <vector>
 
@@ -26,18 +27,8 @@ static bool wants_colour(int descriptor) {
 
 static std::string painted(int descriptor, Colour colour, const std::string& text) {
   if (!wants_colour(descriptor)) return text;
-  switch (colour) {
-    case Colour::good:
-      return fmt::format(fmt::fg(fmt::terminal_color::green), "{}", text);
-    case Colour::warning:
-      return fmt::format(fmt::fg(fmt::terminal_color::yellow), "{}", text);
-    case Colour::bad:
-      return fmt::format(fmt::fg(fmt::terminal_color::red), "{}", text);
-    case Colour::quiet:
-      return fmt::format(fmt::emphasis::faint, "{}", text);
-    default:
-      return fmt::format(fmt::emphasis::bold, "{}", text);
-  }
+  constexpr const char* kCodes[] = {"32", "33", "31", "2", "1"};
+  return fmt::format("\x1b[{}m{}\x1b[0m", kCodes[int(colour)], text);
 }
 
 std::string paint(Colour colour, const std::string& text) {
@@ -49,6 +40,13 @@ std::string paint_stderr(Colour colour, const std::string& text) {
 }
 
 void say(const std::string& text) { fputs(text.c_str(), stderr); }
+
+std::string today() {
+  const time_t now = time(nullptr);
+  char text[16];
+  strftime(text, sizeof text, "%Y-%m-%d", localtime(&now));
+  return text;
+}
 
 void print_json(const Json& document) {
   // Names on the command line may hold any bytes; invalid UTF-8 must not end in an exception.
