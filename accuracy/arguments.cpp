@@ -30,16 +30,16 @@ constexpr Step kSteps[] = {
 
 // What a result is, coarsely: arguments where this changes are edges.
 int result_class(uint64_t bits, int width) {
-  const uint64_t magnitude = bits & ~layout(width).sign();
-  const uint64_t one = uint64_t(layout(width).bias) << layout(width).mantissa;
-  const int size = is_nan(bits, width)                                 ? 0
-                   : magnitude == 0                                    ? 1
-                   : magnitude < uint64_t(1) << layout(width).mantissa ? 2
-                   : magnitude < one                                   ? 3
-                   : magnitude == one                                  ? 4
-                   : magnitude < layout(width).infinity()              ? 5
-                                                                       : 6;
-  return size ? size + 8 * bool(bits & layout(width).sign()) : 0;
+  const NumberFormat& format = number_format(width);
+  const uint64_t magnitude = format.magnitude(bits);
+  const int size = format.is_nan(bits)                 ? 0
+                   : magnitude == 0                    ? 1
+                   : magnitude < format.least_normal() ? 2
+                   : magnitude < format.one()          ? 3
+                   : magnitude == format.one()         ? 4
+                   : magnitude < format.infinity()     ? 5
+                                                       : 6;
+  return size ? size + 8 * bool(bits & format.sign()) : 0;
 }
 
 class Generator {
@@ -49,8 +49,8 @@ class Generator {
         sampling_(sampling),
         width_(function.type.width),
         parts_(Oracle::arguments(function)),
-        low_(position(nearest(std::max(sampling.low, -largest()), width_), width_)),
-        high_(position(nearest(std::min(sampling.high, largest()), width_), width_)),
+        low_(format_.position(nearest(std::max(sampling.low, -largest()), width_))),
+        high_(format_.position(nearest(std::min(sampling.high, largest()), width_))),
         random_(sampling.seed),
         oracle_(function) {
     std::copy_n(typical_of(function).source, 2, typical_);
@@ -78,7 +78,7 @@ class Generator {
   static constexpr int kScalars = 64;
   static constexpr int kWindow = 4096;  // neighbours among which a result near a midpoint is sought
 
-  double largest() const { return as_double(layout(width_).infinity() - 1, width_); }
+  double largest() const { return as_double(format_.infinity() - 1, width_); }
   double unit() { return double(random_() >> 11) * 0x1p-53; }
   size_t below(size_t n) { return size_t(random_() % n); }
   bool chance(double probability) { return unit() < probability; }
@@ -99,10 +99,10 @@ class Generator {
     if (first >= sampling_.low && first <= sampling_.high) all_.push_back(argument);
   }
   void add_neighbours(Argument argument, int part, int reach) {
-    const int64_t centre = position(argument[part], width_);
+    const int64_t centre = format_.position(argument[part]);
     for (int k = -reach; k <= reach; ++k) {
-      argument[part] = at_position(centre + k, width_);
-      if (is_finite(argument[part], width_)) add(argument);
+      argument[part] = format_.at_position(centre + k);
+      if (format_.is_finite(argument[part])) add(argument);
     }
   }
 
@@ -110,28 +110,27 @@ class Generator {
 
   // Every exponent as likely, the significand random or (one in eight) all zeros or ones.
   uint64_t any_exponent(int least, int most) {
-    const auto [mantissa, bias] = layout(width_);
+    const auto& [bytes, mantissa, bias] = format_;
     const uint64_t exponent =
         uint64_t(std::clamp(least + bias, 0, 2 * bias)) +
         below(size_t(std::clamp(most, -bias, bias) - std::max(least, -bias) + 1));
     const uint64_t ones = (uint64_t(1) << mantissa) - 1;
     uint64_t significand = random_() & ones;
     if (chance(0.125)) significand = chance(0.5) ? below(3) : ones - below(3);
-    return (chance(0.5) ? layout(width_).sign() : 0) | exponent << mantissa | significand;
+    return (chance(0.5) ? format_.sign() : 0) | exponent << mantissa | significand;
   }
   // Number i of a sequence that visits every exponent with either sign in turn.
   uint64_t stratum(int i) {
     if (!sampling_.whole_line()) return any();
-    const auto [mantissa, bias] = layout(width_);
+    const auto& [bytes, mantissa, bias] = format_;
     const uint64_t significand = any() & ((uint64_t(1) << mantissa) - 1);
     const int fields = 2 * bias + 1;
-    return (i / fields % 2 ? layout(width_).sign() : 0) | uint64_t(i % fields) << mantissa |
-           significand;
+    return (i / fields % 2 ? format_.sign() : 0) | uint64_t(i % fields) << mantissa | significand;
   }
   uint64_t any(int part = 0) {
     if (part == 0 && !sampling_.whole_line())
-      return at_position(low_ + int64_t(random_() % uint64_t(high_ - low_ + 1)), width_);
-    return any_exponent(-layout(width_).bias, layout(width_).bias);
+      return format_.at_position(low_ + int64_t(random_() % uint64_t(high_ - low_ + 1)));
+    return any_exponent(-format_.bias, format_.bias);
   }
   uint64_t dense(int part = 0) {
     if (part == 0 && !sampling_.whole_line())
@@ -178,16 +177,16 @@ class Generator {
   }
 
   void add_edge(Argument argument, int part) {
-    int64_t a = position(argument[part], width_), b = position(any(part), width_);
+    int64_t a = format_.position(argument[part]), b = format_.position(any(part));
     const int from = class_of(argument);
-    argument[part] = at_position(b, width_);
+    argument[part] = format_.at_position(b);
     if (class_of(argument) == from) return;
     while ((a < b ? uint64_t(b) - uint64_t(a) : uint64_t(a) - uint64_t(b)) > 1) {
       const int64_t middle = std::midpoint(a, b);
-      argument[part] = at_position(middle, width_);
+      argument[part] = format_.at_position(middle);
       (class_of(argument) == from ? a : b) = middle;
     }
-    argument[part] = at_position(a, width_);
+    argument[part] = format_.at_position(a);
     add_neighbours(argument, part, 3);
   }
 
@@ -196,18 +195,18 @@ class Generator {
   // The result along neighbours of the argument, as a quadratic in its own last places: the third
   // derivative moves it by far less than the search resolves.
   void add_near_midpoint(Argument argument) {
-    const auto mantissa = layout(width_).mantissa;
+    const auto mantissa = format_.mantissa;
     const uint64_t start = argument[0] & ~uint64_t(kWindow - 1);
     long double places[3];  // modulo a large power of two
     Real scaled(int(mpfr_get_prec(oracle_.exact(0))));
     mpfr_exp_t exponent = 0;
     for (int i = 0; i < 3; ++i) {
       argument[0] = start + uint64_t(i) * (kWindow / 2);
-      if (!is_finite(argument[0], width_)) return;
+      if (!format_.is_finite(argument[0])) return;
       oracle_.evaluate(argument);
       if (!mpfr_regular_p(oracle_.exact(0))) return;
       if (i == 0) exponent = mpfr_get_exp(oracle_.exact(0));
-      if (exponent <= layout(width_).least_exponent() || exponent > layout(width_).bias) return;
+      if (exponent <= format_.least_exponent() || exponent > format_.bias) return;
       mpfr_mul_2si(scaled, oracle_.exact(0), mantissa + 1 - exponent, MPFR_RNDN);
       if (i == 0) {
         places[0] = 0;
@@ -248,21 +247,19 @@ class Generator {
               step.a));
       } else if (step.kind == Step::kToOne) {
         const double cells = std::exp2(step.a);
-        for (int exponent = 1; exponent <= layout(width_).mantissa + 1; ++exponent)
+        for (int exponent = 1; exponent <= format_.mantissa + 1; ++exponent)
           for (int cell = 0; cell < int(cells); ++cell)
             for (const double within : {0.0, unit()}) {
               const double x = 1 - std::ldexp(1 + (cell + within) / cells, -exponent);
               points.push_back(number(chance(0.5) ? x : -x));
             }
       } else {
-        const int shift = layout(width_).mantissa - int(step.a);
+        const int shift = format_.mantissa - int(step.a);
         for (uint64_t cell = 0; cell < uint64_t(1) << int(step.a); ++cell)
           for (const bool moderate : {true, false}) {
-            const uint64_t x = moderate
-                                   ? any_exponent(-2, 1)
-                                   : any_exponent(-layout(width_).bias + 1, layout(width_).bias);
-            points.push_back((x >> layout(width_).mantissa << layout(width_).mantissa) +
-                             (cell << shift));
+            const uint64_t x =
+                moderate ? any_exponent(-2, 1) : any_exponent(-format_.bias + 1, format_.bias);
+            points.push_back((x >> format_.mantissa << format_.mantissa) + (cell << shift));
           }
       }
     }
@@ -285,10 +282,10 @@ class Generator {
     add_neighbours(with(0), 0, 3);
     add_steps();
     if (trigonometric)
-      for (int exponent = 0; exponent <= layout(width_).bias; ++exponent)
+      for (int exponent = 0; exponent <= format_.bias; ++exponent)
         for (const uint64_t x : nearest_to_pi_multiples(exponent, width_)) {
           add_neighbours(with(x), 0, 1);
-          add(with(x | layout(width_).sign()));
+          add(with(x | format_.sign()));
         }
   }
 
@@ -305,15 +302,14 @@ class Generator {
     for (int i = 0; i < count / 10 && free; ++i) {
       const uint64_t x = mixed(0);
       const double scaled = std::ldexp(as_double(x, width_), int(below(9)) - 4);
-      const int64_t y = position(number(chance(0.5) ? scaled : -scaled), width_);
-      const uint64_t neighbour = at_position(y + int64_t(below(9)) - 4, width_);
-      if (is_finite(neighbour, width_)) add(pair(x, neighbour));
+      const int64_t y = format_.position(number(chance(0.5) ? scaled : -scaled));
+      const uint64_t neighbour = format_.at_position(y + int64_t(below(9)) - 4);
+      if (format_.is_finite(neighbour)) add(pair(x, neighbour));
     }
     // Bases next to 1, where the power varies slowly even with huge exponents.
     for (int i = 0; i < count / 10 && power; ++i) {
-      const double near =
-          1 + (chance(0.5) ? 1 : -1) * std::exp2(-1 - (layout(width_).mantissa) * unit());
-      add(pair(number(near), any_exponent(-4, layout(width_).mantissa + 14)));
+      const double near = 1 + (chance(0.5) ? 1 : -1) * std::exp2(-1 - (format_.mantissa) * unit());
+      add(pair(number(near), any_exponent(-4, format_.mantissa + 14)));
       add(pair(mixed(0), plain()));
     }
     for (int i = 0; i < count / 70; ++i)
@@ -338,8 +334,8 @@ class Generator {
       for (int part = function_.type.parts; part < parts_; ++part)
         scalar[size_t(part)] = i % 4 == 0   ? plain()
                                : i % 4 == 1 ? any_exponent(-30, 30)
-                               : i == 2 ? any_exponent(-layout(width_).bias, layout(width_).bias)
-                                        : number(typical_[1].low + 20 * unit() - 10);
+                               : i == 2     ? any_exponent(-format_.bias, format_.bias)
+                                            : number(typical_[1].low + 20 * unit() - 10);
       if (i < 8) {
         scalar[size_t(function_.type.parts)] =
             number(std::array{2.0, 3.0, 0.5, -1.0, 1.0, -0.5, 1.0 / 3, -2.0}[size_t(i)]);
@@ -356,13 +352,13 @@ class Generator {
     const double x = step.kind == Step::kGrid
                          ? (std::floor(step.b + (step.c - step.b) * unit()) + 0.5) * step.a
                          : step.a;
-    const int64_t place = position(number(chance(0.5) ? x : -x), width_);
-    return at_position(place + int64_t(below(5)) - 2, width_);
+    const int64_t place = format_.position(number(chance(0.5) ? x : -x));
+    return format_.at_position(place + int64_t(below(5)) - 2);
   }
   // As close to a multiple of pi/2 as an exponent allows, with either sign.
   uint64_t near_multiple() {
-    const auto nearest = nearest_to_pi_multiples(int(below(size_t(layout(width_).bias))), width_);
-    const uint64_t sign = chance(0.5) ? layout(width_).sign() : 0;
+    const auto nearest = nearest_to_pi_multiples(int(below(size_t(format_.bias))), width_);
+    const uint64_t sign = chance(0.5) ? format_.sign() : 0;
     return nearest.empty() ? number(0) : nearest[below(nearest.size())] | sign;
   }
 
@@ -406,7 +402,7 @@ class Generator {
       }
       case 6: {  // near an axis or on it
         uint64_t& small = chance(0.5) ? re : im;
-        small = chance(0.25) ? (chance(0.5) ? layout(width_).sign() : 0)
+        small = chance(0.25) ? (chance(0.5) ? format_.sign() : 0)
                              : number(tiny() * as_double(re, width_));
         break;
       }
@@ -427,7 +423,7 @@ class Generator {
                                        (chance(0.5) ? 1 : -1) * std::exp2(45 * unit()));
     const std::complex<double> w = product / log;
     const uint64_t re = number(w.real()), im = number(w.imag());
-    if (is_finite(re, width_) && is_finite(im, width_)) z[2] = re, z[3] = im;
+    if (format_.is_finite(re) && format_.is_finite(im)) z[2] = re, z[3] = im;
   }
 
   void fill_complex(int count) {
@@ -461,6 +457,7 @@ class Generator {
   const Function& function_;
   const Sampling& sampling_;
   int width_, parts_;
+  const NumberFormat& format_ = number_format(width_);
   int64_t low_, high_;
   std::mt19937_64 random_;
   Oracle oracle_;
@@ -481,7 +478,7 @@ std::vector<Argument> make_arguments(const Function& function, const Sampling& s
 // pi/2 is that of m (2^q 2/pi) from the nearest integer: the denominators of the convergents of
 // that number are where it is smallest, and multiples of them come next.
 std::vector<uint64_t> nearest_to_pi_multiples(int exponent, int width) {
-  const int p = layout(width).mantissa + 1, q = exponent - p + 1;
+  const int p = number_format(width).mantissa + 1, q = exponent - p + 1;
   constexpr int kBits = 2400;
   Real ratio(kBits);
   mpfr_const_pi(ratio, MPFR_RNDN);

@@ -198,7 +198,7 @@ class Exhauster {
   void check(uint32_t first) {
     // A different place of every block: neighbours have much in common.
     const uint32_t i = (first / kBlock * 2654435761u) >> 20;
-    if (is_nan(input_[i], 4)) return;
+    if (number_format(4).is_nan(input_[i])) return;
     oracle_.evaluate({input_[i]});
     for (int k = 0; k < results_; ++k) {
       const mpfr_srcptr exact = oracle_.exact(k);
@@ -230,7 +230,7 @@ class Exhauster {
       bool settled = true;
       // No arithmetic on what is infinite or no number: it takes the x87 unit a hundred cycles.
       if (field == 255 || parts.exponent > 127 || parts.is_zero()) {
-        if (is_nan(input_[i], 4) && is_nan(got[i], 4)) continue;
+        if (number_format(4).is_nan(input_[i]) && number_format(4).is_nan(got[i])) continue;
         settled = same_limit(got[i], parts);
       } else {
         const Wide exact = exact_[k][i];
@@ -279,16 +279,17 @@ class Exhauster {
 
   // Both NaN, both zero, or both infinite by the same sign: no distance.
   static bool same_limit(uint32_t got, const Parts& exact) {
-    if (exact.is_nan()) return is_nan(got, 4);
+    if (exact.is_nan()) return number_format(4).is_nan(got);
     if (exact.negative != bool(got >> 31)) return false;
-    return exact.is_zero() ? got << 1 == 0 : is_infinite(got, 4) && exact.exponent > 127;
+    return exact.is_zero() ? got << 1 == 0
+                           : number_format(4).is_infinite(got) && exact.exponent > 127;
   }
 
   // The error with MPFR, or below 0 when there is none to count.
   double measure_exactly(Case found, Statistics& statistics) {
     const uint64_t argument = found.argument[0];
-    if (is_nan(argument, 4)) {
-      if (!is_nan(found.got, 4)) statistics.add_mismatch(found);
+    if (number_format(4).is_nan(argument)) {
+      if (!number_format(4).is_nan(found.got)) statistics.add_mismatch(found);
       return -1;
     }
     oracle_.evaluate(found.argument);

@@ -5,12 +5,9 @@
 #define LUX_ACCURACY_RECORD_H
 
 #include "accuracy/exhaustive.h"
-
-#include <nlohmann/json.hpp>
+#include "catalog/json.h"
 
 namespace bench {
-
-using Json = nlohmann::ordered_json;
 
 Json record_of(const Statistics& statistics);
 Statistics statistics_of(const Json& record);

@@ -80,7 +80,7 @@ class Surveyor {
       const size_t at = i * size_t(width_ * parts_) + size_t(k % parts_ * width_);
       Case found{argument, load_bits(&destinations_[g][size_t(k / parts_)][at], width_), k, 0};
       Error error = error_of(found.got, width_, oracle_.exact(k));
-      if (open_zeros_ && mpfr_zero_p(oracle_.exact(k)) && position(found.got, width_) == 0)
+      if (open_zeros_ && mpfr_zero_p(oracle_.exact(k)) && format_.position(found.got) == 0)
         error = {};
       found.ulp = error.ulp;
       if (!covered) {
@@ -97,7 +97,7 @@ class Surveyor {
       statistics.ulp[k].take(error.ulp, argument);
       statistics.relative[k].take(error.relative, argument);
       const mpfr_srcptr exact = oracle_.exact(k);
-      if (mpfr_regular_p(exact) && mpfr_get_exp(exact) - 1 < layout(width_).least_exponent())
+      if (mpfr_regular_p(exact) && mpfr_get_exp(exact) - 1 < format_.least_exponent())
         statistics.max_subnormal = std::max(statistics.max_subnormal, error.ulp);
       normwise = std::hypot(normwise, error.relative * size_of(oracle_.exact(k)));
     }
@@ -114,7 +114,7 @@ class Surveyor {
     const mpfr_exp_t shift = std::max(exponent_of(oracle_.exact(0)), exponent_of(oracle_.exact(1)));
     if (!mpfr_number_p(part)) return 0;
     Real scaled(64);
-    const mpfr_exp_t least = layout(width_).least_exponent();
+    const mpfr_exp_t least = format_.least_exponent();
     mpfr_set(scaled, part, MPFR_RNDN);
     if (mpfr_zero_p(part) || mpfr_get_exp(part) - 1 < least)
       mpfr_set_si_2exp(scaled, 1, least, MPFR_RNDN);  // what its relative error counts from
@@ -122,15 +122,15 @@ class Surveyor {
     return std::fabs(mpfr_get_d(scaled, MPFR_RNDN));
   }
   mpfr_exp_t exponent_of(mpfr_srcptr part) const {
-    return mpfr_regular_p(part)
-               ? std::max<mpfr_exp_t>(mpfr_get_exp(part), layout(width_).least_exponent())
-               : layout(width_).least_exponent();
+    return mpfr_regular_p(part) ? std::max<mpfr_exp_t>(mpfr_get_exp(part), format_.least_exponent())
+                                : format_.least_exponent();
   }
 
   const std::vector<const Function*>& grades_;
   const std::vector<Argument>& arguments_;
   Oracle oracle_;
   int width_, parts_, results_;
+  const NumberFormat& format_ = number_format(width_);
   // The sign of a power's part that is exactly 0 is open, and MPC's is that of no single rule.
   bool open_zeros_;
   std::string source_[2];
@@ -151,17 +151,17 @@ std::string range_name(int range) {
 }
 
 int range_of(uint64_t first_argument, int width) {
-  const auto [mantissa, bias] = layout(width);
-  const uint64_t magnitude = first_argument & ~layout(width).sign();
-  const int exponent = int(magnitude >> mantissa) - bias;
+  const NumberFormat& format = number_format(width);
+  const int exponent = int(format.magnitude(first_argument) >> format.mantissa) - format.bias;
   int range = 0;
   while (range < kRanges / 2 - 1 && exponent >= kRangeEnds[range]) ++range;  // infinities, too
-  return range + (first_argument & layout(width).sign() ? kRanges / 2 : 0);
+  return range + (first_argument & format.sign() ? kRanges / 2 : 0);
 }
 
 int envelope_bin(uint64_t first_argument, int width) {
-  const double all = double(layout(width).infinity());
-  const double at = (double(position(first_argument, width)) / all + 1) / 2;
+  const NumberFormat& format = number_format(width);
+  const double all = double(format.infinity());
+  const double at = (double(format.position(first_argument)) / all + 1) / 2;
   return std::clamp(int(at * kEnvelope), 0, kEnvelope - 1);
 }
 

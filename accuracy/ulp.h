@@ -9,42 +9,15 @@
 #ifndef LUX_ACCURACY_ULP_H
 #define LUX_ACCURACY_ULP_H
 
+#include "catalog/number_format.h"
+
 #include <mpfr.h>
 
-#include <cstdint>
-
 namespace bench {
-
-// Layout of the format with that many bytes.
-struct Layout {
-  int mantissa, bias;
-  constexpr uint64_t sign() const { return uint64_t(1) << (mantissa == 23 ? 31 : 63); }
-  constexpr uint64_t infinity() const { return uint64_t(2 * bias + 1) << mantissa; }
-  constexpr int least_exponent() const { return 1 - bias; }
-};
-constexpr Layout layout(int width) { return width == 4 ? Layout{23, 127} : Layout{52, 1023}; }
-
-constexpr bool is_nan(uint64_t bits, int width) {
-  return (bits & ~layout(width).sign()) > layout(width).infinity();
-}
-constexpr bool is_infinite(uint64_t bits, int width) {
-  return (bits & ~layout(width).sign()) == layout(width).infinity();
-}
-constexpr bool is_finite(uint64_t bits, int width) {
-  return (bits & ~layout(width).sign()) < layout(width).infinity();
-}
-
-uint64_t load_bits(const void* from, int width);
-void store_bits(void* to, uint64_t bits, int width);
-
-// Finite numbers and infinities on a line: neighbours differ by one, -0 and +0 are both 0.
-int64_t position(uint64_t bits, int width);
-uint64_t at_position(int64_t position, int width);
 
 // The number nearest to `value`.
 uint64_t nearest(double value, int width);
 uint64_t nearest(const mpfr_t value, int width);
-double as_double(uint64_t bits, int width);
 void set_exact(mpfr_t to, uint64_t bits, int width);
 
 struct Error {

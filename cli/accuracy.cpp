@@ -6,6 +6,7 @@
 #include "catalog/thread_count.h"
 #include "catalog/lookup.h"
 #include "cli/checkpoint.h"
+#include "cli/command_line.h"
 #include "cli/figures.h"
 #include "cli/files.h"
 #include "cli/numbers.h"
@@ -13,12 +14,10 @@
 #include "cli/progress.h"
 #include "conformance/special_values.h"
 
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
-#include <ctime>
 #include <map>
 #include <optional>
 #include <thread>
@@ -47,9 +46,9 @@ static std::vector<Group> chosen(const AccuracyOptions& options) {
 static double bound_of_range(const std::string& text) {
   uint64_t bits = 0;
   std::string why;
-  if (!parse_real(text, 8, bits, why) || bench::is_nan(bits, 8))
+  if (!parse_real(text, 8, bits, why) || number_format(8).is_nan(bits))
     throw Failure(fmt::format("--range: {} is no number", in_quotes(text)));
-  return bench::as_double(bits, 8);
+  return as_double(bits, 8);
 }
 
 static void set_range(AccuracyOptions& options) {
@@ -333,8 +332,8 @@ static void show_details(const Json& functions) {
 
 // Where a number stands on the line of all of them, 0 to 1.
 static double place(double x, int width) {
-  return (double(bench::position(bench::nearest(x, width), width)) /
-              double(bench::layout(width).infinity()) +
+  return (double(number_format(width).position(bench::nearest(x, width))) /
+              double(number_format(width).infinity()) +
           1) /
          2;
 }
@@ -433,12 +432,12 @@ static void measure_and_tell(const AccuracyOptions& options, Run& run) {
     Json document{
         {"kind", "errors"},
         {"library", {{"version", luxvmGetLibVersion()->version}, {"digest", library_digest()}}},
-        {"date", fmt::format("{:%Y-%m-%d}", fmt::localtime(time(nullptr)))},
+        {"date", today()},
         {"samples", options.sampling.samples},
         {"seed", options.sampling.seed},
         {"functions", functions}};
     if (!options.range.empty()) document["range"] = options.range;
-    write_file(options.json, document.dump(1, ' ', false, Json::error_handler_t::replace) + "\n");
+    write_file(options.json, document.dump(1) + "\n");
   }
   if (!options.record.empty())
     record_figures(options.record, functions, options.sampling.whole_line() && options.at.empty());
@@ -477,11 +476,11 @@ static void accuracy(AccuracyOptions options) {
   }
 }
 
-void add_accuracy(CLI::App& program) {
+void add_accuracy(Program& program) {
   auto options = std::make_shared<AccuracyOptions>();
-  CLI::App* command = program.add_subcommand(
+  Command* command = program.add_subcommand(
       "accuracy", "Measure errors against exact values, beside what is promised");
-  CLI::Option* pattern =
+  Option* pattern =
       command->add_option("pattern", options->patterns, "Which functions; all of them by default");
   command
       ->add_option("--samples", options->sampling.samples,

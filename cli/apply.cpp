@@ -4,6 +4,7 @@
 #include "catalog/thread_count.h"
 #include "catalog/lookup.h"
 #include "cli/cli.h"
+#include "cli/command_line.h"
 #include "cli/files.h"
 #include "cli/numbers.h"
 #include "cli/reports.h"
@@ -110,22 +111,21 @@ static void apply(const ApplyOptions& options) {
   options.json ? print_summary_json(function, run) : print_summary(function, run);
 }
 
-void add_apply(CLI::App& program) {
+void add_apply(Program& program) {
   auto options = std::make_shared<ApplyOptions>();
-  CLI::App* command = program.add_subcommand("apply", "Run a function over a file or a pipe");
+  Command* command = program.add_subcommand("apply", "Run a function over a file or a pipe");
   command->add_option("name", options->name, "The function")->required();
   command->add_option("--in", options->in, "File to read; the standard input by default");
   command->add_option("--out", options->out,
                       "File to write, replaced only when the result is complete; the standard "
                       "output by default");
   command->add_option("--format", options->format, "text, csv, raw or npy")
-      ->check(CLI::IsMember(kFormats));
+      ->check_is_member({"csv", "npy", "raw", "text"});
   command
       ->add_option("--column", options->columns,
                    "Column of a csv, text or npy file: its number from 1 or its name; once for "
                    "each source, real and imaginary parts of a csv or text count apart")
-      ->delimiter(',')
-      ->allow_extra_args(false);
+      ->delimited_by_commas();
   command->add_option("--scalar", options->scalar, "The scalar of a 2_1_1 function");
   command
       ->add_option("--threads", options->threads,

@@ -5,6 +5,7 @@
 #include "catalog/thread_count.h"
 #include "cli/bench_rows.h"
 #include "cli/checkpoint.h"
+#include "cli/command_line.h"
 #include "cli/files.h"
 #include "cli/json_file.h"
 #include "cli/machine.h"
@@ -12,7 +13,7 @@
 #include "cli/plot.h"
 #include "cli/reports.h"
 
-#include <fmt/chrono.h>
+#include <fmt/format.h>
 #include <gnu/libc-version.h>
 #include <signal.h>
 #include <sys/prctl.h>
@@ -20,7 +21,6 @@
 #include <unistd.h>
 
 #include <cmath>
-#include <ctime>
 #include <functional>
 
 constexpr int32_t kMostElements = 20'000'000;
@@ -219,8 +219,12 @@ static void measure_in_child(const Function& function, int32_t threads, const Be
   char* line = nullptr;
   size_t size = 0;
   while (getline(&line, &size, from.get()) > 0) {
-    const Json json = Json::parse(line, nullptr, false);
-    if (json.is_discarded()) continue;
+    Json json;
+    try {
+      json = Json::parse(line);
+    } catch (const Json::exception&) {
+      continue;
+    }
     if (json.contains("error"))
       error = json["error"];
     else
@@ -393,7 +397,7 @@ static Json settings_json(const BenchOptions& options) {
 
 static Json document_for(const BenchOptions& options) {
   const bool no_sse2 = bench::sse2_variants_left_out();
-  return {{"date", fmt::format("{:%Y-%m-%d}", fmt::localtime(std::time(nullptr)))},
+  return {{"date", today()},
           {"processor", probe_machine().brand},
           {"compiler", "GCC " __VERSION__},
           {"libm", fmt::format("glibc {}{}", gnu_get_libc_version(),
@@ -409,7 +413,7 @@ static void write_rows(const std::string& path, Json document, const std::vector
   document["rows"] = Json::array();
   for (const BenchRow& row : rows) document["rows"].push_back(row_json(row));
   document["summary"] = summary_json(summarize(rows));
-  write_file(path, document.dump(1, ' ', false, Json::error_handler_t::replace) + "\n");
+  write_file(path, document.dump(1) + "\n");
 }
 
 static void take_settings(BenchOptions& options, const Json& document) {
@@ -602,28 +606,25 @@ static void run_bench(const BenchOptions& options) {
   options.from.empty() ? measure_all(options) : show_earlier(options);
 }
 
-void add_bench(CLI::App& program) {
+void add_bench(Program& program) {
   auto options = std::make_shared<BenchOptions>();
-  CLI::App* command =
+  Command* command =
       program.add_subcommand("bench", "Measure core cycles per element of the functions");
   command->add_option("pattern", options->patterns, "Which functions; all of them by default");
   command
       ->add_option("--n", options->lengths,
                    "Elements of each array: numbers, A:B for 1-2-5 steps from A to B, or "
                    "threshold for lengths around that from which calls are split; 2000 by default")
-      ->delimiter(',')
-      ->allow_extra_args(false);
+      ->delimited_by_commas();
   command->add_option("--threads", options->threads, "Threads that a call may use; 1 by default")
-      ->delimiter(',')
-      ->allow_extra_args(false)
+      ->delimited_by_commas()
       ->transform(whole_number(1, 1024));
   command->add_option("--special", options->special,
                       "Special elements among them: a percentage (1%), or COUNT for one in COUNT");
   command
       ->add_option("--offset", options->offsets,
                    "Bytes of every array beyond a cache line's start; 0 by default")
-      ->delimiter(',')
-      ->allow_extra_args(false)
+      ->delimited_by_commas()
       ->transform(whole_number(0, 4096));
   command->add_flag("--large", options->large,
                     "Arguments that all miss the fast reduction of sine, cosine and tangent");

@@ -6,6 +6,7 @@
 #include "catalog/thread_count.h"
 #include "catalog/lookup.h"
 #include "cli/cli.h"
+#include "cli/command_line.h"
 #include "cli/files.h"
 
 #include <dlfcn.h>
@@ -308,11 +309,11 @@ static void check(const CheckOptions& options) {
   if (!summary.passed()) throw CheckFailed("");
 }
 
-void add_check(CLI::App& program) {
+void add_check(Program& program) {
   auto options = std::make_shared<CheckOptions>();
-  CLI::App* command = program.add_subcommand(
+  Command* command = program.add_subcommand(
       "check", "Test the installed library: exports, special values, results as published");
-  CLI::Option* pattern =
+  Option* pattern =
       command->add_option("pattern", options->patterns, "Which functions; all of them by default");
   command->add_flag("--verbose", options->verbose, "A line for every function, with its hash");
   command->add_flag("--json", options->json, "Write JSON");

@@ -5,16 +5,10 @@
 #define LUX_CLI_CLI_H
 
 #include "catalog/failure.h"  // ends the program with its message and kBadInput
-
-#include <CLI/App.hpp>
-#include <CLI/Formatter.hpp>
-#include <CLI/Config.hpp>
-#include <nlohmann/json.hpp>
+#include "catalog/json.h"
 
 #include <stdexcept>
 #include <string>
-
-using Json = nlohmann::ordered_json;
 
 // How the program ends; every command keeps to this.
 enum ExitCode {
@@ -35,6 +29,8 @@ struct Interrupted : std::runtime_error {
   int signal;
 };
 
+struct Program;
+
 enum class Colour { good, warning, bad, quiet, strong };
 
 // Text in colour when stdout (or stderr) is a terminal that wants it.
@@ -44,16 +40,18 @@ std::string paint_stderr(Colour colour, const std::string& text);
 // A message on stderr; that it cannot be written is no reason to fail.
 void say(const std::string& text);
 
+std::string today();  // 2026-12-31
+
 void print_json(const Json& document);
 
-void add_list(CLI::App& program);
-void add_eval(CLI::App& program);
-void add_apply(CLI::App& program);
-void add_env(CLI::App& program);
-void add_explain(CLI::App& program);
-void add_accuracy(CLI::App& program);
-void add_diff(CLI::App& program);
-void add_check(CLI::App& program);
-void add_bench(CLI::App& program);
+void add_list(Program& program);
+void add_eval(Program& program);
+void add_apply(Program& program);
+void add_env(Program& program);
+void add_explain(Program& program);
+void add_accuracy(Program& program);
+void add_diff(Program& program);
+void add_check(Program& program);
+void add_bench(Program& program);
 
 #endif

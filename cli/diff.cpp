@@ -2,6 +2,7 @@
 //
 // luxvm diff: what became worse between two measurements.
 #include "cli/cli.h"
+#include "cli/command_line.h"
 #include "cli/files.h"
 #include "cli/json_file.h"
 
@@ -152,19 +153,19 @@ static void diff(const DiffOptions& options) {
   if (worse > 0) throw CheckFailed(fmt::format("{} regression{}", worse, worse == 1 ? "" : "s"));
 }
 
-void add_diff(CLI::App& program) {
+void add_diff(Program& program) {
   auto options = std::make_shared<DiffOptions>();
-  CLI::App* command =
+  Command* command =
       program.add_subcommand("diff", "Compare two measurements and show what became worse");
   command->add_option("OLD", options->before, "File of `accuracy --json` or `bench --json`")
       ->required();
   command->add_option("NEW", options->after, "Another one of the same kind")->required();
   command->add_option("--ulp", options->ulp, "Errors: ignore changes up to this many ulp")
       ->capture_default_str()
-      ->check(CLI::NonNegativeNumber);
+      ->check_not_negative();
   command->add_option("--percent", options->percent, "Cycles: ignore changes up to this share")
       ->capture_default_str()
-      ->check(CLI::NonNegativeNumber);
+      ->check_not_negative();
   command->footer(
       "Exit code 1 when anything became worse: a larger error, a broken guarantee, a wrong\n"
       "special value, more cycles, a function that is missing.\n"

@@ -3,6 +3,7 @@
 // luxvm env: what the library's results and its use of threads depend on.
 #include "catalog/thread_count.h"
 #include "cli/cli.h"
+#include "cli/command_line.h"
 #include "cli/machine.h"
 #include "luxvmk3.h"
 
@@ -166,9 +167,9 @@ static void env(bool json) {
   print_controls(controls);
 }
 
-void add_env(CLI::App& program) {
+void add_env(Program& program) {
   auto json = std::make_shared<bool>(false);
-  CLI::App* command = program.add_subcommand(
+  Command* command = program.add_subcommand(
       "env", "Show the library's version, the processor, threads and control words");
   command->add_flag("--json", *json, "Write JSON");
   command->footer("Examples:\n  luxvm env\n  luxvm env --json");

@@ -3,6 +3,7 @@
 // luxvm eval: one call on the values of the command line.
 #include "catalog/lookup.h"
 #include "cli/cli.h"
+#include "cli/command_line.h"
 #include "cli/numbers.h"
 #include "cli/reports.h"
 
@@ -131,9 +132,9 @@ static void eval(const EvalOptions& options) {
                               status_meaning(call.function, call.status)));
 }
 
-void add_eval(CLI::App& program) {
+void add_eval(Program& program) {
   auto options = std::make_shared<EvalOptions>();
-  CLI::App* command =
+  Command* command =
       program.add_subcommand("eval", "Compute values given on the command line, in one call");
   command->add_option("name", options->name, "The function")->required();
   command->add_option("values", options->values, "The elements")->required();

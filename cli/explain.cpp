@@ -4,6 +4,7 @@
 #include "catalog/thread_count.h"
 #include "catalog/lookup.h"
 #include "cli/cli.h"
+#include "cli/command_line.h"
 #include "cli/machine.h"
 #include "cli/numbers.h"
 
@@ -180,9 +181,9 @@ static void explain(ExplainOptions options) {
   print_decision(decision);
 }
 
-void add_explain(CLI::App& program) {
+void add_explain(Program& program) {
   auto options = std::make_shared<ExplainOptions>();
-  CLI::App* command =
+  Command* command =
       program.add_subcommand("explain", "Show whether a call would be split over threads, and why");
   command->add_option("name", options->name, "The function")->required();
   command->add_option("--n", options->n, "Number of elements")

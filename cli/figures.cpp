@@ -129,15 +129,16 @@ static void keep(Json& now, const Json& known, bool whole_line) {
     if (known.contains("survey")) now["survey"] = known["survey"];
   }
   if (!known.contains("largest")) return;
+  std::vector<Json> largest = now.at("largest").get<std::vector<Json>>();
   for (const Json& before : known.at("largest")) {
-    Json* same = nullptr;
-    for (Json& largest : now["largest"])
-      if (same_kind(largest, before)) same = &largest;
-    if (!same)
-      now["largest"].push_back(before);
+    const auto same = std::find_if(largest.begin(), largest.end(),
+                                   [&](const Json& one) { return same_kind(one, before); });
+    if (same == largest.end())
+      largest.push_back(before);
     else if (before.at("error").get<double>() >= same->at("error").get<double>())
       *same = before;
   }
+  now["largest"] = Json(largest);
 }
 
 // A line for each error, so that changes are seen.

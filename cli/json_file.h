@@ -11,8 +11,6 @@ struct BadField : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Nothing deeper than the files of this program ever are: copying and writing recur over the
-// levels.
 Json parse_json(const std::string& text);
 
 // The object's member of that name, of that kind and in those bounds, or else a BadField.

@@ -3,6 +3,7 @@
 // luxvm list: the functions of the library.
 #include "catalog/lookup.h"
 #include "cli/cli.h"
+#include "cli/command_line.h"
 
 #include <fmt/format.h>
 
@@ -32,13 +33,13 @@ static void list(const std::vector<std::string>& patterns, bool json) {
   fmt::print("{} function{}\n", shown.size(), shown.size() == 1 ? "" : "s");
 }
 
-void add_list(CLI::App& program) {
+void add_list(Program& program) {
   struct Options {
     std::vector<std::string> patterns;
     bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App* command = program.add_subcommand("list", "Show the functions of the library");
+  Command* command = program.add_subcommand("list", "Show the functions of the library");
   command->add_option("pattern", options->patterns, "Which functions; all of them by default");
   command->add_flag("--json", options->json, "Write JSON");
   command->footer(

@@ -1,21 +1,20 @@
 // SPDX-License-Identifier: MIT
 //
 // luxvm: the library from the command line.
-#include "catalog/lookup.h"
 #include "cli/cli.h"
-#include "cli/numbers.h"
+#include "cli/command_line.h"
 #include "luxvmk3.h"
 
 #include <fcntl.h>
-#include <fmt/color.h>
+#include <fmt/format.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <new>
 #include <vector>
 
@@ -28,18 +27,8 @@ static bool wants_colour(int descriptor) {
 
 static std::string painted(int descriptor, Colour colour, const std::string& text) {
   if (!wants_colour(descriptor)) return text;
-  switch (colour) {
-    case Colour::good:
-      return fmt::format(fmt::fg(fmt::terminal_color::green), "{}", text);
-    case Colour::warning:
-      return fmt::format(fmt::fg(fmt::terminal_color::yellow), "{}", text);
-    case Colour::bad:
-      return fmt::format(fmt::fg(fmt::terminal_color::red), "{}", text);
-    case Colour::quiet:
-      return fmt::format(fmt::emphasis::faint, "{}", text);
-    default:
-      return fmt::format(fmt::emphasis::bold, "{}", text);
-  }
+  constexpr const char* kCodes[] = {"32", "33", "31", "2", "1"};
+  return fmt::format("\x1b[{}m{}\x1b[0m", kCodes[int(colour)], text);
 }
 
 std::string paint(Colour colour, const std::string& text) {
@@ -52,9 +41,16 @@ std::string paint_stderr(Colour colour, const std::string& text) {
 
 void say(const std::string& text) { fputs(text.c_str(), stderr); }
 
+std::string today() {
+  const time_t now = time(nullptr);
+  char text[16];
+  strftime(text, sizeof text, "%Y-%m-%d", localtime(&now));
+  return text;
+}
+
 void print_json(const Json& document) {
   // Names on the command line may hold any bytes; invalid UTF-8 must not end in an exception.
-  fmt::print("{}\n", document.dump(2, ' ', false, Json::error_handler_t::replace));
+  fmt::print("{}\n", document.dump(2));
 }
 
 // A file opened while a standard stream is closed would take its number and receive its output.
@@ -86,37 +82,10 @@ static std::string version_text() {
                      v->version, v->major, v->minor, v->major_build, v->build, v->build_date);
 }
 
-static void require_command(const CLI::App& program, const std::string& name) {
-  const auto commands = program.get_subcommands([](const CLI::App*) { return true; });
-  const std::string wanted = name.substr(0, 64);
-  const auto distance = [&](const CLI::App* c) { return edit_distance(c->get_name(), wanted); };
-  const CLI::App* const nearest =
-      *std::min_element(commands.begin(), commands.end(),
-                        [&](auto* a, auto* b) { return distance(a) < distance(b); });
-  if (nearest->get_name() == name) return;
-  throw Failure(fmt::format("there is no command {}; did you mean {}? `luxvm help` lists them all",
-                            in_quotes(name), nearest->get_name()));
-}
-
-// `help` and `help COMMAND` are other words for --help; what is no command is told by its name.
-static std::vector<std::string> resolve_help(const CLI::App& program,
-                                             const std::vector<std::string>& arguments) {
-  const auto is_name = [&](size_t i) {
-    return i < arguments.size() && (arguments[i].empty() || arguments[i][0] != '-');
-  };
-  if (is_name(0)) require_command(program, arguments[0]);
-  if (!is_name(0) || arguments[0] != "help") return arguments;
-  if (arguments.size() == 1) return {"--help"};
-  if (arguments.size() > 2 || !is_name(1)) return arguments;
-  require_command(program, arguments[1]);
-  return {arguments[1], "--help"};
-}
-
-static int run(const std::vector<std::string>& arguments) {
-  CLI::App program{"Element-wise math functions over arrays, from the command line.", "luxvm"};
-  program.require_subcommand(1);
-  program.set_version_flag("--version", version_text);
-  program.footer(
+static void run(const std::vector<std::string>& arguments) {
+  Program program{
+      "Element-wise math functions over arrays, from the command line.",
+      "luxvm",
       "Examples:\n"
       "  luxvm list Exp\n"
       "  luxvm eval luxsExp_64f_A53 1 -745 inf\n"
@@ -127,7 +96,8 @@ static int run(const std::vector<std::string>& arguments) {
       "`luxvm help COMMAND` tells more about each command.\n"
       "Exit codes: 0 all is well; 1 a check failed, or `diff` found something worse; 2 nothing "
       "was\n"
-      "found out, because of the command line, a file or the machine.");
+      "found out, because of the command line, a file or the machine.",
+      {}};
   add_list(program);
   add_eval(program);
   add_apply(program);
@@ -137,28 +107,16 @@ static int run(const std::vector<std::string>& arguments) {
   add_diff(program);
   add_check(program);
   add_bench(program);
-  CLI::App* const help = program.add_subcommand("help", "Tell about the program or a command");
-  auto command = std::make_shared<std::string>();
-  help->add_option("command", *command, "The command");
-
-  std::vector<std::string> reversed = resolve_help(program, arguments);
-  std::reverse(reversed.begin(), reversed.end());  // as the parser takes them
-  try {
-    program.parse(reversed);
-  } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) return program.exit(error);  // --help and --version
-    const auto commands = program.get_subcommands();
-    return complain(
-        fmt::format("{}; `luxvm help{}{}` tells more", error.what(), commands.empty() ? "" : " ",
-                    commands.empty() ? "" : commands[0]->get_name()),
-        kBadInput);
-  }
-  return kFine;
+  std::string command;
+  program.add_subcommand("help", "Tell about the program or a command")
+      ->add_option("command", command, "The command");
+  run_command(program, arguments, version_text);
 }
 
 static int guarded_run(const std::vector<std::string>& arguments) {
   try {
-    return run(arguments);
+    run(arguments);
+    return kFine;
   } catch (const Failure& failure) {
     return complain(failure.what(), kBadInput);
   } catch (const CheckFailed& failed) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "cli/numbers.h"
+#include "catalog/failure.h"
 
 #include <fmt/format.h>
 
@@ -36,11 +37,6 @@ static bool parse_rounded(const char* text, const char* end, int width, uint64_t
   return stop == end;
 }
 
-static bool is_infinite(uint64_t bits, int width) {
-  return width == 4 ? (bits & 0x7FFFFFFFu) == 0x7F800000u
-                    : (bits & ~(1ull << 63)) == 0x7FF0000000000000ull;
-}
-
 bool parse_real(std::string_view text, int width, uint64_t& bits, std::string& why) {
   const std::string_view number = trimmed(text);
   if (is_pattern(number)) {
@@ -60,7 +56,7 @@ bool parse_real(std::string_view text, int width, uint64_t& bits, std::string& w
     why = in_quotes(number) + " is not a number";
     return false;
   }
-  if (errno == ERANGE && is_infinite(bits, width)) {
+  if (errno == ERANGE && number_format(width).is_infinite(bits)) {
     why = fmt::format("{} is too large for {} bits (write inf for infinity)", in_quotes(number),
                       width * 8);
     return false;
@@ -68,7 +64,8 @@ bool parse_real(std::string_view text, int width, uint64_t& bits, std::string& w
   return true;
 }
 
-static bool parse_whole(std::string_view text, uint64_t& whole) {
+bool parse_whole(std::string_view untrimmed, uint64_t& whole) {
+  const std::string_view text = trimmed(untrimmed);
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), whole);
   if (error == std::errc() && end == text.data() + text.size()) return true;
   if (text.empty() || text.find_first_not_of("0123456789.eE+") != std::string_view::npos)
@@ -79,17 +76,6 @@ static bool parse_whole(std::string_view text, uint64_t& whole) {
   if (*stop || !(value < 0x1p64) || value != std::floor(value)) return false;
   whole = uint64_t(value);
   return true;
-}
-
-CLI::Validator whole_number(uint64_t least, uint64_t most) {
-  const auto take = [=](std::string& text) -> std::string {
-    uint64_t whole = 0;
-    if (!parse_whole(trimmed(text), whole) || whole < least || whole > most)
-      return fmt::format("{} is not a whole number from {} to {}", in_quotes(text), least, most);
-    text = std::to_string(whole);
-    return "";
-  };
-  return CLI::Validator(take, fmt::format("from {} to {}", least, most));
 }
 
 void parse_element(const std::string& text, const ElementType& type, std::string& bytes) {
@@ -119,12 +105,6 @@ std::string parse_scalar(const std::string& text, const Function& function) {
   return bytes;
 }
 
-uint64_t load_bits(const void* from, int width) {
-  uint64_t bits = 0;  // little-endian: the low bytes come first
-  memcpy(&bits, from, size_t(width));
-  return bits;
-}
-
 void append_bits(std::string& bytes, uint64_t bits, int width) {
   bytes.append(reinterpret_cast<const char*>(&bits), size_t(width));
 }
@@ -136,9 +116,7 @@ std::string decimal(uint64_t bits, int width) {
 
 std::string hex_float(uint64_t bits, int width) {
   char text[40];
-  const double value =
-      width == 4 ? std::bit_cast<float>(uint32_t(bits)) : std::bit_cast<double>(bits);
-  snprintf(text, sizeof text, "%a", value);
+  snprintf(text, sizeof text, "%a", as_double(bits, width));
   return text;
 }
 

@@ -6,7 +6,7 @@
 #define LUX_CLI_NUMBERS_H
 
 #include "catalog/lookup.h"
-#include "cli/cli.h"
+#include "catalog/number_format.h"
 
 #include <cstdint>
 #include <string>
@@ -22,15 +22,13 @@ void parse_element(const std::string& text, const ElementType& type, std::string
 // The bytes of the scalar, none for the functions that take no scalar.
 std::string parse_scalar(const std::string& text, const Function& function);
 
-uint64_t load_bits(const void* from, int width);
 void append_bits(std::string& bytes, uint64_t bits, int width);
 
 std::string decimal(uint64_t bits, int width);  // the shortest that reads back as the same number
 std::string hex_float(uint64_t bits, int width);
 std::string bit_pattern(uint64_t bits, int width);
 
-// Takes a whole number within the bounds, in scientific notation too (1e6), and makes plain digits
-// of it.
-CLI::Validator whole_number(uint64_t least, uint64_t most);
+// In plain digits or scientific notation (1e6).
+bool parse_whole(std::string_view text, uint64_t& whole);
 
 #endif

@@ -2,6 +2,8 @@
 #include "conformance/result_hash.h"
 
 #include "catalog/intervals.h"
+#include "catalog/number_format.h"
+#include "catalog/random.h"
 #include "catalog/thread_count.h"
 
 #include <algorithm>
@@ -34,34 +36,10 @@ constexpr Published kPublished[] = {
 
 // ---- Numbers, by integer arithmetic alone
 
-struct Random {  // splitmix64
-  uint64_t state;
-  uint64_t next() {
-    uint64_t z = state += 0x9E3779B97F4A7C15u;
-    z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
-    z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
-    return z ^ (z >> 31);
-  }
-  uint64_t below(uint64_t bound) { return bound ? next() % bound : 0; }
-};
-
-struct Format {
-  int width, mantissa, bias;
-  uint64_t sign() const { return uint64_t(1) << (8 * width - 1); }
-  uint64_t infinity() const { return uint64_t(2 * bias + 1) << mantissa; }
-  uint64_t quiet() const { return uint64_t(1) << (mantissa - 1); }
-  uint64_t digits() const { return (uint64_t(1) << mantissa) - 1; }
-  bool is_nan(uint64_t x) const { return (x & ~sign()) > infinity(); }
-};
-
-Format format_of(const ElementType& type) {
-  return type.width == 4 ? Format{4, 23, 127} : Format{8, 52, 1023};
-}
-
 constexpr int kFraction = 32;  // bits of a fixed-point number below 1
 
 // A fixed-point number; the digits that it lacks come from `more`.
-uint64_t from_fixed(const Format& format, int64_t fixed, uint64_t more) {
+uint64_t from_fixed(const NumberFormat& format, int64_t fixed, uint64_t more) {
   if (fixed == 0) return 0;
   const uint64_t magnitude = fixed < 0 ? 0 - uint64_t(fixed) : uint64_t(fixed);
   const int shift = std::countl_zero(magnitude);
@@ -71,11 +49,11 @@ uint64_t from_fixed(const Format& format, int64_t fixed, uint64_t more) {
          (top >> (63 - format.mantissa) & format.digits());
 }
 
-uint64_t pattern(const Format& format, double x) {
+uint64_t pattern(const NumberFormat& format, double x) {
   return format.width == 8 ? std::bit_cast<uint64_t>(x) : std::bit_cast<uint32_t>(float(x));
 }
 
-uint64_t draw(const Format& format, const Interval& interval, Random& random) {
+uint64_t draw(const NumberFormat& format, const Interval& interval, Random& random) {
   if (interval.spread == UNIFORM) {
     const auto fixed = [](double x) { return int64_t(x * (int64_t(1) << kFraction)); };
     const int64_t low = fixed(interval.low), span = fixed(interval.high) - low;
@@ -87,12 +65,12 @@ uint64_t draw(const Format& format, const Interval& interval, Random& random) {
   return interval.spread == SIGNED && random.next() % 2 ? x | format.sign() : x;
 }
 
-uint64_t special(const Format& f, Random& random) {
-  const uint64_t one = uint64_t(f.bias) << f.mantissa, least_normal = f.digits() + 1;
+uint64_t special(const NumberFormat& f, Random& random) {
+  const uint64_t one = f.one();
   const uint64_t magnitudes[] = {0,
                                  1,
                                  f.digits(),
-                                 least_normal,
+                                 f.least_normal(),
                                  one - 1,
                                  one,
                                  one + 1,
@@ -122,7 +100,7 @@ constexpr int32_t kLongest = 1 << 20;  // to see whether threads change anything
 class Arguments {
  public:
   explicit Arguments(const Function& f)
-      : f(f), format(format_of(f.type)), typical_(typical_of(f)) {}
+      : f(f), format(number_format(f.type.width)), typical_(typical_of(f)) {}
 
   Batch typical(int32_t len) {
     Batch batch;
@@ -179,7 +157,7 @@ class Arguments {
   }
 
   const Function& f;
-  const Format format;
+  const NumberFormat format;
   const Typical& typical_;
   Random random{2026};
 };
@@ -233,12 +211,11 @@ class Imposed {
 // NaNs become the default one where several could have met.
 void settle_nans(const Function& f, std::string& results) {
   if (f.shape.sources * f.type.parts == 1 && !f.shape.scalar) return;
-  const Format format = format_of(f.type);
+  const NumberFormat format = number_format(f.type.width);
   const uint64_t settled = format.infinity() + format.quiet();
   for (size_t at = 0; at < results.size(); at += size_t(format.width)) {
-    uint64_t x = 0;
-    memcpy(&x, &results[at], size_t(format.width));
-    if (format.is_nan(x)) memcpy(&results[at], &settled, size_t(format.width));
+    if (format.is_nan(load_bits(&results[at], format.width)))
+      store_bits(&results[at], settled, format.width);
   }
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "conformance/special_values.h"
+#include "catalog/number_format.h"
 
 #include "conformance/complex_values.h"
 
@@ -112,14 +113,12 @@ void run(const Function& f, Trial& trial, int len) {
 
 void put(const ElementType& type, unsigned char* array, int at, const Number& number) {
   unsigned char* const to = array + at * type.bytes();
-  memcpy(to, &number.re.bits, type.width);
-  if (type.complex()) memcpy(to + type.width, &number.im.bits, type.width);
+  store_bits(to, number.re.bits, type.width);
+  if (type.complex()) store_bits(to + type.width, number.im.bits, type.width);
 }
 
 uint64_t part(const ElementType& type, const unsigned char* array, int index) {
-  uint64_t bits = 0;
-  memcpy(&bits, array + index * type.width, type.width);
-  return bits;
+  return load_bits(array + index * type.width, type.width);
 }
 
 // Nothing special for any family, with either sign of rounding.
@@ -130,17 +129,14 @@ Number plain_value(const Function& f) {
 }
 
 bool matches(const Part& want, uint64_t got, int width) {
-  const int mantissa = width == 4 ? 23 : 52;
-  const uint64_t sign = uint64_t(1) << (8 * width - 1);
-  const uint64_t infinity = (sign - 1) >> mantissa << mantissa;
-  const uint64_t quiet = uint64_t(1) << (mantissa - 1);
+  const NumberFormat& format = number_format(width);
   switch (want.match) {
     case Match::kAny:
       return true;
     case Match::kNaN:
-      return (got & ~sign) >= infinity + quiet;
+      return format.is_quiet_nan(got);
     case Match::kZero:
-      return (got & ~sign) == 0;
+      return format.magnitude(got) == 0;
     default:
       return got == want.bits;
   }

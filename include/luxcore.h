@@ -24,9 +24,9 @@ enum {
 
 /** Number of threads that a vector function may use. Starts, before main, at the positive number in
  *  the environment variable LUXVM_NUM_THREADS, else at the first one in OMP_NUM_THREADS, else at
- * the number of processors available to the process. A function fixes the length from which it
- * threads at its first call, so set this before the first call of the functions that it is meant
- * for. */
+ *  the number of processors available to the process. A function fixes the length from which it
+ *  threads at its first call, so set this before the first call of the functions that it is meant
+ *  for. */
 extern LUXCORE_API int32_t threads_omp_of_n_lux;
 
 /** Set the number of threads; any value from 1 up. Returns LUXCORE_OK or LUXCORE_BAD_COUNT. */

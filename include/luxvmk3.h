@@ -8,13 +8,14 @@
  * bits     correct significand bits that the name guarantees: A11, A21, A24 for the single types,
  *          A50, A53 for the double ones. The rounding functions are exact and carry no grade.
  * arrays   `len` elements each, any byte alignment. A destination may be exactly one of the
- * sources; arrays that overlap in part give undefined results. returns  a LuxStatus. When it is
- * negative nothing was written. Positive codes are warnings: every element has its result, and the
- * code is that of the last element reported. state    the caller's x87 control word and MXCSR come
- * back as they were, exception masks are never changed, and results do not depend on the caller's
- * rounding or precision settings but where a family says so. Denormals-are-zero is left as the
- * caller set it. threads  long arrays are cut into slices that run in OpenMP threads (see the
- * README); the graded functions may be called from any number of threads at once.
+ *          sources; arrays that overlap in part give undefined results.
+ * returns  a LuxStatus. When it is negative nothing was written. Positive codes are warnings: every
+ *          element has its result, and the code is that of the last element reported.
+ * state    the caller's x87 control word and MXCSR come back as they were, exception masks are
+ *          never changed, and results do not depend on the caller's rounding or precision settings
+ *          but where a family says so. Denormals-are-zero is left as the caller set it.
+ * threads  long arrays are cut into slices that run in OpenMP threads (see the README); the graded
+ *          functions may be called from any number of threads at once.
  */
 #ifndef LUXVMK3_H
 #define LUXVMK3_H
@@ -80,8 +81,7 @@ typedef LuxLibraryVersion LibraryVersion;
 /** The version record: static, owned by the library, never null. */
 LUX_API const LuxLibraryVersion* luxvmGetLibVersion(void);
 
-/* ---- Reciprocal and division ------------------------------------------------------------------
- */
+/* ---- Reciprocal and division ----------------------------------------------------------------- */
 
 /** dst[i] = 1 / src[i].
  *
@@ -103,23 +103,23 @@ LUX_API LuxStatus luxsInv_64f_A53(const double* src, double* dst, int32_t len);
  *  Accuracy: 32f at most 1 ulp (largest found 0.5000); 64f at most 1 ulp (largest found 0.5006).
  *  32f is correctly rounded, and all grades are one computation.
  *  A zero divisor is reported with LUX_POLE: in 32f unless the dividend is a NaN, in 64f always;
- * the stored value is the IEEE quotient (infinity, or a NaN for 0/0). Infinities, NaNs, overflow
- * and underflow give the IEEE quotient and no code. Returns LUX_OK, LUX_BAD_LENGTH,
- * LUX_NULL_POINTER or LUX_POLE. */
+ *  the stored value is the IEEE quotient (infinity, or a NaN for 0/0). Infinities, NaNs, overflow
+ *  and underflow give the IEEE quotient and no code.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_POLE. */
 LUX_API LuxStatus luxsDiv_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
 LUX_API LuxStatus luxsDiv_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
 LUX_API LuxStatus luxsDiv_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
 LUX_API LuxStatus luxsDiv_64f_A50(const double* src1, const double* src2, double* dst, int32_t len);
 LUX_API LuxStatus luxsDiv_64f_A53(const double* src1, const double* src2, double* dst, int32_t len);
 
-/* ---- Square root and its reciprocal -----------------------------------------------------------
- */
+/* ---- Square root and its reciprocal ---------------------------------------------------------- */
 
 /** dst[i] = the square root of src[i].
  *
  *  Accuracy: 32f at most 0.99 ulp (largest found 0.8467); 64f at most 1 ulp (largest found 0.7034).
  *  It starts from the processor's own estimate, so in 32f last bits and largest error differ
- *  between processors; the bound holds on any. Squares of integers give the integer. All grades of a type are one computation.
+ *  between processors; the bound holds on any. Squares of integers give the integer. All grades of a
+ *  type are one computation.
  *  A zero gives itself, sign kept; +infinity itself; a NaN comes out quiet: no code. A negative
  *  number or -infinity gives a NaN, 0xFFC00000 in 32f and 0x7FF8A5A55A5A5A5A in 64f, with
  *  LUX_DOMAIN. Where denormals-are-zero is set, 32f promises results of normal arguments only.
@@ -140,9 +140,9 @@ LUX_API LuxStatus luxsSqrt_64f_A53(const double* src, double* dst, int32_t len);
  *  comes out quiet: no code.
  *  32f works in blocks of eight. A block that holds a zero, a subnormal, a negative number, an
  *  infinity or a NaN is computed on the x87 unit under the caller's precision and rounding, so the
- *  last bits of its ordinary results may differ: at most 1.0001 ulp, 2 ulp at 24 bits. All its zeros
- *  are reported before its negative numbers. Where denormals-are-zero is set, 32f promises results of
- *  normal arguments only.
+ *  last bits of its ordinary results may differ: at most 1.0001 ulp, 2 ulp at 24 bits. All its
+ *  zeros are reported before its negative numbers. Where denormals-are-zero is set, 32f promises
+ *  results of normal arguments only.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or the code of the last element reported. */
 LUX_API LuxStatus luxsInvSqrt_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsInvSqrt_32f_A21(const float* src, float* dst, int32_t len);
@@ -150,8 +150,7 @@ LUX_API LuxStatus luxsInvSqrt_32f_A24(const float* src, float* dst, int32_t len)
 LUX_API LuxStatus luxsInvSqrt_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API LuxStatus luxsInvSqrt_64f_A53(const double* src, double* dst, int32_t len);
 
-/* ---- Cube root --------------------------------------------------------------------------------
- */
+/* ---- Cube root ------------------------------------------------------------------------------- */
 
 /** dst[i] = cube root of src[i], with the sign of src[i].
  *
@@ -181,8 +180,7 @@ LUX_API LuxStatus luxsInvCbrt_32f_A24(const float* src, float* dst, int32_t len)
 LUX_API LuxStatus luxsInvCbrt_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API LuxStatus luxsInvCbrt_64f_A53(const double* src, double* dst, int32_t len);
 
-/* ---- Powers -----------------------------------------------------------------------------------
- */
+/* ---- Powers ---------------------------------------------------------------------------------- */
 
 /** dst[i] = src1[i] to the power src2[i].
  *
@@ -215,8 +213,7 @@ LUX_API LuxStatus luxsPowx_32f_A24(const float* src, float scalar, float* dst, i
 LUX_API LuxStatus luxsPowx_64f_A50(const double* src, double scalar, double* dst, int32_t len);
 LUX_API LuxStatus luxsPowx_64f_A53(const double* src, double scalar, double* dst, int32_t len);
 
-/* ---- Exponential ------------------------------------------------------------------------------
- */
+/* ---- Exponential ----------------------------------------------------------------------------- */
 
 /** dst[i] = e to the power src[i].
  *
@@ -236,8 +233,7 @@ LUX_API LuxStatus luxsExp_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsExp_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API LuxStatus luxsExp_64f_A53(const double* src, double* dst, int32_t len);
 
-/* ---- Logarithms -------------------------------------------------------------------------------
- */
+/* ---- Logarithms ------------------------------------------------------------------------------ */
 
 /** dst[i] = the natural logarithm of src[i].
  *
@@ -268,8 +264,7 @@ LUX_API LuxStatus luxsLog10_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsLog10_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API LuxStatus luxsLog10_64f_A53(const double* src, double* dst, int32_t len);
 
-/* ---- Sine, cosine, tangent --------------------------------------------------------------------
- */
+/* ---- Sine, cosine, tangent ------------------------------------------------------------------- */
 
 /** dst[i] = the sine of src[i], which is in radians and may have any size.
  *
@@ -277,10 +272,11 @@ LUX_API LuxStatus luxsLog10_64f_A53(const double* src, double* dst, int32_t len)
  *  found 2^-22.03); 64f at most 1 ulp (largest found 0.5278). A21 and A11 are one computation, and
  *  so are both grades of 64f.
  *  32f beyond 500000 in magnitude (A24), 1000000 (A21, A11): 0.501 ulp, 64f from 128000 on: 0.52
- * ulp, and then so are the other elements of the same block of four. sin(-x) is exactly -sin(x) and
- * zeros keep their sign. An infinity gives the default NaN, code LUX_DOMAIN. A NaN comes out quiet
- * in 32f; in 64f it gives the default NaN, without a code unless its upper word is 0x7FF00000
- * without the sign. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+ *  ulp, and then so are the other elements of the same block of four. sin(-x) is exactly -sin(x)
+ *  and zeros keep their sign. An infinity gives the default NaN, code LUX_DOMAIN. A NaN comes out
+ *  quiet in 32f; in 64f it gives the default NaN, without a code unless its upper word is
+ *  0x7FF00000 without the sign.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
 LUX_API LuxStatus luxsSin_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsSin_32f_A21(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsSin_32f_A24(const float* src, float* dst, int32_t len);
@@ -295,7 +291,8 @@ LUX_API LuxStatus luxsSin_64f_A53(const double* src, double* dst, int32_t len);
  *  32f beyond 500000 in magnitude (A24), 10048 (A21, A11): 0.501 ulp, 64f from 128000 on: 0.52 ulp,
  *  and then so are the other elements of the same block of four.
  *  The cosine of 0 is 1 in 64f and A24, and 1.0000001 in A21 and A11. Infinities and NaNs as for
- * Sin. Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
+ *  Sin.
+ *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_DOMAIN. */
 LUX_API LuxStatus luxsCos_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsCos_32f_A21(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsCos_32f_A24(const float* src, float* dst, int32_t len);
@@ -334,8 +331,7 @@ LUX_API LuxStatus luxsTan_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsTan_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API LuxStatus luxsTan_64f_A53(const double* src, double* dst, int32_t len);
 
-/* ---- Inverse trigonometric functions ----------------------------------------------------------
- */
+/* ---- Inverse trigonometric functions --------------------------------------------------------- */
 
 /** dst[i] = the angle in [0, pi] whose cosine is src[i].
  *
@@ -395,8 +391,7 @@ LUX_API LuxStatus luxsAtan2_64f_A50(const double* src1, const double* src2, doub
 LUX_API LuxStatus luxsAtan2_64f_A53(const double* src1, const double* src2, double* dst,
                                     int32_t len);
 
-/* ---- Hyperbolic functions ---------------------------------------------------------------------
- */
+/* ---- Hyperbolic functions -------------------------------------------------------------------- */
 
 /** dst[i] = hyperbolic cosine of src[i].
  *
@@ -431,17 +426,16 @@ LUX_API LuxStatus luxsSinh_64f_A53(const double* src, double* dst, int32_t len);
  *
  *  Accuracy: 32f at most 1 ulp (largest found 0.7612); 64f at most 1 ulp (largest found 0.5033).
  *  All grades of a type are one computation. Zeros and subnormals come out as they are; from 10 on
- *  in magnitude, in 64f
- * from 19.061546 on, infinities among them, the result is 1 with the sign of src[i]; a NaN comes
- * out quiet. Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+ *  in magnitude, in 64f from 19.061546 on, infinities among them, the result is 1 with the sign of
+ *  src[i]; a NaN comes out quiet. Nothing is reported.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsTanh_32f_A11(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsTanh_32f_A21(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsTanh_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsTanh_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API LuxStatus luxsTanh_64f_A53(const double* src, double* dst, int32_t len);
 
-/* ---- Inverse hyperbolic functions -------------------------------------------------------------
- */
+/* ---- Inverse hyperbolic functions ------------------------------------------------------------ */
 
 /** dst[i] = the number from 0 on whose hyperbolic cosine is src[i].
  *
@@ -484,8 +478,7 @@ LUX_API LuxStatus luxsAtanh_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsAtanh_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API LuxStatus luxsAtanh_64f_A53(const double* src, double* dst, int32_t len);
 
-/* ---- Error functions --------------------------------------------------------------------------
- */
+/* ---- Error functions ------------------------------------------------------------------------- */
 
 /** dst[i] = error function of src[i].
  *
@@ -519,8 +512,7 @@ LUX_API LuxStatus luxsErfc_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsErfc_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API LuxStatus luxsErfc_64f_A53(const double* src, double* dst, int32_t len);
 
-/* ---- Inverse error function -------------------------------------------------------------------
- */
+/* ---- Inverse error function ------------------------------------------------------------------ */
 
 /** dst[i] = the number whose error function is src[i].
  *
@@ -536,8 +528,7 @@ LUX_API LuxStatus luxsErfInv_32f_A24(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsErfInv_64f_A50(const double* src, double* dst, int32_t len);
 LUX_API LuxStatus luxsErfInv_64f_A53(const double* src, double* dst, int32_t len);
 
-/* ---- Hypotenuse -------------------------------------------------------------------------------
- */
+/* ---- Hypotenuse ------------------------------------------------------------------------------ */
 
 /** dst[i] = the square root of src1[i]^2 + src2[i]^2.
  *
@@ -545,10 +536,11 @@ LUX_API LuxStatus luxsErfInv_64f_A53(const double* src, double* dst, int32_t len
  *  That of 64f holds while the sum of the squares is a normal double, and it stands for A53 too:
  *  the sum is rounded to a double before its root is taken.
  *  hypot(0, 0) is +0. A NaN in either source gives a quiet NaN, also beside an infinity; an
- * infinity beside a number or an infinity gives +infinity. 64f: a sum at or above 2^1024 gives
- * 2^512, so hypot(1e300, 0) is 1.34e154. Two arguments that are both below 2^-523 are scaled up
- * first; a larger one whose sum of squares is below 2^-1022 gives a wrong result: hypot(2^-523, 0)
- * is 1.05e-154. Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+ *  infinity beside a number or an infinity gives +infinity. 64f: a sum at or above 2^1024 gives
+ *  2^512, so hypot(1e300, 0) is 1.34e154. Two arguments that are both below 2^-523 are scaled up
+ *  first; a larger one whose sum of squares is below 2^-1022 gives a wrong result: hypot(2^-523, 0)
+ *  is 1.05e-154. Nothing is reported.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsHypot_32f_A11(const float* src1, const float* src2, float* dst, int32_t len);
 LUX_API LuxStatus luxsHypot_32f_A21(const float* src1, const float* src2, float* dst, int32_t len);
 LUX_API LuxStatus luxsHypot_32f_A24(const float* src1, const float* src2, float* dst, int32_t len);
@@ -557,8 +549,7 @@ LUX_API LuxStatus luxsHypot_64f_A50(const double* src1, const double* src2, doub
 LUX_API LuxStatus luxsHypot_64f_A53(const double* src1, const double* src2, double* dst,
                                     int32_t len);
 
-/* ---- Complex square root -----------------------------------------------------------------------
- */
+/* ---- Complex square root --------------------------------------------------------------------- */
 
 /** dst[i] = the principal square root of src[i]: its real part is at least 0.
  *
@@ -573,8 +564,7 @@ LUX_API LuxStatus luxsSqrt_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t le
 LUX_API LuxStatus luxsSqrt_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsSqrt_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex powers ----------------------------------------------------------------------------
- */
+/* ---- Complex powers -------------------------------------------------------------------------- */
 
 /** Pow: dst[i] = src1[i] to the power src2[i]. Powx: dst[i] = src[i] to the power c. The principal
  *  value, exp(w log z) with the angle of z in [-pi, pi].
@@ -602,23 +592,21 @@ LUX_API LuxStatus luxsPowx_32fc_A24(const Lux32fc* src, Lux32fc c, Lux32fc* dst,
 LUX_API LuxStatus luxsPowx_64fc_A50(const Lux64fc* src, Lux64fc c, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsPowx_64fc_A53(const Lux64fc* src, Lux64fc c, Lux64fc* dst, int32_t len);
 
-/* ---- Complex exponential ------------------------------------------------------------------------
- */
+/* ---- Complex exponential --------------------------------------------------------------------- */
 
 /** dst[i] = e^src[i] = e^x (cos y + i sin y).
  *
  *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5001);
  *  64fc at most 1 ulp (largest found 0.5009) in each part; a part overflows or underflows only
  *  where its exact value does. Zeros, infinities and NaNs as in C.
- * Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+ *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsExp_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsExp_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsExp_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsExp_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsExp_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex natural logarithm ------------------------------------------------------------------
- */
+/* ---- Complex natural logarithm --------------------------------------------------------------- */
 
 /** dst[i] = the principal logarithm of src[i]: log|z| + i angle, the angle in [-pi, pi].
  *
@@ -634,8 +622,7 @@ LUX_API LuxStatus luxsLn_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len)
 LUX_API LuxStatus luxsLn_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsLn_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex decimal logarithm ------------------------------------------------------------------
- */
+/* ---- Complex decimal logarithm --------------------------------------------------------------- */
 
 /** dst[i] = the principal logarithm of src[i] to the base 10: log10|z| + i angle / log(10).
  *
@@ -650,38 +637,35 @@ LUX_API LuxStatus luxsLog10_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t l
 LUX_API LuxStatus luxsLog10_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsLog10_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex cosine -----------------------------------------------------------------------------
- */
+/* ---- Complex cosine -------------------------------------------------------------------------- */
 
 /** dst[i] = the cosine of src[i]: cos x cosh y - i sin x sinh y.
  *
  *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5001);
  *  64fc at most 1 ulp (largest found 0.5010) in each part, for real parts of any size. Zeros,
  *  infinities and NaNs as in C, by the hyperbolic cosine of -y + ix.
- * Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+ *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsCos_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsCos_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsCos_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsCos_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsCos_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex sine -------------------------------------------------------------------------------
- */
+/* ---- Complex sine ---------------------------------------------------------------------------- */
 
 /** dst[i] = the sine of src[i]: sin x cosh y + i cos x sinh y.
  *
  *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5000);
  *  64fc at most 1 ulp (largest found 0.5008) in each part, for real parts of any size. Zeros,
  *  infinities and NaNs as in C, by the hyperbolic sine of -y + ix.
- * Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+ *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsSin_32fc_A11(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsSin_32fc_A21(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsSin_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len);
 LUX_API LuxStatus luxsSin_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsSin_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex tangent ----------------------------------------------------------------------------
- */
+/* ---- Complex tangent ------------------------------------------------------------------------- */
 
 /** dst[i] = the tangent of src[i]: (sin x cos x + i sinh y cosh y) / (cos^2 x + sinh^2 y).
  *
@@ -695,8 +679,7 @@ LUX_API LuxStatus luxsTan_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t len
 LUX_API LuxStatus luxsTan_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsTan_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex arc cosine -------------------------------------------------------------------------
- */
+/* ---- Complex arc cosine ---------------------------------------------------------------------- */
 
 /** dst[i] = the arc cosine of src[i]: its real part is in [0, pi].
  *
@@ -711,8 +694,7 @@ LUX_API LuxStatus luxsAcos_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t le
 LUX_API LuxStatus luxsAcos_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsAcos_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex arc sine ---------------------------------------------------------------------------
- */
+/* ---- Complex arc sine ------------------------------------------------------------------------ */
 
 /** dst[i] = the arc sine of src[i]: its real part is in [-pi/2, pi/2].
  *
@@ -727,8 +709,7 @@ LUX_API LuxStatus luxsAsin_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t le
 LUX_API LuxStatus luxsAsin_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsAsin_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex arc tangent ------------------------------------------------------------------------
- */
+/* ---- Complex arc tangent --------------------------------------------------------------------- */
 
 /** dst[i] = the arc tangent of src[i], its real part in [-pi/2, pi/2], cut along the imaginary axis
  *  outside [-i, i].
@@ -743,8 +724,7 @@ LUX_API LuxStatus luxsAtan_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t le
 LUX_API LuxStatus luxsAtan_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsAtan_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex hyperbolic cosine ------------------------------------------------------------------
- */
+/* ---- Complex hyperbolic cosine --------------------------------------------------------------- */
 
 /** dst[i] = the hyperbolic cosine of src[i]: cosh x cos y + i sinh x sin y.
  *
@@ -758,8 +738,7 @@ LUX_API LuxStatus luxsCosh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t le
 LUX_API LuxStatus luxsCosh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsCosh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex hyperbolic sine --------------------------------------------------------------------
- */
+/* ---- Complex hyperbolic sine ----------------------------------------------------------------- */
 
 /** dst[i] = the hyperbolic sine of src[i]: sinh x cos y + i cosh x sin y.
  *
@@ -773,11 +752,10 @@ LUX_API LuxStatus luxsSinh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t le
 LUX_API LuxStatus luxsSinh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsSinh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex hyperbolic tangent -----------------------------------------------------------------
- */
+/* ---- Complex hyperbolic tangent -------------------------------------------------------------- */
 
-/** dst[i] = the hyperbolic tangent of src[i]: (sinh x cosh x + i sin y cos y) / (sinh^2 x + cos^2
- * y).
+/** dst[i] = the hyperbolic tangent of src[i]: (sinh x cosh x + i sin y cos y) /
+ *  (sinh^2 x + cos^2 y).
  *
  *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5001);
  *  64fc at most 1 ulp (largest found 0.5018) in each part, also next to the poles. Zeros,
@@ -789,8 +767,7 @@ LUX_API LuxStatus luxsTanh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t le
 LUX_API LuxStatus luxsTanh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsTanh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex inverse hyperbolic cosine ----------------------------------------------------------
- */
+/* ---- Complex inverse hyperbolic cosine ------------------------------------------------------- */
 
 /** dst[i] = the inverse hyperbolic cosine of src[i]: its real part is at least 0, its
  *  imaginary part in [-pi, pi].
@@ -806,11 +783,10 @@ LUX_API LuxStatus luxsAcosh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t l
 LUX_API LuxStatus luxsAcosh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsAcosh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex inverse hyperbolic sine ------------------------------------------------------------
- */
+/* ---- Complex inverse hyperbolic sine --------------------------------------------------------- */
 
-/** dst[i] = the inverse hyperbolic sine of src[i]: its imaginary part is in [-pi/2,
- *  pi/2].
+/** dst[i] = the inverse hyperbolic sine of src[i]: its imaginary part is in
+ *  [-pi/2, pi/2].
  *
  *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5000);
  *  64fc at most 1 ulp (largest found 0.5010) in each part. Cut along the imaginary axis outside
@@ -823,12 +799,11 @@ LUX_API LuxStatus luxsAsinh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t l
 LUX_API LuxStatus luxsAsinh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsAsinh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Complex inverse hyperbolic tangent ---------------------------------------------------------
- */
+/* ---- Complex inverse hyperbolic tangent ------------------------------------------------------ */
 
 /** dst[i] = the inverse hyperbolic tangent of src[i], its imaginary part in [-pi/2, pi/2], cut
- * along the real axis outside [-1, 1]; on the cut the imaginary part has the sign of the
- * argument's.
+ *  along the real axis outside [-1, 1]; on the cut the imaginary part has the sign of the
+ *  argument's.
  *
  *  All grades of a type share one computation. Accuracy: 32fc at most 1 ulp (largest found 0.5000);
  *  64fc at most 1 ulp (largest found 0.5007) in each part, also next to the poles +-1, which give
@@ -841,12 +816,11 @@ LUX_API LuxStatus luxsAtanh_32fc_A24(const Lux32fc* src, Lux32fc* dst, int32_t l
 LUX_API LuxStatus luxsAtanh_64fc_A50(const Lux64fc* src, Lux64fc* dst, int32_t len);
 LUX_API LuxStatus luxsAtanh_64fc_A53(const Lux64fc* src, Lux64fc* dst, int32_t len);
 
-/* ---- Rounding to integers: exact, no grade, never threaded, nothing reported -------------------
- */
+/* ---- Rounding to integers: exact, no grade, never threaded, nothing reported ----------------- */
 
 /** dst[i] = the largest integer not above src[i]. Zeros keep their sign, infinities pass, a NaN
- * comes out quiet. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER; so do Ceil, Trunc and Round.
- */
+ *  comes out quiet.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER; so do Ceil, Trunc and Round. */
 LUX_API LuxStatus luxsFloor_32f(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsFloor_64f(const double* src, double* dst, int32_t len);
 
@@ -863,8 +837,8 @@ LUX_API LuxStatus luxsRound_32f(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsRound_64f(const double* src, double* dst, int32_t len);
 
 /** dst[i] = src[i] rounded to an integer in the rounding direction of the caller's x87 control
- * word, ties to even when that is to-nearest; the sign stays. Checks nothing: returns 0 when `len`
- * is below 1 and otherwise `len`, and null pointers are not tested. */
+ *  word, ties to even when that is to-nearest; the sign stays. Checks nothing: returns 0 when `len`
+ *  is below 1 and otherwise `len`, and null pointers are not tested. */
 LUX_API LuxStatus luxsNearbyInt_32f(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsNearbyInt_64f(const double* src, double* dst, int32_t len);
 
@@ -873,20 +847,19 @@ LUX_API LuxStatus luxsRint_32f(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus luxsRint_64f(const double* src, double* dst, int32_t len);
 
 /** dst1[i] = the integer part of src[i], dst2[i] = its fractional part, both with the sign of
- * src[i]. An infinity gives (infinity, signed zero), a NaN a quiet NaN in both. Returns LUX_OK,
- * LUX_BAD_LENGTH or LUX_NULL_POINTER. */
+ *  src[i]. An infinity gives (infinity, signed zero), a NaN a quiet NaN in both.
+ *  Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
 LUX_API LuxStatus luxsModf_32f(const float* src, float* dst1, float* dst2, int32_t len);
 LUX_API LuxStatus luxsModf_64f(const double* src, double* dst1, double* dst2, int32_t len);
 
-/* ---- Reports ----------------------------------------------------------------------------------
- */
+/* ---- Reports --------------------------------------------------------------------------------- */
 
 /** Receives every reported element: its code, its index relative to the slice that was computed,
- * the first elements of the arrays (for one source or one destination the second pointer repeats
- * the first) and a name, which is empty for most kernels. The library's own version raises the
- * matching exception flag of the x87 unit; a program that defines these functions itself sees the
- * reports instead. The result is not used by the library: it is the code. Called from several
- * threads at once when a call is threaded. */
+ *  the first elements of the arrays (for one source or one destination the second pointer repeats
+ *  the first) and a name, which is empty for most kernels. The library's own version raises the
+ *  matching exception flag of the x87 unit; a program that defines these functions itself sees the
+ *  reports instead. The result is not used by the library: it is the code. Called from several
+ *  threads at once when a call is threaded. */
 LUX_API int32_t noxsError(int32_t code, int32_t index, const float* argument1,
                           const float* argument2, const float* result1, const float* result2,
                           const char* name);
@@ -894,8 +867,7 @@ LUX_API int32_t noxdError(int32_t code, int32_t index, const double* argument1,
                           const double* argument2, const double* result1, const double* result2,
                           const char* name);
 
-/* ---- Large arguments of sine, cosine and tangent ----------------------------------------------
- */
+/* ---- Large arguments of sine, cosine and tangent --------------------------------------------- */
 
 /** One element of a trigonometric function, of any size: what the vector functions call for
  *  elements beyond their own reduction. The function of src[index] goes to dst[index]; a null or
@@ -940,12 +912,11 @@ LUX_API void noxdTan_SC_A11(int32_t index, const double* src, double* dst, int32
  *  multiple modulo 4. Wants the x87 unit to round to nearest with 53 bits or more. */
 LUX_API int32_t noxreduce_pio2d(double x, double* reduced);
 
-/* ---- Threading --------------------------------------------------------------------------------
- */
+/* ---- Threading ------------------------------------------------------------------------------- */
 
 /** Number of elements above which a call is worth splitting over `threads` threads, 0x7FFFFFFF for
  *  never. `row` names the function (29 rows for s and d, 18 for c and z), `variant` the grade: 0
- * for A24 and A53, 1 for A21 and A50, 2 for A11. A row that does not exist gives 0x7FFFFFFF. */
+ *  for A24 and A53, 1 for A21 and A50, 2 for A11. A row that does not exist gives 0x7FFFFFFF. */
 LUX_API int32_t noxsMinN(int32_t row, int32_t variant, int32_t threads);
 LUX_API int32_t noxdMinN(int32_t row, int32_t variant, int32_t threads);
 LUX_API int32_t noxcMinN(int32_t row, int32_t variant, int32_t threads);
@@ -955,7 +926,7 @@ LUX_API int32_t noxzMinN(int32_t row, int32_t variant, int32_t threads);
  *  elements, rounded down to a multiple of 4, the last one takes the rest. With fewer than four
  *  elements a slice, or `threads` below 1, the kernel runs once over the whole range. Returns
  *  LUX_NULL_POINTER, or the non-zero status that a slice stored last, or 0. The name says the
- * shape: sources _ destinations, 2_1_1 for source, scalar, destination. */
+ *  shape: sources _ destinations, 2_1_1 for source, scalar, destination. */
 typedef LuxStatus (*LuxKernel_32f_1_1)(const float* src, float* dst, int32_t len);
 LUX_API LuxStatus noxsThreading_1_1(LuxKernel_32f_1_1 kernel, int32_t threads, const float* src,
                                     float* dst, int32_t len);

@@ -21,8 +21,7 @@
 extern "C" {
 #endif
 
-/* ---- Roots and magnitudes ----------------------------------------------------------------------
- */
+/* ---- Roots and magnitudes -------------------------------------------------------------------- */
 
 /** The correctly rounded square root, under any precision and rounding of the caller's x87 control
  *  word, which comes back as it was. A zero and +infinity give themselves, a NaN comes out quiet; a
@@ -41,8 +40,7 @@ LUX_API float nox_sabs_scalar(float x);
 LUX_API double nox_dabs_scalar(double x);
 LUX_API long double noxfabsl_scalar(long double x);
 
-/* ---- Exponentials, logarithms, powers ----------------------------------------------------------
- */
+/* ---- Exponentials, logarithms, powers -------------------------------------------------------- */
 
 /** e to the x. At most 1 ulp. Overflows to +infinity and underflows to +0; -infinity gives +0. */
 LUX_API long double noxexpl_scalar(long double x);
@@ -58,7 +56,7 @@ LUX_API long double noxlog1pl_scalar(long double x);
 /** x to the power y, with the special values of C's powl. At most 2 ulp. */
 LUX_API long double noxpowl_scalar(long double x, long double y);
 
-/* ---- Trigonometric functions -------------------------------------------------------------------
+/* ---- Trigonometric functions --------------------------------------------------------------------
  *
  * The argument is in radians and of any magnitude; it is reduced exactly. An infinity gives a NaN
  * and raises the invalid flag; odd functions give a zero back as it is.
@@ -82,8 +80,7 @@ LUX_API long double noxcosdl_scalar(long double x);
  *  taken, modulo 8, always even: x = octant * pi/4 + r[0] + r[1] modulo 2 pi. */
 LUX_API int noxreduce_pi04l(long double x, long double r[2]);
 
-/* ---- Inverse trigonometric functions -----------------------------------------------------------
- */
+/* ---- Inverse trigonometric functions --------------------------------------------------------- */
 
 /** Arc sine, in [-pi/2, pi/2], and arc cosine, in [0, pi]. At most 1 ulp. A magnitude above 1 gives
  *  a NaN (invalid flag); acos(1) is +0. */
@@ -98,7 +95,7 @@ LUX_API long double noxatanl_scalar(long double x);
 LUX_API long double noxatan2l_scalar(long double y, long double x);
 LUX_API long double noxatan2dl_scalar(long double y, long double x);
 
-/* ---- Hyperbolic and inverse hyperbolic functions -----------------------------------------------
+/* ---- Hyperbolic and inverse hyperbolic functions ------------------------------------------------
  *
  * At most 2 ulp. Odd functions give a zero back as it is.
  */
@@ -121,7 +118,7 @@ LUX_API long double noxacoshl_scalar(long double x);
  *  flag). */
 LUX_API long double noxatanhl_scalar(long double x);
 
-/* ---- Complex functions -------------------------------------------------------------------------
+/* ---- Complex functions --------------------------------------------------------------------------
  *
  * By value, in the i386 convention for structures: the result's address comes first and the callee
  * pops it. The single-precision arrays round these results once more.

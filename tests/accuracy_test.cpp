@@ -252,7 +252,7 @@ TEST(Exhaustive, FindsOneWrongResultAndGoesOnWhereItStopped) {
   bench::exhaust(
       grades, halves, 1, [&](uint64_t, uint64_t) { stop = true; }, nullptr, stop);
   EXPECT_EQ(std::count(halves.done.begin(), halves.done.end(), false), 1);
-  halves = bench::exhaustion_of(bench::Json::parse(bench::record_of(halves).dump()));
+  halves = bench::exhaustion_of(Json::parse(bench::record_of(halves).dump()));
   bench::exhaust(grades, halves, 1, nullptr, nullptr, kGoOn);
   EXPECT_EQ(bench::report_of(f, halves.statistics[0], true).dump(),
             bench::report_of(f, whole.statistics[0], true).dump());

@@ -63,7 +63,7 @@ static std::vector<uint32_t> arguments(double low, double high, int count) {
   std::vector<uint32_t> all;
   for (int i = 0; i < count; ++i) {
     const volatile float ordinary = float(low * std::exp2(std::log2(high / low) * random.unit()));
-    all.push_back(i % 64 < 16 ? random.pattern<uint32_t>()
+    all.push_back(i % 64 < 16 ? any_pattern<uint32_t>(random)
                               : bits(float(ordinary)) | (random.next() & kSign<uint32_t>));
   }
   return all;
@@ -169,7 +169,7 @@ static void expect_hypot(const std::vector<int>& centres) {
     for (int i = 0; i < 64; ++i) {
       const int e = centre + int(random.next() % (2 * spread + 1)) - spread;
       U p = with_exponent(e), q = with_exponent(e - int(random.next() % (i % 4 ? 4 : 60)));
-      if (run % 7 == 0 && i % 9 == 0) (random.next() % 2 ? p : q) = random.pattern<U>();
+      if (run % 7 == 0 && i % 9 == 0) (random.next() % 2 ? p : q) = any_pattern<U>(random);
       if (random.next() % 2) std::swap(p, q);
       x.push_back(p);
       y.push_back(q);

@@ -30,7 +30,7 @@ static std::vector<Lux64fc> numbers() {
   const auto part = [&](int k) {
     if (k % 3 == 0) return 20 * random.unit() - 10;
     if (k % 3 == 1) return 2000 * random.unit() - 1000;
-    return std::bit_cast<double>(random.pattern<uint64_t>());
+    return std::bit_cast<double>(any_pattern<uint64_t>(random));
   };
   for (int k = 0; k < 9000; ++k) all.push_back({part(k), part(k / 3)});
   return all;

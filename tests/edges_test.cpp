@@ -85,7 +85,7 @@ static void expect_same_everywhere(const Function& f) {
   std::vector<U> x(kCount), y(kCount), want(kCount), out(kCount);
   for (std::vector<U>* const numbers : {&x, &y})
     for (U& number : *numbers) {
-      number = random.pattern<U>();
+      number = any_pattern<U>(random);
       const uint64_t choice = random.next() % 8;
       if (choice == 0) number &= kSign<U> | (2 * kQuiet<U> - 1);  // subnormal
       if (choice > 2)                                             // around 1

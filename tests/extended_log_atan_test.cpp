@@ -4,7 +4,7 @@
 // special arguments.
 #include <gtest/gtest.h>
 
-#include "include/luxvmk3_scalar.h"
+#include "luxvmk3_scalar.h"
 #include "tests/extended.h"
 
 constexpr long double kInfinite = INFINITY, kNan = NAN, kSmallest = 0x1p-16445L;

@@ -36,10 +36,10 @@ static Bytes values(const Function& f, int count, Kind kind, uint64_t seed) {
     const volatile double ordinary = low + (high - low) * random.unit();
     if (f.type.width == 4) {
       const volatile float narrow = float(ordinary);
-      const uint32_t x = kind == kWild ? random.pattern<uint32_t>() : bits(float(narrow));
+      const uint32_t x = kind == kWild ? any_pattern<uint32_t>(random) : bits(float(narrow));
       memcpy(&all[at], &x, 4);
     } else {
-      const uint64_t x = kind == kWild ? random.pattern<uint64_t>() : bits(double(ordinary));
+      const uint64_t x = kind == kWild ? any_pattern<uint64_t>(random) : bits(double(ordinary));
       memcpy(&all[at], &x, 8);
     }
   }

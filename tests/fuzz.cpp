@@ -213,7 +213,7 @@ static Status call_in_chunks(const Arrays& arrays, int32_t len) {
 template <class U>
 static uint64_t any_number() {
   constexpr int m = Format<U>::mantissa;
-  const U pattern = random_numbers.pattern<U>();
+  const U pattern = any_pattern<U>(random_numbers);
   // Half of them around 1, where functions have ordinary results.
   if (below(2)) return pattern;
   const U exponent = U(Format<U>::bias - 12 + below(20)) << m;

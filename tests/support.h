@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// What the tests share: bit patterns, random numbers, the floating-point environment, guarded
-// memory. Elements travel as bit patterns in memory, since a signalling NaN that is passed by value
-// on the x87 stack comes out quiet.
+// What the tests share: bit patterns, the floating-point environment, guarded memory.
 #ifndef LUX_TESTS_SUPPORT_H
 #define LUX_TESTS_SUPPORT_H
+
+#include "catalog/number_format.h"
+#include "catalog/random.h"
 
 #include <sys/mman.h>
 
@@ -17,26 +18,20 @@
 // ---- Bit patterns
 
 template <class U>
-struct Format;
-template <>
-struct Format<uint32_t> {
-  using Real = float;
-  static constexpr int mantissa = 23, bias = 127;
-};
-template <>
-struct Format<uint64_t> {
-  using Real = double;
-  static constexpr int mantissa = 52, bias = 1023;
+struct Format {
+  static constexpr NumberFormat kFormat = number_format(sizeof(U));
+  using Real = std::conditional_t<sizeof(U) == 4, float, double>;
+  static constexpr int mantissa = kFormat.mantissa, bias = kFormat.bias;
 };
 
 template <class U>
-constexpr U kSign = U(1) << (8 * sizeof(U) - 1);
+constexpr U kSign = U(Format<U>::kFormat.sign());
 template <class U>
-constexpr U kInfinity = U(2 * Format<U>::bias + 1) << Format<U>::mantissa;
+constexpr U kInfinity = U(Format<U>::kFormat.infinity());
 template <class U>
-constexpr U kQuiet = U(1) << (Format<U>::mantissa - 1);
+constexpr U kQuiet = U(Format<U>::kFormat.quiet());
 template <class U>
-constexpr U kOne = U(Format<U>::bias) << Format<U>::mantissa;
+constexpr U kOne = U(Format<U>::kFormat.one());
 
 template <class U>
 constexpr bool is_nan(U x) {
@@ -49,11 +44,7 @@ constexpr bool is_quiet_nan(U x) {
 // Distance in units of the last place; infinities are next to the largest finite value.
 template <class U>
 constexpr uint64_t steps_apart(U a, U b) {
-  const auto line = [](U x) {
-    const int64_t magnitude = int64_t(x & ~kSign<U>);
-    return x & kSign<U> ? -magnitude : magnitude;
-  };
-  const int64_t p = line(a), q = line(b);
+  const int64_t p = Format<U>::kFormat.position(a), q = Format<U>::kFormat.position(b);
   return p > q ? uint64_t(p) - uint64_t(q) : uint64_t(q) - uint64_t(p);
 }
 // Same bits, or quiet NaNs: which payload survives an operation on two NaNs is left open.
@@ -73,39 +64,27 @@ typename Format<U>::Real* reals(U* p) {
   return reinterpret_cast<typename Format<U>::Real*>(p);
 }
 
-// ---- Random numbers (splitmix64)
-
-struct Random {
-  uint64_t state;
-  uint64_t next() {
-    uint64_t z = state += 0x9E3779B97F4A7C15u;
-    z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
-    z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
-    return z ^ (z >> 31);
-  }
-  double unit() { return double(next() >> 12) * 0x1p-52; }
-  // Any pattern: every exponent is as likely, and every fourth is a value on the edge of a class.
-  template <class U>
-  U pattern() {
-    constexpr int m = Format<U>::mantissa;
-    constexpr U edges[] = {0,
-                           1,
-                           kQuiet<U>,
-                           (U(1) << m) - 1,
-                           U(1) << m,
-                           kOne<U> - 1,
-                           kOne<U>,
-                           kOne<U> + 1,
-                           kOne<U> + (U(m) << m),
-                           kInfinity<U> - 1,
-                           kInfinity<U>,
-                           kInfinity<U> + 1,
-                           kInfinity<U> + kQuiet<U>};
-    const U random = U(next() ^ (next() << 32));
-    if (next() % 4) return random;
-    return edges[next() % std::size(edges)] | (random & kSign<U>);
-  }
-};
+// Any pattern: every exponent is as likely, and every fourth is a value on the edge of a class.
+template <class U>
+U any_pattern(Random& random) {
+  constexpr int m = Format<U>::mantissa;
+  constexpr U edges[] = {0,
+                         1,
+                         kQuiet<U>,
+                         (U(1) << m) - 1,
+                         U(1) << m,
+                         kOne<U> - 1,
+                         kOne<U>,
+                         kOne<U> + 1,
+                         kOne<U> + (U(m) << m),
+                         kInfinity<U> - 1,
+                         kInfinity<U>,
+                         kInfinity<U> + 1,
+                         kInfinity<U> + kQuiet<U>};
+  const U value = U(random.next() ^ (random.next() << 32));
+  if (random.next() % 4) return value;
+  return edges[random.next() % std::size(edges)] | (value & kSign<U>);
+}
 
 // ---- The floating-point environment
 

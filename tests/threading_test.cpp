@@ -342,7 +342,8 @@ static std::vector<unsigned char> run_all(const Function& f, int32_t threads, in
   for (auto& d : data) {
     d.resize(size_t(len) * f.type.bytes());
     for (size_t at = 0; at < d.size(); at += f.type.width) {
-      uint64_t x = f.type.width == 4 ? random.pattern<uint32_t>() : random.pattern<uint64_t>();
+      uint64_t x =
+          f.type.width == 4 ? any_pattern<uint32_t>(random) : any_pattern<uint64_t>(random);
       // Slices may cut a block of eight, which matters where a special element changes all of it.
       if (has_special_blocks(f)) x = 0x3F000000 | (x & 0x00FFFFFF);
       memcpy(&d[at], &x, f.type.width);

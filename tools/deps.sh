@@ -1,10 +1,11 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
-# Install what the build, the tests and the examples need, on Debian 12. Does nothing when all is there.
+# Install what the build, the tests and the examples need, on Debian 12. Does nothing when all is
+# there.
 set -eu
 
 packages="cmake make g++-multilib binutils python3 python3-mpmath gnuplot-nox
-  libcli11-dev nlohmann-json3-dev
+  clang-format codespell shellcheck libcli11-dev nlohmann-json3-dev
   libfmt-dev:i386 libgtest-dev:i386 libgmock-dev:i386 libmpfr-dev:i386 libmpc-dev:i386"
 
 fail() {
@@ -21,9 +22,12 @@ missing() {
   done
 }
 
-command -v apt-get >/dev/null && command -v dpkg-query >/dev/null || fail "this is no Debian system.
+if ! { command -v apt-get && command -v dpkg-query; } >/dev/null; then
+  fail "this is no Debian system.
 Install by its own means: CMake 3.25, a g++ that builds with -m32, Python 3 with mpmath, CLI11,
-nlohmann-json, gnuplot, and the 32-bit x86 libraries fmt, GoogleTest with GoogleMock, MPFR and MPC."
+nlohmann-json, gnuplot, clang-format 14, codespell, shellcheck, and the 32-bit x86 libraries fmt,
+GoogleTest with GoogleMock, MPFR and MPC."
+fi
 
 wanted=$(missing)
 [ -n "$wanted" ] || exit 0
@@ -34,19 +38,20 @@ case $(dpkg --print-architecture) in
 esac
 
 if [ "$(id -u)" = 0 ]; then
-  as_root=env
+  as_root() { env "$@"; }
 elif command -v sudo >/dev/null; then
-  as_root="sudo env"
+  as_root() { sudo env "$@"; }
 else
   fail "these packages are missing, and without sudo only root can install them:
 $wanted"
 fi
 
 echo "deps: installing $wanted"
-dpkg --print-foreign-architectures | grep -qx i386 || $as_root dpkg --add-architecture i386
-$as_root apt-get update -q ||
+dpkg --print-foreign-architectures | grep -qx i386 || as_root dpkg --add-architecture i386
+as_root apt-get update -q ||
   echo "deps: apt-get update failed; going on with the package index as it is" >&2
-$as_root DEBIAN_FRONTEND=noninteractive \
+# shellcheck disable=SC2086  # a list of packages
+as_root DEBIAN_FRONTEND=noninteractive \
   apt-get install -q -y --no-install-recommends $wanted ||
   fail "apt-get could not install them; if its index is old, run apt-get update"
 
