@@ -13,7 +13,7 @@
 #ifndef LUX_EXTENDED_SINE_COSINE_H
 #define LUX_EXTENDED_SINE_COSINE_H
 
-#include "core/generated/sines_table.h"      // kSines
+#include "core/generated/sines_table.h"     // kSines
 #include "extended/generated/trig_table.h"  // _nox_degree
 #include "extended/number.h"
 

@@ -53,7 +53,7 @@ SPLITTERS(z, 64fc)
   extern "C" Status _noxomp_luxs##F##_##type##_##grade(LUX_PARAMS_##shape(LUX_ELEMENT_##type), \
                                                        int32_t len);
 #include "core/functions.def"
-    static const void* kernel_of(const Function& f) {
+static const void* kernel_of(const Function& f) {
 #define LUX_GRADED(F, type, grade, letter, shape, row, variant) \
   if (f.name == "luxs" #F "_" #type "_" #grade)                 \
     return reinterpret_cast<const void*>(_noxomp_luxs##F##_##type##_##grade);

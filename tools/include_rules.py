@@ -12,6 +12,7 @@ import re
 import sys
 
 TABLES = r"(core|tables)/generated/\w+\.h"
+RECORDS = r"core/\w+\.def"
 
 # Part: what else it may include, and why no more.
 RULES = {
@@ -23,12 +24,12 @@ RULES = {
     "extended": (r"core/.*", "extended/ stands on core/ alone"),
     "complex": (r"core/.*|extended/.*|kernels/frame\.h",
                 "complex/ stands on extended/ and the frame"),
-    "catalog": (r"core/(shapes\.h|\w+\.def)", "catalog/ knows the lists and shapes of core/ and no more"),
-    "conformance": (r"catalog/.*", "conformance/ stands on catalog/"),
-    "accuracy": (r"catalog/.*", "accuracy/ stands on catalog/"),
-    "bench": (r"catalog/.*", "bench/ stands on catalog/"),
-    "cli": (r"(catalog|conformance|accuracy|bench)/.*|core/\w+\.def",
-            "cli/ knows of the library what is public, and the lists"),
+    "catalog": (rf"core/shapes\.h|{RECORDS}", "catalog/ knows the records and shapes of core/ and no more"),
+    "conformance": (rf"catalog/.*|{RECORDS}", "conformance/ stands on catalog/ and the records"),
+    "accuracy": (rf"catalog/.*|{RECORDS}", "accuracy/ stands on catalog/ and the records"),
+    "bench": (rf"catalog/.*|{RECORDS}", "bench/ stands on catalog/ and the records"),
+    "cli": (rf"(catalog|conformance|accuracy|bench)/.*|{RECORDS}",
+            "cli/ knows of the library what is public, and the records"),
     "examples": (r"$^", "examples include what a user has"),
     "tests": (r"(catalog|conformance|accuracy|bench|cli|core|extended|complex)/.*|.*/generated/.*",
               "tests reach kernels by their exports; of their sources they include generated tables only"),

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Sine, cosine and tangent of one single-precision element of any size, on the x87 unit at 64-bit
-// precision: the values of the double functions, rounded once. What follows is within 2^-34.4 of
+// precision: the values of the double functions, rounded to single. What follows is within 2^-34.4 of
 // them, and decides the rounding of all but one in 512 elements; those go through the double
 // functions.
 //

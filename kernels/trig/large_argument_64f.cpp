@@ -189,9 +189,9 @@ LUX_SCALAR long double _dSinCos(const double* x, double* cosine) {
 }
 
 Step large_step(const double& x) { return fraction_step(&x); }
-long double double_sine(const double& x) { return _dSin(&x); }
-long double double_cosine(const double& x) { return _dCos(&x); }
-long double double_tangent(const double& x) { return _dTan(&x); }
+double double_sine(const double& x) { return store_f64(double(_dSin(&x))); }
+double double_cosine(const double& x) { return store_f64(double(_dCos(&x))); }
+double double_tangent(const double& x) { return store_f64(double(_dTan(&x))); }
 
 LUX_HANDLERS(d, double, HA)
 LUX_HANDLERS(d, double, LA)

@@ -42,9 +42,9 @@ __attribute__((noinline, cold)) static void special(int32_t i, const E* src, E* 
 
 // The reduction of doubles from 2^17 on, and their functions, for the singles that need them.
 Step large_step(const double& x);
-long double double_sine(const double& x);
-long double double_cosine(const double& x);
-long double double_tangent(const double& x);
+double double_sine(const double& x);
+double double_cosine(const double& x);
+double double_tangent(const double& x);
 
 // The functions are not inlined into their three handlers each.
 #define LUX_SCALAR static __attribute__((noinline, regparm(3)))
