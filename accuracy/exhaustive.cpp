@@ -27,46 +27,22 @@ void quick(Wide x, Wide* exact) {
   exact[0] = function(x);
 }
 
-struct Row {
+void reciprocal(Wide x, Wide* exact) { exact[0] = 1 / x; }
+void reciprocal_root(Wide x, Wide* exact) { exact[0] = 1 / sqrtl(x); }
+void reciprocal_cube_root(Wide x, Wide* exact) { exact[0] = 1 / cbrtl(x); }
+void sine_and_cosine(Wide x, Wide* exact) { sincosl(x, exact, exact + 1); }
+void whole_and_fraction(Wide x, Wide* exact) { exact[1] = modfl(x, exact); }
+
+constexpr struct {
   std::string_view family;
   Quick quick;
-};
-constexpr Row kRows[] = {
-    {"Inv", [](Wide x, Wide* r) { r[0] = 1 / x; }},
-    {"Sqrt", quick<sqrtl>},
-    {"InvSqrt", [](Wide x, Wide* r) { r[0] = 1 / sqrtl(x); }},
-    {"Cbrt", quick<cbrtl>},
-    {"InvCbrt", [](Wide x, Wide* r) { r[0] = 1 / cbrtl(x); }},
-    {"Exp", quick<expl>},
-    {"Ln", quick<logl>},
-    {"Log10", quick<log10l>},
-    {"Cos", quick<cosl>},
-    {"Sin", quick<sinl>},
-    {"SinCos", [](Wide x, Wide* r) { sincosl(x, r, r + 1); }},
-    {"Tan", quick<tanl>},
-    {"Acos", quick<acosl>},
-    {"Asin", quick<asinl>},
-    {"Atan", quick<atanl>},
-    {"Cosh", quick<coshl>},
-    {"Sinh", quick<sinhl>},
-    {"Tanh", quick<tanhl>},
-    {"Acosh", quick<acoshl>},
-    {"Asinh", quick<asinhl>},
-    {"Atanh", quick<atanhl>},
-    {"Erf", quick<erfl>},
-    {"Erfc", quick<erfcl>},
-    {"ErfInv", quick<quick_erf_inv>},
-    {"Floor", quick<floorl>},
-    {"Ceil", quick<ceill>},
-    {"Trunc", quick<truncl>},
-    {"Round", quick<roundl>},
-    {"NearbyInt", quick<nearbyintl>},
-    {"Rint", quick<rintl>},
-    {"Modf", [](Wide x, Wide* r) { r[1] = modfl(x, r); }},
+} kRows[] = {
+#define LUX_QUICK(F, function) {#F, function},
+#include "core/functions.def"
 };
 
 constexpr Quick find_quick(std::string_view family) {
-  for (const Row& row : kRows)
+  for (const auto& row : kRows)
     if (row.family == family) return row.quick;
   return nullptr;
 }
@@ -75,7 +51,7 @@ constexpr bool runs_over_all(std::string_view type, const Shape& shape) {
   return type == "32f" && shape.sources == 1 && !shape.scalar;
 }
 
-#define LACKING(F, type) #F " " #type ": no row in accuracy/exhaustive.cpp"
+#define LACKING(F, type) #F " " #type ": no LUX_QUICK in core/functions.def"
 #define LUX_GRADED(F, type, grade, letter, shape, row, variant)                                \
   static_assert(                                                                               \
       variant != 0 || find_quick(#F) || !runs_over_all(#type, catalog_detail::kShape_##shape), \

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Scalar routines: roots against MPFR and, where the last bits are prescribed, against a literal
+// Scalar routines: roots against MPFR and, where the last bits are promised, against a literal
 // model of the steps; magnitudes and classes by rows.
 #include <gtest/gtest.h>
 #include <setjmp.h>
@@ -468,10 +468,10 @@ TEST(Scalar, ComplexRootIsAccurate) {
   RecordProperty("ulp", std::to_string(worst));
 }
 
-// The array routine takes the processor's roots where they cannot change a bit of the prescribed
+// The array routine takes the processor's roots where they cannot change a bit of those
 // steps: typical points, any exponents, parts that differ widely, and squares of numbers next to
 // the midpoint of two doubles.
-TEST(Scalar, ComplexRootOfArraysHasThePrescribedBits) {
+TEST(Scalar, ComplexRootOfArraysHasTheBitsOfTheSteps) {
   Random random{33};
   const auto sign = [&] { return random.next() & 1 ? 1.0 : -1.0; };
   for (int k = 0; k < 200000; ++k) {
