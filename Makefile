@@ -31,7 +31,7 @@ run: deps    ## build, then show the library at work on a data file
 
 test: deps   ## build and run the fast tests
 	@$(MAKE) --no-print-directory build
-	ctest --preset fast
+	ctest --preset fast --parallel $(JOBS)
 
 slow: deps   ## build and run the exhaustive tests
 	@$(MAKE) --no-print-directory build
