@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "accuracy/exhaustive.h"
+#include "catalog/require.h"
 
 #include <fmt/format.h>
 #include <math.h>
@@ -53,12 +54,12 @@ constexpr bool runs_over_all(std::string_view type, const Shape& shape) {
 
 #define LACKING(F, type) #F " " #type ": no LUX_QUICK in core/functions.def"
 #define LUX_GRADED(F, type, grade, letter, shape, row, variant)                                \
-  static_assert(                                                                               \
+  LUX_REQUIRE(                                                                                 \
       variant != 0 || find_quick(#F) || !runs_over_all(#type, catalog_detail::kShape_##shape), \
       LACKING(F, type));
-#define LUX_EXACT(F, type, letter, shape, returns)                                       \
-  static_assert(find_quick(#F) || !runs_over_all(#type, catalog_detail::kShape_##shape), \
-                LACKING(F, type));
+#define LUX_EXACT(F, type, letter, shape, returns)                                     \
+  LUX_REQUIRE(find_quick(#F) || !runs_over_all(#type, catalog_detail::kShape_##shape), \
+              LACKING(F, type));
 #include "core/functions.def"
 
 // By exponent field of a single: the binade's least number, and how many units in the last place

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "accuracy/oracle.h"
+#include "catalog/require.h"
 
 #include <mpc.h>
 
@@ -201,7 +202,7 @@ constexpr const OracleRow* find(std::string_view family, bool complex) {
 }
 
 #define LACKING(F, type) #F " " #type ": no LUX_ORACLE in core/functions.def"
-#define LUX_FUNCTION(F, type) static_assert(find(#F, is_complex(#type)), LACKING(F, type));
+#define LUX_FUNCTION(F, type) LUX_REQUIRE(find(#F, is_complex(#type)), LACKING(F, type));
 #include "core/functions.def"
 
 int precision_of(const Function& function) { return function.type.width == 4 ? 96 : 144; }

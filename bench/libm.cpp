@@ -2,6 +2,7 @@
 //
 // What a program does without the library: a loop over the C library's scalar function.
 #include "bench/measure.h"
+#include "catalog/require.h"
 
 #include <math.h>
 #include <stdlib.h>
@@ -89,10 +90,10 @@ constexpr const Row* find(std::string_view family, std::string_view type) {
   return nullptr;
 }
 
-#define LUX_FUNCTION(F, type)    \
-  static_assert(find(#F, #type), \
-                #F " " #type     \
-                   ": no LUX_LIBM in core/functions.def; where the C library has none, NONE");
+#define LUX_FUNCTION(F, type)  \
+  LUX_REQUIRE(find(#F, #type), \
+              #F " " #type     \
+                 ": no LUX_LIBM in core/functions.def; where the C library has none, NONE");
 #include "core/functions.def"
 
 constexpr char kTunables[] = "GLIBC_TUNABLES", kWithoutSse2[] = "glibc.cpu.hwcaps=-SSE2";

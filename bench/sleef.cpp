@@ -2,6 +2,7 @@
 //
 // SLEEF, found at run time: its library is no part of the build.
 #include "bench/measure.h"
+#include "catalog/require.h"
 #include "bench/sleef_loops.h"
 
 #include <dlfcn.h>
@@ -30,9 +31,9 @@ constexpr const Row* find(std::string_view family) {
   return nullptr;
 }
 
-#define LUX_FUNCTION(F, type)                  \
-  static_assert(is_complex(#type) || find(#F), \
-                #F " " #type ": no LUX_SLEEF in core/functions.def; where SLEEF has none, NONE");
+#define LUX_FUNCTION(F, type)                \
+  LUX_REQUIRE(is_complex(#type) || find(#F), \
+              #F " " #type ": no LUX_SLEEF in core/functions.def; where SLEEF has none, NONE");
 #include "core/functions.def"
 
 void* library() {

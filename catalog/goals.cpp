@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "catalog/goals.h"
+#include "catalog/require.h"
 
 namespace bench {
 namespace {
@@ -24,11 +25,11 @@ constexpr const Goal* find(std::string_view family, std::string_view type, std::
   return nullptr;
 }
 
-#define LUX_GRADED(F, type, grade, ...)  \
-  static_assert(find(#F, #type, #grade), \
-                #F " " #type " " #grade ": no LUX_GOALS_" #type " in core/functions.def");
+#define LUX_GRADED(F, type, grade, ...) \
+  LUX_REQUIRE(find(#F, #type, #grade),  \
+              #F " " #type " " #grade ": no LUX_GOALS_" #type " in core/functions.def");
 #define LUX_EXACT(F, type, ...) \
-  static_assert(find(#F, #type, ""), #F " " #type ": no LUX_GOALS_EXACT in core/functions.def");
+  LUX_REQUIRE(find(#F, #type, ""), #F " " #type ": no LUX_GOALS_EXACT in core/functions.def");
 #include "core/functions.def"
 
 }  // namespace

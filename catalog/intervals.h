@@ -5,6 +5,7 @@
 #define LUX_CATALOG_INTERVALS_H
 
 #include "catalog/catalog.h"
+#include "catalog/require.h"
 
 #include <cmath>
 
@@ -51,7 +52,7 @@ constexpr const Typical* find(std::string_view family, bool complex) {
 }
 
 #define LUX_FUNCTION(F, type) \
-  static_assert(find(#F, is_complex(#type)), #F " " #type ": no LUX_INPUT in core/functions.def");
+  LUX_REQUIRE(find(#F, is_complex(#type)), #F " " #type ": no LUX_INPUT in core/functions.def");
 #include "core/functions.def"
 }  // namespace intervals_detail
 
