@@ -302,17 +302,3 @@ TEST(Kernels, TangentsOfA50BesideLargeOnesAreTheHandlers) {
   }
   EXPECT_GT(differing, 0);
 }
-
-TEST(Kernels, ReportUnderTheNameOfTheirHandler) {
-  struct {
-    Status (*function)(const double*, double*, int32_t);
-    const char* name;
-  } const kernels[] = {{luxsTan_64f_A53, "dTan_HA"}, {luxsTan_64f_A50, "dTan_LA"}};
-  for (const auto& [function, name] : kernels)
-    for (const int len : {6, 8, 9}) {
-      double src[9] = {1, 2e5, 0.5, -0.0, 3, HUGE_VAL, 4, 5, 6}, dst[9];
-      reports.clear();
-      EXPECT_EQ(function(src, dst, len), 19);
-      EXPECT_TRUE(reports == std::vector<Report>({{19, 5, src, src, dst, dst, name}})) << name;
-    }
-}
