@@ -460,6 +460,12 @@ static Earlier read_rows(const std::string& path, BenchOptions& options) {
   }
 }
 
+BenchFile read_bench_file(const std::string& path) {
+  BenchOptions its_own;
+  Earlier earlier = read_rows(path, its_own);
+  return {std::move(earlier.document), std::move(earlier.rows)};
+}
+
 // The rows of an interrupted run, if it is the same run of the same library.
 static std::vector<BenchRow> rows_to_resume(const BenchOptions& options, const Json& document) {
   if (!options.resume || access(options.json.c_str(), F_OK) != 0) return {};
@@ -504,6 +510,20 @@ static bool measured(const std::vector<BenchRow>& rows, const Function& function
   });
 }
 
+std::vector<BenchRow> measure_lengths(const std::vector<const Function*>& functions,
+                                      const std::vector<std::string>& lengths,
+                                      int32_t milliseconds) {
+  BenchOptions options;
+  options.lengths = lengths;
+  options.milliseconds = milliseconds;
+  options.compare = true;
+  bench::leave_out_sse2_variants();
+  std::vector<BenchRow> rows;
+  for (const Function* function : functions)
+    measure_in_child(*function, 1, options, [&](const BenchRow& row) { add(rows, row); });
+  return rows;
+}
+
 static bool has_lengths(const std::vector<const Function*>& functions,
                         const BenchOptions& options) {
   for (const Function* function : functions)
@@ -519,9 +539,7 @@ static void check_curves(const std::vector<const Function*>& functions,
     return lengths_for(options, *f, options.threads[0]).size() > 1;
   };
   const size_t curves = functions.size() * options.threads.size() * options.offsets.size();
-  if (!options.plot.empty() && curves > kMostCurves && several(functions[0]))
-    throw Failure(fmt::format("{} curves are too many for a plot; choose at most {} by a pattern",
-                              curves, kMostCurves));
+  if (!options.plot.empty() && several(functions[0])) require_few_curves(curves);
 }
 
 // The last pass prints its rows; the ones before it only say on a terminal where they are.
@@ -569,7 +587,7 @@ static void measure_all(const BenchOptions& options) {
       }
   if (!quiet) print_end(options, shown, rows);
   if (!options.json.empty()) write_rows(options.json, document, rows, true);
-  if (!options.plot.empty()) draw_bench(options.plot, rows);
+  if (!options.plot.empty()) draw_bench(options.plot, rows, measured_on(document));
 }
 
 // The figures of an earlier run, as if they had just been measured.
@@ -595,7 +613,7 @@ static void show_earlier(BenchOptions options) {
   }
   if (!options.json.empty())
     write_rows(options.json, earlier.document, rows, earlier.document.value("complete", true));
-  if (!options.plot.empty()) draw_bench(options.plot, rows);
+  if (!options.plot.empty()) draw_bench(options.plot, rows, measured_on(earlier.document));
 }
 
 static void run_bench(const BenchOptions& options) {
@@ -641,7 +659,7 @@ void add_bench(Program& program) {
   command->add_option("--json", options->json,
                       "File for the figures; - writes them to the standard output, and no table");
   command->add_option("--plot", options->plot,
-                      "SVG file for bars, or for curves where there are several lengths");
+                      "SVG or PNG file for bars, or for curves where there are several lengths");
   command->add_flag("--resume", options->resume,
                     "Write the --json file after each function, and go on where the same run was "
                     "interrupted");
