@@ -10,6 +10,7 @@
 #include "cli/curves.h"
 #include "cli/figures.h"
 #include "cli/files.h"
+#include "cli/json_formats.h"
 #include "cli/numbers.h"
 #include "cli/progress.h"
 #include "conformance/special_values.h"
@@ -362,6 +363,7 @@ static void measure_and_tell(const AccuracyOptions& options, Run& run) {
   if (options.details || one) show_details(functions);
   if (!options.json.empty()) {
     Json document{
+        {"format", format_json("luxvm-accuracy")},
         {"kind", "errors"},
         {"library", {{"version", luxvmGetLibVersion()->version}, {"digest", library_digest()}}},
         {"date", today()},

@@ -8,6 +8,7 @@
 #include "cli/command_line.h"
 #include "cli/files.h"
 #include "cli/json_file.h"
+#include "cli/json_formats.h"
 #include "cli/machine.h"
 #include "cli/numbers.h"
 #include "cli/plot.h"
@@ -397,7 +398,8 @@ static Json settings_json(const BenchOptions& options) {
 
 static Json document_for(const BenchOptions& options) {
   const bool no_sse2 = bench::sse2_variants_left_out();
-  return {{"date", today()},
+  return {{"format", format_json("luxvm-bench")},
+          {"date", today()},
           {"processor", probe_machine().brand},
           {"compiler", "GCC " __VERSION__},
           {"libm", fmt::format("glibc {}{}", gnu_get_libc_version(),
@@ -409,6 +411,7 @@ static Json document_for(const BenchOptions& options) {
 
 static void write_rows(const std::string& path, Json document, const std::vector<BenchRow>& rows,
                        bool complete) {
+  document["format"] = format_json("luxvm-bench");  // files of before had none
   document["complete"] = complete;
   document["rows"] = Json::array();
   for (const BenchRow& row : rows) document["rows"].push_back(row_json(row));
@@ -444,6 +447,7 @@ static Earlier read_rows(const std::string& path, BenchOptions& options) {
   };
   try {
     Earlier earlier{parse_json(text), {}};
+    require_format(earlier.document, "luxvm-bench");
     for (const Json& row : array_in(earlier.document, "rows"))
       earlier.rows.push_back(row_from_json(row));
     text_in(earlier.document, "processor");

@@ -109,6 +109,7 @@ static void run(const std::vector<std::string>& arguments) {
   add_check(program);
   add_bench(program);
   add_plot(program);
+  add_formats(program);
   std::string command;
   program.add_subcommand("help", "Tell about the program or a command")
       ->add_option("command", command, "The command");

@@ -19,6 +19,7 @@
 #include <limits>
 #include <memory>
 #include <sstream>
+#include <utility>
 
 // Without a name, so that nothing of it is left whatever happens.
 class Scratch {
@@ -213,10 +214,10 @@ static std::vector<EndLabel> end_labels(const Panel& panel, double spacing) {
   std::vector<EndLabel> labels;
   for (const Curve& curve : panel.curves) {
     if (curve.label.empty()) continue;
-    // Of a noisy curve the height of its end is the mean over the last twentieth.
+    // Of a noisy curve the height of its end is the mean over the last sixtieth.
     double sum = 0;
     int count = 0;
-    const size_t tail = std::max<size_t>(1, curve.points.size() / 20);
+    const size_t tail = std::max<size_t>(1, curve.points.size() / 60);
     for (size_t i = curve.points.size(); i-- > 0 && count < int(tail);)
       if (std::isfinite(curve.points[i].second))
         sum += share_of_height(panel, curve.points[i].second), ++count;
@@ -270,7 +271,7 @@ static std::string plot_of(const Panel& panel, size_t number, bool keyed) {
     const Curve& curve = panel.curves[i];
     data += fmt::format("$d{}_{} << END\n", number, i);
     for (const auto& [x, y] : curve.points)
-      data += std::isfinite(y) && std::isfinite(x) ? fmt::format("{:.7g} {:.5g}\n", x, y) : "\n";
+      data += std::isfinite(y) && std::isfinite(x) ? fmt::format("{:.8g} {:.5g}\n", x, y) : "\n";
     data += "END\n";
     plots += fmt::format(
         "{}$d{}_{} using 1:2 with {} lw {} dt {} lc rgb '{}'{} {}", i ? ", " : "plot ", number, i,
@@ -295,7 +296,7 @@ void draw(const std::string& path, const std::vector<Panel>& panels, int columns
   const int font = columns == 1 ? 13 : 9;
   const int width = cell_width * columns, height = cell_height * rows + 26;
   std::string commands = fmt::format(
-      "set multiplot\nset tics nomirror scale 0.5 font ',{0}'\nset border 3 lc rgb '#404040'\n"
+      "set multiplot\nset clip two\nset tics nomirror scale 0.5 font ',{0}'\nset border 3 lc rgb '#404040'\n"
       "set grid lt 1 lc rgb '#d0d0d0' lw 0.7\nunset key\n",
       font - 1);
   for (size_t k = 0; k < panels.size(); ++k) {
@@ -347,15 +348,18 @@ std::string draw_text(const std::vector<Panel>& panels, const std::string& small
   std::string text;
   for (Panel panel : panels) {
     panel = bounded(panel);
-    panel.title += fmt::format(": {}, over the {}", std::exchange(panel.y_label, ""),
-                               std::exchange(panel.x_label, ""));
+    text += fmt::format("{}\n{}, over the {}\n", panel.title, std::exchange(panel.y_label, ""),
+                        std::exchange(panel.x_label, ""));
     std::string page =
-        drawn("text", fmt::format("set terminal dumb size {},{} noenhanced\nset title {}\n{}"
-                                  "set key below left vertical maxrows 3\nset tics nomirror\n{}",
-                                  width, height, quoted(panel.title), in_characters(axes(panel)),
+        drawn("text", fmt::format("set terminal dumb size {},{} noenhanced\n{}"
+                                  "set clip two\nset key below left vertical maxrows 3\n"
+                                  "set tics nomirror\n{}",
+                                  width, height - 2, in_characters(axes(panel)),
                                   plot_of(panel, 0, true)));
     page.erase(std::remove(page.begin(), page.end(), '\f'), page.end());
-    text += page.substr(std::min(page.find_first_not_of('\n'), page.size()));
+    // Without the lines at its head that have only blanks.
+    const size_t first = std::min(page.find_first_not_of(" \n"), page.size());
+    text += page.substr(first ? page.rfind('\n', first) + 1 : 0);
   }
   return text + small_print + "\n";
 }

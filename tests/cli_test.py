@@ -67,7 +67,7 @@ class Cli(unittest.TestCase):
 
 class List(Cli):
     def test_names(self):
-        everything = json.loads(self.fine("list", "--json").stdout)
+        everything = json.loads(self.fine("list", "--json").stdout)["functions"]
         hashes = (SOURCE / "conformance/result_hashes.def").read_text()
         published = re.findall(r"^RESULT_HASH\((\w+)", hashes, re.M)
         self.assertEqual([f["name"] for f in everything], published)
@@ -80,20 +80,21 @@ class List(Cli):
                                ("luxsdiv_32f_a11", ["luxsDiv_32f_A11"]),
                                ("Exp_32f", ["luxsExp_32f_A11", "luxsExp_32f_A21", "luxsExp_32f_A24"]),
                                ("inv_64*3", ["luxsInv_64f_A53"])]:
-            listed = json.loads(self.fine("list", pattern, "--json").stdout)
+            listed = json.loads(self.fine("list", pattern, "--json").stdout)["functions"]
             self.assertEqual([f["name"] for f in listed], names)
         for pattern, families in [("Inv", {"Inv"}), ("luxsInv", {"Inv"}), ("invs", {"InvSqrt"}),
                                   ("luxsinvc", {"InvCbrt"}), ("cot", set())]:
-            listed = luxvm("list", pattern, "--json")
-            self.assertEqual({f["family"] for f in json.loads(listed.stdout or "[]")}, families)
-        sines = json.loads(self.fine("list", "sin", "--json").stdout)
+            listed = json.loads(luxvm("list", pattern, "--json").stdout or "{}")
+            self.assertEqual({f["family"] for f in listed.get("functions", [])}, families)
+        sines = json.loads(self.fine("list", "sin", "--json").stdout)["functions"]
         self.assertFalse([f for f in sines if f["family"] == "Inv"])  # the s is the prefix's
         self.refused("no function matches", "list", "nothing_like_it")
         self.assertNotIn(b"\033", self.fine("list").stdout)
 
 
 class Help(Cli):
-    COMMANDS = ("list", "eval", "apply", "env", "explain", "accuracy", "diff", "check", "bench")
+    COMMANDS = ("list", "eval", "apply", "env", "explain", "accuracy", "diff", "check", "bench",
+                "plot", "formats")
 
     def test_version_and_help(self):
         self.assertRegex(self.fine("--version").stdout, rf"^luxvm {RELEASE}\nlibluxvmk3.so.{RELEASE} version {RELEASE},".encode())
