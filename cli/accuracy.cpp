@@ -432,7 +432,9 @@ void add_accuracy(Program& program) {
   command->add_option("--seed", options->sampling.seed, "Of the random arguments")
       ->capture_default_str()
       ->transform(whole_number(0, UINT64_MAX));
-  command->add_option("--plot", options->plot, "Draw the largest error over the argument, or over --range")
+  command
+      ->add_option("--plot", options->plot,
+                   "Draw the largest error over the argument, or over --range")
       ->type_name("FILE");
   command->add_option("--json", options->json, "Write all figures to this file")->type_name("FILE");
   command

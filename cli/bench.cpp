@@ -684,9 +684,6 @@ void add_bench(Program& program) {
       "  luxvm bench 32f --special 4                  one in every four\n"
       "  luxvm bench Div --offset 0,1,4               arrays at odd addresses\n"
       "  luxvm bench Inv_32f_A24 --n threshold --threads 1,2\n"
-      "JSON: date, processor, compiler, libm, library (a hash of it), ticks_per_cycle, settings,\n"
-      "complete, rows, summary. Of a row, cycles, plain, one_call, libm and sleef each have "
-      "minimum,\n"
-      "median, and how many rounds were kept and dropped; reports counts codes of one call.");
+      "`luxvm formats` describes the JSON's fields.");
   command->callback([options] { run_bench(*options); });
 }

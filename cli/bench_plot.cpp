@@ -77,8 +77,7 @@ static std::vector<Lengths> curves_of(const std::vector<BenchRow>& rows) {
 }
 
 static Curve curve_of(const std::vector<const BenchRow*>& rows, const std::string& label,
-                      const std::string& colour, int dash,
-                      double (*cycles)(const BenchRow& row)) {
+                      const std::string& colour, int dash, double (*cycles)(const BenchRow& row)) {
   Curve curve{label, colour, {}, dash, 1.8, true};
   for (const BenchRow* row : rows) curve.points.emplace_back(row->n, cycles(*row));
   return curve;
@@ -117,14 +116,13 @@ Panel speed_panel(const std::vector<BenchRow>& rows) {
         one_family ? colour_of(f) : kColours[size_t(lengths.colour) % std::size(kColours)];
     const std::string grade =
         f.graded() ? std::string(f.grade) + lengths.label.substr(f.name.size() - 4) : lengths.label;
-    panel.curves.push_back(curve_of(lengths.rows, one_family ? grade : lengths.label, colour,
-                                    lengths.dash + lengths.colour / int(std::size(kColours)) *
-                                                       int(!one_family),
-                                    own));
+    panel.curves.push_back(
+        curve_of(lengths.rows, one_family ? grade : lengths.label, colour,
+                 lengths.dash + lengths.colour / int(std::size(kColours)) * int(!one_family), own));
     const bool best = one_family && std::max(f.variant, 0) == 0 && lengths.dash == 1;
     if ((best || !one_family) && any_is(lengths.rows, of_libm))
-      panel.curves.push_back(curve_of(lengths.rows, best ? "libm" : "",
-                                      best ? colour::kLibm : colour, 3, of_libm));
+      panel.curves.push_back(
+          curve_of(lengths.rows, best ? "libm" : "", best ? colour::kLibm : colour, 3, of_libm));
     if (best && any_is(lengths.rows, of_sleef))
       panel.curves.push_back(curve_of(lengths.rows, "SLEEF", colour::kSleef, 3, of_sleef));
   }
@@ -255,13 +253,14 @@ static void draw_bars(const std::string& path, const std::vector<BenchRow>& rows
                          s ? ", " : "", s, shown[s]->colour, shown[s]->title);
   }
   const int pixels = std::clamp(140 + int(clusters.size() * (shown.size() * 7 + 6)), 560, 1500);
-  draw_commands(path, pixels, 486,
-           fmt::format("{}set boxwidth {:.4f}\n"
-                       "set xtics rotate by -45 ({}) noenhanced\nset xrange [-0.7:{}]\n"
-                       "set key outside top center horizontal Left reverse samplen 2\n"
-                       "set bmargin at screen 0.25\n{}plot {}\n",
-                       kCommon, width * 0.94, labels, double(clusters.size()) - 0.3, data, plots),
-                small_print);
+  draw_commands(
+      path, pixels, 486,
+      fmt::format("{}set boxwidth {:.4f}\n"
+                  "set xtics rotate by -45 ({}) noenhanced\nset xrange [-0.7:{}]\n"
+                  "set key outside top center horizontal Left reverse samplen 2\n"
+                  "set bmargin at screen 0.25\n{}plot {}\n",
+                  kCommon, width * 0.94, labels, double(clusters.size()) - 0.3, data, plots),
+      small_print);
 }
 
 bool has_several_lengths(const std::vector<BenchRow>& rows) {

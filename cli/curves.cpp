@@ -47,9 +47,7 @@ struct Axis {
 
 }  // namespace
 
-static double largest(int width) {
-  return as_double(number_format(width).infinity() - 1, width);
-}
+static double largest(int width) { return as_double(number_format(width).infinity() - 1, width); }
 
 static Axis axis_of(const Function& function, const std::optional<Range>& range) {
   const int width = function.type.width;
@@ -86,7 +84,7 @@ static std::string position_tics(const Axis& axis, bool narrow) {
 
 static Panel panel_over(const Axis& axis, const Function& function, bool narrow = false) {
   Panel panel;
-  panel.x_label = function.type.complex()     ? "real part of the argument"
+  panel.x_label = function.type.complex() ? "real part of the argument"
                   : function.shape.sources == 2 || function.shape.scalar ? "first argument"
                                                                          : "argument";
   panel.log_x = axis.scale == Axis::kLogarithmic;
@@ -122,15 +120,12 @@ Range range_in(const std::string& text, const char* option) {
 static bool has_second(const Function& f) { return f.shape.sources == 2 || f.shape.scalar; }
 
 // Real numbers behind the first: imaginary part, then second source or scalar.
-static int others_of(const Function& f) {
-  return f.type.parts * (has_second(f) ? 2 : 1) - 1;
-}
+static int others_of(const Function& f) { return f.type.parts * (has_second(f) ? 2 : 1) - 1; }
 
 // What --second fixes of them, from the first place on; none when it says nothing.
 static std::vector<uint64_t> fixed_in(const Function& f, const std::string& second) {
   if (second.empty()) return {};
-  if (others_of(f) == 0)
-    throw Failure(fmt::format("--second: {} takes one real argument", f.name));
+  if (others_of(f) == 0) throw Failure(fmt::format("--second: {} takes one real argument", f.name));
   const ElementType type = has_second(f) ? f.type : ElementType{"", 0, f.type.width, 1};
   std::string bytes;
   try {
@@ -167,8 +162,7 @@ static void fill_others(const Function& f, const std::vector<uint64_t>& fixed, c
     const bench::Interval& interval = bench::typical_of(f).source[i >= f.type.parts];
     argument[size_t(i)] = bench::nearest(drawn_from(interval, share()), f.type.width);
   }
-  std::copy(fixed.begin(), fixed.end(),
-            argument.begin() + (has_second(f) ? f.type.parts : 1));
+  std::copy(fixed.begin(), fixed.end(), argument.begin() + (has_second(f) ? f.type.parts : 1));
 }
 
 static std::string others_text(const Function& f, const bench::Argument& argument) {
@@ -241,15 +235,16 @@ static void bound_by_most(Panel& panel) {
 }
 
 Panel value_panel(const Grades& grades, const CurveOptions& options) {
-  const Function& f = **std::min_element(
-      grades.begin(), grades.end(), [](auto* a, auto* b) { return a->variant < b->variant; });
+  const Function& f = **std::min_element(grades.begin(), grades.end(),
+                                         [](auto* a, auto* b) { return a->variant < b->variant; });
   const Axis axis = axis_of(f, options.range);
   constexpr int kPoints = 801;
   std::vector<bench::Argument> arguments(kPoints);
   for (int i = 0; i < kPoints; ++i) {
     bench::Argument& argument = arguments[size_t(i)];
     argument[0] = bench::nearest(axis.number(double(i) / (kPoints - 1)), axis.width);
-    fill_others(f, fixed_in(f, options.second), [] { return 0.6; }, argument);
+    fill_others(
+        f, fixed_in(f, options.second), [] { return 0.6; }, argument);
   }
   const auto results = results_of(f, arguments);
   Panel panel = panel_over(axis, f);
@@ -363,8 +358,11 @@ static void add_errors(Panel& panel, const Grades& grades,
     if (same != panel.curves.end())
       same->colour = colour_of(*grades[g]);
     else
-      panel.curves.push_back({promise, colour_of(*grades[g]),
-                              {{panel.x_low, height}, {panel.x_high, height}}, 2, 1.4});
+      panel.curves.push_back({promise,
+                              colour_of(*grades[g]),
+                              {{panel.x_low, height}, {panel.x_high, height}},
+                              2,
+                              1.4});
   }
   panel.y_low = 0;
   panel.y_high = most > 0 ? 1.1 * most : 1;
@@ -418,13 +416,15 @@ static std::vector<bench::Argument> arguments_in_column(const Function& f, const
     // One call takes one scalar, the same in every column.
     Random of_scalar{uint64_t(group) + 1'000'000};
     bench::Argument scalar{};
-    fill_others(f, fixed, [&] { return of_scalar.unit(); }, scalar);
+    fill_others(
+        f, fixed, [&] { return of_scalar.unit(); }, scalar);
     std::vector<bench::Argument> arguments;
     for (int i = 0; i < std::max(1, f.shape.scalar ? count / kScalars : count); ++i) {
       bench::Argument argument{};
       const double share = (column + random.unit()) / kColumns;
       argument[0] = bench::nearest(axis.number(share), axis.width);
-      fill_others(f, fixed, [&] { return random.unit(); }, argument);
+      fill_others(
+          f, fixed, [&] { return random.unit(); }, argument);
       if (f.shape.scalar)
         std::copy_n(scalar.begin() + f.type.parts, f.type.parts, argument.begin() + f.type.parts);
       arguments.push_back(argument);
@@ -469,7 +469,7 @@ Panel error_panel(const Grades& grades, const CurveOptions& options) {
   panel.title += ": largest error";
   if (!options.second.empty()) {
     panel.title += fmt::format(", {} {}",
-                               !has_second(f)    ? "imaginary part"
+                               !has_second(f)   ? "imaginary part"
                                : f.shape.scalar ? "scalar"
                                                 : "second argument",
                                options.second);
@@ -491,7 +491,8 @@ Panel error_panel(const Grades& grades, const std::vector<Json>& envelopes) {
         height = std::fmax(height, std::min(envelope.at(i).get<double>(), 1e6));
   }
   std::vector<double> places;
-  for (size_t i = 0; i < count; ++i) places.push_back(axis.place((double(i) + 0.5) / double(count)));
+  for (size_t i = 0; i < count; ++i)
+    places.push_back(axis.place((double(i) + 0.5) / double(count)));
   Panel panel = panel_over(axis, f, true);
   panel.title = family_and_type(f) + ": largest error";
   add_errors(panel, grades, heights, places, true);

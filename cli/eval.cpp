@@ -95,12 +95,9 @@ static void print_call_json(const Call& call) {
                        {"meaning", code_meaning(report.code)},
                        {"index", report.index},
                        {"name", report.name}});
-  Json document{{"format", format_json("luxvm-eval")},
-                {"function", f.name},
-                {"status", call.status},
-                {"meaning", status_meaning(f, call.status)},
-                {"elements", elements},
-                {"reports", reports}};
+  Json document{
+      {"format", format_json("luxvm-eval")},       {"function", f.name},   {"status", call.status},
+      {"meaning", status_meaning(f, call.status)}, {"elements", elements}, {"reports", reports}};
   if (f.shape.scalar) document["scalar"] = element_json(call.scalar.data(), f.type);
   print_json(document);
 }

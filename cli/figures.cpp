@@ -145,8 +145,8 @@ static void keep(Json& now, const Json& known, bool whole_line) {
 
 // A line for each error, so that changes are seen.
 static std::string text_of(const Json& figures) {
-  std::string text = fmt::format("{{\"format\": {},\n\"computations\": [\n",
-                                 format_json("luxvm-figures").dump());
+  std::string text =
+      fmt::format("{{\"format\": {},\n\"computations\": [\n", format_json("luxvm-figures").dump());
   const Json& all = figures.at("computations");
   for (size_t i = 0; i < all.size(); ++i) {
     Json head = all[i];

@@ -15,7 +15,7 @@ struct JsonField {
 
 struct JsonFormat {
   const char* name;  // luxvm-bench
-  int version;       // changes when a field goes or comes to mean something else, not when one is new
+  int version;  // changes when a field goes or comes to mean something else, not when one is new
   const char* written_by;
   std::vector<JsonField> fields;
 };

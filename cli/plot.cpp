@@ -152,13 +152,13 @@ static std::string quoted(const std::string& text) {
 void draw_commands(const std::string& path, int width, int height, const std::string& commands,
                    const std::string& small_print, int font) {
   const char* const terminal = is_png(path) ? "pngcairo" : "svg";
-  const std::string picture = drawn(
-      path, fmt::format("set terminal {} size {},{} enhanced font '{},{}' background '{}'\n"
-                        "set label 1000 {} at screen {:.4f},{:.4f} left font ',10' tc rgb "
-                        "'#606060' noenhanced\n{}\n",
-                        terminal, width, height, is_png(path) ? "Sans" : "sans-serif",
-                        font, is_png(path) ? "#ffffff" : "white", quoted(small_print), 10.0 / width,
-                        11.0 / height, commands));
+  const std::string picture =
+      drawn(path, fmt::format("set terminal {} size {},{} enhanced font '{},{}' background '{}'\n"
+                              "set label 1000 {} at screen {:.4f},{:.4f} left font ',10' tc rgb "
+                              "'#606060' noenhanced\n{}\n",
+                              terminal, width, height, is_png(path) ? "Sans" : "sans-serif", font,
+                              is_png(path) ? "#ffffff" : "white", quoted(small_print), 10.0 / width,
+                              11.0 / height, commands));
   const std::string_view end = is_png(path) ? "IEND" : "</svg>";
   if (picture.find(end) == std::string::npos)
     throw Failure(fmt::format("gnuplot could not draw {}: the picture is incomplete", path));
@@ -186,7 +186,8 @@ static Panel bounded(Panel panel) {
     }
   if (!(x.low <= x.high)) x = {1, 10};
   if (!(y.low <= y.high)) y = {1, 10};
-  if (x.low == x.high) x = panel.log_x ? Bounds{x.low / 2, x.low * 2} : Bounds{x.low - 1, x.low + 1};
+  if (x.low == x.high)
+    x = panel.log_x ? Bounds{x.low / 2, x.low * 2} : Bounds{x.low - 1, x.low + 1};
   const double room = panel.log_y ? std::pow(y.high / y.low, 0.06) : (y.high - y.low) * 0.06;
   const auto set = [](double& bound, double value) { bound = std::isnan(bound) ? value : bound; };
   set(panel.x_low, x.low);
@@ -250,13 +251,13 @@ static std::string log_tics(double low, double high) {
 static std::string axes(const Panel& panel) {
   const auto axis = [&](char name, bool log, double low, double high, const std::string& tics) {
     const bool powers = log && (high / low >= 1e4 || low < 1e-3);
-    return fmt::format("{} logscale {}\nset {}range [{:.17g}:{:.17g}]\nset format {} '{}'\n"
-                       "set {}tics {}\n",
-                       log ? "set" : "unset", name, name, low, high, name,
-                       powers ? "10^{%T}" : "%g", name,
-                       !tics.empty() ? "(" + tics + ")"
-                       : log         ? log_tics(low, high)
-                                     : "autofreq");
+    return fmt::format(
+        "{} logscale {}\nset {}range [{:.17g}:{:.17g}]\nset format {} '{}'\n"
+        "set {}tics {}\n",
+        log ? "set" : "unset", name, name, low, high, name, powers ? "10^{%T}" : "%g", name,
+        !tics.empty() ? "(" + tics + ")"
+        : log         ? log_tics(low, high)
+                      : "autofreq");
   };
   return axis('x', panel.log_x, panel.x_low, panel.x_high, panel.x_tics) +
          axis('y', panel.log_y, panel.y_low, panel.y_high, "") +
@@ -273,11 +274,11 @@ static std::string plot_of(const Panel& panel, size_t number, bool keyed) {
     for (const auto& [x, y] : curve.points)
       data += std::isfinite(y) && std::isfinite(x) ? fmt::format("{:.8g} {:.5g}\n", x, y) : "\n";
     data += "END\n";
-    plots += fmt::format(
-        "{}$d{}_{} using 1:2 with {} lw {} dt {} lc rgb '{}'{} {}", i ? ", " : "plot ", number, i,
-        curve.marked && !keyed ? "linespoints" : "lines", curve.width, curve.dash, curve.colour,
-        curve.marked && !keyed ? " pt 7 ps 0.4" : "",
-        keyed && !curve.label.empty() ? "title " + quoted(curve.label) : "notitle");
+    plots +=
+        fmt::format("{}$d{}_{} using 1:2 with {} lw {} dt {} lc rgb '{}'{} {}", i ? ", " : "plot ",
+                    number, i, curve.marked && !keyed ? "linespoints" : "lines", curve.width,
+                    curve.dash, curve.colour, curve.marked && !keyed ? " pt 7 ps 0.4" : "",
+                    keyed && !curve.label.empty() ? "title " + quoted(curve.label) : "notitle");
   }
   return data + plots + "\n";
 }
@@ -296,7 +297,8 @@ void draw(const std::string& path, const std::vector<Panel>& panels, int columns
   const int font = columns == 1 ? 13 : 9;
   const int width = cell_width * columns, height = cell_height * rows + 26;
   std::string commands = fmt::format(
-      "set multiplot\nset clip two\nset tics nomirror scale 0.5 font ',{0}'\nset border 3 lc rgb '#404040'\n"
+      "set multiplot\nset clip two\nset tics nomirror scale 0.5 font ',{0}'\nset border 3 lc rgb "
+      "'#404040'\n"
       "set grid lt 1 lc rgb '#d0d0d0' lw 0.7\nunset key\n",
       font - 1);
   for (size_t k = 0; k < panels.size(); ++k) {
@@ -351,11 +353,11 @@ std::string draw_text(const std::vector<Panel>& panels, const std::string& small
     text += fmt::format("{}\n{}, over the {}\n", panel.title, std::exchange(panel.y_label, ""),
                         std::exchange(panel.x_label, ""));
     std::string page =
-        drawn("text", fmt::format("set terminal dumb size {},{} noenhanced\n{}"
-                                  "set clip two\nset key below left vertical maxrows 3\n"
-                                  "set tics nomirror\n{}",
-                                  width, height - 2, in_characters(axes(panel)),
-                                  plot_of(panel, 0, true)));
+        drawn("text",
+              fmt::format("set terminal dumb size {},{} noenhanced\n{}"
+                          "set clip two\nset key below left vertical maxrows 3\n"
+                          "set tics nomirror\n{}",
+                          width, height - 2, in_characters(axes(panel)), plot_of(panel, 0, true)));
     page.erase(std::remove(page.begin(), page.end(), '\f'), page.end());
     // Without the lines at its head that have only blanks.
     const size_t first = std::min(page.find_first_not_of(" \n"), page.size());

@@ -20,7 +20,7 @@ constexpr const char kLibm[] = "#606060", kSleef[] = "#cc79a7";
 const char* colour_of(const Function& function);  // by its grade
 
 struct Curve {
-  std::string label, colour;  // the label stands beside the curve's end
+  std::string label, colour;                      // the label stands beside the curve's end
   std::vector<std::pair<double, double>> points;  // y that is no number: a gap
   int dash = 1;
   double width = 1.2;

@@ -29,10 +29,10 @@ static Grades grades_of(const std::string& name) {
     if (kinds.empty() || kinds.back() != kind) kinds.push_back(kind);
   }
   if (kinds.size() > 1)
-    throw Failure(fmt::format("{} stands for {} functions; a plot has one: {}{}", in_quotes(name),
-                              kinds.size(),
-                              fmt::join(kinds.begin(), kinds.begin() + std::min<long>(4, long(kinds.size())), ", "),
-                              kinds.size() > 4 ? ", ..." : ""));
+    throw Failure(fmt::format(
+        "{} stands for {} functions; a plot has one: {}{}", in_quotes(name), kinds.size(),
+        fmt::join(kinds.begin(), kinds.begin() + std::min<long>(4, long(kinds.size())), ", "),
+        kinds.size() > 4 ? ", ..." : ""));
   return found;
 }
 
@@ -58,8 +58,8 @@ static Speed speed_in(const std::vector<std::string>& paths, const Grades& grade
           row.special_elements == 0)
         speed.rows.push_back(row);
     if (speed.rows.empty()) continue;
-    const bool longer = best.rows.empty() ||
-                        (has_several_lengths(speed.rows) && !has_several_lengths(best.rows));
+    const bool longer =
+        best.rows.empty() || (has_several_lengths(speed.rows) && !has_several_lengths(best.rows));
     if (longer) best = std::move(speed);
   }
   if (best.rows.empty())
@@ -134,8 +134,7 @@ void add_plot(Program& program) {
   command->add_option("--second", options->curve.second,
                       "The second source or the scalar, or the imaginary part of a complex "
                       "argument; typical ones by default");
-  command
-      ->add_option("--samples", options->curve.samples, "Arguments that errors are measured at")
+  command->add_option("--samples", options->curve.samples, "Arguments that errors are measured at")
       ->capture_default_str()
       ->transform(whole_number(1000, 50'000'000));
   command->add_option("--milliseconds", options->milliseconds, "Time spent on one figure of speed")
