@@ -96,7 +96,7 @@ class Formats(Cli):
             yield self.fine(*arguments, "--json").stdout
         yield self.fine("apply", "luxsInv_32f_A24", "--json", stdin="0\n").stderr
         for more in [], ["--special", "1%"]:
-            yield self.fine("bench", "luxsInv_32f_A24", "--compare", "--milliseconds", 1, *more,
+            yield self.fine("bench", "luxsLn_32f_A24", "--compare", "--milliseconds", 1, *more,
                             "--json", "-").stdout
         errors, figures = self.dir / "errors.json", self.dir / "figures.json"
         self.fine("accuracy", "Hypot_64f", "Exp_32fc", "--samples", 300, "--json", errors,
