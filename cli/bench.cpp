@@ -30,7 +30,9 @@ struct BenchOptions {
   std::vector<std::string> patterns, lengths{"2000"};
   std::vector<int32_t> threads{1}, offsets{0};
   std::string special, json, plot, from;
-  bool large = false, compare = false, resume = false;
+  bool large = false, compare = false, without_sse2 = false, resume = false;
+  bool cliffs = false;
+  std::string csv;
   int32_t milliseconds = 60, passes = 1;
 };
 
@@ -172,12 +174,9 @@ static BenchRow measure_point(const Function& function, int32_t threads, int32_t
     const bench::Arguments plain(function, {n, offset, {}, false});
     row.plain = calls(plain.arrays, n);
   }
-  if (options.compare) {
-    row.libm = peer(bench::find_libm(function));
-    const bench::Peer sleef = bench::find_sleef(function);
-    row.sleef = peer(sleef);
-    row.sleef_name = sleef.name;
-  }
+  if (options.compare)
+    for (const Alternative& alternative : kAlternatives)
+      row.*alternative.figure = peer(alternative.find(function));
   return row;
 }
 
@@ -243,8 +242,10 @@ static void measure_in_child(const Function& function, int32_t threads, const Be
 
 struct Column {
   std::string title;
-  std::string (*text)(const BenchRow& row);
+  std::function<std::string(const BenchRow& row)> text;
 };
+
+static size_t width_of(const Column& column) { return std::max<size_t>(8, column.title.size()); }
 
 static std::string cycles(double value) {
   return std::isnan(value) ? "?" : fmt::format("{:.{}f}", value, value < 99.995 ? 2 : 1);
@@ -259,7 +260,8 @@ static std::string ratio_text(const BenchRow& row, const std::optional<Figure>& 
 }
 
 struct Shown {
-  bool goals, sleef;
+  bool goals;
+  std::vector<const Alternative*> alternatives;
 };
 
 static Shown shown_by(const BenchOptions& options, const std::vector<const Function*>& functions) {
@@ -273,14 +275,18 @@ static Shown shown_by(const BenchOptions& options, const std::vector<const Funct
   row.n = options.lengths.size() == 1 && lengths.size() == 1 ? lengths[0] : 0;
   row.special_elements = !options.special.empty();
   row.large = options.large;
-  return {any([&](const Function* f) { return row.function = f, row.goal() > 0; }),
-          options.compare && any([](const Function* f) { return !!bench::find_sleef(*f).run; })};
+  Shown shown{any([&](const Function* f) { return row.function = f, row.goal() > 0; }), {}};
+  for (const Alternative& alternative : kAlternatives)
+    if (options.compare &&
+        any([&](const Function* f) { return !!alternative.find(*f).run; }))
+      shown.alternatives.push_back(&alternative);
+  return shown;
 }
 
 // The columns that tell the rows of a run apart, and what was asked for.
 static std::vector<Column> columns_for(const BenchOptions& options, Shown shown) {
   std::vector<Column> columns;
-  const auto add = [&](bool wanted, const char* title, std::string (*text)(const BenchRow&)) {
+  const auto add = [&](bool wanted, const char* title, auto text) {
     if (wanted) columns.push_back({title, text});
   };
   using Row = const BenchRow&;
@@ -299,10 +305,10 @@ static std::vector<Column> columns_for(const BenchOptions& options, Shown shown)
   add(!options.special.empty(), "plain", [](Row r) { return optional_cycles(r.plain); });
   add(!options.special.empty(), "special",
       [](Row r) { return r.plain ? fmt::format("{:.0f}", r.cycles_of_a_special_element()) : "-"; });
-  add(options.compare, "libm", [](Row r) { return optional_cycles(r.libm); });
-  add(options.compare, "ratio", [](Row r) { return ratio_text(r, r.libm); });
-  add(shown.sleef, "SLEEF", [](Row r) { return optional_cycles(r.sleef); });
-  add(shown.sleef, "ratio", [](Row r) { return ratio_text(r, r.sleef); });
+  for (const Alternative* a : shown.alternatives) {
+    add(true, a->title, [figure = a->figure](Row r) { return optional_cycles(r.*figure); });
+    add(true, "ratio", [figure = a->figure](Row r) { return ratio_text(r, r.*figure); });
+  }
   return columns;
 }
 
@@ -321,7 +327,7 @@ static void print_machine(const Json& document, const BenchOptions& options) {
 
 static void print_header(const std::vector<Column>& columns) {
   std::string line = fmt::format("{:<22}", "cycles per element");
-  for (const Column& column : columns) line += fmt::format(" {:>8}", column.title);
+  for (const Column& column : columns) line += fmt::format(" {:>{}}", column.title, width_of(column));
   fmt::print("{}\n", paint(Colour::strong, line));
 }
 
@@ -334,7 +340,7 @@ static Colour colour_of(const BenchRow& row) {
 static void print_row(const BenchRow& row, const std::vector<Column>& columns) {
   fmt::print("{:<22}", row.function->name);
   for (const Column& column : columns) {
-    const std::string text = fmt::format(" {:>8}", column.text(row));
+    const std::string text = fmt::format(" {:>{}}", column.text(row), width_of(column));
     fmt::print("{}",
                row.goal() > 0 && column.title == "minimum" ? paint(colour_of(row), text) : text);
   }
@@ -355,6 +361,16 @@ static void print_names(const char* what, const Json& names) {
   fmt::print("{} {}\n", paint(Colour::warning, what), list);
 }
 
+static std::string legend_of(const Alternative& alternative) {
+  const std::string name = alternative.name;
+  const char* const libm =
+      bench::sse2_variants_left_out() ? "the C library without its SSE2 variants" : "the C library";
+  if (name == "libm") return fmt::format("a plain loop, gcc -m32 -O2, over {}", libm);
+  if (name == "libm_sse2")
+    return fmt::format(" the same by gcc -m32 -O2 -msse2 -mfpmath=sse, over {}", libm);
+  return name == "sleef" ? "its functions for SSE2; AVX2, AVX-512: those for these" : "SLEEF's";
+}
+
 static void print_legend(const BenchOptions& options, Shown shown) {
   fmt::print("\n");
   if (shown.goals)
@@ -364,13 +380,8 @@ static void print_legend(const BenchOptions& options, Shown shown) {
   if (!options.special.empty())
     fmt::print(
         "plain    the same without special elements; special: cycles that each of them adds\n");
-  if (options.compare)
-    fmt::print("libm     a loop over the C library's scalar function{}\n",
-               bench::sse2_variants_left_out() ? ", without its SSE2 variants" : "");
-  if (shown.sleef)
-    fmt::print(
-        "SLEEF    its functions of 4 singles or 2 doubles, which use SSE2 and what else there "
-        "is\n");
+  for (const Alternative* a : shown.alternatives)
+    fmt::print("{:<9}{}\n", a->title, legend_of(*a));
   if (options.compare) fmt::print("ratio    how many times as long it takes, by the minima\n");
 }
 
@@ -379,9 +390,9 @@ static void print_summary(const BenchSummary& summary) {
   fmt::print("goals    met by {} of {}\n", summary.met, summary.goals);
   if (summary.mean_of)
     fmt::print(
-        "mean     libm takes {:.2f} times as long (geometric mean over {} real A24 and A53)\n",
+        "mean     the loop takes {:.2f} times as long (geometric mean over {} real A24 and A53)\n",
         summary.mean_ratio, summary.mean_of);
-  print_names("slower than libm:", summary.slower_than_libm);
+  print_names("slower than the loop:", summary.slower_than_libm);
   print_names("slower than a higher grade:", summary.lower_grade_slower);
 }
 
@@ -391,7 +402,7 @@ static Json settings_json(const BenchOptions& options) {
   return {{"patterns", options.patterns}, {"n", options.lengths},
           {"threads", options.threads},   {"offset", options.offsets},
           {"special", options.special},   {"large", options.large},
-          {"compare", options.compare},   {"milliseconds", options.milliseconds},
+          {"compare", options.compare}, {"without_sse2", options.without_sse2},   {"milliseconds", options.milliseconds},
           {"passes", options.passes}};
 }
 
@@ -428,6 +439,7 @@ static void take_settings(BenchOptions& options, const Json& document) {
   options.special = text_in(settings, "special");
   options.large = flag_in(settings, "large");
   options.compare = flag_in(settings, "compare");
+  if (settings.contains("without_sse2")) options.without_sse2 = flag_in(settings, "without_sse2");
   check(options);
 }
 
@@ -481,9 +493,10 @@ static void merge(BenchRow& row, const BenchRow& again) {
   std::optional<Figure> element = row.element;
   keep_lower(element, again.element);
   row.element = *element;
-  for (const auto figure :
-       {&BenchRow::plain, &BenchRow::one_call, &BenchRow::libm, &BenchRow::sleef})
+  for (const auto figure : {&BenchRow::plain, &BenchRow::one_call})
     keep_lower(row.*figure, again.*figure);
+  for (const Alternative& alternative : kAlternatives)
+    keep_lower(row.*alternative.figure, again.*alternative.figure);
   ++row.passes;
 }
 
@@ -543,7 +556,7 @@ static void measure_all(const BenchOptions& options) {
   if (!has_lengths(chosen, options))
     throw Failure("none of these functions ever threads here; `luxvm explain` says why");
   check_curves(chosen, options);
-  if (options.compare) bench::leave_out_sse2_variants();
+  if (options.without_sse2) bench::leave_out_sse2_variants();
 
   const Json document = document_for(options);
   std::vector<BenchRow> rows = rows_to_resume(options, document);
@@ -586,7 +599,10 @@ static void show_earlier(BenchOptions options) {
   if (rows.empty()) throw Failure(fmt::format("{} holds no function that matches", options.from));
   if (options.json != "-") {
     Shown shown = shown_by(options, chosen);
-    shown.sleef = std::any_of(rows.begin(), rows.end(), [](const auto& r) { return !!r.sleef; });
+    shown.alternatives.clear();
+    for (const Alternative& a : kAlternatives)
+      if (std::any_of(rows.begin(), rows.end(), [&](const auto& r) { return !!(r.*a.figure); }))
+        shown.alternatives.push_back(&a);
     const std::vector<Column> columns = columns_for(options, shown);
     print_machine(earlier.document, options);
     print_header(columns);
@@ -629,7 +645,9 @@ void add_bench(Program& program) {
   command->add_flag("--large", options->large,
                     "Arguments that all miss the fast reduction of sine, cosine and tangent");
   command->add_flag("--compare", options->compare,
-                    "Also the C library's scalar function in a loop, and SLEEF if it is installed");
+                    "Also plain loops over the C library, and SLEEF if it is installed");
+  command->add_flag("--without-sse2", options->without_sse2,
+                    "Let the C library leave out its SSE2 variants, as on a processor without them");
   command->add_option("--milliseconds", options->milliseconds, "Time spent on one figure")
       ->capture_default_str()
       ->transform(whole_number(1, 60'000));
