@@ -32,9 +32,9 @@ constexpr bool has_record(std::string_view family, bool complex) {
   return false;
 }
 
-#define LUX_FUNCTION(F, type)                     \
+#define LUX_FUNCTION(F, type)                    \
   LUX_REQUIRE(has_record(#F, is_complex(#type)), \
-              #F " " #type                        \
+              #F " " #type                       \
                  ": no LUX_LIBM in core/functions.def; where the C library has none, NONE");
 #include "core/functions.def"
 
@@ -59,9 +59,7 @@ std::vector<std::string> command_line() {
 
 }  // namespace
 
-Peer find_libm(const Function& function) {
-  return find_loop(kLoops387, "gcc -m32 -O2", function);
-}
+Peer find_libm(const Function& function) { return find_loop(kLoops387, "gcc -m32 -O2", function); }
 
 Peer find_libm_sse2(const Function& function) {
   if (!__builtin_cpu_supports("sse2")) return {};

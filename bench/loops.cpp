@@ -14,18 +14,19 @@ using Complex32 = _Complex float;
 using Complex64 = _Complex double;
 
 // One body for every shape: STEP computes element i. noinline: a test looks for the calls in them.
-#define LOOP(name, E, STEP)                                                                   \
-  __attribute__((noinline)) void name(const void* const source[2], void* const destination[2], int32_t len, int32_t times) {\
-    [[maybe_unused]] const E* const src1 = static_cast<const E*>(source[0]);           \
-    [[maybe_unused]] const E* const src2 = static_cast<const E*>(source[1]);           \
-    [[maybe_unused]] E* const dst1 = static_cast<E*>(destination[0]);                  \
-    [[maybe_unused]] E* const dst2 = static_cast<E*>(destination[1]);                  \
-    for (; times > 0; --times) {                                                              \
-      for (int32_t i = 0; i < len; ++i) {                                                     \
-        STEP;                                                                                 \
-      }                                                                                       \
-      asm volatile("" ::: "memory");                                                          \
-    }                                                                                         \
+#define LOOP(name, E, STEP)                                                                    \
+  __attribute__((noinline)) void name(const void* const source[2], void* const destination[2], \
+                                      int32_t len, int32_t times) {                            \
+    [[maybe_unused]] const E* const src1 = static_cast<const E*>(source[0]);                   \
+    [[maybe_unused]] const E* const src2 = static_cast<const E*>(source[1]);                   \
+    [[maybe_unused]] E* const dst1 = static_cast<E*>(destination[0]);                          \
+    [[maybe_unused]] E* const dst2 = static_cast<E*>(destination[1]);                          \
+    for (; times > 0; --times) {                                                               \
+      for (int32_t i = 0; i < len; ++i) {                                                      \
+        STEP;                                                                                  \
+      }                                                                                        \
+      asm volatile("" ::: "memory");                                                           \
+    }                                                                                          \
   }
 
 #define REAL_STEPS(F, single_step, double_step) \
@@ -33,7 +34,8 @@ using Complex64 = _Complex double;
   LOOP(F##_64f, double, double_step)
 #define REAL_NONE(F, name)
 #define REAL_INVERSE(F, name) REAL_STEPS(F, dst1[i] = 1 / src1[i], dst1[i] = 1 / src1[i])
-#define REAL_QUOTIENT(F, name) REAL_STEPS(F, dst1[i] = src1[i] / src2[i], dst1[i] = src1[i] / src2[i])
+#define REAL_QUOTIENT(F, name) \
+  REAL_STEPS(F, dst1[i] = src1[i] / src2[i], dst1[i] = src1[i] / src2[i])
 #define REAL_UNARY(F, name) REAL_STEPS(F, dst1[i] = name##f(src1[i]), dst1[i] = name(src1[i]))
 #define REAL_BINARY(F, name) \
   REAL_STEPS(F, dst1[i] = name##f(src1[i], src2[i]), dst1[i] = name(src1[i], src2[i]))

@@ -13,13 +13,12 @@ namespace {
 struct Row {
   std::string_view family;
   const char *name, *best, *lower;  // endings of the most accurate and of the 3.5 ulp function
-  SleefLoops SleefSet::*loops;        // null where there is none
+  SleefLoops SleefSet::*loops;      // null where there is none
 };
 
 using LoopsOfSet = SleefLoops SleefSet::*;
 constexpr LoopsOfSet UNARY = &SleefSet::unary, BINARY = &SleefSet::binary,
-                     SCALAR_SECOND = &SleefSet::scalar_second,
-                     TWO_RESULTS = &SleefSet::two_results,
+                     SCALAR_SECOND = &SleefSet::scalar_second, TWO_RESULTS = &SleefSet::two_results,
                      TWO_RESULTS_SWAPPED = &SleefSet::two_results_swapped, NONE = nullptr;
 
 constexpr Row kRows[] = {
@@ -46,7 +45,8 @@ void* library() {
 
 struct Set {
   const SleefSet* loops;
-  const char *lanes[2], *ending;  // of singles and of doubles in a register; of the functions' names
+  const char *lanes[2],
+      *ending;  // of singles and of doubles in a register; of the functions' names
   bool supported;
 };
 

@@ -3,6 +3,8 @@
 // luxvm bench: core cycles per element, beside the goals and other implementations.
 #include "bench/arguments.h"
 #include "catalog/thread_count.h"
+#include "cli/bench_child.h"
+#include "cli/bench_cliffs.h"
 #include "cli/bench_rows.h"
 #include "cli/checkpoint.h"
 #include "cli/command_line.h"
@@ -15,9 +17,6 @@
 
 #include <fmt/format.h>
 #include <gnu/libc-version.h>
-#include <signal.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cmath>
@@ -182,60 +181,17 @@ static BenchRow measure_point(const Function& function, int32_t threads, int32_t
 
 using TakeRow = std::function<void(const BenchRow& row)>;
 
-// The threshold of a function is fixed by its first call, and what crashes must not take the other
-// figures along: so a child measures and sends a line of JSON for each row.
 static void measure_in_child(const Function& function, int32_t threads, const BenchOptions& options,
                              const TakeRow& take) {
-  int ends[2];
-  if (pipe(ends) != 0) throw Failure(fmt::format("cannot make a pipe: {}", strerror(errno)));
-  fflush(stdout);
-  const pid_t parent = getpid(), child = fork();
-  if (child < 0) throw Failure(fmt::format("cannot start a process: {}", strerror(errno)));
-  if (child == 0) {
-    close(ends[0]);
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
-    if (getppid() != parent) _exit(1);
-    FILE* const to = fdopen(ends[1], "w");
-    const auto send = [&](const Json& line) {
-      fmt::print(to, "{}\n", line.dump());
-      fflush(to);
-    };
-    try {
-      bench::set_thread_count(threads);
-      for (int32_t offset : options.offsets)
-        for (int32_t n : lengths_for(options, function, threads))
-          send(row_json(measure_point(function, threads, n, offset, options)));
-    } catch (const std::bad_alloc&) {
-      send({{"error", "not enough memory for its arrays"}});
-    } catch (const std::exception& error) {
-      send({{"error", error.what()}});
-    }
-    _exit(0);
-  }
-  close(ends[1]);
-  const std::unique_ptr<FILE, int (*)(FILE*)> from(fdopen(ends[0], "r"), fclose);
-  std::string error;
-  char* line = nullptr;
-  size_t size = 0;
-  while (getline(&line, &size, from.get()) > 0) {
-    Json json;
-    try {
-      json = Json::parse(line);
-    } catch (const Json::exception&) {
-      continue;
-    }
-    if (json.contains("error"))
-      error = json["error"];
-    else
-      take(row_from_json(json));
-  }
-  free(line);
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
-  if (WIFSIGNALED(status))
-    throw CheckFailed(fmt::format("{}: {}", function.name, strsignal(WTERMSIG(status))));
-  if (!error.empty()) throw Failure(fmt::format("{}: {}", function.name, error));
+  run_in_child(
+      function,
+      [&](const SendLine& send) {
+        bench::set_thread_count(threads);
+        for (int32_t offset : options.offsets)
+          for (int32_t n : lengths_for(options, function, threads))
+            send(row_json(measure_point(function, threads, n, offset, options)));
+      },
+      [&](const Json& line) { take(row_from_json(line)); });
 }
 
 // ---- The table -------------------------------------------------------------------------------
@@ -277,8 +233,7 @@ static Shown shown_by(const BenchOptions& options, const std::vector<const Funct
   row.large = options.large;
   Shown shown{any([&](const Function* f) { return row.function = f, row.goal() > 0; }), {}};
   for (const Alternative& alternative : kAlternatives)
-    if (options.compare &&
-        any([&](const Function* f) { return !!alternative.find(*f).run; }))
+    if (options.compare && any([&](const Function* f) { return !!alternative.find(*f).run; }))
       shown.alternatives.push_back(&alternative);
   return shown;
 }
@@ -327,7 +282,8 @@ static void print_machine(const Json& document, const BenchOptions& options) {
 
 static void print_header(const std::vector<Column>& columns) {
   std::string line = fmt::format("{:<22}", "cycles per element");
-  for (const Column& column : columns) line += fmt::format(" {:>{}}", column.title, width_of(column));
+  for (const Column& column : columns)
+    line += fmt::format(" {:>{}}", column.title, width_of(column));
   fmt::print("{}\n", paint(Colour::strong, line));
 }
 
@@ -380,8 +336,7 @@ static void print_legend(const BenchOptions& options, Shown shown) {
   if (!options.special.empty())
     fmt::print(
         "plain    the same without special elements; special: cycles that each of them adds\n");
-  for (const Alternative* a : shown.alternatives)
-    fmt::print("{:<9}{}\n", a->title, legend_of(*a));
+  for (const Alternative* a : shown.alternatives) fmt::print("{:<9}{}\n", a->title, legend_of(*a));
   if (options.compare) fmt::print("ratio    how many times as long it takes, by the minima\n");
 }
 
@@ -399,11 +354,11 @@ static void print_summary(const BenchSummary& summary) {
 // ---- The file --------------------------------------------------------------------------------
 
 static Json settings_json(const BenchOptions& options) {
-  return {{"patterns", options.patterns}, {"n", options.lengths},
-          {"threads", options.threads},   {"offset", options.offsets},
-          {"special", options.special},   {"large", options.large},
-          {"compare", options.compare}, {"without_sse2", options.without_sse2},   {"milliseconds", options.milliseconds},
-          {"passes", options.passes}};
+  return {{"patterns", options.patterns},         {"n", options.lengths},
+          {"threads", options.threads},           {"offset", options.offsets},
+          {"special", options.special},           {"large", options.large},
+          {"compare", options.compare},           {"without_sse2", options.without_sse2},
+          {"milliseconds", options.milliseconds}, {"passes", options.passes}};
 }
 
 static Json document_for(const BenchOptions& options) {
@@ -614,11 +569,43 @@ static void show_earlier(BenchOptions options) {
   if (!options.plot.empty()) draw_bench(options.plot, rows);
 }
 
+static void measure_cliffs(const BenchOptions& options) {
+  if (options.lengths != std::vector<std::string>{"2000"} || !options.special.empty() ||
+      options.large || options.compare || options.threads != std::vector<int32_t>{1} ||
+      options.offsets != std::vector<int32_t>{0} || !options.plot.empty() ||
+      !options.from.empty() || options.resume)
+    throw Failure("--cliffs goes with patterns, --milliseconds, --passes, --json and --csv alone");
+  if (!options.csv.empty()) require_writable(options.csv);
+  const std::vector<const Function*> chosen = find_functions(options.patterns);
+  Json document = document_for(options);
+  document["settings"] = {{"patterns", options.patterns},
+                          {"cliffs", true},
+                          {"milliseconds", options.milliseconds},
+                          {"passes", options.passes}};
+  std::vector<CliffRow> rows;
+  for (int32_t pass = 1; pass <= options.passes; ++pass)
+    for (size_t i = 0; i < chosen.size(); ++i) {
+      show_pass(*chosen[i], pass, options);
+      CliffRow row = measure_cliffs(*chosen[i], options.milliseconds);
+      if (pass == 1)
+        rows.push_back(std::move(row));
+      else
+        keep_lower(rows[i], row);
+    }
+  if (options.json != "-" && options.csv != "-") print_cliffs(rows);
+  if (!options.csv.empty()) write_file(options.csv, cliffs_csv(rows));
+  document["rows"] = Json::array();
+  for (const CliffRow& row : rows) document["rows"].push_back(cliff_json(row));
+  if (!options.json.empty()) write_file(options.json, document.dump(1) + "\n");
+}
+
 static void run_bench(const BenchOptions& options) {
   if (options.resume && is_standard_stream(options.json))
     throw Failure("--resume needs the file of --json");
   if (!options.json.empty()) require_writable(options.json);
   if (!options.plot.empty()) require_drawable(options.plot);
+  if (options.cliffs) return measure_cliffs(options);
+  if (!options.csv.empty()) throw Failure("--csv goes with --cliffs");
   options.from.empty() ? measure_all(options) : show_earlier(options);
 }
 
@@ -646,8 +633,9 @@ void add_bench(Program& program) {
                     "Arguments that all miss the fast reduction of sine, cosine and tangent");
   command->add_flag("--compare", options->compare,
                     "Also plain loops over the C library, and SLEEF if it is installed");
-  command->add_flag("--without-sse2", options->without_sse2,
-                    "Let the C library leave out its SSE2 variants, as on a processor without them");
+  command->add_flag(
+      "--without-sse2", options->without_sse2,
+      "Let the C library leave out its SSE2 variants, as on a processor without them");
   command->add_option("--milliseconds", options->milliseconds, "Time spent on one figure")
       ->capture_default_str()
       ->transform(whole_number(1, 60'000));
@@ -660,6 +648,10 @@ void add_bench(Program& program) {
                       "File for the figures; - writes them to the standard output, and no table");
   command->add_option("--plot", options->plot,
                       "SVG file for bars, or for curves where there are several lengths");
+  command->add_flag("--cliffs", options->cliffs,
+                    "What special classes of arguments and short arrays cost, as multiples of the "
+                    "ordinary");
+  command->add_option("--csv", options->csv, "File for the table of --cliffs; - as for --json");
   command->add_flag("--resume", options->resume,
                     "Write the --json file after each function, and go on where the same run was "
                     "interrupted");
@@ -680,9 +672,15 @@ void add_bench(Program& program) {
       "  luxvm bench 32f --special 4                  one in every four\n"
       "  luxvm bench Div --offset 0,1,4               arrays at odd addresses\n"
       "  luxvm bench Inv_32f_A24 --n threshold --threads 1,2\n"
+      "  luxvm bench Pow --cliffs --csv pow.csv       special classes and short arrays\n"
       "JSON: date, processor, compiler, libm, library (a hash of it), ticks_per_cycle, settings,\n"
-      "complete, rows, summary. Of a row, cycles, plain, one_call, libm and sleef each have "
-      "minimum,\n"
-      "median, and how many rounds were kept and dropped; reports counts codes of one call.");
+      "complete, rows, summary. Of a row, cycles, plain, one_call, libm, libm_sse2, sleef, "
+      "sleef_avx2\n"
+      "and sleef_avx512 each have minimum, median, and how many rounds were kept and dropped; "
+      "reports\n"
+      "counts codes of one call. With --cliffs a row has ordinary (cycles per element), classes\n"
+      "(one_percent and all, as multiples of it), calls (cycles by length) and loop_of_one "
+      "(cycles of\n"
+      "the plain loop over one element).");
   command->callback([options] { run_bench(*options); });
 }
