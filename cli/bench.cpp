@@ -363,8 +363,10 @@ static Json settings_json(const BenchOptions& options) {
 
 static Json document_for(const BenchOptions& options) {
   const bool no_sse2 = bench::sse2_variants_left_out();
+  const Machine machine = probe_machine();
   return {{"date", today()},
-          {"processor", probe_machine().brand},
+          {"processor", machine.brand},
+          {"signature", fmt::format("{:08X}", machine.leaf1.eax)},
           {"compiler", "GCC " __VERSION__},
           {"libm", fmt::format("glibc {}{}", gnu_get_libc_version(),
                                no_sse2 ? " without SSE2 variants" : "")},
@@ -673,7 +675,8 @@ void add_bench(Program& program) {
       "  luxvm bench Div --offset 0,1,4               arrays at odd addresses\n"
       "  luxvm bench Inv_32f_A24 --n threshold --threads 1,2\n"
       "  luxvm bench Pow --cliffs --csv pow.csv       special classes and short arrays\n"
-      "JSON: date, processor, compiler, libm, library (a hash of it), ticks_per_cycle, settings,\n"
+      "JSON: date, processor, signature (of CPUID), compiler, libm, library (a hash of it), "
+      "ticks_per_cycle, settings,\n"
       "complete, rows, summary. Of a row, cycles, plain, one_call, libm, libm_sse2, sleef, "
       "sleef_avx2\n"
       "and sleef_avx512 each have minimum, median, and how many rounds were kept and dropped; "
