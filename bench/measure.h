@@ -52,6 +52,7 @@ bool sse2_variants_left_out();
 // 3.5 ulp if there is one.
 enum class InstructionSet { kSse2, kAvx2, kAvx512 };
 Peer find_sleef(const Function& function, InstructionSet set);
+std::string sleef_file();  // whose name tells the version; empty where there is none
 
 }  // namespace bench
 

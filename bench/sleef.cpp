@@ -6,6 +6,9 @@
 #include "bench/sleef_loops.h"
 
 #include <dlfcn.h>
+#include <link.h>
+
+#include <filesystem>
 
 namespace bench {
 namespace {
@@ -65,6 +68,12 @@ Set set_of(InstructionSet set) {
 }
 
 }  // namespace
+
+std::string sleef_file() {
+  link_map* loaded = nullptr;
+  if (!library() || dlinfo(library(), RTLD_DI_LINKMAP, &loaded) != 0) return "";
+  return std::filesystem::weakly_canonical(loaded->l_name).filename();
+}
 
 Peer find_sleef(const Function& function, InstructionSet instructions) {
   const Set set = set_of(instructions);

@@ -370,6 +370,7 @@ static Json document_for(const BenchOptions& options) {
           {"compiler", "GCC " __VERSION__},
           {"libm", fmt::format("glibc {}{}", gnu_get_libc_version(),
                                no_sse2 ? " without SSE2 variants" : "")},
+          {"sleef", bench::sleef_file()},
           {"library", library_digest()},
           {"ticks_per_cycle", bench::ticks_per_cycle()},
           {"settings", settings_json(options)}};
@@ -675,7 +676,7 @@ void add_bench(Program& program) {
       "  luxvm bench Div --offset 0,1,4               arrays at odd addresses\n"
       "  luxvm bench Inv_32f_A24 --n threshold --threads 1,2\n"
       "  luxvm bench Pow --cliffs --csv pow.csv       special classes and short arrays\n"
-      "JSON: date, processor, signature (of CPUID), compiler, libm, library (a hash of it), "
+      "JSON: date, processor, signature (of CPUID), compiler, libm, sleef, library (a hash of it), "
       "ticks_per_cycle, settings,\n"
       "complete, rows, summary. Of a row, cycles, plain, one_call, libm, libm_sse2, sleef, "
       "sleef_avx2\n"

@@ -74,7 +74,9 @@ def runs(functions):
         yield "large", ["--large", "--compare"]
     for type_name in TYPES:
         if names := curve_names(functions, type_name):
-            yield f"length_{type_name}", [*names, "--n", "1:1000000"]
+            # A call over a million complex powers takes a tenth of a second.
+            longest = 100000 if type_name.endswith("c") else 1000000
+            yield f"length_{type_name}", [*names, "--n", f"1:{longest}"]
     processors = len(os.sched_getaffinity(0))
     names = [f["name"] for f in functions if f["name"] in THREADED]
     if processors > 1 and names:
@@ -149,7 +151,7 @@ def machine_from(documents):
     """What the runs' files say of this machine, as its file keeps it."""
     everything = documents["all"]
     machine = {key: everything.get(key) for key in
-               ("processor", "signature", "date", "compiler", "libm", "ticks_per_cycle")}
+               ("processor", "signature", "date", "compiler", "libm", "sleef", "ticks_per_cycle")}
     machine["settings"] = {key: everything["settings"][key] for key in ("milliseconds", "passes")}
     by_name = {name: {row["name"]: row for row in document["rows"]} for name, document in documents.items()}
     machine["exports"] = compared(everything["rows"], by_name.get("without_sse2", {}))
@@ -299,7 +301,7 @@ def machines_part(machines):
         f"- **{m['letter']}**: {m['processor']}"
         + (f", CPUID signature {m['signature']}" if m.get("signature") else "")
         + f", {m['date']}; {m['ticks_per_cycle']:.3f} time-stamp ticks per core cycle; {m['compiler']}, "
-        f"{m['libm']}; best of {m['settings']['passes']} passes of {m['settings']['milliseconds']} ms a figure."
+        f"{m['libm']}{', ' + m['sleef'] if m.get('sleef') else ''}; best of {m['settings']['passes']} passes of {m['settings']['milliseconds']} ms a figure."
         + (f" {m['note']}" if m.get("note") else "") + "\n" for m in machines)
 
 
@@ -401,7 +403,7 @@ def page_parts(machines, explanations):
                f"enough to be split: that costs a little even with one thread. Machine {letter}.\n")
         for type_name in newest["lengths"]:
             yield picture(f"length_{type_name}", f"Cycles per element of {type_name} functions over arrays "
-                          "of 1 to 10^6 elements")
+                          "of one element to many")
     yield from cliff_part(machines, explanations)
     yield from short_part(machines)
     if "special" in newest:
