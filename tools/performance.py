@@ -207,7 +207,10 @@ def keep_machine(options):
         sys.exit(f"performance: {options.figures} holds no all.json")
     machine = machine_from(documents)
     options.machines.mkdir(parents=True, exist_ok=True)
-    (options.machines / file_of(machine)).write_text(machine_text(machine))
+    path = options.machines / file_of(machine)
+    if path.exists() and (note := json.loads(path.read_text()).get("note")):
+        machine["note"] = note  # written by hand
+    path.write_text(machine_text(machine))
 
 
 def read_machines(options):
