@@ -398,7 +398,7 @@ def page_parts(machines, explanations):
         yield f"## {title} ({type_name})\n"
         yield picture(f"speed_{type_name}", f"Cycles per element of every {type_name} family on machine "
                       f"{letter}, bars on a logarithmic scale")
-        yield comparison(machines, "exports", lambda e: e["type"] == type_name)  # noqa: B023
+        yield comparison(machines, "exports", lambda e: e["type"] == type_name)
     if "lengths" in newest:
         yield "## Over the length\n"
         yield ("Short arrays pay for the call; beyond some 10 000 elements the arrays leave the first "
