@@ -74,7 +74,7 @@ def leaves(value, path=""):
         for element in value:
             yield from leaves(element, path + "[]")
     else:
-        yield re.sub(r"reports\.\d+$", "reports.*", path)
+        yield re.sub(r"(reports|calls)\.\d+$|(classes)\.[^.]*", r"\1\2.*", path)
 
 
 def words_in(picture):
@@ -98,6 +98,7 @@ class Formats(Cli):
         for more in [], ["--special", "1%"]:
             yield self.fine("bench", "luxsLn_32f_A24", "--compare", "--milliseconds", 1, *more,
                             "--json", "-").stdout
+        yield self.fine("bench", "luxsLn_32f_A24", "--cliffs", "--milliseconds", 1, "--json", "-").stdout
         errors, figures = self.dir / "errors.json", self.dir / "figures.json"
         self.fine("accuracy", "Hypot_64f", "Exp_32fc", "--samples", 300, "--json", errors,
                   "--record", figures)
