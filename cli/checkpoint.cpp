@@ -119,14 +119,18 @@ static void request(int signal_number) {
   signal(signal_number, SIG_DFL);
 }
 
+// A signal that the starting shell has set aside, for a run in the background, stays so.
+static void change_handler(int signal_number, sighandler_t from, sighandler_t to) {
+  const sighandler_t current = signal(signal_number, to);
+  if (current != from) signal(signal_number, current);
+}
+
 Interrupt::Interrupt() {
-  signal(SIGINT, request);
-  signal(SIGTERM, request);
+  for (const int number : {SIGINT, SIGTERM}) change_handler(number, SIG_DFL, request);
 }
 
 Interrupt::~Interrupt() {
-  signal(SIGINT, SIG_DFL);
-  signal(SIGTERM, SIG_DFL);
+  for (const int number : {SIGINT, SIGTERM}) change_handler(number, request, SIG_DFL);
 }
 
 std::string library_path() {
