@@ -72,7 +72,7 @@ abi: deps    ## add new exports to the published lists in abi/; refused where on
 
 install: deps  ## install under PREFIX (/usr/local), below DESTDIR if set
 	@$(MAKE) --no-print-directory build
-	cmake --install $(BUILD) --prefix $(PREFIX)
+	umask 022 && cmake --install $(BUILD) --prefix $(PREFIX)
 
 format:      ## lay out all C and C++ files
 	tools/format.sh

@@ -474,7 +474,8 @@ class Target {
     sigfillset(&all);
     sigprocmask(SIG_SETMASK, &all, &signals);
     const int descriptor = mkstemp(pattern), error = errno;
-    if (descriptor >= 0) strcpy(unfinished, pattern);  // none comes before the file has its name here
+    if (descriptor >= 0)
+      strcpy(unfinished, pattern);  // none comes before the file has its name here
     sigprocmask(SIG_SETMASK, &signals, nullptr);
     if (descriptor < 0) fail(error);
     file.reset(fdopen(descriptor, "wb"));
