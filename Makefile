@@ -41,7 +41,7 @@ test-slow: slow
 
 fuzz: deps   ## try the promises over random patterns for SECONDS (60), from SEED (the time)
 	@$(MAKE) --no-print-directory build TARGETS=fuzz
-	$(BUILD)/bin/fuzz --seconds $(SECONDS) --seed $(SEED)
+	$(BUILD)/bin/fuzz --seconds $(SECONDS) --seed $(SEED) --keep tests/findings.txt
 
 asan: deps   ## build with the sanitizers and run the tests under them
 	@$(MAKE) --no-print-directory build PRESET=asan-ubsan
