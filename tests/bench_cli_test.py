@@ -106,9 +106,11 @@ class Measuring(Bench):
                           for offset in (0, 1) for n in lengths])
         for r in result["rows"]:
             self.assertEqual("goal" in r, r["n"] >= 1000)
-            if "goal" in r:
-                self.assertEqual(r["met"], round(r["cycles"]["minimum"], 2) <= r["goal"])
-            if r["cycles"]["kept"]:
+            if not r["cycles"]["kept"]:  # a busy machine
+                self.assertIsNone(r["cycles"]["minimum"])
+            else:
+                if "goal" in r:
+                    self.assertEqual(r["met"], round(r["cycles"]["minimum"], 2) <= r["goal"])
                 self.assertGreater(r["cycles"]["minimum"], 0)
                 self.assertGreaterEqual(r["cycles"]["median"], r["cycles"]["minimum"])
         self.assertTrue(result["complete"])
@@ -149,8 +151,9 @@ class Measuring(Bench):
             self.assertIn("without SSE2", result["libm"])
             inverse, exponential = result["rows"]
             self.assertNotIn("libm", inverse)
-            self.assertAlmostEqual(exponential["libm_ratio"], exponential["libm"]["minimum"] /
-                                   exponential["cycles"]["minimum"])
+            if exponential["libm"]["kept"] and exponential["cycles"]["kept"]:
+                self.assertAlmostEqual(exponential["libm_ratio"], exponential["libm"]["minimum"] /
+                                       exponential["cycles"]["minimum"])
 
     def test_resumed_run_keeps_what_is_there(self):
         path = self.dir / "a.json"

@@ -279,7 +279,7 @@ class SearchPaths(unittest.TestCase):
         blocks = [block for block in re.findall(r"```sh\n(.*?)```", readme, re.S)
                   if not re.search(r"^make |\bpkg-config\b", block, re.M)]
         self.assertEqual(len(blocks), 3)
-        prefix, folder = self.installed(), self.dir / "ein Ordner voll Böses"
+        prefix, folder = self.installed(), self.dir / "a folder – ∂ü"
         (folder / "build").mkdir(parents=True)
         (folder / "build/release").symlink_to(BUILD)
         for name in "examples", "include":
@@ -299,7 +299,7 @@ class SearchPaths(unittest.TestCase):
             for command in re.findall(r"(?:.*\\\n)*.+\n", block):
                 command = command.replace("/opt/luxvm", str(prefix))
                 command = command.replace("check  ", "check Inv")  # all of them have a test of their own
-                shown.append(run("sh", "-ec", command, cwd=folder, env=environment))
+                shown.append(run("sh", "-ec", command, cwd=folder, env=environment, umask=0o022))
                 if " -o first " in command and not re.search("-shared", command):
                     shown.append(run("./first", cwd=folder, env=environment))
         wanted = "exp(1) = 2.718281828459045"

@@ -355,7 +355,7 @@ static bool replay(const char* path) {
     ++count;
   }
   printf("%d findings replayed\n", count);
-  return count > 0;
+  return true;
 }
 
 int main(int argc, char** argv) {
