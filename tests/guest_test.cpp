@@ -112,18 +112,20 @@ __attribute__((constructor(101))) static void before_main(int argc, char** argv)
   if (wants(argc, argv, "before_main")) own_results = all_results();
 }
 
-// Above its threshold a function is split, though its first calls came before there was a count.
+// A function's threshold is that of the first call that knew of threads.
 static void before_main() {
   const uint64_t results = all_results();
   expect(first_results == results, "the results of the first code in the process");
   expect(own_results == results, "the results of a constructor");
   expect(early_results[3] == 0.125f && std::isinf(early_results[4]), "those of a library's");
-  threads_omp_of_n_lux = 2;
-  const int32_t enough = noxsMinN(0, 0, 2);
-  if (enough == INT32_MAX) return;  // not on this machine
-  std::vector<float> numbers(enough + 1, 2.0f);
-  luxsInv_32f_A24(numbers.data(), numbers.data(), enough + 1);
-  expect(threads_of_process() == 2, "a call is split");
+  threads_omp_of_n_lux = 3;
+  const int32_t for_two = noxsMinN(0, 0, 2), for_three = noxsMinN(0, 0, 3);
+  if (for_three == INT32_MAX) return;  // not on this machine
+  std::vector<float> numbers(for_three + 1, 2.0f);
+  luxsInv_32f_A24(numbers.data(), numbers.data(), for_two + 1);
+  expect(threads_of_process() == 1, "a call below the threshold is not split");
+  luxsInv_32f_A24(numbers.data(), numbers.data(), for_three + 1);
+  expect(threads_of_process() == 3, "a call above it is");
 }
 
 // Succeeds in the last code of the process alone.
