@@ -213,6 +213,16 @@ class Sections(unittest.TestCase):
             self.assertEqual(len(stack), 1)
             self.assertEqual(stack[0].split()[-2], "RW")
 
+    def test_kernels_keep_no_state(self):
+        """What can be written is thresholds, the topology and the team's: calls may interrupt calls."""
+        found = set(re.findall(r" [bBdD] (?!_ZZ\w+E16_nox_min_threads)(?:_ZL\d+)?(\w+)(?:\.\d+)?$", run("nm", VMATH), re.M))
+        self.assertIn("logic_A_const", found)
+        self.assertEqual({name for name in found if not name.startswith("_")} -
+                         {"Core_count", "HHTs_count", "Proc_count", "logic_A_const", "logic_MaxThreads",
+                          "in_forked_child", "credit", "refused", "pause_end", "pool_size", "version",
+                          "nox_clock", "nox_cpuid", "completed"}, set())
+        self.assertFalse([name for name in found if name.startswith("_Z")])
+
     def test_build_date_can_be_set(self):
         with tempfile.TemporaryDirectory() as directory:
             subprocess.run(["gcc", "-c", "-m32", f"-I{SOURCE}/include", "-DLUX_VERSION_NUMBERS=1,2,3,4",
