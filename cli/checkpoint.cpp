@@ -120,18 +120,17 @@ static void request(int signal_number) {
 }
 
 // A signal that the starting shell has set aside, for a run in the background, stays so.
-static void change_handler(int signal_number, sighandler_t from, sighandler_t to) {
-  const sighandler_t current = signal(signal_number, to);
-  if (current != from) signal(signal_number, current);
+static void handle_with(sighandler_t handler) {
+  for (const int number : {SIGINT, SIGTERM}) {
+    struct sigaction current;
+    if (sigaction(number, nullptr, &current) == 0 && current.sa_handler != SIG_IGN)
+      signal(number, handler);
+  }
 }
 
-Interrupt::Interrupt() {
-  for (const int number : {SIGINT, SIGTERM}) change_handler(number, SIG_DFL, request);
-}
+Interrupt::Interrupt() { handle_with(request); }
 
-Interrupt::~Interrupt() {
-  for (const int number : {SIGINT, SIGTERM}) change_handler(number, request, SIG_DFL);
-}
+Interrupt::~Interrupt() { handle_with(SIG_DFL); }
 
 std::string library_path() {
   Dl_info info;
