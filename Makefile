@@ -43,7 +43,7 @@ test-slow: slow
 
 fuzz: deps   ## try the promises over random patterns for SECONDS (60), from SEED (the time)
 	@$(MAKE) --no-print-directory build TARGETS=fuzz
-	$(BUILD)/bin/fuzz --seconds $(SECONDS) --seed $(SEED)
+	$(BUILD)/bin/fuzz --seconds $(SECONDS) --seed $(SEED) --keep tests/findings.txt
 
 asan: deps   ## build with the sanitizers and run the tests under them
 	@$(MAKE) --no-print-directory build PRESET=asan-ubsan
@@ -78,7 +78,7 @@ abi: deps    ## add new exports to the published lists in abi/; refused where on
 
 install: deps  ## install under PREFIX (/usr/local), below DESTDIR if set
 	@$(MAKE) --no-print-directory build
-	cmake --install $(BUILD) --prefix $(PREFIX)
+	umask 022 && cmake --install $(BUILD) --prefix $(PREFIX)
 
 format:      ## lay out all C and C++ files
 	tools/format.sh

@@ -107,9 +107,11 @@ class Measuring(Bench):
                           for offset in (0, 1) for n in lengths])
         for r in result["rows"]:
             self.assertEqual("goal" in r, r["n"] >= 1000)
-            if "goal" in r:
-                self.assertEqual(r["met"], round(r["cycles"]["minimum"], 2) <= r["goal"])
-            if r["cycles"]["kept"]:
+            if not r["cycles"]["kept"]:  # a busy machine
+                self.assertIsNone(r["cycles"]["minimum"])
+            else:
+                if "goal" in r:
+                    self.assertEqual(r["met"], round(r["cycles"]["minimum"], 2) <= r["goal"])
                 self.assertGreater(r["cycles"]["minimum"], 0)
                 self.assertGreaterEqual(r["cycles"]["median"], r["cycles"]["minimum"])
         self.assertTrue(result["complete"])
@@ -152,8 +154,9 @@ class Measuring(Bench):
                 exponential, inverse = result["rows"]
                 self.assertNotIn("libm", inverse)
                 for peer in ("libm", "libm_sse2"):
-                    self.assertAlmostEqual(exponential[f"{peer}_ratio"], exponential[peer]["minimum"] /
-                                           exponential["cycles"]["minimum"])
+                    if exponential[peer]["kept"] and exponential["cycles"]["kept"]:
+                        self.assertAlmostEqual(exponential[f"{peer}_ratio"], exponential[peer]["minimum"] /
+                                               exponential["cycles"]["minimum"])
 
     def test_loops_have_built_in_functions(self):
         """The compared loops are compiled as a program's own would be."""

@@ -20,10 +20,13 @@ RELEASE = ".".join(re.search(r"project\(luxvm VERSION (\d+)\.(\d+)",
                              (SOURCE / "CMakeLists.txt").read_text()).groups())
 ATMOSPHERE = SOURCE / "examples/data/atmosphere.csv"
 
+for ignored in signal.SIGINT, signal.SIGTERM, signal.SIGHUP:  # perhaps by whoever runs the tests
+    signal.signal(ignored, signal.SIG_DFL)
+
 
 def luxvm(*arguments, stdin=b"", **options):
     stdin = stdin.encode() if isinstance(stdin, str) else stdin
-    return subprocess.run([BIN / "luxvm", *map(str, arguments)], input=stdin, timeout=60,
+    return subprocess.run([BIN / "luxvm", *map(str, arguments)], input=stdin, timeout=300,
                           stdout=options.pop("stdout", subprocess.PIPE), stderr=subprocess.PIPE,
                           **options)
 
@@ -58,6 +61,16 @@ class Cli(unittest.TestCase):
         path = self.dir / name
         path.write_bytes(content.encode() if isinstance(content, str) else content)
         return path
+
+    def start(self, *arguments, **options):
+        """A run that may be interrupted from now on without losing what it has done."""
+        process = subprocess.Popen([BIN / "luxvm", *arguments], **options)
+        self.addCleanup(process.kill)
+        status = Path(f"/proc/{process.pid}/status")
+        while not int(re.search(r"SigCgt:\s*(\w+)", status.read_text())[1], 16) >> signal.SIGTERM - 1 & 1:
+            self.assertIsNone(process.poll())
+            time.sleep(0.01)
+        return process
 
     def results(self, *arguments):
         call = json.loads(self.fine("eval", *arguments, "--json").stdout)
@@ -364,7 +377,7 @@ class Apply(Cli):
         for out in [self.dir / "no" / "x", "/dev/full"]:
             self.refused("cannot write to", "apply", "luxsExp_64f_A53", "--out", out, stdin="1")
         for out in self.dir / "no" / "x", self.dir:  # before anything is read
-            self.refused("cannot write to", "apply", "luxsExp_64f_A53", "--in", "/none", "--out", out)
+            self.refused("cannot write to", "apply", "luxsExp_64f_A53", "--in", self.dir / "none", "--out", out)
             self.refused("cannot write to", "check", "--publish", out)
         with open("/dev/full", "wb") as full:
             self.refused("No space", "apply", "luxsExp_64f_A53", stdin="1", stdout=full)
