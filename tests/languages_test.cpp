@@ -36,6 +36,14 @@ static constexpr Call kCalls[] = {
 #include "core/functions.def"
 };
 
+extern "C" int32_t fortran_checks();
+extern "C" void fortran_stops();
+
+TEST(Fortran, ChecksSizesAndPassesSectionsOn) { EXPECT_EQ(fortran_checks(), 0); }
+TEST(FortranDeathTest, StopsWhereSizesDifferAndNoStatusIsWanted) {
+  EXPECT_EXIT(fortran_stops(), testing::ExitedWithCode(1), "luxvm: arrays of different sizes");
+}
+
 #else
 
 #include "luxvm.hpp"
