@@ -13,7 +13,7 @@ SPEED = $(wildcard $(BUILD)/speed/*.json)
 # What to build; empty for everything.
 TARGETS =
 
-.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench plots hashes abi install format clean
+.PHONY: help deps build run examples test slow test-slow fuzz asan accuracy accuracy-quick bench plots hashes abi install format clean
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -30,6 +30,10 @@ build: $(BUILD)/CMakeCache.txt  ## configure and build, without looking for pack
 run: deps    ## build, then show the library at work on a data file
 	@$(MAKE) --no-print-directory build TARGETS="luxvm first watch_reports compare_libm"
 	examples/run_demo.sh $(BUILD)/bin
+
+examples: deps  ## build and run the examples in C, C++ and Fortran, beside libm
+	@$(MAKE) --no-print-directory build TARGETS=examples
+	examples/run_examples.sh $(BUILD)/bin
 
 test: deps   ## build and run the fast tests
 	@$(MAKE) --no-print-directory build

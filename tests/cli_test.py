@@ -540,9 +540,9 @@ class Examples(Cli):
         self.assertIn("exp(1) = 2.718281828459045", first.stdout)
         watch = subprocess.run([BIN / "watch_reports"], capture_output=True, text=True)
         for line in ["double: code 12 (overflow) at index 2, argument 710",
-                     "double: code 17 (underflow) at index 4, argument -746",
-                     "double: code 18 (pole) at index 0, argument 0",
-                     "single: code 18 (pole) at index 3"]:
+                     "double: code 17 (underflow to zero) at index 4, argument -746",
+                     "double: code 18 (infinite result at a pole) at index 0, argument 0",
+                     "single: code 18 (infinite result at a pole) at index 3"]:
             self.assertIn(line, watch.stdout)
 
     def test_atmosphere_is_remade_and_is_the_published_one(self):
