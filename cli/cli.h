@@ -53,5 +53,6 @@ void add_accuracy(Program& program);
 void add_diff(Program& program);
 void add_check(Program& program);
 void add_bench(Program& program);
+void add_completion(Program& program);
 
 #endif
