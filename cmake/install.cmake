@@ -21,7 +21,8 @@ write_basic_package_version_file(luxvmConfigVersion.cmake VERSION ${LUX_PACKAGE_
 install(FILES ${PROJECT_BINARY_DIR}/luxvmConfig.cmake ${PROJECT_BINARY_DIR}/luxvmConfigVersion.cmake
         DESTINATION ${package_dir} COMPONENT Development)
 
-# For pkg-config. Its files find the prefix from their own place, so that it may be moved.
+# For pkg-config. Its files find the prefix from their own place, so that it may be moved; but the
+# system's own, whose directories pkg-config knows and leaves out.
 set(pc_libdir ${CMAKE_INSTALL_FULL_LIBDIR})
 set(pc_includedir ${CMAKE_INSTALL_FULL_INCLUDEDIR})
 if(NOT IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
@@ -31,6 +32,9 @@ if(NOT IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
   set(pc_prefix \${pcfiledir}/${up})
 else()
   set(pc_prefix ${CMAKE_INSTALL_PREFIX})
+endif()
+if(CMAKE_INSTALL_PREFIX STREQUAL /usr)
+  set(pc_prefix /usr)
 endif()
 if(NOT IS_ABSOLUTE ${CMAKE_INSTALL_INCLUDEDIR})
   set(pc_includedir \${prefix}/${CMAKE_INSTALL_INCLUDEDIR})

@@ -183,7 +183,7 @@ find_package(luxvm {version} REQUIRED)
         patch = re.search(r"#define LUXVM_VERSION_PATCH (\d+)", header)[1]
         version = f"{RELEASE}.{patch}"
         self.assertRegex((SOURCE / "CHANGELOG.md").read_text(), rf"(?m)^## {re.escape(version)} \(\d{{4}}-\d\d-\d\d\)$")
-        self.assertRegex((SOURCE / "debian/changelog").read_text(), rf"^luxvm \({re.escape(version)}-\d+\) ")
+        self.assertRegex((SOURCE / "debian/changelog").read_text(), rf"^luxvm \({re.escape(version)}-\w+\) ")
         self.assertIn(f"Version: {version}\n", (self.prefix / "lib/pkgconfig/luxvm.pc").read_text())
 
 

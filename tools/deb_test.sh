@@ -56,7 +56,7 @@ find_package(luxvm 5.2 REQUIRED)
 add_executable(by_cmake first.c)
 target_link_libraries(by_cmake PRIVATE luxvm::luxvm)
 END
-cmake -S . -B cmake -DCMAKE_C_FLAGS=-m32 -DCMAKE_LIBRARY_ARCHITECTURE=i386-linux-gnu >cmake.log
+cmake -S . -B cmake -DCMAKE_C_FLAGS=-m32 >cmake.log
 cmake --build cmake >>cmake.log
 cmake/by_cmake | tail -1
 luxvm --version
