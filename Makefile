@@ -8,6 +8,8 @@ PREFIX = /usr/local
 JOBS = $(shell nproc)
 SECONDS = 60
 SEED = $(shell date +%s)
+# Figures for the speed pictures; measured for them when there are none.
+SPEED = $(wildcard $(BUILD)/speed/*.json)
 # What to build; empty for everything.
 TARGETS =
 # For CMake, at the first build: OPTIONS="-DLUXVM_TOOLS=OFF" builds the libraries alone.
@@ -15,7 +17,7 @@ OPTIONS =
 # What `make install PREFIX=...` installed, for each prefix.
 MANIFEST = $(BUILD)/installed$(PREFIX)/manifest.txt
 
-.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench hashes abi install uninstall deb deb-test format clean
+.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench plots hashes abi install uninstall deb deb-test format clean
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -54,6 +56,10 @@ asan: deps   ## build with the sanitizers and run the tests under them
 bench: deps  ## measure every function and renew docs/performance.md
 	@$(MAKE) --no-print-directory build TARGETS=luxvm
 	tools/performance.py $(BUILD)/bin/luxvm docs/performance.md --figures $(BUILD)/speed
+
+plots: deps  ## draw every family's errors and speed into build/plots, in minutes
+	@$(MAKE) --no-print-directory build TARGETS=luxvm
+	tools/plots.py $(BUILD)/bin/luxvm build/plots $(addprefix --speed ,$(strip $(SPEED)))
 
 accuracy: deps  ## measure all errors, every single of the one-argument 32f functions, and renew the documents' figures
 	@$(MAKE) --no-print-directory build TARGETS=luxvm
