@@ -12,8 +12,12 @@ SEED = $(shell date +%s)
 SPEED = $(wildcard $(BUILD)/speed/*.json)
 # What to build; empty for everything.
 TARGETS =
+# For CMake, at the first build: OPTIONS="-DLUXVM_TOOLS=OFF" builds the libraries alone.
+OPTIONS =
+# What `make install PREFIX=...` installed, for each prefix.
+MANIFEST = $(BUILD)/installed$(PREFIX)/manifest.txt
 
-.PHONY: help deps build run examples test slow test-slow fuzz asan accuracy accuracy-quick bench plots hashes abi install format clean
+.PHONY: help deps build run examples test slow test-slow fuzz asan accuracy accuracy-quick bench plots hashes abi install uninstall deb deb-test format clean
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -22,7 +26,7 @@ deps:        ## install the packages that the build needs (Debian)
 	@tools/deps.sh
 
 $(BUILD)/CMakeCache.txt:
-	cmake --preset $(PRESET)
+	cmake --preset $(PRESET) $(OPTIONS)
 
 build: $(BUILD)/CMakeCache.txt  ## configure and build, without looking for packages
 	cmake --build --preset $(PRESET) --parallel $(JOBS) $(TARGETS:%=--target %)
@@ -80,9 +84,22 @@ abi: deps    ## add new exports to the published lists in abi/; refused where on
 	abi/abilist.py $(BUILD)/lib/libluxvmk3.so abi/luxvmk3.abilist --renew
 	abi/abilist.py $(BUILD)/lib/libluxcore.so abi/luxcore.abilist --renew
 
-install: deps  ## install under PREFIX (/usr/local), below DESTDIR if set
-	@$(MAKE) --no-print-directory build
+# Neither looks for packages: what is missing is told by CMake.
+install:     ## build and install under PREFIX (/usr/local), below DESTDIR if set
+	@$(MAKE) --no-print-directory build TARGETS=installed
 	umask 022 && cmake --install $(BUILD) --prefix $(PREFIX)
+	@mkdir -p $(dir $(MANIFEST)) && cp $(BUILD)/install_manifest.txt $(MANIFEST)
+
+uninstall:   ## remove what was installed under PREFIX, below DESTDIR if set
+	cmake -D MANIFEST=$(abspath $(MANIFEST)) -P cmake/uninstall.cmake
+
+deb:         ## build the Debian packages, into build/deb
+	@tools/deps.sh deb
+	tools/deb.sh build/deb
+
+deb-test:    ## build them twice, compare, install, use and purge them (as root)
+	@tools/deps.sh deb
+	tools/deb_test.sh
 
 format:      ## lay out all C and C++ files
 	tools/format.sh

@@ -22,6 +22,15 @@
 
 #include <stdint.h>
 
+/** The version of this header: the release, whose first two numbers are those of the libraries' file
+ *  names, and the numbers of its build. luxvmGetLibVersion tells those of the library that runs. */
+#define LUXVM_VERSION_MAJOR 5
+#define LUXVM_VERSION_MINOR 2
+#define LUXVM_VERSION_PATCH 0
+#define LUXVM_VERSION_MAJOR_BUILD 108
+#define LUXVM_VERSION_BUILD 348
+#define LUXVM_VERSION_STRING "5.2.0"
+
 #if defined(__GNUC__)
 #define LUX_API __attribute__((visibility("default")))
 #else

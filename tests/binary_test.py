@@ -270,7 +270,7 @@ class SearchPaths(unittest.TestCase):
 
     def test_library_directory_of_another_name(self):
         run(CMAKE, "-S", SOURCE, "-B", self.dir, f"-DCMAKE_TOOLCHAIN_FILE={SOURCE}/cmake/i386.cmake",
-            "-DCMAKE_INSTALL_LIBDIR=lib/i386-linux-gnu", "-DLUX_TESTS=OFF", "-G", "Unix Makefiles")
+            "-DCMAKE_INSTALL_LIBDIR=lib/i386-linux-gnu", "-DLUXVM_TESTS=OFF", "-G", "Unix Makefiles")
         for target, wanted in [("cli/CMakeFiles/luxvm", ["$ORIGIN/../lib/i386-linux-gnu"]),
                                ("core/CMakeFiles/luxvmk3", ["$ORIGIN"]),
                                ("luxcore/CMakeFiles/luxcore", [])]:

@@ -80,8 +80,13 @@ int main(void) {
   float one = 1, out = 0;
 #ifdef LUX_RELEASE
   const int numbers[4] = {LUX_VERSION_NUMBERS};
+  char text[32];
   if (v->major != numbers[0] || v->minor != numbers[1]) return 1;
   if (v->major_build != numbers[2] || v->build != numbers[3]) return 1;
+  if (LUXVM_VERSION_MAJOR != numbers[0] || LUXVM_VERSION_MINOR != numbers[1]) return 8;
+  if (LUXVM_VERSION_MAJOR_BUILD != numbers[2] || LUXVM_VERSION_BUILD != numbers[3]) return 8;
+  sprintf(text, LUX_RELEASE ".%d", LUXVM_VERSION_PATCH);
+  if (strcmp(text, LUXVM_VERSION_STRING) != 0 || strcmp(text, LUX_PACKAGE_VERSION) != 0) return 8;
   if (strcmp(v->name, "libluxvmk3.so." LUX_RELEASE) != 0) return 3;
   if (strcmp(v->version, LUX_RELEASE) != 0) return 3;
 #endif
