@@ -119,11 +119,11 @@ static inline void hypot_ordinary(const E* x, const E* y, E* dst) {
   constexpr int kShift = Format<E>::kFractionBits % 32 - 20;  // between the exponent fields
   double d[kCount], root[kCount];
 #pragma GCC unroll 8
-  for (int i = 0; i < kCount; ++i) d[i] = sum_of_squares(x[i], y[i]);
+  for (int i = 0; i < kCount; ++i) d[i] = sum_of_squares(in_memory(x + i), in_memory(y + i));
   roots<kCount>(d, root);
 #pragma GCC unroll 8
   for (int i = 0; i < kCount; ++i) {
-    dst[i] = E(root[i]);
+    in_memory(dst + i) = E(root[i]);
     add_to_upper_word(dst + i, half_exponent(upper_word(d + i)) << kShift);
   }
 }
@@ -139,7 +139,7 @@ static inline E scaled_root(const double* d, int32_t scaled_up) {
 }
 
 static inline float finite_hypot(const float* x, const float* y) {
-  const double d = sum_of_squares(*x, *y);
+  const double d = sum_of_squares(in_memory(x), in_memory(y));
   return store_f32(scaled_root<float>(&d, 0));
 }
 
@@ -164,7 +164,7 @@ static inline double finite_hypot(const double* x, const double* y) {
   const bool tiny = upper_magnitude(x) < kTiny && upper_magnitude(y) < kTiny;
   const double scale = tiny ? 0x1p+1000 : 1.0;
   double d;
-  any_sum_of_squares(*x * scale, *y * scale, &d);
+  any_sum_of_squares(in_memory(x) * scale, in_memory(y) * scale, &d);
   return store_f64(scaled_root<double>(&d, tiny ? 1000 : 0));
 }
 
@@ -181,7 +181,7 @@ __attribute__((noinline, cold)) static void hypot_special(const E* x, const E* y
   } else if (a == 0 && b == 0) {
     store_bits(dst, 0);
   } else {
-    *dst = finite_hypot(x, y);
+    in_memory(dst) = finite_hypot(x, y);
   }
 }
 

@@ -31,7 +31,8 @@ static inline bool product_surely_in_range(const double* d) {
 __attribute__((noinline)) static bool product_in_range(const double* d) {
   for (int lane = 0; lane < 4; ++lane)
     if (is_zero<double>(load_bits(d + lane))) return false;
-  const long double p = __builtin_fabsl((long double)d[0] * d[1] * ((long double)d[2] * d[3]));
+  const long double p = __builtin_fabsl((long double)in_memory(d) * in_memory(d + 1) *
+                                        ((long double)in_memory(d + 2) * in_memory(d + 3)));
   return __builtin_isgreater(p, kProductTooSmall) && __builtin_isless(p, kProductTooLarge);
 }
 
@@ -102,7 +103,7 @@ static Status inv_64f(const double* src, double* dst, int32_t len) {
       },
       [&](int32_t i, Status* status) {
         const uint64_t x = load_bits(src + i);
-        dst[i] = double(1.0L / src[i]);
+        in_memory(dst + i) = double(1.0L / in_memory(src + i));
         if (is_zero<double>(x)) _ErrorCall(arrays, LUX_POLE, i, status);
       });
 }
@@ -117,7 +118,7 @@ static Status div_64f(const double* src1, const double* src2, double* dst, int32
       },
       [&](int32_t i, Status* status) {
         const uint64_t divisor = load_bits(src2 + i);
-        dst[i] = double((long double)src1[i] / src2[i]);
+        in_memory(dst + i) = double((long double)in_memory(src1 + i) / in_memory(src2 + i));
         // The divisor alone is looked at: the dividend may be a zero or a NaN.
         if (is_zero<double>(divisor)) _ErrorCall(arrays, LUX_POLE, i, status);
       });

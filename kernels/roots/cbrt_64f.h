@@ -153,7 +153,7 @@ static inline Status cbrt_64f(const Arrays<double>& arrays, int32_t len, Other o
         if (a >= Format<double>::kInf || a == 0)
           other(i, x, status);
         else if (a < Format<double>::kSmallestNormal)
-          cbrt_subnormal<kInverse>(src[i], dst + i);
+          cbrt_subnormal<kInverse>(in_memory(src + i), dst + i);
         else
           cbrt_element<kInverse>(src + i, dst + i);
       });

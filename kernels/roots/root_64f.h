@@ -132,9 +132,9 @@ static inline void root_scaled(const double* src, double* dst) {
   if (is_positive_normal(src)) {
     root_element<kKind>(src, dst);
   } else {
-    const double normal = store_f64(*src * 0x1p996);
+    const double normal = store_f64(in_memory(src) * 0x1p996);
     root_element<kKind>(&normal, dst);
-    *dst *= kKind == kRoot ? 0x1p-498 : 0x1p498;
+    in_memory(dst) *= kKind == kRoot ? 0x1p-498 : 0x1p498;
   }
 }
 

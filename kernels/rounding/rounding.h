@@ -199,7 +199,7 @@ static inline Status split_array(const E* src, E* whole, E* fraction, int32_t le
     } else {
       const long double value = load_extended(src);
       store_cut(whole, src, R::mask_entry(a));
-      *fraction = E(value - load_extended(whole));
+      in_memory(fraction) = E(value - load_extended(whole));
       set_upper_bits(fraction, upper & kSignUpper);
     }
   }
