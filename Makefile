@@ -8,10 +8,12 @@ PREFIX = /usr/local
 JOBS = $(shell nproc)
 SECONDS = 60
 SEED = $(shell date +%s)
+# Figures for the speed pictures; measured for them when there are none.
+SPEED = $(wildcard $(BUILD)/speed/*.json)
 # What to build; empty for everything.
 TARGETS =
 
-.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench hashes abi install format clean
+.PHONY: help deps build run examples test slow test-slow fuzz asan accuracy accuracy-quick bench plots hashes abi install format clean
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -29,6 +31,10 @@ run: deps    ## build, then show the library at work on a data file
 	@$(MAKE) --no-print-directory build TARGETS="luxvm first watch_reports compare_libm"
 	examples/run_demo.sh $(BUILD)/bin
 
+examples: deps  ## build and run the examples in C, C++ and Fortran, beside libm
+	@$(MAKE) --no-print-directory build TARGETS=examples
+	examples/run_examples.sh $(BUILD)/bin
+
 test: deps   ## build and run the fast tests
 	@$(MAKE) --no-print-directory build
 	ctest --preset fast --parallel $(JOBS)
@@ -41,7 +47,7 @@ test-slow: slow
 
 fuzz: deps   ## try the promises over random patterns for SECONDS (60), from SEED (the time)
 	@$(MAKE) --no-print-directory build TARGETS=fuzz
-	$(BUILD)/bin/fuzz --seconds $(SECONDS) --seed $(SEED)
+	$(BUILD)/bin/fuzz --seconds $(SECONDS) --seed $(SEED) --keep tests/findings.txt
 
 asan: deps   ## build with the sanitizers and run the tests under them
 	@$(MAKE) --no-print-directory build PRESET=asan-ubsan
@@ -50,6 +56,10 @@ asan: deps   ## build with the sanitizers and run the tests under them
 bench: deps  ## measure every function and renew docs/performance.md
 	@$(MAKE) --no-print-directory build TARGETS=luxvm
 	tools/performance.py $(BUILD)/bin/luxvm docs/performance.md --figures $(BUILD)/speed
+
+plots: deps  ## draw every family's errors and speed into build/plots, in minutes
+	@$(MAKE) --no-print-directory build TARGETS=luxvm
+	tools/plots.py $(BUILD)/bin/luxvm build/plots $(addprefix --speed ,$(strip $(SPEED)))
 
 accuracy: deps  ## measure all errors, every single of the one-argument 32f functions, and renew the documents' figures
 	@$(MAKE) --no-print-directory build TARGETS=luxvm
@@ -72,7 +82,7 @@ abi: deps    ## add new exports to the published lists in abi/; refused where on
 
 install: deps  ## install under PREFIX (/usr/local), below DESTDIR if set
 	@$(MAKE) --no-print-directory build
-	cmake --install $(BUILD) --prefix $(PREFIX)
+	umask 022 && cmake --install $(BUILD) --prefix $(PREFIX)
 
 format:      ## lay out all C and C++ files
 	tools/format.sh
