@@ -55,7 +55,7 @@ fuzz: deps   ## try the promises over random patterns for SECONDS (60), from SEE
 
 asan: deps   ## build with the sanitizers and run the tests under them
 	@$(MAKE) --no-print-directory build PRESET=asan-ubsan
-	ctest --preset asan-ubsan
+	ctest --preset asan-ubsan --parallel $(JOBS)
 
 bench: deps  ## measure every function and renew docs/performance.md
 	@$(MAKE) --no-print-directory build TARGETS=luxvm
