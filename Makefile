@@ -11,7 +11,7 @@ SEED = $(shell date +%s)
 # What to build; empty for everything.
 TARGETS =
 
-.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench hashes abi install format clean
+.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench hashes abi install lines format clean
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -73,6 +73,9 @@ abi: deps    ## add new exports to the published lists in abi/; refused where on
 install: deps  ## install under PREFIX (/usr/local), below DESTDIR if set
 	@$(MAKE) --no-print-directory build
 	cmake --install $(BUILD) --prefix $(PREFIX)
+
+lines:       ## count the lines of the tests beside those of all other code
+	@tools/lines.py
 
 format:      ## lay out all C and C++ files
 	tools/format.sh
