@@ -418,12 +418,11 @@ TEST(Gates, LeaveOutOnlyWhatThePromiseDoes) {
   const struct {
     Fault fault;
     bool broken;
-  } rows[] = {{[](Element& e) {  // squares below the range
-                 if (as_double(e.argument, 8) > 0 && as_double(e.argument, 8) < 0x1p-1000)
-                   e.result[0] = 0;
+  } rows[] = {{[](Element& e) {  // squares that are scaled
+                 if (as_double(e.result[0], 8) < 0x1p-540) e.result[0] = 0;
                },
                true},
-              {[](Element& e) {  // squares beyond it
+              {[](Element& e) {  // squares beyond the range
                  if (as_double(e.argument, 8) > 0x1p512) e.result[0] += 100;
                },
                false}};
