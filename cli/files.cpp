@@ -128,8 +128,8 @@ static void split_csv(std::string_view line, std::vector<std::string_view>& fiel
     const size_t quote = quoted ? line.find('"', 1) : std::string_view::npos;
     const size_t after =
         quote == std::string_view::npos ? quote : line.find_first_not_of(kBlank, quote + 1);
-    const bool whole = quote != std::string_view::npos &&
-                       (after == std::string_view::npos || line[after] == ',');
+    const bool whole =
+        quote != std::string_view::npos && (after == std::string_view::npos || line[after] == ',');
     const size_t end = whole ? after : line.find(',');
     fields.push_back(whole ? line.substr(1, quote - 1) : line.substr(0, end));
     if (end == std::string_view::npos) return;
