@@ -70,7 +70,7 @@ def table(content, comma):
             continue
         if comma and not rows:  # names may be quoted as they like, numbers not
             names = [re.sub(r'^"([^"]*)"\s*$', r"\1", f.strip()).strip() for f in line.split(",")]
-            if not any(re.match(r"[+-]?(\.?\d|inf|nan)|$", name, re.I) for name in names):
+            if not any(re.match(r"[+-]?\.?\d|([+-]?(inf|infinity|nan))?$", name, re.I) for name in names):
                 rows.append(len(names))
                 continue
         fields = next(csv.reader([line], skipinitialspace=True, strict=True)) if comma else line.split()
