@@ -8,10 +8,16 @@ PREFIX = /usr/local
 JOBS = $(shell nproc)
 SECONDS = 60
 SEED = $(shell date +%s)
+# Figures for the speed pictures; measured for them when there are none.
+SPEED = $(wildcard $(BUILD)/speed/*.json)
 # What to build; empty for everything.
 TARGETS =
+# For CMake, at the first build: OPTIONS="-DLUXVM_TOOLS=OFF" builds the libraries alone.
+OPTIONS =
+# What `make install PREFIX=...` installed, for each prefix.
+MANIFEST = $(BUILD)/installed$(PREFIX)/manifest.txt
 
-.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench hashes abi install lines format clean
+.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench hashes abi install lines format clean examples plots uninstall deb deb-test
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -20,7 +26,7 @@ deps:        ## install the packages that the build needs (Debian)
 	@tools/deps.sh
 
 $(BUILD)/CMakeCache.txt:
-	cmake --preset $(PRESET)
+	cmake --preset $(PRESET) $(OPTIONS)
 
 build: $(BUILD)/CMakeCache.txt  ## configure and build, without looking for packages
 	cmake --build --preset $(PRESET) --parallel $(JOBS) $(TARGETS:%=--target %)
@@ -28,6 +34,10 @@ build: $(BUILD)/CMakeCache.txt  ## configure and build, without looking for pack
 run: deps    ## build, then show the library at work on a data file
 	@$(MAKE) --no-print-directory build TARGETS="luxvm first watch_reports compare_libm"
 	examples/run_demo.sh $(BUILD)/bin
+
+examples: deps  ## build and run the examples in C, C++ and Fortran, beside libm
+	@$(MAKE) --no-print-directory build TARGETS=examples
+	examples/run_examples.sh $(BUILD)/bin
 
 test: deps   ## build and run the fast tests
 	@$(MAKE) --no-print-directory build
@@ -41,7 +51,7 @@ test-slow: slow
 
 fuzz: deps   ## try the promises over random patterns for SECONDS (60), from SEED (the time)
 	@$(MAKE) --no-print-directory build TARGETS=fuzz
-	$(BUILD)/bin/fuzz --seconds $(SECONDS) --seed $(SEED)
+	$(BUILD)/bin/fuzz --seconds $(SECONDS) --seed $(SEED) --keep tests/findings.txt
 
 asan: deps   ## build with the sanitizers and run the tests under them
 	@$(MAKE) --no-print-directory build PRESET=asan-ubsan
@@ -50,6 +60,10 @@ asan: deps   ## build with the sanitizers and run the tests under them
 bench: deps  ## measure every function and renew docs/performance.md
 	@$(MAKE) --no-print-directory build TARGETS=luxvm
 	tools/performance.py $(BUILD)/bin/luxvm docs/performance.md --figures $(BUILD)/speed
+
+plots: deps  ## draw every family's errors and speed into build/plots, in minutes
+	@$(MAKE) --no-print-directory build TARGETS=luxvm
+	tools/plots.py $(BUILD)/bin/luxvm build/plots $(addprefix --speed ,$(strip $(SPEED)))
 
 accuracy: deps  ## measure all errors, every single of the one-argument 32f functions, and renew the documents' figures
 	@$(MAKE) --no-print-directory build TARGETS=luxvm
@@ -70,9 +84,22 @@ abi: deps    ## add new exports to the published lists in abi/; refused where on
 	abi/abilist.py $(BUILD)/lib/libluxvmk3.so abi/luxvmk3.abilist --renew
 	abi/abilist.py $(BUILD)/lib/libluxcore.so abi/luxcore.abilist --renew
 
-install: deps  ## install under PREFIX (/usr/local), below DESTDIR if set
-	@$(MAKE) --no-print-directory build
-	cmake --install $(BUILD) --prefix $(PREFIX)
+# Neither looks for packages: what is missing is told by CMake.
+install:     ## build and install under PREFIX (/usr/local), below DESTDIR if set
+	@$(MAKE) --no-print-directory build TARGETS=installed
+	umask 022 && cmake --install $(BUILD) --prefix $(PREFIX)
+	@mkdir -p $(dir $(MANIFEST)) && cp $(BUILD)/install_manifest.txt $(MANIFEST)
+
+uninstall:   ## remove what was installed under PREFIX, below DESTDIR if set
+	cmake -D MANIFEST=$(abspath $(MANIFEST)) -P cmake/uninstall.cmake
+
+deb:         ## build the Debian packages, into build/deb
+	@tools/deps.sh deb
+	tools/deb.sh build/deb
+
+deb-test:    ## build them twice, compare, install, use and purge them (as root)
+	@tools/deps.sh deb
+	tools/deb_test.sh
 
 lines:       ## count the lines of the tests beside those of all other code
 	@tools/lines.py
