@@ -426,7 +426,7 @@ TEST(Scalar, ComplexRootRows) {
       {1, std::bit_cast<double>(kNan), kNan, kNan | kSign<uint64_t>},
   };
   for (const auto& row : rows) {
-    const Lux64fc root = _nox_internal_csqrt(row.re, row.im);
+    const auto root = _nox_internal_csqrt(row.re, row.im);
     EXPECT_EQ(bits(root.re), row.root_re) << row.re << " " << row.im;
     EXPECT_EQ(bits(root.im), row.root_im) << row.re << " " << row.im;
   }
@@ -441,7 +441,7 @@ TEST(Scalar, ComplexRootIsAccurate) {
     const double re = std::ldexp(random.unit() - 0.5, exponent);
     const double im = std::ldexp(random.unit() - 0.5, exponent + int(random.next() % 40) - 20);
     if (re == 0 || im == 0) continue;
-    const Lux64fc got = _nox_internal_csqrt(re, im);
+    const auto got = _nox_internal_csqrt(re, im);
     Number<400> m, half, other;
     mpfr_set_d(m.value, re, MPFR_RNDN);
     mpfr_set_d(other.value, im, MPFR_RNDN);
@@ -518,7 +518,7 @@ TEST(Scalar, ComplexRootOfArraysHasTheBitsOfTheSteps) {
     }
     if (k < int(std::size(found))) z = found[k];
     if (z.re == 0 && z.im == 0) continue;
-    const Lux64fc got = complex_sqrt(z), want = _nox_internal_csqrt(z.re, z.im);
+    const auto got = complex_sqrt(in_memory(&z)), want = _nox_internal_csqrt(z.re, z.im);
     ASSERT_EQ(bits(got.re), bits(want.re)) << std::hexfloat << z.re << " " << z.im;
     ASSERT_EQ(bits(got.im), bits(want.im)) << std::hexfloat << z.re << " " << z.im;
   }
