@@ -33,15 +33,26 @@ static inline double double_power_of_two(int32_t exponent) {
   return power;
 }
 
+static inline int32_t exp_steps(long double x) {
+  return nearest_integer(x * anew(_nox_exp_table).inv_step);
+}
+
+static inline Reduced exp_reduced(long double x, int32_t n) {
+  return {n, x - n * (long double)anew(_nox_exp_table).high};
+}
+
 // e^x for |x| < 12000: the error is below 0.52 units of the fraction's last place.
-__attribute__((always_inline)) static inline Exponential exp_parts(long double x) {
+__attribute__((always_inline)) static inline Exponential exp_near(Reduced x) {
   const ExpTable& table = anew(_nox_exp_table);
-  const int32_t n = nearest_integer(x * table.inv_step);
-  const long double r = (x - n * (long double)table.high) - n * (long double)table.low;
-  const double* const power = table.power[n & 255];
+  const long double r = x.rest - x.n * (long double)table.low;
+  const double* const power = table.power[x.n & 255];
   const long double u = r * r;
   const long double p = (((table.c5 * r + table.c4) * r + table.c3) * r + 0.5f) * u + r;
-  return {power[0] + (power[1] + ((long double)power[1] + power[0]) * p), n >> 8};
+  return {power[0] + (power[1] + ((long double)power[1] + power[0]) * p), x.n >> 8};
+}
+
+__attribute__((always_inline)) static inline Exponential exp_parts(long double x) {
+  return exp_near(exp_reduced(x, exp_steps(x)));
 }
 
 // Of sinh x and cosh x, 0 <= x < 12000, two addends each, the second far below the first. Where the
@@ -52,12 +63,12 @@ struct HyperbolicAddends {
 };
 
 template <bool kCareful>
-__attribute__((always_inline)) static inline HyperbolicAddends hyperbolic_addends(long double x) {
+__attribute__((always_inline)) static inline HyperbolicAddends hyperbolic_addends(Reduced x) {
   const ExpTable& table = anew(_nox_exp_table);
-  const int32_t n = nearest_integer(x * table.inv_step);
+  const int32_t n = x.n;
   const int32_t k = n >> 8, difference = (-n >> 8) - k;
   const double s = double_power_of_two(difference < -1000 ? -1000 : difference);
-  const long double r = (x - n * (long double)table.high) - n * (long double)table.low;
+  const long double r = x.rest - n * (long double)table.low;
   const double* const up = table.power[n & 255];
   const double* const down = table.power[-n & 255];
   const long double u = r * r;
@@ -82,9 +93,13 @@ struct Hyperbolic {
 
 // sinh x and cosh x: errors below 2.1 and 1.1 units of the last place. At most 2^1.01 before
 // scaling; relatively accurate next to 0.
-__attribute__((always_inline)) static inline Hyperbolic sinh_cosh_parts(long double x) {
+__attribute__((always_inline)) static inline Hyperbolic sinh_cosh_near(Reduced x) {
   const HyperbolicAddends a = hyperbolic_addends<false>(x);
   return {a.sine + a.sine_tail, a.cosine + a.cosine_tail, a.exponent};
+}
+
+__attribute__((always_inline)) static inline Hyperbolic sinh_cosh_parts(long double x) {
+  return sinh_cosh_near(exp_reduced(x, exp_steps(x)));
 }
 
 #endif

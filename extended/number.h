@@ -54,6 +54,13 @@ static inline long double nearest_whole(long double x) {
   return x;
 }
 
+// A multiple of a step nearest to a number, and how far that is from its leading part: exact, and a
+// double, of a double.
+struct Reduced {
+  int32_t n;
+  long double rest;
+};
+
 [[maybe_unused]] __attribute__((noinline)) static Significand significand_of(long double x) {
   Significand parts;
   asm("fxtract\n\tfxch" : "=t"(x), "=u"(parts.m) : "0"(x));

@@ -33,23 +33,35 @@ struct SineCosine {
 __attribute__((always_inline)) static inline SineCosine sine_cosine_of(const SineTable& table,
                                                                        int32_t j, long double r,
                                                                        long double tail) {
-  const double* const S = table.sine[j & 255];
-  const double* const C = S + 2 * 64;
+  const auto& S = table.sine[j & 255];
+  const auto& C = table.sine[(j & 255) + 64];
   const long double u = r * r;
   const long double series = ((table.s[2] * u + table.s[1]) * u + table.s[0]) * (u * r) + tail;
   const long double step = series + r;
   const long double less = ((table.c[2] * u + table.c[1]) * u + table.c[0]) * u;
+  const auto &S2 = anew(S), &C2 = anew(C);
   return {S[0] + (S[1] + (S[0] * less + ((long double)C[1] + C[0]) * step)),
-          C[0] + (C[1] + (C[0] * less - ((long double)S[1] + S[0]) * step))};
+          C2[0] + (C2[1] + (C2[0] * less - ((long double)S2[1] + S2[0]) * step))};
+}
+
+static inline int32_t sine_steps(long double x) {
+  return nearest_integer(x * anew(kSines).inv_step);
+}
+
+static inline Reduced sine_reduced(long double x, int32_t n) {
+  return {n, x - n * (long double)anew(kSines).p1};
 }
 
 // For a double with is_short_angle.
-__attribute__((always_inline)) static inline SineCosine short_sine_cosine(long double x) {
+__attribute__((always_inline)) static inline SineCosine sine_cosine_near(Reduced x) {
   const SineTable& table = anew(kSines);
-  const int32_t n = nearest_integer(x * table.inv_step);
   const long double r =
-      ((x - n * (long double)table.p1) - n * (long double)table.p2) - n * (long double)table.p3;
-  return sine_cosine_of(table, n, r, 0);
+      (x.rest - x.n * (long double)table.p2) - x.n * (long double)table.p3;
+  return sine_cosine_of(table, x.n, r, 0);
+}
+
+__attribute__((always_inline)) static inline SineCosine short_sine_cosine(long double x) {
+  return sine_cosine_near(sine_reduced(x, sine_steps(x)));
 }
 
 // Of octant * pi/4 + r[0] + r[1], |r[0]| <= pi/4 or a little more.

@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+//
+// Exponential, hyperbolic and circular functions of complex arrays in passes: what needs the
+// exponential, then sine and cosine with the products. Every element gives the bits of its routine.
+#ifndef LUX_COMPLEX_HYPERBOLIC_PASSES_H
+#define LUX_COMPLEX_HYPERBOLIC_PASSES_H
+
+#include "complex/functions.h"
+#include "complex/passes.h"
+
+// Of one part of each number, the first at `part`.
+struct Reductions {
+  int32_t n[kPass];
+  double rest[kPass];
+
+  Reduced operator[](int32_t k) const { return {n[k], load_extended(&rest[k])}; }
+};
+
+template <int32_t (*kSteps)(long double), Reduced (*kReduced)(long double, int32_t), bool kSigned>
+__attribute__((always_inline)) static inline void reduction_pass(const DoubleInMemory* part,
+                                                                 int32_t count, Reductions* to) {
+  const auto load = [=](int32_t k) {
+    const long double x = load_extended(part + 2 * k);
+    return kSigned ? x : __builtin_fabsl(x);
+  };
+  for (int32_t k = 0; k < count; ++k) to->n[k] = kSteps(load(k));
+  for (int32_t k = 0; k < count; ++k) put(&to->rest[k], kReduced(load(k), to->n[k]).rest);
+}
+
+__attribute__((noinline)) static void sine_reduction_pass(const DoubleInMemory* part, int32_t count,
+                                                          Reductions* to) {
+  reduction_pass<sine_steps, sine_reduced, true>(part, count, to);
+}
+
+struct ExpSteps {
+  static bool is_ordinary(const Complex64& z) { return ::is_ordinary(&z.re, &z.im); }
+  static Complex64 element(const Complex64& z) { return complex_exp_special(z); }
+
+  static void passes(const Complex64* from, Complex64* to, int32_t count) {
+    Reductions reduced;
+    SplitNumber fraction[kPass];
+    double scale[kPass];
+    reduction_pass<exp_steps, exp_reduced, true>(&from->re, count, &reduced);
+    for (int32_t k = 0; k < count; ++k) scale[k] = double_power_of_two(reduced.n[k] >> 8);
+    for (int32_t k = 0; k < count; ++k) fraction[k].put(exp_near(reduced[k]).fraction);
+    sine_reduction_pass(&from->im, count, &reduced);
+    for (int32_t k = 0; k < count; ++k) {
+      const SineCosine y = sine_cosine_near(reduced[k]);
+      const long double size = fraction[k].sum() * scale[k];
+      put(&to[k].re, size * y.cosine);
+      put(&to[k].im, size * y.sine);
+    }
+  }
+};
+
+// Of magnitudes.
+struct Hyperbolics {
+  SplitNumber sinh[kPass], cosh[kPass];
+};
+
+__attribute__((noinline)) static void hyperbolic_pass(const DoubleInMemory* part, int32_t count,
+                                                      Hyperbolics* to) {
+  Reductions reduced;
+  reduction_pass<exp_steps, exp_reduced, false>(part, count, &reduced);
+  for (int32_t k = 0; k < count; ++k) {
+    const Hyperbolic h = sinh_cosh_near(reduced[k]);
+    const double scale = double_power_of_two(h.exponent);
+    to->sinh[k].put(h.sine * scale);
+    to->cosh[k].put(h.cosine * scale);
+  }
+}
+
+// kTurned: a circular function, whose hyperbolic part is the imaginary one.
+template <bool kTurned, Complex64 (*kElement)(const Complex64&), class Combine>
+struct HyperbolicSteps {
+  static bool is_ordinary(const Complex64& z) {
+    return kTurned ? ::is_ordinary(&z.im, &z.re) : ::is_ordinary(&z.re, &z.im);
+  }
+  static Complex64 element(const Complex64& z) { return kElement(z); }
+
+  static void passes(const Complex64* from, Complex64* to, int32_t count) {
+    Hyperbolics h;
+    const DoubleInMemory* const part = kTurned ? &from->im : &from->re;
+    hyperbolic_pass(part, count, &h);
+    Reductions reduced;
+    sine_reduction_pass(kTurned ? &from->re : &from->im, count, &reduced);
+    for (int32_t k = 0; k < count; ++k) {
+      SineCosine y = sine_cosine_near(reduced[k]);
+      asm volatile("" : "+t"(y.sine), "+u"(y.cosine));
+      const long double sinh = h.sinh[k].sum() * sign_of(part[2 * k]);
+      Combine::store(&to[k], {sinh, h.cosh[k].sum(), y.sine, y.cosine});
+    }
+  }
+};
+
+struct SinhOf {
+  static void store(Complex64* to, const FourParts& p) {
+    put(&to->re, p.sinh * p.cos);
+    put(&to->im, p.cosh * p.sin);
+  }
+};
+
+struct SinOf {
+  static void store(Complex64* to, const FourParts& p) {
+    put(&to->re, p.cosh * p.sin);
+    put(&to->im, p.sinh * p.cos);
+  }
+};
+
+struct CoshOf {
+  static void store(Complex64* to, const FourParts& p) {
+    put(&to->re, p.cosh * p.cos);
+    put(&to->im, p.sinh * p.sin);
+  }
+};
+
+struct CosOf {
+  static void store(Complex64* to, const FourParts& p) {
+    put(&to->re, p.cosh * p.cos);
+    put(&to->im, -(p.sinh * p.sin));
+  }
+};
+
+template <bool kTurned>
+struct TanhOf {
+  static void store(Complex64* to, const FourParts& p) {
+    const long double factor = 1 / (p.sinh * p.sinh + p.cos * p.cos);
+    put(kTurned ? &to->im : &to->re, p.sinh * p.cosh * factor);
+    put(kTurned ? &to->re : &to->im, p.sin * p.cos * factor);
+  }
+};
+
+using SinhSteps = HyperbolicSteps<false, complex_sinh, SinhOf>;
+using CoshSteps = HyperbolicSteps<false, complex_cosh, CoshOf>;
+using TanhSteps = HyperbolicSteps<false, complex_tanh, TanhOf<false>>;
+using SinSteps = HyperbolicSteps<true, complex_sin, SinOf>;
+using CosSteps = HyperbolicSteps<true, complex_cos, CosOf>;
+using TanSteps = HyperbolicSteps<true, complex_tan, TanhOf<true>>;
+
+#endif

@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: MIT
+//
+// Passes over blocks of elements: one step of the method for all of a block before the next step.
+// One element after the other is a chain of some hundred instructions, too long for the processor to
+// see the next element's beside it; the steps of different elements do not wait for one another.
+//
+// What a step leaves for the next has 64 bits. It is kept as two doubles, whose sum is exact: loads
+// of extended numbers cost up to twelve cycles.
+#ifndef LUX_COMPLEX_PASSES_H
+#define LUX_COMPLEX_PASSES_H
+
+#include "complex/frame.h"
+
+constexpr int32_t kPass = 16;
+
+// Elements beyond the passes, by their bits.
+struct Special {
+  uint32_t elements = 0;
+  void add(int32_t k, bool special) { elements |= uint32_t(special) << k; }
+  bool has(int32_t k) const { return elements >> k & 1; }
+};
+
+// A 64-bit number no smaller than 2^-950, or a double.
+struct SplitNumber {
+  double high, low;
+
+  void put(long double x) {
+    ::put_copy(&high, x);
+    ::put(&low, x - high);
+  }
+  long double sum() const { return load_extended(&high) + low; }
+};
+
+static inline void copy_bits(Complex64* to, const Complex64& from) {
+  store_words(&to->re, load_words(&from.re));
+  store_words(&to->im, load_words(&from.im));
+}
+
+// A block with special elements: those apart, before anything is stored, the others in passes, as
+// if the special ones were 1 + i.
+template <class Element, class Passes>
+__attribute__((noinline, cold)) static void mixed_passes(const Complex64* from, Complex64* to,
+                                                         int32_t count, Special special,
+                                                         Element element, Passes passes) {
+  Complex64 apart[kPass], ordinary[kPass];
+  for (int32_t k = 0; k < count; ++k) {
+    if (special.has(k)) {
+      const Complex64 z = element(from[k]);
+      copy_bits(&apart[k], z);
+      ordinary[k] = {1, 1};
+    } else {
+      copy_bits(&ordinary[k], from[k]);
+    }
+  }
+  if (special.elements + 1 != 1u << count) passes(ordinary, to, count);
+  for (int32_t k = 0; k < count; ++k)
+    if (special.has(k)) copy_bits(&to[k], apart[k]);
+}
+
+template <class Ordinary, class Element, class Passes>
+__attribute__((always_inline)) static inline void block_passes(const Complex64* from, Complex64* to,
+                                                               int32_t count, Ordinary ordinary,
+                                                               Element element, Passes passes) {
+  Special special;
+  for (int32_t k = 0; k < count; ++k) special.add(k, !ordinary(from[k]));
+  if (__builtin_expect(special.elements, 0))
+    mixed_passes(from, to, count, special, element, passes);
+  else
+    passes(from, to, count);
+}
+
+// `ordinary` tells which elements `passes` takes; `element` takes the others.
+template <class Ordinary, class Element, class Passes>
+static inline Status run_passes(const Lux64fc* src, Lux64fc* dst, int32_t len, Ordinary ordinary,
+                                Element element, Passes passes) {
+  if (len < 1) return LUX_BAD_LENGTH;
+  if (!src || !dst) return LUX_NULL_POINTER;
+  const X87Nearest<X87_EXTENDED> control;
+  for (int32_t i = 0, count; i < len; i += count) {
+    count = len - i < kPass ? len - i : kPass;
+    block_passes(&in_memory(src + i), &in_memory(dst + i), count, ordinary, element, passes);
+  }
+  control.leave();
+  return LUX_OK;
+}
+
+template <class Ordinary, class Element, class Passes>
+static inline Status run_passes(const Lux32fc* src, Lux32fc* dst, int32_t len, Ordinary ordinary,
+                                Element element, Passes passes) {
+  if (len < 1) return LUX_BAD_LENGTH;
+  if (!src || !dst) return LUX_NULL_POINTER;
+  const X87Nearest<X87_EXTENDED> control;
+  for (int32_t i = 0, count; i < len; i += count) {
+    count = len - i < kPass ? len - i : kPass;
+    alignas(16) Complex64 block[kPass];
+    for (int32_t k = 0; k < count; ++k) {
+      put(&block[k].re, in_memory(src + i + k).re);
+      put(&block[k].im, in_memory(src + i + k).im);
+    }
+    block_passes(block, block, count, ordinary, element, passes);
+    for (int32_t k = 0; k < count; ++k) in_memory(dst + i + k) = narrowed(block[k]);
+  }
+  control.leave();
+  return LUX_OK;
+}
+
+// A family brings is_ordinary, element and passes.
+#define LUX_COMPLEX_PASSES(family, steps)                                                         \
+  LUX_KERNEL(family, 64fc, A53, 1_1) {                                                            \
+    return run_passes(src, dst, len, steps::is_ordinary, steps::element, steps::passes);          \
+  }                                                                                               \
+  LUX_KERNEL_ALIAS(family, 64fc, A50, 1_1, A53)                                                   \
+  LUX_KERNEL(family, 32fc, A24, 1_1) {                                                            \
+    return run_passes(src, dst, len, steps::is_ordinary, steps::element, steps::passes);          \
+  }                                                                                               \
+  LUX_KERNEL_ALIAS(family, 32fc, A21, 1_1, A24)                                                   \
+  LUX_KERNEL_ALIAS(family, 32fc, A11, 1_1, A24)
+
+#endif
