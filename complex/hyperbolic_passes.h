@@ -13,7 +13,7 @@ struct Reductions {
   int32_t n[kPass];
   double rest[kPass];
 
-  Reduced operator[](int32_t k) const { return {n[k], load_extended(&rest[k])}; }
+  Reduced operator[](int32_t k) const { return {n[k], load_extended(&n[k]), load_extended(&rest[k])}; }
 };
 
 template <int32_t (*kSteps)(long double), Reduced (*kReduced)(long double, int32_t), bool kSigned>
@@ -61,12 +61,14 @@ struct Hyperbolics {
 __attribute__((noinline)) static void hyperbolic_pass(const DoubleInMemory* part, int32_t count,
                                                       Hyperbolics* to) {
   Reductions reduced;
+  double scale[kPass], inverse[kPass];
   reduction_pass<exp_steps, exp_reduced, false>(part, count, &reduced);
+  for (int32_t k = 0; k < count; ++k) scale[k] = double_power_of_two((reduced.n[k] >> 8) - 1);
+  for (int32_t k = 0; k < count; ++k) inverse[k] = inverse_square(reduced.n[k]);
   for (int32_t k = 0; k < count; ++k) {
-    const Hyperbolic h = sinh_cosh_near(reduced[k]);
-    const double scale = double_power_of_two(h.exponent);
-    to->sinh[k].put(h.sine * scale);
-    to->cosh[k].put(h.cosine * scale);
+    const Hyperbolic h = sinh_cosh_near(reduced[k], inverse[k]);
+    to->sinh[k].put(h.sine * scale[k]);
+    to->cosh[k].put(h.cosine * scale[k]);
   }
 }
 

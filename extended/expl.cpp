@@ -30,6 +30,11 @@ static long double sinh_series(long double x) {
          (u * x);
 }
 
+static inline HyperbolicAddends careful_addends(long double x) {
+  const Reduced reduced = exp_reduced(x, exp_steps(x));
+  return hyperbolic_addends<true>(reduced, inverse_square(reduced.n));
+}
+
 void noxsinhcoshl_scalar(long double x, long double* sine, long double* cosine) {
   const long double a = __builtin_fabsl(x);
   if (parts_of(x).is_special()) {
@@ -42,7 +47,7 @@ void noxsinhcoshl_scalar(long double x, long double* sine, long double* cosine) 
     *cosine = overflow();
     *sine = x < 0 ? -*cosine : *cosine;
   } else {
-    const HyperbolicAddends h = hyperbolic_addends<true>(exp_reduced(a, exp_steps(a)));
+    const HyperbolicAddends h = careful_addends(a);
     *cosine = scaled_extended(h.cosine + h.cosine_tail, h.exponent);
     if (a < kSeries) {
       *sine = sinh_series(x) + x;
@@ -70,7 +75,7 @@ long double noxtanhl_scalar(long double x) {
   if (is_tiny(x)) return x;
   const long double a = __builtin_fabsl(x);
   if (a >= kTanhOne) return x < 0 ? -1 : 1;
-  const HyperbolicAddends h = hyperbolic_addends<true>(exp_reduced(a, exp_steps(a)));
+  const HyperbolicAddends h = careful_addends(a);
   // Both are halved, or neither.
   const TwoPart sine =
       a < kSeries ? ordered_sum(2 * a, 2 * sinh_series(a)) : ordered_sum(h.sine, h.sine_tail);

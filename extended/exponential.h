@@ -38,13 +38,13 @@ static inline int32_t exp_steps(long double x) {
 }
 
 static inline Reduced exp_reduced(long double x, int32_t n) {
-  return {n, x - n * (long double)anew(_nox_exp_table).high};
+  return {n, n, x - n * (long double)anew(_nox_exp_table).high};
 }
 
 // e^x for |x| < 12000: the error is below 0.52 units of the fraction's last place.
 __attribute__((always_inline)) static inline Exponential exp_near(Reduced x) {
   const ExpTable& table = anew(_nox_exp_table);
-  const long double r = x.rest - x.n * (long double)table.low;
+  const long double r = x.rest - x.steps * (long double)table.low;
   const double* const power = table.power[x.n & 255];
   const long double u = r * r;
   const long double p = (((table.c5 * r + table.c4) * r + table.c3) * r + 0.5f) * u + r;
@@ -62,28 +62,34 @@ struct HyperbolicAddends {
   int32_t exponent;
 };
 
+// The quotient of the powers of two of e^-x and e^x, x = n steps.
+static inline double inverse_square(int32_t n) {
+  const int32_t difference = (-n >> 8) - (n >> 8);
+  return double_power_of_two(difference < -1000 ? -1000 : difference);
+}
+
 template <bool kCareful>
-__attribute__((always_inline)) static inline HyperbolicAddends hyperbolic_addends(Reduced x) {
+__attribute__((always_inline)) static inline HyperbolicAddends hyperbolic_addends(Reduced x,
+                                                                                  const double& s) {
   const ExpTable& table = anew(_nox_exp_table);
   const int32_t n = x.n;
-  const int32_t k = n >> 8, difference = (-n >> 8) - k;
-  const double s = double_power_of_two(difference < -1000 ? -1000 : difference);
-  const long double r = x.rest - n * (long double)table.low;
-  const double* const up = table.power[n & 255];
-  const double* const down = table.power[-n & 255];
+  const long double r = x.rest - x.steps * (long double)table.low;
+  const auto &up = table.power[n & 255], &down = table.power[-n & 255];
+  const auto &up2 = anew(up), &down2 = anew(down);
   const long double u = r * r;
   const long double even = (table.e4 * u + 0.5f) * u;
   const long double odd = (table.o5 * u + table.o3) * (u * r) + r;
   const long double up_tail = up[1] + ((long double)up[1] + up[0]) * (even + odd);
   const long double down_tail = (down[1] + ((long double)down[1] + down[0]) * (even - odd)) * s;
   const long double down_head = (long double)down[0] * s;
-  const long double up_head = up[0], less = up_head - down_head, more = up_head + down_head;
+  const long double up_head = up[0], less = up_head - down_head;
+  const long double more = up2[0] + (long double)down2[0] * s;
   long double sine_tail = up_tail - down_tail, cosine_tail = up_tail + down_tail;
   if (kCareful) {
     sine_tail += (up_head - less) - down_head;
     cosine_tail += (up_head - more) + down_head;
   }
-  return {less, sine_tail, more, cosine_tail, k - 1};
+  return {less, sine_tail, more, cosine_tail, (n >> 8) - 1};
 }
 
 struct Hyperbolic {
@@ -93,13 +99,15 @@ struct Hyperbolic {
 
 // sinh x and cosh x: errors below 2.1 and 1.1 units of the last place. At most 2^1.01 before
 // scaling; relatively accurate next to 0.
-__attribute__((always_inline)) static inline Hyperbolic sinh_cosh_near(Reduced x) {
-  const HyperbolicAddends a = hyperbolic_addends<false>(x);
+__attribute__((always_inline)) static inline Hyperbolic sinh_cosh_near(Reduced x,
+                                                                        const double& s) {
+  const HyperbolicAddends a = hyperbolic_addends<false>(x, s);
   return {a.sine + a.sine_tail, a.cosine + a.cosine_tail, a.exponent};
 }
 
 __attribute__((always_inline)) static inline Hyperbolic sinh_cosh_parts(long double x) {
-  return sinh_cosh_near(exp_reduced(x, exp_steps(x)));
+  const Reduced reduced = exp_reduced(x, exp_steps(x));
+  return sinh_cosh_near(reduced, inverse_square(reduced.n));
 }
 
 #endif

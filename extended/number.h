@@ -58,8 +58,15 @@ static inline long double nearest_whole(long double x) {
 // double, of a double.
 struct Reduced {
   int32_t n;
+  long double steps;  // n
   long double rest;
 };
+
+static inline long double load_extended(const int32_t* from) {
+  long double value;
+  asm("fildl %1" : "=t"(value) : "m"(*from));
+  return value;
+}
 
 [[maybe_unused]] __attribute__((noinline)) static Significand significand_of(long double x) {
   Significand parts;

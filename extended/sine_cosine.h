@@ -49,14 +49,14 @@ static inline int32_t sine_steps(long double x) {
 }
 
 static inline Reduced sine_reduced(long double x, int32_t n) {
-  return {n, x - n * (long double)anew(kSines).p1};
+  return {n, n, x - n * (long double)anew(kSines).p1};
 }
 
 // For a double with is_short_angle.
 __attribute__((always_inline)) static inline SineCosine sine_cosine_near(Reduced x) {
   const SineTable& table = anew(kSines);
   const long double r =
-      (x.rest - x.n * (long double)table.p2) - x.n * (long double)table.p3;
+      (x.rest - x.steps * (long double)table.p2) - x.steps * (long double)table.p3;
   return sine_cosine_of(table, x.n, r, 0);
 }
 
