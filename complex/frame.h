@@ -66,13 +66,16 @@ static inline Complex32 narrowed(Complex64 z) {
 }
 
 // An element goes to its routine by reference: a copy made in halves stalls the load that follows.
-#define LUX_COMPLEX_KERNELS(family, shape, name)                                               \
-  LUX_COMPLEX_KERNEL(family, 64fc, A53, shape,                                                 \
-                     [](const auto&... z) { return complex_##name(z...); })                    \
-  LUX_KERNEL_ALIAS(family, 64fc, A50, shape, A53)                                              \
-  LUX_COMPLEX_KERNEL(family, 32fc, A24, shape,                                                 \
-                     [](const auto&... z) { return narrowed(complex_##name(widened(z)...)); }) \
-  LUX_KERNEL_ALIAS(family, 32fc, A21, shape, A24)                                              \
+#define LUX_COMPLEX_BEST(family, shape, name)                               \
+  LUX_COMPLEX_KERNEL(family, 64fc, A53, shape,                              \
+                     [](const auto&... z) { return complex_##name(z...); }) \
+  LUX_KERNEL_ALIAS(family, 64fc, A50, shape, A53)                           \
+  LUX_COMPLEX_KERNEL(family, 32fc, A24, shape,                              \
+                     [](const auto&... z) { return narrowed(complex_##name(widened(z)...)); })
+
+#define LUX_COMPLEX_KERNELS(family, shape, name) \
+  LUX_COMPLEX_BEST(family, shape, name)          \
+  LUX_KERNEL_ALIAS(family, 32fc, A21, shape, A24) \
   LUX_KERNEL_ALIAS(family, 32fc, A11, shape, A24)
 
 #define LUX_COMPLEX_KERNEL(family, type, grade, shape, ...)         \

@@ -72,9 +72,44 @@ __attribute__((noinline)) static void hyperbolic_pass(const DoubleInMemory* part
   }
 }
 
+// Both parts from the four numbers, extended or packed.
+struct SinhOf {
+  static auto re(const auto& p) { return p.sinh * p.cos; }
+  static auto im(const auto& p) { return p.cosh * p.sin; }
+};
+
+struct SinOf {
+  static auto re(const auto& p) { return p.cosh * p.sin; }
+  static auto im(const auto& p) { return p.sinh * p.cos; }
+};
+
+struct CoshOf {
+  static auto re(const auto& p) { return p.cosh * p.cos; }
+  static auto im(const auto& p) { return p.sinh * p.sin; }
+};
+
+struct CosOf {
+  static auto re(const auto& p) { return p.cosh * p.cos; }
+  static auto im(const auto& p) { return -(p.sinh * p.sin); }
+};
+
+struct TanhOf {
+  static auto factor(const auto& p) { return 1.0f / (p.sinh * p.sinh + p.cos * p.cos); }
+  static auto re(const auto& p) { return p.sinh * p.cosh * factor(p); }
+  static auto im(const auto& p) { return p.sin * p.cos * factor(p); }
+};
+
+struct TanOf {
+  static auto re(const auto& p) { return TanhOf::im(p); }
+  static auto im(const auto& p) { return TanhOf::re(p); }
+};
+
 // kTurned: a circular function, whose hyperbolic part is the imaginary one.
-template <bool kTurned, Complex64 (*kElement)(const Complex64&), class Combine>
+template <bool kTurned, Complex64 (*kElement)(const Complex64&), class PartsOf>
 struct HyperbolicSteps {
+  using Parts = PartsOf;
+  static constexpr bool kIsTurned = kTurned;
+
   static bool is_ordinary(const Complex64& z) {
     return kTurned ? ::is_ordinary(&z.im, &z.re) : ::is_ordinary(&z.re, &z.im);
   }
@@ -90,53 +125,18 @@ struct HyperbolicSteps {
       SineCosine y = sine_cosine_near(reduced[k]);
       asm volatile("" : "+t"(y.sine), "+u"(y.cosine));
       const long double sinh = h.sinh[k].sum() * sign_of(part[2 * k]);
-      Combine::store(&to[k], {sinh, h.cosh[k].sum(), y.sine, y.cosine});
+      const FourParts p = {sinh, h.cosh[k].sum(), y.sine, y.cosine};
+      put(&to[k].re, Parts::re(p));
+      put(&to[k].im, Parts::im(p));
     }
-  }
-};
-
-struct SinhOf {
-  static void store(Complex64* to, const FourParts& p) {
-    put(&to->re, p.sinh * p.cos);
-    put(&to->im, p.cosh * p.sin);
-  }
-};
-
-struct SinOf {
-  static void store(Complex64* to, const FourParts& p) {
-    put(&to->re, p.cosh * p.sin);
-    put(&to->im, p.sinh * p.cos);
-  }
-};
-
-struct CoshOf {
-  static void store(Complex64* to, const FourParts& p) {
-    put(&to->re, p.cosh * p.cos);
-    put(&to->im, p.sinh * p.sin);
-  }
-};
-
-struct CosOf {
-  static void store(Complex64* to, const FourParts& p) {
-    put(&to->re, p.cosh * p.cos);
-    put(&to->im, -(p.sinh * p.sin));
-  }
-};
-
-template <bool kTurned>
-struct TanhOf {
-  static void store(Complex64* to, const FourParts& p) {
-    const long double factor = 1 / (p.sinh * p.sinh + p.cos * p.cos);
-    put(kTurned ? &to->im : &to->re, p.sinh * p.cosh * factor);
-    put(kTurned ? &to->re : &to->im, p.sin * p.cos * factor);
   }
 };
 
 using SinhSteps = HyperbolicSteps<false, complex_sinh, SinhOf>;
 using CoshSteps = HyperbolicSteps<false, complex_cosh, CoshOf>;
-using TanhSteps = HyperbolicSteps<false, complex_tanh, TanhOf<false>>;
+using TanhSteps = HyperbolicSteps<false, complex_tanh, TanhOf>;
 using SinSteps = HyperbolicSteps<true, complex_sin, SinOf>;
 using CosSteps = HyperbolicSteps<true, complex_cos, CosOf>;
-using TanSteps = HyperbolicSteps<true, complex_tan, TanhOf<true>>;
+using TanSteps = HyperbolicSteps<true, complex_tan, TanOf>;
 
 #endif

@@ -57,6 +57,11 @@ __attribute__((noinline, cold)) static void mixed_passes(const Complex64* from, 
     if (special.has(k)) copy_bits(&to[k], apart[k]);
 }
 
+static inline void widen(const Complex32& from, Complex64* to) {
+  put(&to->re, from.re);
+  put(&to->im, from.im);
+}
+
 template <class Ordinary, class Element, class Passes>
 __attribute__((always_inline)) static inline void block_passes(const Complex64* from, Complex64* to,
                                                                int32_t count, Ordinary ordinary,
@@ -93,10 +98,7 @@ static inline Status run_passes(const Lux32fc* src, Lux32fc* dst, int32_t len, O
   for (int32_t i = 0, count; i < len; i += count) {
     count = len - i < kPass ? len - i : kPass;
     alignas(16) Complex64 block[kPass];
-    for (int32_t k = 0; k < count; ++k) {
-      put(&block[k].re, in_memory(src + i + k).re);
-      put(&block[k].im, in_memory(src + i + k).im);
-    }
+    for (int32_t k = 0; k < count; ++k) widen(in_memory(src + i + k), &block[k]);
     block_passes(block, block, count, ordinary, element, passes);
     for (int32_t k = 0; k < count; ++k) in_memory(dst + i + k) = narrowed(block[k]);
   }
@@ -104,16 +106,24 @@ static inline Status run_passes(const Lux32fc* src, Lux32fc* dst, int32_t len, O
   return LUX_OK;
 }
 
+// One element after the other.
+template <Complex64 (*kElement)(const Complex64&)>
+struct ElementSteps {
+  static bool is_ordinary(const Complex64&) { return true; }
+  static Complex64 element(const Complex64& z) { return kElement(z); }
+  static void passes(const Complex64* from, Complex64* to, int32_t count) {
+    for (int32_t k = 0; k < count; ++k) to[k] = kElement(from[k]);
+  }
+};
+
 // A family brings is_ordinary, element and passes.
-#define LUX_COMPLEX_PASSES(family, steps)                                                         \
-  LUX_KERNEL(family, 64fc, A53, 1_1) {                                                            \
-    return run_passes(src, dst, len, steps::is_ordinary, steps::element, steps::passes);          \
-  }                                                                                               \
-  LUX_KERNEL_ALIAS(family, 64fc, A50, 1_1, A53)                                                   \
-  LUX_KERNEL(family, 32fc, A24, 1_1) {                                                            \
-    return run_passes(src, dst, len, steps::is_ordinary, steps::element, steps::passes);          \
-  }                                                                                               \
-  LUX_KERNEL_ALIAS(family, 32fc, A21, 1_1, A24)                                                   \
-  LUX_KERNEL_ALIAS(family, 32fc, A11, 1_1, A24)
+#define LUX_COMPLEX_PASSES(family, steps)                                                \
+  LUX_KERNEL(family, 64fc, A53, 1_1) {                                                   \
+    return run_passes(src, dst, len, steps::is_ordinary, steps::element, steps::passes); \
+  }                                                                                      \
+  LUX_KERNEL_ALIAS(family, 64fc, A50, 1_1, A53)                                          \
+  LUX_KERNEL(family, 32fc, A24, 1_1) {                                                   \
+    return run_passes(src, dst, len, steps::is_ordinary, steps::element, steps::passes); \
+  }
 
 #endif

@@ -38,7 +38,7 @@ static inline int32_t exp_steps(long double x) {
 }
 
 static inline Reduced exp_reduced(long double x, int32_t n) {
-  return {n, n, x - n * (long double)anew(_nox_exp_table).high};
+  return {n, (long double)n, x - n * (long double)anew(_nox_exp_table).high};
 }
 
 // e^x for |x| < 12000: the error is below 0.52 units of the fraction's last place.

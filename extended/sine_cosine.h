@@ -49,7 +49,7 @@ static inline int32_t sine_steps(long double x) {
 }
 
 static inline Reduced sine_reduced(long double x, int32_t n) {
-  return {n, n, x - n * (long double)anew(kSines).p1};
+  return {n, (long double)n, x - n * (long double)anew(kSines).p1};
 }
 
 // For a double with is_short_angle.
