@@ -13,14 +13,16 @@
 
 namespace bench {
 
-// How a result is compared: by its bits, or not so strictly.
-enum class Match { kBits, kAny, kNaN, kZero };
+// How a result is compared: by its bits, or not so strictly. kNear: within 2^-21, four last places
+// of a single.
+enum class Match { kBits, kAny, kNaN, kZero, kNear };
 
 struct Part {
   uint64_t bits = 0;
   Match match = Match::kBits;
   constexpr Part(uint64_t bits) : bits(bits) {}
   constexpr Part(Match match) : match(match) {}
+  constexpr Part(uint64_t bits, Match match) : bits(bits), match(match) {}
 };
 
 struct Number {

@@ -141,6 +141,8 @@ bool matches(const Part& want, uint64_t got, int width) {
       return format.is_quiet_nan(got);
     case Match::kZero:
       return format.magnitude(got) == 0;
+    case Match::kNear:
+      return got - want.bits + 4 <= 8;
     default:
       return got == want.bits;
   }
