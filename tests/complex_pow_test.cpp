@@ -50,6 +50,21 @@ static double worst_part_ulps(Complex z, Complex w) {
   return worst;
 }
 
+TEST(ComplexPow, IsRightInEachPartForWholeExponents) {
+  Random random{17};
+  // Where differences of the products vanish.
+  const double ratios[] = {0, 1, std::sqrt(3), 1 / std::sqrt(3), 1 + std::sqrt(2), std::sqrt(2) - 1};
+  for (int k = 0; k < 30000; ++k) {
+    const double ratio = ratios[random.next() % 6], y = std::ldexp(random.unit(), k % 400 - 200);
+    const double off = 1 + std::ldexp(random.unit() - 0.5, -int(random.next() % 56));
+    const double x = ratio == 0 ? random.unit() - 0.5 : y * ratio * off;
+    const Complex z(random.next() % 2 ? x : -x, random.next() % 2 ? y : -y);
+    for (int n = -4; n <= 4; ++n)
+      ASSERT_LE(worst_part_ulps(z, n), 0.75) << x << " " << y << " " << n;
+    ASSERT_TRUE(same(power(z, 1), z));
+  }
+}
+
 TEST(ComplexPow, IsConjugateSymmetric) {
   Random random{41};
   const auto part = [&] {
