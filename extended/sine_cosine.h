@@ -3,7 +3,7 @@
 // Sine and cosine in extended precision, inline.
 //
 //   x = n pi/128 + r, |r| <= pi/256; pi/128 in three parts, the first two of which times n are
-//   exact below 2^17. From there on noxreduce_pi04l leaves the rest of a multiple of pi/2.
+//   exact below 2^17. From there on the rest of a multiple of pi/2 comes from integer products.
 //   S + s = sin(n pi/128) and C + c = cos(n pi/128) as two doubles each,
 //   sin x = S + (s + (S (cos r - 1) + (C + c) sin r)),
 //   cos x = C + (c + (C (cos r - 1) - (S + s) sin r)).
@@ -16,6 +16,7 @@
 #include "core/generated/sines_table.h"     // kSines
 #include "extended/generated/trig_table.h"  // _nox_degree
 #include "extended/number.h"
+#include "extended/two_part.h"
 
 // Upper words of the magnitudes that the short reduction takes: normal numbers below 2^17. Zeros
 // would lose their sign.
@@ -74,11 +75,60 @@ static inline SineCosine reduced_sine_cosine(int octant, const long double r[2])
   return sine_cosine_of(table, n + 32 * octant, step, (left - step) + less);
 }
 
+// to += x y modulo 2^160
+static inline void add_product(uint32_t (&to)[5], uint32_t x, const uint32_t* y) {
+  uint32_t carry = 0;
+#pragma GCC unroll 5
+  for (int i = 0; i < 5; ++i) {
+    const uint64_t sum = uint64_t(x) * y[i] + to[i] + carry;
+    to[i] = uint32_t(sum);
+    carry = uint32_t(sum >> 32);
+  }
+}
+
+// A double from 2^17 on less a multiple of pi/2, whose quadrant is returned: noxreduce_pi04l with no
+// more words than a double needs, whose fraction of a turn has at most 64 zeros behind the point.
+// x / (2 pi) = m 2^shift W without its whole turns, m of 53 bits, W the words of 2/pi behind those
+// that contribute whole turns: 160 bits of it, as one signed number in three.
+static inline int reduce_double(const double* x, long double r[2]) {
+  const Words bits = load_words(x);
+  const int32_t exponent = int32_t(bits.upper >> 20 & 0x7FF) - 1075;
+  const int32_t first = (exponent - 2) >> 5, shift = (exponent - 2) & 31;
+  const uint64_t m = uint64_t((bits.upper & 0xFFFFF) | 0x100000) << 32 | bits.lower;
+  const uint64_t low = uint64_t(uint32_t(m)) << shift, high = (m >> 32) << shift;
+  const uint64_t upper = high + (low >> 32);
+  uint32_t words[7], turns[5] = {};  // the least significant first
+  for (int i = 0; i < 7; ++i) {
+    const int32_t at = first + 6 - i;
+    words[i] = at < 0 ? 0 : _nox_inverse_half_pi[at];
+  }
+  add_product(turns, uint32_t(low), words + 2);
+  add_product(turns, uint32_t(upper), words + 1);
+  add_product(turns, uint32_t(upper >> 32), words);
+
+  const uint32_t quadrant = (turns[4] + 0x20000000u) >> 30;
+  uint64_t head = uint64_t(turns[4] - (quadrant << 30)) << 32 | turns[3];
+  const uint64_t middle = uint64_t(turns[2]) << 32 | turns[1];
+  head += middle >> 63;  // it is signed
+  const TwoPart sum = ordered_sum((long double)int64_t(head) * 0x1p-64f,
+                                  (long double)int64_t(middle) * 0x1p-128f);
+  const long double tail = sum.low + turns[0] * 0x1p-126f * 0x1p-34f;
+  constexpr long double kTurn = 0xc90fdaa22168c235p-61L, kTurnTail = -0x3.b399d747f23e32edp-65L;
+  const TwoPart product = exact_product(sum.high, kTurn);
+  const bool negative = bits.upper >> 31;
+  const TwoPart angle = ordered_sum(
+      product.high, product.low + (sum.high * kTurnTail + tail * kTurn));
+  r[0] = negative ? -angle.high : angle.high;
+  r[1] = negative ? -angle.low : angle.low;
+  return int((negative ? 0 - quadrant : quadrant) & 3);
+}
+
 __attribute__((noinline, cold)) static SineCosine long_sine_cosine(const double* x) {
   if (in_memory(x) == 0) return {in_memory(x), 1};
-  long double r[2];
-  const int octant = noxreduce_pi04l(in_memory(x), r);
-  return reduced_sine_cosine(octant, r);
+  long double r[2] = {in_memory(x), 0};
+  int quadrant = 0;
+  if (upper_magnitude(x) >= kTrigBound) quadrant = reduce_double(x, r);
+  return reduced_sine_cosine(2 * quadrant, r);
 }
 
 // Of a finite x: errors below 2.6 units of the last place of 64 bits, relatively.
