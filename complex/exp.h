@@ -13,6 +13,14 @@
 
 #include "complex/hyperbolic.h"
 
+static Complex64 finite_exp(const Complex64& z) {
+  const Exponential e = exp_parts(bounded_exponent(z.re));
+  const long double size = e.fraction * power_of_two(e.exponent);
+  long double sine, cosine;
+  sine_cosine(z.im, &sine, &cosine);
+  return rounded(size * cosine, size * sine);
+}
+
 __attribute__((noinline, cold)) static Complex64 complex_exp_special(const Complex64& z) {
   if (_nox_internal_isnan(z.re))
     return {z.re + z.re, _nox_internal_iszero(z.im) ? z.im : z.re + z.im};
@@ -22,11 +30,7 @@ __attribute__((noinline, cold)) static Complex64 complex_exp_special(const Compl
     const double nan = minus_itself(z.im);
     return {nan, nan};
   }
-  const Exponential e = exp_parts(bounded_exponent(z.re));
-  const long double size = e.fraction * power_of_two(e.exponent);
-  long double sine, cosine;
-  sine_cosine(z.im, &sine, &cosine);
-  return {store_f64(double(size * cosine)), store_f64(double(size * sine))};
+  return finite_exp(z);
 }
 
 static inline Complex64 complex_exp(const Complex64& z) {

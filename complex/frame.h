@@ -73,8 +73,8 @@ static inline Complex32 narrowed(Complex64 z) {
   LUX_COMPLEX_KERNEL(family, 32fc, A24, shape,                              \
                      [](const auto&... z) { return narrowed(complex_##name(widened(z)...)); })
 
-#define LUX_COMPLEX_KERNELS(family, shape, name) \
-  LUX_COMPLEX_BEST(family, shape, name)          \
+#define LUX_COMPLEX_KERNELS(family, shape, name)  \
+  LUX_COMPLEX_BEST(family, shape, name)           \
   LUX_KERNEL_ALIAS(family, 32fc, A21, shape, A24) \
   LUX_KERNEL_ALIAS(family, 32fc, A11, shape, A24)
 

@@ -21,7 +21,9 @@ struct Reductions {
   int32_t n[kPass];
   double rest[kPass];
 
-  Reduced operator[](int32_t k) const { return {n[k], load_extended(&n[k]), load_extended(&rest[k])}; }
+  Reduced operator[](int32_t k) const {
+    return {n[k], load_extended(&n[k]), load_extended(&rest[k])};
+  }
 };
 
 template <int32_t (*kSteps)(long double), Reduced (*kReduced)(long double, int32_t), bool kSigned>
@@ -42,7 +44,9 @@ __attribute__((noinline)) static void sine_reduction_pass(const DoubleInMemory* 
 
 struct ExpSteps {
   static bool is_ordinary(const Complex64& z) { return may_pass(z.re, z.im); }
-  static Complex64 element(const Complex64& z) { return complex_exp(z); }
+  static Complex64 element(const Complex64& z) {
+    return is_finite(z.re) && is_finite(z.im) ? finite_exp(z) : complex_exp_special(z);
+  }
 
   static void passes(const Complex64* from, Complex64* to, int32_t count) {
     Reductions reduced;
@@ -121,7 +125,11 @@ struct HyperbolicSteps {
   static bool is_ordinary(const Complex64& z) {
     return kTurned ? may_pass(z.im, z.re) : may_pass(z.re, z.im);
   }
-  static Complex64 element(const Complex64& z) { return kElement(z); }
+  static Complex64 element(const Complex64& z) {
+    if (!is_finite(z.re) || !is_finite(z.im)) return kElement(z);
+    const FourParts p = kTurned ? finite_parts(&z.im, &z.re) : finite_parts(&z.re, &z.im);
+    return rounded(Parts::re(p), Parts::im(p));
+  }
 
   static void passes(const Complex64* from, Complex64* to, int32_t count) {
     Hyperbolics h;

@@ -90,8 +90,8 @@ static inline __m128 packed_half_log(__m128 norm) {
   _mm_store_ps(reinterpret_cast<float*>(exponents), bits);
   const __m128 m = significand_of(norm), above = _mm_cmplt_ps(all_lanes(0x1.6a09e6p+0f), m);
   const __m128 less = select(above, m * 0.5f, m);
-  const __m128 e = (from_integers(exponents) * 0x1p-23f - 127.0f) +
-                   _mm_and_ps(above, all_lanes(1.0f));
+  const __m128 e =
+      (from_integers(exponents) * 0x1p-23f - 127.0f) + _mm_and_ps(above, all_lanes(1.0f));
   const __m128 s = (less - 1.0f) / (less + 1.0f);
   return e * (0.5f * kLn2[0]) + (with_tail<kAtanhTail>(s, s * s) + e * (0.5f * kLn2[1]));
 }
@@ -101,8 +101,7 @@ static inline __m128 packed_angle(const PackedComplex& z) {
   const __m128 t = _mm_min_ps(a, b) / _mm_max_ps(a, b);
   const __m128 counted = _mm_max_ps(t, all_lanes(0x1p-20f));
   const __m128 first = with_tail<kAtanTail>(t, counted * counted);
-  const __m128 upper =
-      select(_mm_cmplt_ps(a, b), kHalfPi[0] - (first - kHalfPi[1]), first);
+  const __m128 upper = select(_mm_cmplt_ps(a, b), kHalfPi[0] - (first - kHalfPi[1]), first);
   const __m128 size = select(_mm_cmplt_ps(z.re, _mm_setzero_ps()),
                              2 * kHalfPi[0] - (upper - 2 * kHalfPi[1]), upper);
   return _mm_or_ps(size, sign_of(z.im));
@@ -250,8 +249,8 @@ static inline Status run_packed(const Lux32fc* src, Lux32fc* dst, int32_t len) {
   return LUX_OK;
 }
 
-#define LUX_COMPLEX_PACKED(family, steps)                                               \
-  LUX_KERNEL(family, 32fc, A21, 1_1) { return run_packed<steps>(src, dst, len); }       \
+#define LUX_COMPLEX_PACKED(family, steps)                                         \
+  LUX_KERNEL(family, 32fc, A21, 1_1) { return run_packed<steps>(src, dst, len); } \
   LUX_KERNEL_ALIAS(family, 32fc, A11, 1_1, A21)
 
 #endif

@@ -58,14 +58,14 @@ static inline long double exact_difference(long double x, float k, long double y
 
 // a^2 - b^2 + 2ab sign, exactly where it cancels.
 static inline long double exact_mixture(long double a, long double b, float sign) {
-  const TwoPart sum = (exact_product(a, a) + -exact_product(b, b)) + exact_product(a, b) * (2 * sign);
+  const TwoPart sum =
+      (exact_product(a, a) + -exact_product(b, b)) + exact_product(a, b) * (2 * sign);
   return sum.high + sum.low;
 }
 
 __attribute__((noinline, cold)) static ExtendedPoint careful_power(long double a, long double b,
                                                                    int32_t n) {
-  if (n == 3)
-    return {a * exact_difference(a, 1, b, 3), b * exact_difference(a, 3, b, 1)};
+  if (n == 3) return {a * exact_difference(a, 1, b, 3), b * exact_difference(a, 3, b, 1)};
   const long double re = (a - b) * (a + b), im = 2 * a * b;
   return {exact_mixture(a, b, -1) * exact_mixture(a, b, 1), 2 * re * im};
 }

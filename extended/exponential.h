@@ -99,8 +99,7 @@ struct Hyperbolic {
 
 // sinh x and cosh x: errors below 2.1 and 1.1 units of the last place. At most 2^1.01 before
 // scaling; relatively accurate next to 0.
-__attribute__((always_inline)) static inline Hyperbolic sinh_cosh_near(Reduced x,
-                                                                        const double& s) {
+__attribute__((always_inline)) static inline Hyperbolic sinh_cosh_near(Reduced x, const double& s) {
   const HyperbolicAddends a = hyperbolic_addends<false>(x, s);
   return {a.sine + a.sine_tail, a.cosine + a.cosine_tail, a.exponent};
 }

@@ -110,14 +110,14 @@ static inline int reduce_double(const double* x, long double r[2]) {
   uint64_t head = uint64_t(turns[4] - (quadrant << 30)) << 32 | turns[3];
   const uint64_t middle = uint64_t(turns[2]) << 32 | turns[1];
   head += middle >> 63;  // it is signed
-  const TwoPart sum = ordered_sum((long double)int64_t(head) * 0x1p-64f,
-                                  (long double)int64_t(middle) * 0x1p-128f);
+  const TwoPart sum =
+      ordered_sum((long double)int64_t(head) * 0x1p-64f, (long double)int64_t(middle) * 0x1p-128f);
   const long double tail = sum.low + turns[0] * 0x1p-126f * 0x1p-34f;
   constexpr long double kTurn = 0xc90fdaa22168c235p-61L, kTurnTail = -0x3.b399d747f23e32edp-65L;
   const TwoPart product = exact_product(sum.high, kTurn);
   const bool negative = bits.upper >> 31;
-  const TwoPart angle = ordered_sum(
-      product.high, product.low + (sum.high * kTurnTail + tail * kTurn));
+  const TwoPart angle =
+      ordered_sum(product.high, product.low + (sum.high * kTurnTail + tail * kTurn));
   r[0] = negative ? -angle.high : angle.high;
   r[1] = negative ? -angle.low : angle.low;
   return int((negative ? 0 - quadrant : quadrant) & 3);

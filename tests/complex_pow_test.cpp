@@ -53,7 +53,8 @@ static double worst_part_ulps(Complex z, Complex w) {
 TEST(ComplexPow, IsRightInEachPartForWholeExponents) {
   Random random{17};
   // Where differences of the products vanish.
-  const double ratios[] = {0, 1, std::sqrt(3), 1 / std::sqrt(3), 1 + std::sqrt(2), std::sqrt(2) - 1};
+  const double ratios[] = {
+      0, 1, std::sqrt(3), 1 / std::sqrt(3), 1 + std::sqrt(2), std::sqrt(2) - 1};
   for (int k = 0; k < 30000; ++k) {
     const double ratio = ratios[random.next() % 6], y = std::ldexp(random.unit(), k % 400 - 200);
     const double off = 1 + std::ldexp(random.unit() - 0.5, -int(random.next() % 56));
