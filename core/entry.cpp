@@ -23,37 +23,31 @@ static int32_t fix_threshold(int32_t* threshold, MinN min_n, int32_t row, int32_
   return elements;
 }
 
-// How many threads a call that is long, or its function's first, is split among; 0 for none.
-__attribute__((noinline, cold)) static int32_t threads_to_split(int32_t* threshold, MinN min_n,
-                                                                int32_t row, int32_t variant,
-                                                                int32_t len) {
+// A call that is long, or its function's first.
+template <auto kMinN, auto kSplitter, class Kernel, class... Arguments>
+__attribute__((noinline, cold)) static Status split_or_not(int32_t* threshold, int32_t row,
+                                                           int32_t variant, Kernel kernel,
+                                                           int32_t len, Arguments... arguments) {
   const int32_t threads = thread_count();
   int32_t elements = __atomic_load_n(threshold, __ATOMIC_RELAXED);
-  if (elements == kUnknown) elements = fix_threshold(threshold, min_n, row, variant, threads);
-  return len > elements && threads >= 1 && len > threads * kLeastPerThread ? threads : 0;
+  if (elements == kUnknown) elements = fix_threshold(threshold, kMinN, row, variant, threads);
+  if (len > elements && threads >= 1 && len > threads * kLeastPerThread)
+    return kSplitter(kernel, threads, arguments..., len);
+  return kernel(arguments..., len);
 }
 
 // The way to the kernel takes as long as the work on one element, so short calls jump there: the
-// kernels are known to be hidden, which takes no register, and what a frame and saved registers are
-// needed for stands in a function of its own.
+// kernels are known to be hidden, which takes no register, and everything else is out of line.
 #define LUX_GRADED(family, type, grade, t, shape, row, variant)                                    \
   extern "C" __attribute__((visibility("hidden"))) Status _noxomp_luxs##family##_##type##_##grade( \
       LUX_PARAMS_##shape(LUX_ELEMENT_##type), int32_t len);                                        \
   Status luxs##family##_##type##_##grade(LUX_PARAMS_##shape(LUX_ELEMENT_##type), int32_t len) {    \
     static int32_t _nox_min_threads = kUnknown;                                                    \
-    struct LongOrFirst {                                                                           \
-      __attribute__((noinline)) static Status call(LUX_PARAMS_##shape(LUX_ELEMENT_##type),         \
-                                                   int32_t len) {                                  \
-        const int32_t threads =                                                                    \
-            threads_to_split(&_nox_min_threads, nox##t##MinN, row, variant, len);                  \
-        if (threads != 0)                                                                          \
-          return nox##t##Threading_##shape(_noxomp_luxs##family##_##type##_##grade, threads,       \
-                                           LUX_ARGS_##shape, len);                                 \
-        return _noxomp_luxs##family##_##type##_##grade(LUX_ARGS_##shape, len);                     \
-      }                                                                                            \
-    };                                                                                             \
     const int32_t threshold = __atomic_load_n(&_nox_min_threads, __ATOMIC_RELAXED);                \
-    if (threshold == kUnknown || len > threshold) return LongOrFirst::call(LUX_ARGS_##shape, len); \
+    if (threshold == kUnknown || len > threshold)                                                  \
+      return split_or_not<nox##t##MinN, nox##t##Threading_##shape>(                                \
+          &_nox_min_threads, row, variant, _noxomp_luxs##family##_##type##_##grade, len,           \
+          LUX_ARGS_##shape);                                                                       \
     return _noxomp_luxs##family##_##type##_##grade(LUX_ARGS_##shape, len);                         \
   }
 #include "core/functions.def"
