@@ -11,7 +11,7 @@ SEED = $(shell date +%s)
 # What to build; empty for everything.
 TARGETS =
 
-.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench hashes abi install format clean
+.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench hashes abi docs docs-check install format clean
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -69,6 +69,13 @@ abi: deps    ## add new exports to the published lists in abi/; refused where on
 	@$(MAKE) --no-print-directory build TARGETS="luxvmk3 luxcore"
 	abi/abilist.py $(BUILD)/lib/libluxvmk3.so abi/luxvmk3.abilist --renew
 	abi/abilist.py $(BUILD)/lib/libluxcore.so abi/luxcore.abilist --renew
+
+docs:        ## build the site of the documents, build/site/index.html; plots where build/plots has them
+	@tools/deps.sh docs
+	/usr/bin/python3 tools/docs_site.py build/site
+
+docs-check: docs  ## look at the site in headless Chromium: links, console, search; pictures in build/screenshots
+	/usr/bin/python3 tools/docs_check.py build/site --screenshots build/screenshots
 
 install: deps  ## install under PREFIX (/usr/local), below DESTDIR if set
 	@$(MAKE) --no-print-directory build

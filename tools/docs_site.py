@@ -175,9 +175,8 @@ class Site:
 
     def reference(self, text):
         """Without what is a page of its own: families, environment."""
-        head, own = sections(text)
+        _, own = sections(text)
         self.write("environment", f"# {ENVIRONMENT}\n\n" + self.linked(own.pop(ENVIRONMENT), "docs", "environment"))
-        self.title_of = head.split("\n")[0]
         return ("# Arrays, scalar routines, other exports\n\nWhat holds for all functions of arrays, and the exports "
                 "that are none.\n\n" + "\n".join(f"## {h}\n\n{body}" for h, body in own.items()))
 
@@ -186,12 +185,11 @@ class Site:
 
     def other_languages(self, page):
         found = ""
-        for suffixes, name, language in ((".cpp", ".cc"), "C++", "c++"), ((".f90", ".F90"), "Fortran", "fortran"):
-            for path in sorted((ROOT / "examples").glob("first*")):
-                if path.suffix in suffixes:
-                    path = str(path.relative_to(ROOT))
-                    if path not in self.readme["A first program"]:
-                        found += f"\n## {name}\n\n{self.program(path, language)}"
+        for path, name, language, interface in (
+                ("examples/first.cpp", "C++20", "c++", "include/luxvm.hpp"),
+                ("examples/first.f90", "Fortran 2003", "fortran", "include/luxvm.f90")):
+            found += f"\n## {name}\n\n" + self.linked(f"By [{interface}]({interface}), which says more at its head.\n\n",
+                                                      "", page) + self.program(path, language)
         return found
 
     # ---- Lists
@@ -213,9 +211,10 @@ class Site:
                  "finds each by its name, too.", "",
                  '<input id="filter" type="search" placeholder="Show names that contain ..." '
                  'aria-label="Show names that contain">', "",
-                 "| Export | Promised | Page |", "|---|---|---|"]
+                 "| Export | Promised | What |", "|---|---|---|"]
         for e in self.exports:
-            lines.append(f"| <code>{e.name}</code> | {self.promise(e)} | [{e.family}](functions/{e.family}.md) |")
+            lines.append(f"| {{c:func}}`{e.name}` | {self.promise(e)} | [{self.text(e.family, e.type).words}]"
+                         f"(functions/{e.family}.md) |")
         lines += ["", "## Other exports", "", "| Export | Page |", "|---|---|"]
         for name in records.other_exports():
             goal = "statuses.md" if name in ("noxsError", "noxdError") else \
@@ -310,7 +309,7 @@ class Site:
     def error_plots(self, family, own):
         found = ""
         for type_name in dict.fromkeys(e.type for e in own if e.grade):
-            name = f"{family}_{type_name}_error"
+            name = f"{family.lower()}_{type_name}_error"
             found += '<div class="plots">' + "".join(
                 self.image(f"{name}{end}", f"{family} {type_name}: error {words}, each grade, with its promise")
                 for end, words in (("", "over the interval where the function is interesting"),
@@ -395,9 +394,9 @@ class Site:
             if mine:
                 found += f"### {heading}\n\n" + "\n".join(
                     "| " + " | ".join(line) + " |" for line in [heads, ["---"] + ["---:"] * (len(heads) - 1), *mine]) + "\n\n"
-        for type_name in dict.fromkeys(e.type for e in own):
-            found += '<div class="plots">' + self.image(
-                f"{family}_{type_name}_speed", f"{family} {type_name}: cycles per element over the length") + "</div>\n\n"
+        found += '<div class="plots even">' + "".join(
+            self.image(f"{family.lower()}_{type_name}_speed", f"{family} {type_name}: cycles per element over the length")
+            for type_name in dict.fromkeys(e.type for e in own)) + "</div>\n\n"
         return ("Cycles per element; what the columns mean and on which machine it was: [speed](../performance.md).\n\n"
                 + found)
 

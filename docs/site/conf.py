@@ -20,4 +20,5 @@ html_use_index = False
 html_show_sphinx = False
 highlight_language = "none"
 smartquotes = False
+add_function_parentheses = False
 html_theme_options = {"navigation_depth": 2, "collapse_navigation": True}
