@@ -388,12 +388,14 @@ class Site:
 
     def speed_of(self, family, own):
         names = {e.name for e in own}
-        found = ""
+        found = before = ""
         for heading, heads, rows in self.speed:
-            mine = [row for row in rows if row[0].strip("`") in names]
+            mine = [row for row in rows if any(cell.strip("`") in names for cell in row[:2])]
             if mine:
-                found += f"### {heading}\n\n" + "\n".join(
-                    "| " + " | ".join(line) + " |" for line in [heads, ["---"] + ["---:"] * (len(heads) - 1), *mine]) + "\n\n"
+                lines = [heads, ["---"] + ["---:"] * (len(heads) - 1), *mine]
+                found += (f"### {heading}\n\n" if heading != before else "") \
+                    + "\n".join("| " + " | ".join(line) + " |" for line in lines) + "\n\n"
+                before = heading
         found += '<div class="plots even">' + "".join(
             self.image(f"{family.lower()}_{type_name}_speed", f"{family} {type_name}: cycles per element over the length")
             for type_name in dict.fromkeys(e.type for e in own)) + "</div>\n\n"
@@ -409,7 +411,7 @@ def folded(title, heads, lines):
 
 
 def speed_tables():
-    """The tables of docs/performance.md whose lines begin with an export: heading, heads, lines."""
+    """The tables of docs/performance.md whose lines are of an export each: heading, heads, lines."""
     found, heading = [], ""
     lines = records.source("docs/performance.md").splitlines()
     for i, line in enumerate(lines):
@@ -421,7 +423,7 @@ def speed_tables():
                 if not row.startswith("|"):
                     break
                 rows.append(cells_of(row))
-            if any(row[0].startswith("`luxs") for row in rows):
+            if any(cell.startswith("`luxs") for row in rows for cell in row[:2]):
                 found.append((heading, cells_of(line), rows))
     return found
 
@@ -453,7 +455,10 @@ def main():
         shutil.rmtree(options.output, ignore_errors=True)
         subprocess.run(["sphinx-build", "-b", "html", "-W", "--keep-going", "-q",
                         "-d", folder / "doctrees", folder, options.output], check=True)
-        shutil.rmtree(options.output / ".doctrees", ignore_errors=True)
+        for font in options.output.glob("_static/**/*.woff2"):  # every browser's; the others are not asked for
+            for other in font.parent.glob(f"{font.stem}.*"):
+                if other != font:
+                    other.unlink()
 
 
 if __name__ == "__main__":
