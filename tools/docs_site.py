@@ -30,13 +30,16 @@ README_PAGES = {"Surprises": "index", "What the grades promise": "index", "Licen
                 "A first program": "first_program", "Status codes": "statuses", "Threads": "threads",
                 "Checking an installation": "command", "Measuring": "command",
                 "Adding a function": "contributing"}
-# Other documents, and a section of the reference that is a page of its own.
+# Other documents; those of docs/ that are not named here are pages, too, by their own names.
 PAGES = {"docs/libm.md": "libm", "docs/when_not.md": "when_not", "docs/reference.md": "reference",
          "docs/accuracy.md": "accuracy", "docs/performance.md": "performance", "docs/design.md": "design",
          "CHANGELOG.md": "changelog", "CONTRIBUTING.md": "contributing"}
-ENVIRONMENT = "Environment and traps"
+FURTHER = {f"docs/{path.name}": path.stem for path in sorted((ROOT / "docs").glob("*.md"))
+           if f"docs/{path.name}" not in PAGES}
+PAGES |= FURTHER
+ENVIRONMENT = "Environment and traps"  # a section of the reference that is a page of its own
 CONTENTS = {"Start": ["install", "first_program", "libm", "when_not"],
-            "Using it": ["statuses", "environment", "threads", "command"],
+            "Using it": ["statuses", "environment", "threads", "command", *FURTHER.values()],
             "Functions": ["exports", "families", "reference"],
             "How good": ["accuracy", "performance"],
             "Inside": ["design", "contributing", "changelog"]}
