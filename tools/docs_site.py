@@ -191,7 +191,7 @@ class Site:
         for path, name, language, interface in (
                 ("examples/first.cpp", "C++20", "c++", "include/luxvm.hpp"),
                 ("examples/first.f90", "Fortran 2003", "fortran", "include/luxvm.f90")):
-            found += f"\n## {name}\n\n" + self.linked(f"By [{interface}]({interface}), which says more at its head.\n\n",
+            found += f"\n## A program in {name}\n\n" + self.linked(f"By [{interface}]({interface}), which says more at its head.\n\n",
                                                       "", page) + self.program(path, language)
         return found
 
