@@ -8,10 +8,12 @@ PREFIX = /usr/local
 JOBS = $(shell nproc)
 SECONDS = 60
 SEED = $(shell date +%s)
+# Figures for the speed pictures; measured for them when there are none.
+SPEED = $(wildcard $(BUILD)/speed/*.json)
 # What to build; empty for everything.
 TARGETS =
 
-.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench hashes abi docs docs-check install format clean
+.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench plots hashes abi docs docs-check install format clean
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -51,6 +53,10 @@ bench: deps  ## measure every function and renew docs/performance.md
 	@$(MAKE) --no-print-directory build TARGETS=luxvm
 	tools/performance.py $(BUILD)/bin/luxvm docs/performance.md --figures $(BUILD)/speed
 
+plots: deps  ## draw every family's errors and speed into build/plots, in minutes
+	@$(MAKE) --no-print-directory build TARGETS=luxvm
+	tools/plots.py $(BUILD)/bin/luxvm build/plots $(addprefix --speed ,$(strip $(SPEED)))
+
 accuracy: deps  ## measure all errors, every single of the one-argument 32f functions, and renew the documents' figures
 	@$(MAKE) --no-print-directory build TARGETS=luxvm
 	tools/accuracy.sh $(BUILD)/bin $(BUILD)/figures --exhaustive
@@ -70,7 +76,7 @@ abi: deps    ## add new exports to the published lists in abi/; refused where on
 	abi/abilist.py $(BUILD)/lib/libluxvmk3.so abi/luxvmk3.abilist --renew
 	abi/abilist.py $(BUILD)/lib/libluxcore.so abi/luxcore.abilist --renew
 
-docs:        ## build the site of the documents, build/site/index.html; plots where build/plots has them
+docs:        ## build the site of the documents, build/site/index.html; with what `make plots` drew
 	@tools/deps.sh docs
 	/usr/bin/python3 tools/docs_site.py build/site
 

@@ -7,10 +7,11 @@
 #include "catalog/lookup.h"
 #include "cli/checkpoint.h"
 #include "cli/command_line.h"
+#include "cli/curves.h"
 #include "cli/figures.h"
 #include "cli/files.h"
+#include "cli/json_formats.h"
 #include "cli/numbers.h"
-#include "cli/plot.h"
 #include "cli/progress.h"
 #include "conformance/special_values.h"
 
@@ -43,23 +44,11 @@ static std::vector<Group> chosen(const AccuracyOptions& options) {
   return groups;
 }
 
-static double bound_of_range(const std::string& text) {
-  uint64_t bits = 0;
-  std::string why;
-  if (!parse_real(text, 8, bits, why) || number_format(8).is_nan(bits))
-    throw Failure(fmt::format("--range: {} is no number", in_quotes(text)));
-  return as_double(bits, 8);
-}
-
 static void set_range(AccuracyOptions& options) {
   if (options.range.empty()) return;
-  const size_t colon = options.range.find(':');
-  if (colon == std::string::npos)
-    throw Failure("--range takes two numbers with a colon between them, such as -1:1");
-  options.sampling.low = bound_of_range(options.range.substr(0, colon));
-  options.sampling.high = bound_of_range(options.range.substr(colon + 1));
-  if (!(options.sampling.low < options.sampling.high))
-    throw Failure("--range: the first number must be below the second");
+  const Range range = range_in(options.range, "--range");
+  options.sampling.low = range.low;
+  options.sampling.high = range.high;
   if (options.exhaustive) throw Failure("--range cannot be combined with --exhaustive");
 }
 
@@ -330,83 +319,27 @@ static void show_details(const Json& functions) {
 
 // ---- Drawing
 
-// Where a number stands on the line of all of them, 0 to 1.
-static double place(double x, int width) {
-  return (double(number_format(width).position(bench::nearest(x, width))) /
-              double(number_format(width).infinity()) +
-          1) /
-         2;
-}
-
-static std::string axis_ticks(int width) {
-  const double far = width == 4 ? 1e30 : 1e250, middle = width == 4 ? 1e-15 : 1e-125;
-  std::string ticks;
-  for (const double x : {-far, -1.0, -middle, 0.0, middle, 1.0, far})
-    ticks += fmt::format("{}\"{:g}\" {:.5f}", ticks.empty() ? "" : ", ", x, place(x, width));
-  return ticks;
-}
-
-constexpr size_t kColumn = 4;  // intervals of the envelope to a point of the curve
-
-// A panel per family and type, a line per grade whose results differ.
-static std::string panel(const std::vector<Json>& grades, size_t number) {
-  const int width = grades[0].at("type").get<std::string>().substr(0, 2) == "32" ? 4 : 8;
-  std::string data, plots;
-  double most = 0;
-  for (size_t g = 0; g < grades.size(); ++g) {
-    const Json& envelope = grades[g].at("envelope");
-    const bool repeated =
-        std::any_of(grades.begin(), grades.begin() + int64_t(g),
-                    [&](const Json& other) { return other.at("envelope") == envelope; });
-    if (repeated) continue;
-    const std::string name = fmt::format("$d{}_{}", number, g);
-    data += name + " << END\n";
-    for (size_t i = 0; i + kColumn <= envelope.size(); i += kColumn) {
-      double ulp = -1;
-      for (size_t k = i; k < i + kColumn; ++k)
-        if (!envelope[k].is_null()) ulp = std::max(ulp, std::min(envelope[k].get<double>(), 1e6));
-      most = std::max(most, ulp);
-      data += ulp < 0 ? "\n"
-                      : fmt::format("{:.3f} {:.3g}\n",
-                                    double(i + kColumn / 2) / double(envelope.size()), ulp);
+// A panel per family and type. The reports have the errors over the whole line; a range is looked
+// at more closely.
+static void plot_accuracy(const AccuracyOptions& options, const Json& functions) {
+  std::vector<Panel> panels;
+  for (size_t i = 0; i < functions.size();) {
+    Grades grades;
+    std::vector<Json> envelopes;
+    const Json& first = functions.at(i);
+    for (; i < functions.size() && functions.at(i).at("family") == first.at("family") &&
+           functions.at(i).at("type") == first.at("type");
+         ++i) {
+      grades.push_back(&find_function(functions.at(i).at("name").get<std::string>()));
+      envelopes.push_back(functions.at(i).at("envelope"));
     }
-    data += "END\n";
-    std::string title;
-    for (size_t k = grades.size(); k-- > g;)
-      if (grades[k].at("envelope") == envelope)
-        title += (title.empty() ? "" : ", ") + grades[k].at("grade").get<std::string>();
-    plots += fmt::format("{} {} using 1:2 with lines lw 1 title '{}'", plots.empty() ? "plot" : ",",
-                         name, title);
+    CurveOptions curve;
+    curve.samples = options.sampling.samples;
+    curve.processors = options.processors;
+    if (!options.range.empty()) curve.range = range_in(options.range, "--range");
+    panels.push_back(curve.range ? error_panel(grades, curve) : error_panel(grades, envelopes));
   }
-  return data +
-         fmt::format(
-             "set title '{} {}'\nset xtics ({}) font ',8' rotate by -45\nset yrange [{}:{:g}]\n"
-             "{}\n{}\n",
-             grades[0].at("family").get<std::string>(), grades[0].at("type").get<std::string>(),
-             axis_ticks(width), most > 16 ? "0.01" : "0",
-             most > 16 ? 2 * most : std::max(0.6, 1.15 * most),
-             most > 16 ? "set logscale y" : "unset logscale y", plots);
-}
-
-static void plot_accuracy(const std::string& path, const Json& functions) {
-  std::vector<std::vector<Json>> panels;
-  for (const Json& entry : functions) {
-    if (entry.at("max_ulp") == 0) continue;  // nothing to see
-    if (panels.empty() || panels.back()[0].at("family") != entry.at("family") ||
-        panels.back()[0].at("type") != entry.at("type"))
-      panels.emplace_back();
-    panels.back().push_back(entry);
-  }
-  if (panels.empty()) throw Failure("no errors to draw: all results are exact");
-  const int columns = std::min<int>(3, int(panels.size()));
-  const int rows = (int(panels.size()) + columns - 1) / columns;
-  std::string commands = fmt::format(
-      "set multiplot layout {},{} title 'largest error over the first argument (units in the last "
-      "place)'\nset grid\nset key top right font ',8'\nset xrange [0:1]\nset tics font ',8'\n",
-      rows, columns);
-  for (size_t i = 0; i < panels.size(); ++i) commands += panel(panels[i], i);
-  draw_svg(path, columns == 1 ? 800 : 420 * columns, columns == 1 ? 450 : 60 + 240 * rows,
-           commands);
+  draw(options.plot, panels, std::min<int>(3, int(panels.size())), machine_and_date());
 }
 
 // ---- The command
@@ -430,6 +363,7 @@ static void measure_and_tell(const AccuracyOptions& options, Run& run) {
   if (options.details || one) show_details(functions);
   if (!options.json.empty()) {
     Json document{
+        {"format", format_json("luxvm-accuracy")},
         {"kind", "errors"},
         {"library", {{"version", luxvmGetLibVersion()->version}, {"digest", library_digest()}}},
         {"date", today()},
@@ -441,7 +375,7 @@ static void measure_and_tell(const AccuracyOptions& options, Run& run) {
   }
   if (!options.record.empty())
     record_figures(options.record, functions, options.sampling.whole_line() && options.at.empty());
-  if (!options.plot.empty()) plot_accuracy(options.plot, functions);
+  if (!options.plot.empty()) plot_accuracy(options, functions);
   run.finish();
   const auto broken = std::count_if(functions.begin(), functions.end(), [](const Json& entry) {
     return !entry.at("guarantee").at("met").get<bool>() ||
@@ -498,8 +432,10 @@ void add_accuracy(Program& program) {
   command->add_option("--seed", options->sampling.seed, "Of the random arguments")
       ->capture_default_str()
       ->transform(whole_number(0, UINT64_MAX));
-  command->add_option("--plot", options->plot, "Draw the largest error over the argument")
-      ->type_name("FILE.svg");
+  command
+      ->add_option("--plot", options->plot,
+                   "Draw the largest error over the argument, or over --range")
+      ->type_name("FILE");
   command->add_option("--json", options->json, "Write all figures to this file")->type_name("FILE");
   command
       ->add_option("--record", options->record,

@@ -6,6 +6,7 @@
 #include "cli/cli.h"
 #include "cli/command_line.h"
 #include "cli/files.h"
+#include "cli/json_formats.h"
 #include "cli/numbers.h"
 #include "cli/reports.h"
 
@@ -66,7 +67,8 @@ static void print_summary_json(const Function& function, const Run& run) {
   Json reports = Json::array();
   for (const auto& [code, count] : run.reports.by_code)
     reports.push_back({{"code", code}, {"meaning", code_meaning(code)}, {"count", count}});
-  const Json document{{"function", function.name},
+  const Json document{{"format", format_json("luxvm-apply")},
+                      {"function", function.name},
                       {"elements", run.len},
                       {"status", run.status},
                       {"meaning", status_meaning(function, run.status)},

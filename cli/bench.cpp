@@ -8,6 +8,7 @@
 #include "cli/command_line.h"
 #include "cli/files.h"
 #include "cli/json_file.h"
+#include "cli/json_formats.h"
 #include "cli/machine.h"
 #include "cli/numbers.h"
 #include "cli/plot.h"
@@ -397,7 +398,8 @@ static Json settings_json(const BenchOptions& options) {
 
 static Json document_for(const BenchOptions& options) {
   const bool no_sse2 = bench::sse2_variants_left_out();
-  return {{"date", today()},
+  return {{"format", format_json("luxvm-bench")},
+          {"date", today()},
           {"processor", probe_machine().brand},
           {"compiler", "GCC " __VERSION__},
           {"libm", fmt::format("glibc {}{}", gnu_get_libc_version(),
@@ -409,6 +411,7 @@ static Json document_for(const BenchOptions& options) {
 
 static void write_rows(const std::string& path, Json document, const std::vector<BenchRow>& rows,
                        bool complete) {
+  document["format"] = format_json("luxvm-bench");  // files of before had none
   document["complete"] = complete;
   document["rows"] = Json::array();
   for (const BenchRow& row : rows) document["rows"].push_back(row_json(row));
@@ -444,6 +447,7 @@ static Earlier read_rows(const std::string& path, BenchOptions& options) {
   };
   try {
     Earlier earlier{parse_json(text), {}};
+    require_format(earlier.document, "luxvm-bench");
     for (const Json& row : array_in(earlier.document, "rows"))
       earlier.rows.push_back(row_from_json(row));
     text_in(earlier.document, "processor");
@@ -458,6 +462,12 @@ static Earlier read_rows(const std::string& path, BenchOptions& options) {
   } catch (const Json::exception&) {
     throw refuse("a setting is of another kind");
   }
+}
+
+BenchFile read_bench_file(const std::string& path) {
+  BenchOptions its_own;
+  Earlier earlier = read_rows(path, its_own);
+  return {std::move(earlier.document), std::move(earlier.rows)};
 }
 
 // The rows of an interrupted run, if it is the same run of the same library.
@@ -504,6 +514,20 @@ static bool measured(const std::vector<BenchRow>& rows, const Function& function
   });
 }
 
+std::vector<BenchRow> measure_lengths(const std::vector<const Function*>& functions,
+                                      const std::vector<std::string>& lengths,
+                                      int32_t milliseconds) {
+  BenchOptions options;
+  options.lengths = lengths;
+  options.milliseconds = milliseconds;
+  options.compare = true;
+  bench::leave_out_sse2_variants();
+  std::vector<BenchRow> rows;
+  for (const Function* function : functions)
+    measure_in_child(*function, 1, options, [&](const BenchRow& row) { add(rows, row); });
+  return rows;
+}
+
 static bool has_lengths(const std::vector<const Function*>& functions,
                         const BenchOptions& options) {
   for (const Function* function : functions)
@@ -519,9 +543,7 @@ static void check_curves(const std::vector<const Function*>& functions,
     return lengths_for(options, *f, options.threads[0]).size() > 1;
   };
   const size_t curves = functions.size() * options.threads.size() * options.offsets.size();
-  if (!options.plot.empty() && curves > kMostCurves && several(functions[0]))
-    throw Failure(fmt::format("{} curves are too many for a plot; choose at most {} by a pattern",
-                              curves, kMostCurves));
+  if (!options.plot.empty() && several(functions[0])) require_few_curves(curves);
 }
 
 // The last pass prints its rows; the ones before it only say on a terminal where they are.
@@ -569,7 +591,7 @@ static void measure_all(const BenchOptions& options) {
       }
   if (!quiet) print_end(options, shown, rows);
   if (!options.json.empty()) write_rows(options.json, document, rows, true);
-  if (!options.plot.empty()) draw_bench(options.plot, rows);
+  if (!options.plot.empty()) draw_bench(options.plot, rows, measured_on(document));
 }
 
 // The figures of an earlier run, as if they had just been measured.
@@ -595,7 +617,7 @@ static void show_earlier(BenchOptions options) {
   }
   if (!options.json.empty())
     write_rows(options.json, earlier.document, rows, earlier.document.value("complete", true));
-  if (!options.plot.empty()) draw_bench(options.plot, rows);
+  if (!options.plot.empty()) draw_bench(options.plot, rows, measured_on(earlier.document));
 }
 
 static void run_bench(const BenchOptions& options) {
@@ -641,7 +663,7 @@ void add_bench(Program& program) {
   command->add_option("--json", options->json,
                       "File for the figures; - writes them to the standard output, and no table");
   command->add_option("--plot", options->plot,
-                      "SVG file for bars, or for curves where there are several lengths");
+                      "SVG or PNG file for bars, or for curves where there are several lengths");
   command->add_flag("--resume", options->resume,
                     "Write the --json file after each function, and go on where the same run was "
                     "interrupted");
@@ -662,9 +684,6 @@ void add_bench(Program& program) {
       "  luxvm bench 32f --special 4                  one in every four\n"
       "  luxvm bench Div --offset 0,1,4               arrays at odd addresses\n"
       "  luxvm bench Inv_32f_A24 --n threshold --threads 1,2\n"
-      "JSON: date, processor, compiler, libm, library (a hash of it), ticks_per_cycle, settings,\n"
-      "complete, rows, summary. Of a row, cycles, plain, one_call, libm and sleef each have "
-      "minimum,\n"
-      "median, and how many rounds were kept and dropped; reports counts codes of one call.");
+      "`luxvm formats` describes the JSON's fields.");
   command->callback([options] { run_bench(*options); });
 }

@@ -45,24 +45,24 @@ static std::string conditions(const BenchRow& row, const Varying& several) {
 
 // ---- Cycles over the length ------------------------------------------------------------------
 
-struct Curve {
+struct Lengths {  // of one function under the same conditions
   std::string label;
   int colour, dash;
   std::vector<const BenchRow*> rows;
 };
 
-static std::vector<Curve> curves_of(const std::vector<BenchRow>& rows) {
+static std::vector<Lengths> curves_of(const std::vector<BenchRow>& rows) {
   const Varying several = varying(rows);
-  std::vector<Curve> curves;
+  std::vector<Lengths> curves;
   std::vector<const Function*> functions;
   for (const BenchRow& row : rows) {
     const std::string label =
         fmt::format("{}{}", row.function->name.substr(4), conditions(row, several));
     if (functions.empty() || functions.back() != row.function) functions.push_back(row.function);
     auto curve = std::find_if(curves.begin(), curves.end(),
-                              [&](const Curve& c) { return c.label == label; });
+                              [&](const Lengths& c) { return c.label == label; });
     if (curve == curves.end()) {
-      const long siblings = std::count_if(curves.begin(), curves.end(), [&](const Curve& c) {
+      const long siblings = std::count_if(curves.begin(), curves.end(), [&](const Lengths& c) {
         return c.rows[0]->function == row.function;
       });
       curves.push_back({label, int(functions.size()) - 1, int(siblings) + 1, {}});
@@ -70,45 +70,64 @@ static std::vector<Curve> curves_of(const std::vector<BenchRow>& rows) {
     }
     curve->rows.push_back(&row);
   }
-  for (Curve& curve : curves)
+  for (Lengths& curve : curves)
     std::sort(curve.rows.begin(), curve.rows.end(),
               [](const auto* a, const auto* b) { return a->n < b->n; });
   return curves;
 }
 
-static void draw_curves(const std::string& path, const std::vector<BenchRow>& rows) {
-  const std::vector<Curve> curves = curves_of(rows);
-  if (curves.size() > kMostCurves)
+static Curve curve_of(const std::vector<const BenchRow*>& rows, const std::string& label,
+                      const std::string& colour, int dash, double (*cycles)(const BenchRow& row)) {
+  Curve curve{label, colour, {}, dash, 1.8, true};
+  for (const BenchRow* row : rows) curve.points.emplace_back(row->n, cycles(*row));
+  return curve;
+}
+
+static double own(const BenchRow& row) { return row.element.minimum; }
+static double of_libm(const BenchRow& row) { return row.libm ? row.libm->minimum : NAN; }
+static double of_sleef(const BenchRow& row) { return row.sleef ? row.sleef->minimum : NAN; }
+
+static bool any_is(const std::vector<const BenchRow*>& rows, double (*cycles)(const BenchRow&)) {
+  return std::any_of(rows.begin(), rows.end(),
+                     [&](const BenchRow* row) { return std::isfinite(cycles(*row)); });
+}
+
+void require_few_curves(size_t curves) {
+  if (curves > kMostCurves)
     throw Failure(fmt::format("{} curves are too many for a plot; choose at most {} by a pattern",
-                              curves.size(), kMostCurves));
-  std::string data, plots;
-  bool libm = false;
-  for (size_t i = 0; i < curves.size(); ++i) {
-    const Curve& curve = curves[i];
-    data += fmt::format("$c{} << END\n", i);
-    for (const BenchRow* row : curve.rows) {
-      data += fmt::format("{} {} {}\n", row->n, row->element.minimum,
-                          row->libm ? row->libm->minimum : NAN);
-      libm |= row->libm.has_value();
-    }
-    data += "END\n";
-    const std::string colour = kColours[size_t(curve.colour) % std::size(kColours)];
-    const int dash = curve.dash + curve.colour / int(std::size(kColours));
-    plots += fmt::format(
-        "{}$c{} using 1:2 with linespoints lw 2 pt 7 ps 0.35 dt {} lc rgb '{}' title \"{}\"",
-        i ? ", " : "", i, dash, colour, curve.label);
-    if (curve.rows[0]->libm)
-      plots +=
-          fmt::format(", $c{} using 1:3 with lines lw 1.5 dt 3 lc rgb '{}' notitle", i, colour);
+                              curves, kMostCurves));
+}
+
+Panel speed_panel(const std::vector<BenchRow>& rows) {
+  const std::vector<Lengths> all = curves_of(rows);
+  require_few_curves(all.size());
+  const Function& first = *rows[0].function;
+  const bool one_family = std::all_of(rows.begin(), rows.end(), [&](const BenchRow& row) {
+    return row.function->is(first.family, first.type.name);
+  });
+  Panel panel;
+  panel.title = one_family ? fmt::format("{} {}: speed", first.family, first.type.name) : "Speed";
+  panel.x_label = "elements of an array";
+  panel.y_label = "core cycles per element";
+  panel.log_x = panel.log_y = true;
+  for (const Lengths& lengths : all) {
+    const Function& f = *lengths.rows[0]->function;
+    const char* const colour =
+        one_family ? colour_of(f) : kColours[size_t(lengths.colour) % std::size(kColours)];
+    const std::string grade =
+        f.graded() ? std::string(f.grade) + lengths.label.substr(f.name.size() - 4) : lengths.label;
+    panel.curves.push_back(
+        curve_of(lengths.rows, one_family ? grade : lengths.label, colour,
+                 lengths.dash + lengths.colour / int(std::size(kColours)) * int(!one_family), own));
+    const bool best = one_family && std::max(f.variant, 0) == 0 && lengths.dash == 1;
+    if ((best || !one_family) && any_is(lengths.rows, of_libm))
+      panel.curves.push_back(
+          curve_of(lengths.rows, best ? "libm" : "", best ? colour::kLibm : colour, 3, of_libm));
+    if (best && any_is(lengths.rows, of_sleef))
+      panel.curves.push_back(curve_of(lengths.rows, "SLEEF", colour::kSleef, 3, of_sleef));
   }
-  if (libm) plots += ", NaN with lines lw 1.5 dt 3 lc rgb '#606060' title 'libm'";
-  draw_svg(
-      path, 880, 480,
-      fmt::format(
-          "{}set logscale x\nset format x '%.0s%c'\n"
-          "set grid xtics lc rgb '#c8c8c8'\n"
-          "set xlabel 'elements'\nset key outside right top Left reverse noenhanced\n{}plot {}\n",
-          kCommon, data, plots));
+  if (!one_family && panel.curves.size() > all.size()) panel.y_label += " (libm dotted)";
+  return panel;
 }
 
 // ---- Bars ------------------------------------------------------------------------------------
@@ -158,19 +177,61 @@ static double peer(const Cluster& cluster) {
   return figure ? figure->minimum : NAN;
 }
 
-constexpr Series kSeries[] = {{"A24, A53 or exact", "#0072b2", grade<0>},
-                              {"A21, A50", "#56b4e9", grade<1>},
-                              {"A11", "#b3dcf2", grade<2>},
-                              {"SLEEF", "#e69f00", peer<&BenchRow::sleef>},
-                              {"libm", "#a0a0a0", peer<&BenchRow::libm>}};
+constexpr Series kSeries[] = {{"A24, A53 or exact", colour::kGrades[0], grade<0>},
+                              {"A21, A50", colour::kGrades[1], grade<1>},
+                              {"A11", colour::kGrades[2], grade<2>},
+                              {"SLEEF", colour::kSleef, peer<&BenchRow::sleef>},
+                              {"libm", colour::kLibm, peer<&BenchRow::libm>}};
 
-static void draw_bars(const std::string& path, const std::vector<BenchRow>& rows) {
-  const std::vector<Cluster> clusters = clusters_of(rows);
+// What a bar of a single cluster is.
+static std::string bar_name(const Series& series, const Cluster& cluster) {
+  for (const BenchRow* row : cluster.rows) {
+    const Function& f = *row->function;
+    if (series.colour == colour_of(f)) return std::string(f.graded() ? f.grade : f.name);
+  }
+  return series.title;
+}
+
+static std::vector<const Series*> shown_in(const std::vector<Cluster>& clusters) {
   std::vector<const Series*> shown;
   for (const Series& series : kSeries)
     if (std::any_of(clusters.begin(), clusters.end(),
                     [&](const Cluster& c) { return !std::isnan(series.value(c)); }))
       shown.push_back(&series);
+  return shown;
+}
+
+// One family's grades and what it is compared with, each with its name and figure.
+static void draw_one_cluster(const std::string& path, const Cluster& cluster,
+                             const std::string& small_print) {
+  const std::vector<const Series*> shown = shown_in({cluster});
+  std::string data, plots, names;
+  double most = 0;
+  for (size_t s = 0; s < shown.size(); ++s) {
+    const double cycles = shown[s]->value(cluster);
+    most = std::max(most, cycles);
+    names += fmt::format("{}\"{}\" {}", s ? ", " : "", bar_name(*shown[s], cluster), s);
+    data += fmt::format("$s{} << END\n{} {:.4g}\nEND\n", s, s, cycles);
+    plots += fmt::format(
+        "{0}$s{1} using 1:2 with boxes fs solid noborder lc rgb '{2}' notitle, $s{1} using "
+        "1:2:(sprintf('%.3g', $2)) with labels offset 0,0.7 notitle",
+        s ? ", " : "", s, shown[s]->colour);
+  }
+  draw_commands(path, 560, 340,
+                fmt::format("{}unset logscale y\nset border 3 lc rgb '#404040'\nset boxwidth 0.6\n"
+                            "set xtics ({}) noenhanced\nset xrange [-0.6:{}]\nset yrange [0:{}]\n"
+                            "set bmargin at screen 0.16\nunset key\n"
+                            "set title \"{}, arrays of {} elements\" noenhanced\n{}plot {}\n",
+                            kCommon, names, double(shown.size()) - 0.4, 1.15 * most, cluster.label,
+                            cluster.rows[0]->n, data, plots),
+                small_print);
+}
+
+static void draw_bars(const std::string& path, const std::vector<BenchRow>& rows,
+                      const std::string& small_print) {
+  const std::vector<Cluster> clusters = clusters_of(rows);
+  if (clusters.size() == 1) return draw_one_cluster(path, clusters[0], small_print);
+  const std::vector<const Series*> shown = shown_in(clusters);
   // A cluster fills 0.84 of its place, whichever of the series it has.
   std::string data, plots, labels;
   const double width = 0.84 / double(shown.size());
@@ -192,17 +253,41 @@ static void draw_bars(const std::string& path, const std::vector<BenchRow>& rows
                          s ? ", " : "", s, shown[s]->colour, shown[s]->title);
   }
   const int pixels = std::clamp(140 + int(clusters.size() * (shown.size() * 7 + 6)), 560, 1500);
-  draw_svg(path, pixels, 460,
-           fmt::format("{}set boxwidth {:.4f}\n"
-                       "set xtics rotate by -45 ({}) noenhanced\nset xrange [-0.7:{}]\n"
-                       "set key outside top center horizontal Left reverse samplen 2\n{}plot {}\n",
-                       kCommon, width * 0.94, labels, double(clusters.size()) - 0.3, data, plots));
+  draw_commands(
+      path, pixels, 486,
+      fmt::format("{}set boxwidth {:.4f}\n"
+                  "set xtics rotate by -45 ({}) noenhanced\nset xrange [-0.7:{}]\n"
+                  "set key outside top center horizontal Left reverse samplen 2\n"
+                  "set bmargin at screen 0.25\n{}plot {}\n",
+                  kCommon, width * 0.94, labels, double(clusters.size()) - 0.3, data, plots),
+      small_print);
 }
 
-void draw_bench(const std::string& path, const std::vector<BenchRow>& rows) {
+bool has_several_lengths(const std::vector<BenchRow>& rows) {
   const Function* const first = rows.front().function;
-  const bool lengths = std::any_of(rows.begin(), rows.end(), [&](const BenchRow& row) {
+  return std::any_of(rows.begin(), rows.end(), [&](const BenchRow& row) {
     return row.function == first && row.threads == rows.front().threads && row.n != rows.front().n;
   });
-  lengths ? draw_curves(path, rows) : draw_bars(path, rows);
+}
+
+void draw_bench(const std::string& path, const std::vector<BenchRow>& rows,
+                const std::string& small_print) {
+  has_several_lengths(rows) ? draw(path, {speed_panel(rows)}, 1, small_print)
+                            : draw_bars(path, rows, small_print);
+}
+
+std::string bench_text(const std::vector<BenchRow>& rows, const std::string& small_print) {
+  if (has_several_lengths(rows)) return draw_text({speed_panel(rows)}, small_print);
+  std::string text = "core cycles per element\n";
+  double most = 0;
+  const std::vector<Cluster> clusters = clusters_of(rows);
+  for (const Cluster& cluster : clusters)
+    for (const Series* series : shown_in({cluster})) most = std::max(most, series->value(cluster));
+  for (const Cluster& cluster : clusters)
+    for (const Series* series : shown_in({cluster})) {
+      const double cycles = series->value(cluster);
+      text += fmt::format("{:<14} {:<16} {:>8.2f} {}\n", cluster.label, bar_name(*series, cluster),
+                          cycles, std::string(size_t(std::lround(36 * cycles / most)), '#'));
+    }
+  return text + small_print + "\n";
 }

@@ -152,3 +152,8 @@ Json summary_json(const BenchSummary& summary) {
   if (summary.mean_of == 0) json["mean_libm_ratio"] = nullptr;
   return json;
 }
+
+std::string measured_on(const Json& document) {
+  return fmt::format("{}, {}; {}", document.value("processor", "unknown processor"),
+                     document.value("date", "unknown date"), document.value("libm", "libm"));
+}

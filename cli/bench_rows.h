@@ -8,6 +8,7 @@
 #include "catalog/goals.h"
 #include "catalog/lookup.h"
 #include "cli/cli.h"
+#include "cli/plot.h"
 
 #include <optional>
 
@@ -55,8 +56,28 @@ constexpr double kNoise = 0.05;  // measurements of one computation differ by le
 BenchSummary summarize(const std::vector<BenchRow>& rows);
 Json summary_json(const BenchSummary& summary);
 
+// What a file of `luxvm bench --json` holds; a Failure if that is none.
+struct BenchFile {
+  Json document;
+  std::vector<BenchRow> rows;
+};
+BenchFile read_bench_file(const std::string& path);
+
+// Of arrays of these lengths, beside the C library and SLEEF.
+std::vector<BenchRow> measure_lengths(const std::vector<const Function*>& functions,
+                                      const std::vector<std::string>& lengths,
+                                      int32_t milliseconds);
+
 // Cycles over the length where a function was measured at several, otherwise a bar for each export.
 constexpr size_t kMostCurves = 16;
-void draw_bench(const std::string& path, const std::vector<BenchRow>& rows);
+void require_few_curves(size_t curves);
+bool has_several_lengths(const std::vector<BenchRow>& rows);
+Panel speed_panel(const std::vector<BenchRow>& rows);
+void draw_bench(const std::string& path, const std::vector<BenchRow>& rows,
+                const std::string& small_print);
+std::string bench_text(const std::vector<BenchRow>& rows, const std::string& small_print);
+
+// "Intel ..., 2026-12-31": the machine and day of those figures.
+std::string measured_on(const Json& document);
 
 #endif

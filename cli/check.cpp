@@ -8,6 +8,7 @@
 #include "cli/cli.h"
 #include "cli/command_line.h"
 #include "cli/files.h"
+#include "cli/json_formats.h"
 
 #include <dlfcn.h>
 #include <fmt/format.h>
@@ -267,6 +268,7 @@ static Json function_json(const Checked& c) {
 static Json summary_json(const Summary& s) {
   const LibraryVersion* v = luxvmGetLibVersion();
   Json document{
+      {"format", format_json("luxvm-check")},
       {"passed", s.passed()},
       {"library",
        {{"path", s.library},

@@ -5,6 +5,7 @@
 #include "cli/command_line.h"
 #include "cli/files.h"
 #include "cli/json_file.h"
+#include "cli/json_formats.h"
 
 #include <fmt/format.h>
 
@@ -61,6 +62,7 @@ static Measurement read_measurement(const std::string& path) {
   try {
     const Json document = parse_json(text);
     measurement.speed = document.is_object() && document.contains("rows");
+    require_format(document, measurement.speed ? "luxvm-bench" : "luxvm-accuracy");
     for (const Json& entry : array_in(document, measurement.speed ? "rows" : "functions")) {
       measurement.speed ? check_speed(entry) : check_accuracy(entry);
       const std::string name = measurement.speed ? timed_name(entry) : name_of(entry);

@@ -4,6 +4,7 @@
 #include "catalog/thread_count.h"
 #include "cli/cli.h"
 #include "cli/command_line.h"
+#include "cli/json_formats.h"
 #include "cli/machine.h"
 #include "luxvmk3.h"
 
@@ -155,7 +156,8 @@ static void env(bool json) {
   const Machine machine = probe_machine();
   if (json) {
     const char* const source = thread_source();
-    return print_json({{"library", version_json()},
+    return print_json({{"format", format_json("luxvm-env")},
+                       {"library", version_json()},
                        {"processor", processor_json(machine)},
                        {"threads", bench::thread_count()},
                        {"threads_source", source ? Json(source) : Json()},

@@ -4,6 +4,7 @@
 #include "catalog/lookup.h"
 #include "cli/cli.h"
 #include "cli/command_line.h"
+#include "cli/json_formats.h"
 #include "cli/numbers.h"
 #include "cli/reports.h"
 
@@ -94,11 +95,9 @@ static void print_call_json(const Call& call) {
                        {"meaning", code_meaning(report.code)},
                        {"index", report.index},
                        {"name", report.name}});
-  Json document{{"function", f.name},
-                {"status", call.status},
-                {"meaning", status_meaning(f, call.status)},
-                {"elements", elements},
-                {"reports", reports}};
+  Json document{
+      {"format", format_json("luxvm-eval")},       {"function", f.name},   {"status", call.status},
+      {"meaning", status_meaning(f, call.status)}, {"elements", elements}, {"reports", reports}};
   if (f.shape.scalar) document["scalar"] = element_json(call.scalar.data(), f.type);
   print_json(document);
 }

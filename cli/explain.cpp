@@ -5,6 +5,7 @@
 #include "catalog/lookup.h"
 #include "cli/cli.h"
 #include "cli/command_line.h"
+#include "cli/json_formats.h"
 #include "cli/machine.h"
 #include "cli/numbers.h"
 
@@ -64,7 +65,8 @@ static std::string why_never(const Function& f, const Decision& d, const Machine
 }
 
 static Json decision_json(const Function& f, const Decision& d, const Machine& m) {
-  Json document{{"function", f.name},
+  Json document{{"format", format_json("luxvm-explain")},
+                {"function", f.name},
                 {"n", d.n},
                 {"threads", d.threads},
                 {"threshold", nullptr},

@@ -6,6 +6,7 @@
 #include "accuracy/promises.h"
 #include "cli/files.h"
 #include "cli/json_file.h"
+#include "cli/json_formats.h"
 #include "cli/machine.h"
 #include "conformance/result_hash.h"
 
@@ -21,6 +22,7 @@ static Json read_figures(const std::string& path) {
   if (stat(path.c_str(), &status) != 0) return Json::object();
   try {
     Json figures = parse_json(read_file(path));
+    require_format(figures, "luxvm-figures");
     for (const Json& computation : array_in(figures, "computations")) {
       text_in(computation, "family");
       text_in(computation, "type");
@@ -143,7 +145,8 @@ static void keep(Json& now, const Json& known, bool whole_line) {
 
 // A line for each error, so that changes are seen.
 static std::string text_of(const Json& figures) {
-  std::string text = "{\"computations\": [\n";
+  std::string text =
+      fmt::format("{{\"format\": {},\n\"computations\": [\n", format_json("luxvm-figures").dump());
   const Json& all = figures.at("computations");
   for (size_t i = 0; i < all.size(); ++i) {
     Json head = all[i];

@@ -4,6 +4,7 @@
 #include "catalog/lookup.h"
 #include "cli/cli.h"
 #include "cli/command_line.h"
+#include "cli/json_formats.h"
 
 #include <fmt/format.h>
 
@@ -24,9 +25,9 @@ static void print_line(const Function& f) {
 static void list(const std::vector<std::string>& patterns, bool json) {
   const std::vector<const Function*> shown = find_functions(patterns);
   if (json) {
-    Json document = Json::array();
-    for (const Function* function : shown) document.push_back(as_json(*function));
-    return print_json(document);
+    Json functions = Json::array();
+    for (const Function* function : shown) functions.push_back(as_json(*function));
+    return print_json({{"format", format_json("luxvm-list")}, {"functions", functions}});
   }
   fmt::print("{}\n", paint(Colour::strong, "name                   type  shape  row variant"));
   for (const Function* function : shown) print_line(*function);

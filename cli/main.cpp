@@ -93,6 +93,7 @@ static void run(const std::vector<std::string>& arguments) {
       "  luxvm explain luxsExp_32f_A24 --n 1e6 --threads 2\n"
       "  luxvm check\n"
       "  luxvm bench Exp --compare\n"
+      "  luxvm plot Erfc_64f --error -o erfc.svg\n"
       "`luxvm help COMMAND` tells more about each command.\n"
       "Exit codes: 0 all is well; 1 a check failed, or `diff` found something worse; 2 nothing "
       "was\n"
@@ -107,6 +108,8 @@ static void run(const std::vector<std::string>& arguments) {
   add_diff(program);
   add_check(program);
   add_bench(program);
+  add_plot(program);
+  add_formats(program);
   std::string command;
   program.add_subcommand("help", "Tell about the program or a command")
       ->add_option("command", command, "The command");

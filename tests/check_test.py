@@ -41,7 +41,7 @@ class Sound(unittest.TestCase):
     def test_every_built_function_is_checked(self):
         document, functions = sound_library()
         listed = subprocess.run([BIN / "luxvm", "list", "--json"], capture_output=True, text=True)
-        self.assertEqual(list(functions), [f["name"] for f in json.loads(listed.stdout)])
+        self.assertEqual(list(functions), [f["name"] for f in json.loads(listed.stdout)["functions"]])
         self.assertEqual(Path(document["library"]["path"]), LIBRARY)
         self.assertEqual(document["missing"], [])
         for name, f in functions.items():

@@ -39,7 +39,7 @@ def arguments():
 
 def function_list(luxvm):
     return json.loads(subprocess.run([luxvm, "list", "--json"], check=True,
-                                     stdout=subprocess.PIPE).stdout)
+                                     stdout=subprocess.PIPE).stdout)["functions"]
 
 
 def curve_names(functions, type_name):
