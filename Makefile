@@ -12,8 +12,12 @@ SEED = $(shell date +%s)
 SPEED = $(wildcard $(BUILD)/speed/*.json)
 # What to build; empty for everything.
 TARGETS =
+# For CMake, at the first build: OPTIONS="-DLUXVM_TOOLS=OFF" builds the libraries alone.
+OPTIONS =
+# What `make install PREFIX=...` installed, for each prefix.
+MANIFEST = $(BUILD)/installed$(PREFIX)/manifest.txt
 
-.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench plots hashes abi docs docs-check install format clean
+.PHONY: help deps build run examples test slow test-slow fuzz asan accuracy accuracy-quick bench plots hashes abi docs docs-check install uninstall deb deb-test format clean
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -22,7 +26,7 @@ deps:        ## install the packages that the build needs (Debian)
 	@tools/deps.sh
 
 $(BUILD)/CMakeCache.txt:
-	cmake --preset $(PRESET)
+	cmake --preset $(PRESET) $(OPTIONS)
 
 build: $(BUILD)/CMakeCache.txt  ## configure and build, without looking for packages
 	cmake --build --preset $(PRESET) --parallel $(JOBS) $(TARGETS:%=--target %)
@@ -30,6 +34,10 @@ build: $(BUILD)/CMakeCache.txt  ## configure and build, without looking for pack
 run: deps    ## build, then show the library at work on a data file
 	@$(MAKE) --no-print-directory build TARGETS="luxvm first watch_reports compare_libm"
 	examples/run_demo.sh $(BUILD)/bin
+
+examples: deps  ## build and run the examples in C, C++ and Fortran, beside libm
+	@$(MAKE) --no-print-directory build TARGETS=examples
+	examples/run_examples.sh $(BUILD)/bin
 
 test: deps   ## build and run the fast tests
 	@$(MAKE) --no-print-directory build
@@ -43,7 +51,7 @@ test-slow: slow
 
 fuzz: deps   ## try the promises over random patterns for SECONDS (60), from SEED (the time)
 	@$(MAKE) --no-print-directory build TARGETS=fuzz
-	$(BUILD)/bin/fuzz --seconds $(SECONDS) --seed $(SEED)
+	$(BUILD)/bin/fuzz --seconds $(SECONDS) --seed $(SEED) --keep tests/findings.txt
 
 asan: deps   ## build with the sanitizers and run the tests under them
 	@$(MAKE) --no-print-directory build PRESET=asan-ubsan
@@ -83,9 +91,22 @@ docs:        ## build the site of the documents, build/site/index.html; with wha
 docs-check: docs  ## look at the site in headless Chromium: links, console, search; pictures in build/screenshots
 	/usr/bin/python3 tools/docs_check.py build/site --screenshots build/screenshots
 
-install: deps  ## install under PREFIX (/usr/local), below DESTDIR if set
-	@$(MAKE) --no-print-directory build
-	cmake --install $(BUILD) --prefix $(PREFIX)
+# Neither looks for packages: what is missing is told by CMake.
+install:     ## build and install under PREFIX (/usr/local), below DESTDIR if set
+	@$(MAKE) --no-print-directory build TARGETS=installed
+	umask 022 && cmake --install $(BUILD) --prefix $(PREFIX)
+	@mkdir -p $(dir $(MANIFEST)) && cp $(BUILD)/install_manifest.txt $(MANIFEST)
+
+uninstall:   ## remove what was installed under PREFIX, below DESTDIR if set
+	cmake -D MANIFEST=$(abspath $(MANIFEST)) -P cmake/uninstall.cmake
+
+deb:         ## build the Debian packages, into build/deb
+	@tools/deps.sh deb
+	tools/deb.sh build/deb
+
+deb-test:    ## build them twice, compare, install, use and purge them (as root)
+	@tools/deps.sh deb
+	tools/deb_test.sh
 
 format:      ## lay out all C and C++ files
 	tools/format.sh

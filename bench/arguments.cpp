@@ -1,28 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "bench/arguments.h"
 
-#include "catalog/intervals.h"
+#include "catalog/number_format.h"
 
 #include <math.h>
 #include <string.h>
 
 #include <algorithm>
 #include <limits>
-#include <random>
 #include <stdexcept>
 
 namespace bench {
 namespace {
 
 constexpr size_t kPageBytes = 4096;
-
-double draw(const Interval& interval, std::mt19937& random) {
-  std::uniform_real_distribution<double> unit(0, 1);
-  if (interval.spread == UNIFORM)
-    return interval.low + (interval.high - interval.low) * unit(random);
-  const double magnitude = interval.low * pow(interval.high / interval.low, unit(random));
-  return interval.spread == SIGNED && unit(random) < 0.5 ? -magnitude : magnitude;
-}
 
 void put(char* to, const ElementType& type, double value) {
   const float narrow = float(value);
@@ -33,6 +24,13 @@ void put(char* to, const ElementType& type, double value) {
 }
 
 }  // namespace
+
+double draw(const Interval& interval, Random& random) {
+  if (interval.spread == UNIFORM)
+    return interval.low + (interval.high - interval.low) * random.unit();
+  const double magnitude = interval.low * pow(interval.high / interval.low, random.unit());
+  return interval.spread == SIGNED && random.unit() < 0.5 ? -magnitude : magnitude;
+}
 
 bool has_large_arguments(const Function& function) { return large_interval(function) != nullptr; }
 
@@ -51,15 +49,24 @@ Arguments::Arguments(const Function& function, const Filling& filling) {
   const auto place = [&](size_t array) { return base + array * stride; };
 
   const Typical& input = typical_of(function);
-  std::mt19937 random(20);
+  Random random{20};
   for (int source = 0; source < 2; ++source) {
-    const Share share = input.special_source == source + 1 ? filling.special : Share{};
+    const bool both = filling.elements;
+    const Share share = both || input.special_source == source + 1 ? filling.special : Share{};
+    size_t next = 0;
     const Interval& interval =
         filling.large && source == 0 ? *large_interval(function) : input.source[source];
     char* to = place(size_t(source));
-    for (int32_t i = 0; i < filling.n; ++i)
+    for (int32_t i = 0; i < filling.n; ++i) {
+      const bool special = share.holds(i);
+      const Element* const element =
+          both && special ? &(*filling.elements)[next++ % filling.elements->size()] : nullptr;
       for (int part = 0; part < type.parts; ++part, to += type.width)
-        put(to, type, share.holds(i) ? input.special : draw(interval, random));
+        if (element)
+          store_bits(to, element->operand[source][size_t(part)], type.width);
+        else
+          put(to, type, special ? input.special : draw(interval, random));
+    }
   }
   arrays = {{place(0), place(1)}, {place(2), count == 4 ? place(3) : nullptr}, place(1)};
 }

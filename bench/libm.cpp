@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
 // What a program does without the library: a loop over the C library's scalar function.
+#include "bench/loops.h"
 #include "bench/measure.h"
 #include "catalog/require.h"
 
-#include <math.h>
 #include <stdlib.h>
 #include <string.h>
 #include <unistd.h>
@@ -15,86 +15,37 @@
 namespace bench {
 namespace {
 
-using Complex32 = _Complex float;
-using Complex64 = _Complex double;
+constexpr bool REAL = false, COMPLEX = true;
 
-// One body for every shape: STEP(i) computes element i.
-#define LOOP(name, E, STEP)                                                         \
-  void name(const Arrays& arrays, int32_t len, int32_t times) {                     \
-    [[maybe_unused]] const E* const src1 = static_cast<const E*>(arrays.source[0]); \
-    [[maybe_unused]] const E* const src2 = static_cast<const E*>(arrays.source[1]); \
-    [[maybe_unused]] E* const dst1 = static_cast<E*>(arrays.destination[0]);        \
-    [[maybe_unused]] E* const dst2 = static_cast<E*>(arrays.destination[1]);        \
-    for (; times > 0; --times) {                                                    \
-      for (int32_t i = 0; i < len; ++i) {                                           \
-        STEP;                                                                       \
-      }                                                                             \
-      asm volatile("" ::: "memory");                                                \
-    }                                                                               \
-  }
-
-#define REAL_STEPS(F, single_step, double_step) \
-  LOOP(F##_32f, float, single_step)             \
-  LOOP(F##_64f, double, double_step)
-#define REAL_NONE(F, name)
-#define REAL_UNARY(F, name) REAL_STEPS(F, dst1[i] = name##f(src1[i]), dst1[i] = name(src1[i]))
-#define REAL_BINARY(F, name) \
-  REAL_STEPS(F, dst1[i] = name##f(src1[i], src2[i]), dst1[i] = name(src1[i], src2[i]))
-#define REAL_SCALAR_SECOND(F, name) \
-  REAL_STEPS(F, dst1[i] = name##f(src1[i], src2[0]), dst1[i] = name(src1[i], src2[0]))
-#define REAL_RECIPROCAL(F, name) \
-  REAL_STEPS(F, dst1[i] = 1 / name##f(src1[i]), dst1[i] = 1 / name(src1[i]))
-#define REAL_TWO_RESULTS(F, name) \
-  REAL_STEPS(F, name##f(src1[i], dst1 + i, dst2 + i), name(src1[i], dst1 + i, dst2 + i))
-#define REAL_FRACTION_RETURNED(F, name) \
-  REAL_STEPS(F, dst2[i] = name##f(src1[i], dst1 + i), dst2[i] = name(src1[i], dst1 + i))
-
-// C++ hides the C library's complex functions; __builtin_csqrt and so on call them.
-#define COMPLEX_STEPS(F, single_step, double_step) \
-  LOOP(F##_32fc, Complex32, single_step)           \
-  LOOP(F##_64fc, Complex64, double_step)
-#define COMPLEX_NONE(F, name)
-#define COMPLEX_UNARY(F, name) \
-  COMPLEX_STEPS(F, dst1[i] = __builtin_##name##f(src1[i]), dst1[i] = __builtin_##name(src1[i]))
-#define COMPLEX_BINARY(F, name)                                     \
-  COMPLEX_STEPS(F, dst1[i] = __builtin_##name##f(src1[i], src2[i]), \
-                dst1[i] = __builtin_##name(src1[i], src2[i]))
-#define COMPLEX_SCALAR_SECOND(F, name)                              \
-  COMPLEX_STEPS(F, dst1[i] = __builtin_##name##f(src1[i], src2[0]), \
-                dst1[i] = __builtin_##name(src1[i], src2[0]))
-
-#define LUX_LIBM(F, kind, loop, name) kind##_##loop(F, name)
+// Whether the records say what to compare with, even if that is nothing.
+constexpr bool has_record(std::string_view family, bool complex) {
+  struct Row {
+    std::string_view family;
+    bool complex;
+  };
+  constexpr Row kRows[] = {
+#define LUX_LIBM(F, kind, loop, name) {#F, kind},
 #include "core/functions.def"
-#undef REAL_STEPS
-#undef COMPLEX_STEPS
-#undef REAL_NONE
-#undef COMPLEX_NONE
-
-struct Row {
-  std::string_view family, type;
-  void (*run)(const Arrays& arrays, int32_t len, int32_t times);  // null where there is none
-};
-
-constexpr Row kRows[] = {
-#define REAL_STEPS(F, single_step, double_step) {#F, "32f", F##_32f}, {#F, "64f", F##_64f},
-#define COMPLEX_STEPS(F, single_step, double_step) {#F, "32fc", F##_32fc}, {#F, "64fc", F##_64fc},
-#define REAL_NONE(F, name) {#F, "32f", nullptr}, {#F, "64f", nullptr},
-#define COMPLEX_NONE(F, name) {#F, "32fc", nullptr}, {#F, "64fc", nullptr},
-#define LUX_LIBM(F, kind, loop, name) kind##_##loop(F, name)
-#include "core/functions.def"
-};
-
-constexpr const Row* find(std::string_view family, std::string_view type) {
+  };
   for (const Row& row : kRows)
-    if (row.family == family && row.type == type) return &row;
-  return nullptr;
+    if (row.family == family && row.complex == complex) return true;
+  return false;
 }
 
-#define LUX_FUNCTION(F, type)  \
-  LUX_REQUIRE(find(#F, #type), \
-              #F " " #type     \
+#define LUX_FUNCTION(F, type)                    \
+  LUX_REQUIRE(has_record(#F, is_complex(#type)), \
+              #F " " #type                       \
                  ": no LUX_LIBM in core/functions.def; where the C library has none, NONE");
 #include "core/functions.def"
+
+Peer find_loop(const PlainLoops& loops, const char* name, const Function& function) {
+  for (const PlainLoop* row = loops.first; row != loops.last; ++row)
+    if (row->run && function.is(row->family, row->type))
+      return {name, [run = row->run](const Arrays& arrays, int32_t len, int32_t times) {
+                run(arrays.source, arrays.destination, len, times);
+              }};
+  return {};
+}
 
 constexpr char kTunables[] = "GLIBC_TUNABLES", kWithoutSse2[] = "glibc.cpu.hwcaps=-SSE2";
 
@@ -108,9 +59,11 @@ std::vector<std::string> command_line() {
 
 }  // namespace
 
-Peer find_libm(const Function& function) {
-  const Row* const row = find(function.family, function.type.name);
-  return row->run ? Peer{"libm", row->run} : Peer{};
+Peer find_libm(const Function& function) { return find_loop(kLoops387, "gcc -m32 -O2", function); }
+
+Peer find_libm_sse2(const Function& function) {
+  if (!__builtin_cpu_supports("sse2")) return {};
+  return find_loop(kLoopsSse2, "gcc -m32 -O2 -msse2 -mfpmath=sse", function);
 }
 
 bool sse2_variants_left_out() {

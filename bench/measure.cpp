@@ -3,6 +3,7 @@
 
 #include <math.h>
 #include <time.h>
+#include <immintrin.h>
 #include <x86intrin.h>
 
 #include <algorithm>
@@ -25,7 +26,15 @@ double now() {
   return double(time.tv_sec) + 1e-9 * double(time.tv_nsec);
 }
 
+__attribute__((target("avx"))) void clear_by_avx() { _mm256_zeroupper(); }
+
+void clear_upper_halves() {
+  static const bool has_them = __builtin_cpu_supports("avx");
+  if (has_them) clear_by_avx();
+}
+
 uint64_t ticks(const Loop& loop, int32_t times) {
+  clear_upper_halves();
   const uint64_t start = __rdtsc();
   loop(times);
   return __rdtsc() - start;
@@ -97,6 +106,7 @@ Figure measure(const Loop& loop, int32_t milliseconds) {
 double ticks_per_cycle() {
   constexpr int32_t kTurns = 200, kLinks = 16;
   uint64_t least = std::numeric_limits<uint64_t>::max();
+  clear_upper_halves();
   for (int i = 0; i < 3; ++i) {
     int32_t turns = kTurns, link = 0;
     const uint64_t start = __rdtsc();

@@ -1,31 +1,30 @@
 // SPDX-License-Identifier: MIT
 //
-// Compiled for SSE2. Everything is private to the file and no standard class is used: the linker
-// could otherwise take an inline function from here for code that must run without SSE2.
+// LUX_BYTES is the size of the registers, LUX_SLEEF_SET the name of what a compilation gives. Everything
+// else is private to the file and no standard class is used: the linker could otherwise take an inline
+// function from here for code that must run without these instructions.
 #include "bench/sleef_loops.h"
 
-#include <emmintrin.h>
+#include <string.h>
 
 namespace bench {
 namespace {
 
-struct Singles {
-  using E = float;
-  using V = __m128;
-  static constexpr int32_t kLanes = 4;
-  static V load(const E* from) { return _mm_loadu_ps(from); }
-  static V all(E value) { return _mm_set1_ps(value); }
-  static void store(E* to, V value) { _mm_storeu_ps(to, value); }
+template <class Element>
+struct Lanes {
+  using E = Element;
+  typedef E V __attribute__((vector_size(LUX_BYTES)));
+  static constexpr int32_t kLanes = LUX_BYTES / sizeof(E);
+  static V load(const E* from) {
+    V value;
+    memcpy(&value, from, sizeof value);
+    return value;
+  }
+  static V all(E value) { return V{} + value; }
+  static void store(E* to, V value) { memcpy(to, &value, sizeof value); }
 };
-
-struct Doubles {
-  using E = double;
-  using V = __m128d;
-  static constexpr int32_t kLanes = 2;
-  static V load(const E* from) { return _mm_loadu_pd(from); }
-  static V all(E value) { return _mm_set1_pd(value); }
-  static void store(E* to, V value) { _mm_storeu_pd(to, value); }
-};
+using Singles = Lanes<float>;
+using Doubles = Lanes<double>;
 
 template <class T>
 struct Two {
@@ -115,9 +114,7 @@ constexpr SleefLoops loops() {
 
 }  // namespace
 
-const SleefLoops kSleefUnary = loops<Unary>(), kSleefBinary = loops<Binary>(),
-                 kSleefScalarSecond = loops<ScalarSecond, true>(),
-                 kSleefTwoResults = loops<TwoResults>(),
-                 kSleefTwoResultsSwapped = loops<TwoResultsSwapped>();
+const SleefSet LUX_SLEEF_SET = {loops<Unary>(), loops<Binary>(), loops<ScalarSecond, true>(),
+                                loops<TwoResults>(), loops<TwoResultsSwapped>()};
 
 }  // namespace bench

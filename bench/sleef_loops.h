@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Loops over functions of four singles or two doubles; the only code here that needs SSE2.
+// Loops over functions of whole vector registers: one source, compiled for each size of register.
 #ifndef LUX_BENCH_SLEEF_LOOPS_H
 #define LUX_BENCH_SLEEF_LOOPS_H
 
@@ -15,8 +15,11 @@ struct SleefLoops {
   SleefLoop *single_loop, *double_loop;
 };
 
-extern const SleefLoops kSleefUnary, kSleefBinary, kSleefScalarSecond, kSleefTwoResults,
-    kSleefTwoResultsSwapped;
+struct SleefSet {
+  SleefLoops unary, binary, scalar_second, two_results, two_results_swapped;
+};
+
+extern const SleefSet kSleefSse2, kSleefAvx2, kSleefAvx512;
 
 }  // namespace bench
 

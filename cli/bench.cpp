@@ -3,6 +3,8 @@
 // luxvm bench: core cycles per element, beside the goals and other implementations.
 #include "bench/arguments.h"
 #include "catalog/thread_count.h"
+#include "cli/bench_child.h"
+#include "cli/bench_cliffs.h"
 #include "cli/bench_rows.h"
 #include "cli/checkpoint.h"
 #include "cli/command_line.h"
@@ -16,9 +18,6 @@
 
 #include <fmt/format.h>
 #include <gnu/libc-version.h>
-#include <signal.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cmath>
@@ -31,7 +30,9 @@ struct BenchOptions {
   std::vector<std::string> patterns, lengths{"2000"};
   std::vector<int32_t> threads{1}, offsets{0};
   std::string special, json, plot, from;
-  bool large = false, compare = false, resume = false;
+  bool large = false, compare = false, without_sse2 = false, resume = false;
+  bool cliffs = false;
+  std::string csv;
   int32_t milliseconds = 60, passes = 1;
 };
 
@@ -173,79 +174,35 @@ static BenchRow measure_point(const Function& function, int32_t threads, int32_t
     const bench::Arguments plain(function, {n, offset, {}, false});
     row.plain = calls(plain.arrays, n);
   }
-  if (options.compare) {
-    row.libm = peer(bench::find_libm(function));
-    const bench::Peer sleef = bench::find_sleef(function);
-    row.sleef = peer(sleef);
-    row.sleef_name = sleef.name;
-  }
+  if (options.compare)
+    for (const Alternative& alternative : kAlternatives)
+      row.*alternative.figure = peer(alternative.find(function));
   return row;
 }
 
 using TakeRow = std::function<void(const BenchRow& row)>;
 
-// The threshold of a function is fixed by its first call, and what crashes must not take the other
-// figures along: so a child measures and sends a line of JSON for each row.
 static void measure_in_child(const Function& function, int32_t threads, const BenchOptions& options,
                              const TakeRow& take) {
-  int ends[2];
-  if (pipe(ends) != 0) throw Failure(fmt::format("cannot make a pipe: {}", strerror(errno)));
-  fflush(stdout);
-  const pid_t parent = getpid(), child = fork();
-  if (child < 0) throw Failure(fmt::format("cannot start a process: {}", strerror(errno)));
-  if (child == 0) {
-    close(ends[0]);
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
-    if (getppid() != parent) _exit(1);
-    FILE* const to = fdopen(ends[1], "w");
-    const auto send = [&](const Json& line) {
-      fmt::print(to, "{}\n", line.dump());
-      fflush(to);
-    };
-    try {
-      bench::set_thread_count(threads);
-      for (int32_t offset : options.offsets)
-        for (int32_t n : lengths_for(options, function, threads))
-          send(row_json(measure_point(function, threads, n, offset, options)));
-    } catch (const std::bad_alloc&) {
-      send({{"error", "not enough memory for its arrays"}});
-    } catch (const std::exception& error) {
-      send({{"error", error.what()}});
-    }
-    _exit(0);
-  }
-  close(ends[1]);
-  const std::unique_ptr<FILE, int (*)(FILE*)> from(fdopen(ends[0], "r"), fclose);
-  std::string error;
-  char* line = nullptr;
-  size_t size = 0;
-  while (getline(&line, &size, from.get()) > 0) {
-    Json json;
-    try {
-      json = Json::parse(line);
-    } catch (const Json::exception&) {
-      continue;
-    }
-    if (json.contains("error"))
-      error = json["error"];
-    else
-      take(row_from_json(json));
-  }
-  free(line);
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
-  if (WIFSIGNALED(status))
-    throw CheckFailed(fmt::format("{}: {}", function.name, strsignal(WTERMSIG(status))));
-  if (!error.empty()) throw Failure(fmt::format("{}: {}", function.name, error));
+  run_in_child(
+      function,
+      [&](const SendLine& send) {
+        bench::set_thread_count(threads);
+        for (int32_t offset : options.offsets)
+          for (int32_t n : lengths_for(options, function, threads))
+            send(row_json(measure_point(function, threads, n, offset, options)));
+      },
+      [&](const Json& line) { take(row_from_json(line)); });
 }
 
 // ---- The table -------------------------------------------------------------------------------
 
 struct Column {
   std::string title;
-  std::string (*text)(const BenchRow& row);
+  std::function<std::string(const BenchRow& row)> text;
 };
+
+static size_t width_of(const Column& column) { return std::max<size_t>(8, column.title.size()); }
 
 static std::string cycles(double value) {
   return std::isnan(value) ? "?" : fmt::format("{:.{}f}", value, value < 99.995 ? 2 : 1);
@@ -260,7 +217,8 @@ static std::string ratio_text(const BenchRow& row, const std::optional<Figure>& 
 }
 
 struct Shown {
-  bool goals, sleef;
+  bool goals;
+  std::vector<const Alternative*> alternatives;
 };
 
 static Shown shown_by(const BenchOptions& options, const std::vector<const Function*>& functions) {
@@ -274,14 +232,17 @@ static Shown shown_by(const BenchOptions& options, const std::vector<const Funct
   row.n = options.lengths.size() == 1 && lengths.size() == 1 ? lengths[0] : 0;
   row.special_elements = !options.special.empty();
   row.large = options.large;
-  return {any([&](const Function* f) { return row.function = f, row.goal() > 0; }),
-          options.compare && any([](const Function* f) { return !!bench::find_sleef(*f).run; })};
+  Shown shown{any([&](const Function* f) { return row.function = f, row.goal() > 0; }), {}};
+  for (const Alternative& alternative : kAlternatives)
+    if (options.compare && any([&](const Function* f) { return !!alternative.find(*f).run; }))
+      shown.alternatives.push_back(&alternative);
+  return shown;
 }
 
 // The columns that tell the rows of a run apart, and what was asked for.
 static std::vector<Column> columns_for(const BenchOptions& options, Shown shown) {
   std::vector<Column> columns;
-  const auto add = [&](bool wanted, const char* title, std::string (*text)(const BenchRow&)) {
+  const auto add = [&](bool wanted, const char* title, auto text) {
     if (wanted) columns.push_back({title, text});
   };
   using Row = const BenchRow&;
@@ -300,10 +261,10 @@ static std::vector<Column> columns_for(const BenchOptions& options, Shown shown)
   add(!options.special.empty(), "plain", [](Row r) { return optional_cycles(r.plain); });
   add(!options.special.empty(), "special",
       [](Row r) { return r.plain ? fmt::format("{:.0f}", r.cycles_of_a_special_element()) : "-"; });
-  add(options.compare, "libm", [](Row r) { return optional_cycles(r.libm); });
-  add(options.compare, "ratio", [](Row r) { return ratio_text(r, r.libm); });
-  add(shown.sleef, "SLEEF", [](Row r) { return optional_cycles(r.sleef); });
-  add(shown.sleef, "ratio", [](Row r) { return ratio_text(r, r.sleef); });
+  for (const Alternative* a : shown.alternatives) {
+    add(true, a->title, [figure = a->figure](Row r) { return optional_cycles(r.*figure); });
+    add(true, "ratio", [figure = a->figure](Row r) { return ratio_text(r, r.*figure); });
+  }
   return columns;
 }
 
@@ -322,7 +283,8 @@ static void print_machine(const Json& document, const BenchOptions& options) {
 
 static void print_header(const std::vector<Column>& columns) {
   std::string line = fmt::format("{:<22}", "cycles per element");
-  for (const Column& column : columns) line += fmt::format(" {:>8}", column.title);
+  for (const Column& column : columns)
+    line += fmt::format(" {:>{}}", column.title, width_of(column));
   fmt::print("{}\n", paint(Colour::strong, line));
 }
 
@@ -335,7 +297,7 @@ static Colour colour_of(const BenchRow& row) {
 static void print_row(const BenchRow& row, const std::vector<Column>& columns) {
   fmt::print("{:<22}", row.function->name);
   for (const Column& column : columns) {
-    const std::string text = fmt::format(" {:>8}", column.text(row));
+    const std::string text = fmt::format(" {:>{}}", column.text(row), width_of(column));
     fmt::print("{}",
                row.goal() > 0 && column.title == "minimum" ? paint(colour_of(row), text) : text);
   }
@@ -356,6 +318,16 @@ static void print_names(const char* what, const Json& names) {
   fmt::print("{} {}\n", paint(Colour::warning, what), list);
 }
 
+static std::string legend_of(const Alternative& alternative) {
+  const std::string name = alternative.name;
+  const char* const libm =
+      bench::sse2_variants_left_out() ? "the C library without its SSE2 variants" : "the C library";
+  if (name == "libm") return fmt::format("a plain loop, gcc -m32 -O2, over {}", libm);
+  if (name == "libm_sse2")
+    return fmt::format(" the same by gcc -m32 -O2 -msse2 -mfpmath=sse, over {}", libm);
+  return name == "sleef" ? "its functions for SSE2; AVX2, AVX-512: those for these" : "SLEEF's";
+}
+
 static void print_legend(const BenchOptions& options, Shown shown) {
   fmt::print("\n");
   if (shown.goals)
@@ -365,13 +337,7 @@ static void print_legend(const BenchOptions& options, Shown shown) {
   if (!options.special.empty())
     fmt::print(
         "plain    the same without special elements; special: cycles that each of them adds\n");
-  if (options.compare)
-    fmt::print("libm     a loop over the C library's scalar function{}\n",
-               bench::sse2_variants_left_out() ? ", without its SSE2 variants" : "");
-  if (shown.sleef)
-    fmt::print(
-        "SLEEF    its functions of 4 singles or 2 doubles, which use SSE2 and what else there "
-        "is\n");
+  for (const Alternative* a : shown.alternatives) fmt::print("{:<9}{}\n", a->title, legend_of(*a));
   if (options.compare) fmt::print("ratio    how many times as long it takes, by the minima\n");
 }
 
@@ -380,30 +346,33 @@ static void print_summary(const BenchSummary& summary) {
   fmt::print("goals    met by {} of {}\n", summary.met, summary.goals);
   if (summary.mean_of)
     fmt::print(
-        "mean     libm takes {:.2f} times as long (geometric mean over {} real A24 and A53)\n",
+        "mean     the loop takes {:.2f} times as long (geometric mean over {} real A24 and A53)\n",
         summary.mean_ratio, summary.mean_of);
-  print_names("slower than libm:", summary.slower_than_libm);
+  print_names("slower than the loop:", summary.slower_than_libm);
   print_names("slower than a higher grade:", summary.lower_grade_slower);
 }
 
 // ---- The file --------------------------------------------------------------------------------
 
 static Json settings_json(const BenchOptions& options) {
-  return {{"patterns", options.patterns}, {"n", options.lengths},
-          {"threads", options.threads},   {"offset", options.offsets},
-          {"special", options.special},   {"large", options.large},
-          {"compare", options.compare},   {"milliseconds", options.milliseconds},
-          {"passes", options.passes}};
+  return {{"patterns", options.patterns},         {"n", options.lengths},
+          {"threads", options.threads},           {"offset", options.offsets},
+          {"special", options.special},           {"large", options.large},
+          {"compare", options.compare},           {"without_sse2", options.without_sse2},
+          {"milliseconds", options.milliseconds}, {"passes", options.passes}};
 }
 
 static Json document_for(const BenchOptions& options) {
   const bool no_sse2 = bench::sse2_variants_left_out();
-  return {{"format", format_json("luxvm-bench")},
+  const Machine machine = probe_machine();
+  return {{"format", format_json(options.cliffs ? "luxvm-cliffs" : "luxvm-bench")},
           {"date", today()},
-          {"processor", probe_machine().brand},
+          {"processor", machine.brand},
+          {"signature", fmt::format("{:08X}", machine.leaf1.eax)},
           {"compiler", "GCC " __VERSION__},
           {"libm", fmt::format("glibc {}{}", gnu_get_libc_version(),
                                no_sse2 ? " without SSE2 variants" : "")},
+          {"sleef", bench::sleef_file()},
           {"library", library_digest()},
           {"ticks_per_cycle", bench::ticks_per_cycle()},
           {"settings", settings_json(options)}};
@@ -431,6 +400,7 @@ static void take_settings(BenchOptions& options, const Json& document) {
   options.special = text_in(settings, "special");
   options.large = flag_in(settings, "large");
   options.compare = flag_in(settings, "compare");
+  if (settings.contains("without_sse2")) options.without_sse2 = flag_in(settings, "without_sse2");
   check(options);
 }
 
@@ -491,9 +461,10 @@ static void merge(BenchRow& row, const BenchRow& again) {
   std::optional<Figure> element = row.element;
   keep_lower(element, again.element);
   row.element = *element;
-  for (const auto figure :
-       {&BenchRow::plain, &BenchRow::one_call, &BenchRow::libm, &BenchRow::sleef})
+  for (const auto figure : {&BenchRow::plain, &BenchRow::one_call})
     keep_lower(row.*figure, again.*figure);
+  for (const Alternative& alternative : kAlternatives)
+    keep_lower(row.*alternative.figure, again.*alternative.figure);
   ++row.passes;
 }
 
@@ -565,7 +536,7 @@ static void measure_all(const BenchOptions& options) {
   if (!has_lengths(chosen, options))
     throw Failure("none of these functions ever threads here; `luxvm explain` says why");
   check_curves(chosen, options);
-  if (options.compare) bench::leave_out_sse2_variants();
+  if (options.without_sse2) bench::leave_out_sse2_variants();
 
   const Json document = document_for(options);
   std::vector<BenchRow> rows = rows_to_resume(options, document);
@@ -608,7 +579,10 @@ static void show_earlier(BenchOptions options) {
   if (rows.empty()) throw Failure(fmt::format("{} holds no function that matches", options.from));
   if (options.json != "-") {
     Shown shown = shown_by(options, chosen);
-    shown.sleef = std::any_of(rows.begin(), rows.end(), [](const auto& r) { return !!r.sleef; });
+    shown.alternatives.clear();
+    for (const Alternative& a : kAlternatives)
+      if (std::any_of(rows.begin(), rows.end(), [&](const auto& r) { return !!(r.*a.figure); }))
+        shown.alternatives.push_back(&a);
     const std::vector<Column> columns = columns_for(options, shown);
     print_machine(earlier.document, options);
     print_header(columns);
@@ -620,11 +594,43 @@ static void show_earlier(BenchOptions options) {
   if (!options.plot.empty()) draw_bench(options.plot, rows, measured_on(earlier.document));
 }
 
+static void measure_cliffs(const BenchOptions& options) {
+  if (options.lengths != std::vector<std::string>{"2000"} || !options.special.empty() ||
+      options.large || options.compare || options.threads != std::vector<int32_t>{1} ||
+      options.offsets != std::vector<int32_t>{0} || !options.plot.empty() ||
+      !options.from.empty() || options.resume)
+    throw Failure("--cliffs goes with patterns, --milliseconds, --passes, --json and --csv alone");
+  if (!options.csv.empty()) require_writable(options.csv);
+  const std::vector<const Function*> chosen = find_functions(options.patterns);
+  Json document = document_for(options);
+  document["settings"] = {{"patterns", options.patterns},
+                          {"cliffs", true},
+                          {"milliseconds", options.milliseconds},
+                          {"passes", options.passes}};
+  std::vector<CliffRow> rows;
+  for (int32_t pass = 1; pass <= options.passes; ++pass)
+    for (size_t i = 0; i < chosen.size(); ++i) {
+      show_pass(*chosen[i], pass, options);
+      CliffRow row = measure_cliffs(*chosen[i], options.milliseconds);
+      if (pass == 1)
+        rows.push_back(std::move(row));
+      else
+        keep_lower(rows[i], row);
+    }
+  if (options.json != "-" && options.csv != "-") print_cliffs(rows);
+  if (!options.csv.empty()) write_file(options.csv, cliffs_csv(rows));
+  document["rows"] = Json::array();
+  for (const CliffRow& row : rows) document["rows"].push_back(cliff_json(row));
+  if (!options.json.empty()) write_file(options.json, document.dump(1) + "\n");
+}
+
 static void run_bench(const BenchOptions& options) {
   if (options.resume && is_standard_stream(options.json))
     throw Failure("--resume needs the file of --json");
   if (!options.json.empty()) require_writable(options.json);
   if (!options.plot.empty()) require_drawable(options.plot);
+  if (options.cliffs) return measure_cliffs(options);
+  if (!options.csv.empty()) throw Failure("--csv goes with --cliffs");
   options.from.empty() ? measure_all(options) : show_earlier(options);
 }
 
@@ -651,7 +657,10 @@ void add_bench(Program& program) {
   command->add_flag("--large", options->large,
                     "Arguments that all miss the fast reduction of sine, cosine and tangent");
   command->add_flag("--compare", options->compare,
-                    "Also the C library's scalar function in a loop, and SLEEF if it is installed");
+                    "Also plain loops over the C library, and SLEEF if it is installed");
+  command->add_flag(
+      "--without-sse2", options->without_sse2,
+      "Let the C library leave out its SSE2 variants, as on a processor without them");
   command->add_option("--milliseconds", options->milliseconds, "Time spent on one figure")
       ->capture_default_str()
       ->transform(whole_number(1, 60'000));
@@ -664,6 +673,10 @@ void add_bench(Program& program) {
                       "File for the figures; - writes them to the standard output, and no table");
   command->add_option("--plot", options->plot,
                       "SVG or PNG file for bars, or for curves where there are several lengths");
+  command->add_flag("--cliffs", options->cliffs,
+                    "What special classes of arguments and short arrays cost, as multiples of the "
+                    "ordinary");
+  command->add_option("--csv", options->csv, "File for the table of --cliffs; - as for --json");
   command->add_flag("--resume", options->resume,
                     "Write the --json file after each function, and go on where the same run was "
                     "interrupted");
@@ -684,6 +697,7 @@ void add_bench(Program& program) {
       "  luxvm bench 32f --special 4                  one in every four\n"
       "  luxvm bench Div --offset 0,1,4               arrays at odd addresses\n"
       "  luxvm bench Inv_32f_A24 --n threshold --threads 1,2\n"
+      "  luxvm bench Pow --cliffs --csv pow.csv       special classes and short arrays\n"
       "`luxvm formats` describes the JSON's fields.");
   command->callback([options] { run_bench(*options); });
 }

@@ -49,15 +49,28 @@ static Figure figure_from_json(const Json& json) {
   return figure;
 }
 
+template <bench::InstructionSet set>
+static bench::Peer sleef(const Function& function) {
+  return bench::find_sleef(function, set);
+}
+
+const std::vector<Alternative> kAlternatives = {
+    {"libm", "loop", &BenchRow::libm, bench::find_libm},
+    {"libm_sse2", "SSE2 loop", &BenchRow::libm_sse2, bench::find_libm_sse2},
+    {"sleef", "SLEEF", &BenchRow::sleef, sleef<bench::InstructionSet::kSse2>},
+    {"sleef_avx2", "AVX2", &BenchRow::sleef_avx2, sleef<bench::InstructionSet::kAvx2>},
+    {"sleef_avx512", "AVX-512", &BenchRow::sleef_avx512, sleef<bench::InstructionSet::kAvx512>}};
+
 struct OptionalFigure {
   const char* name;
   std::optional<Figure> BenchRow::*figure;
 };
 
-constexpr OptionalFigure kOptionalFigures[] = {{"plain", &BenchRow::plain},
-                                               {"one_call", &BenchRow::one_call},
-                                               {"libm", &BenchRow::libm},
-                                               {"sleef", &BenchRow::sleef}};
+static std::vector<OptionalFigure> optional_figures() {
+  std::vector<OptionalFigure> all{{"plain", &BenchRow::plain}, {"one_call", &BenchRow::one_call}};
+  for (const Alternative& a : kAlternatives) all.push_back({a.name, a.figure});
+  return all;
+}
 
 Json row_json(const BenchRow& row) {
   const Function& f = *row.function;
@@ -74,17 +87,16 @@ Json row_json(const BenchRow& row) {
             {"passes", row.passes},
             {"reports", row.reports},
             {"cycles", figure_json(row.element)}};
-  for (const auto& [name, figure] : kOptionalFigures)
+  for (const auto& [name, figure] : optional_figures())
     if (row.*figure) json[name] = figure_json(*(row.*figure));
-  if (row.sleef) json["sleef_function"] = row.sleef_name;
   if (row.plain) json["cycles_of_a_special_element"] = row.cycles_of_a_special_element();
   if (row.one_call) json["call_beyond_element"] = row.call_beyond_element();
   if (row.goal() > 0) {
     json["goal"] = row.goal();
     json["met"] = row.meets_goal();
   }
-  if (row.libm) json["libm_ratio"] = ratio(row, row.libm);
-  if (row.sleef) json["sleef_ratio"] = ratio(row, row.sleef);
+  for (const Alternative& a : kAlternatives)
+    if (row.*a.figure) json[std::string(a.name) + "_ratio"] = ratio(row, row.*a.figure);
   return json;
 }
 
@@ -105,9 +117,8 @@ BenchRow row_from_json(const Json& json) {
   row.passes = count("passes", 1);
   row.reports = object_in(json, "reports");
   row.element = figure_from_json(member(json, "cycles"));
-  for (const auto& [name, figure] : kOptionalFigures)
+  for (const auto& [name, figure] : optional_figures())
     if (json.contains(name)) row.*figure = figure_from_json(member(json, name));
-  if (json.contains("sleef_function")) row.sleef_name = text_in(json, "sleef_function");
   return row;
 }
 

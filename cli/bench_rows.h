@@ -24,10 +24,10 @@ struct BenchRow {
   bool split = false;             // over threads
   Json reports = Json::object();  // how many of each code one call gave
   Figure element;
-  std::optional<Figure> plain;     // without the special elements
-  std::optional<Figure> one_call;  // cycles of a call with one element
-  std::optional<Figure> libm, sleef;
-  std::string sleef_name;
+  std::optional<Figure> plain;            // without the special elements
+  std::optional<Figure> one_call;         // cycles of a call with one element
+  std::optional<Figure> libm, libm_sse2;  // plain loops as compiled by default and for SSE2
+  std::optional<Figure> sleef, sleef_avx2, sleef_avx512;
 
   // On about 2000 elements none of which is special; 0: none.
   double goal() const;
@@ -37,6 +37,14 @@ struct BenchRow {
 };
 
 double ratio(const BenchRow& row, const std::optional<Figure>& peer);
+
+// What --compare measures beside a function.
+struct Alternative {
+  const char *name, *title;  // in JSON, in the table's head
+  std::optional<Figure> BenchRow::*figure;
+  bench::Peer (*find)(const Function& function);
+};
+extern const std::vector<Alternative> kAlternatives;
 
 Json row_json(const BenchRow& row);
 BenchRow row_from_json(const Json& json);  // a BadField when it is none

@@ -119,15 +119,18 @@ static void request(int signal_number) {
   signal(signal_number, SIG_DFL);
 }
 
-Interrupt::Interrupt() {
-  signal(SIGINT, request);
-  signal(SIGTERM, request);
+// A signal that the starting shell has set aside, for a run in the background, stays so.
+static void handle_with(sighandler_t handler) {
+  for (const int number : {SIGINT, SIGTERM}) {
+    struct sigaction current;
+    if (sigaction(number, nullptr, &current) == 0 && current.sa_handler != SIG_IGN)
+      signal(number, handler);
+  }
 }
 
-Interrupt::~Interrupt() {
-  signal(SIGINT, SIG_DFL);
-  signal(SIGTERM, SIG_DFL);
-}
+Interrupt::Interrupt() { handle_with(request); }
+
+Interrupt::~Interrupt() { handle_with(SIG_DFL); }
 
 std::string library_path() {
   Dl_info info;

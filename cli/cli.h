@@ -53,6 +53,7 @@ void add_accuracy(Program& program);
 void add_diff(Program& program);
 void add_check(Program& program);
 void add_bench(Program& program);
+void add_completion(Program& program);
 void add_plot(Program& program);
 void add_formats(Program& program);
 

@@ -49,6 +49,7 @@ static void add_to(CLI::App& app, const Command& command) {
     if (option.excluded) made[&option]->excludes(made.at(option.excluded));
   }
   if (!command.footer_text.empty()) added.footer(command.footer_text);
+  if (command.is_hidden) added.group("");
   if (command.run) added.callback(command.run);
 }
 

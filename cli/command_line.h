@@ -47,6 +47,7 @@ struct Command {
   std::string name, description, footer_text;
   std::deque<Option> options;  // whose places do not change
   std::function<void()> run;
+  bool is_hidden = false;  // from help
 
   Option* add_option(std::string name, Option::Target target, std::string help) {
     return &options.emplace_back(Option{std::move(name), target, std::move(help)});
@@ -67,7 +68,8 @@ struct Program {
   std::deque<Command> commands;
 
   Command* add_subcommand(std::string name, std::string description) {
-    return &commands.emplace_back(Command{std::move(name), std::move(description), {}, {}, {}});
+    return &commands.emplace_back(
+        Command{std::move(name), std::move(description), {}, {}, {}, false});
   }
 };
 

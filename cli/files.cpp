@@ -469,10 +469,15 @@ class Target {
     if (temporary.size() >= sizeof unfinished) fail(ENAMETOOLONG);
     char pattern[sizeof unfinished];
     strcpy(pattern, temporary.c_str());
-    const int descriptor = mkstemp(pattern);
-    if (descriptor < 0) fail(errno);
     watch_signals();
-    strcpy(unfinished, pattern);
+    sigset_t all, signals;
+    sigfillset(&all);
+    sigprocmask(SIG_SETMASK, &all, &signals);
+    const int descriptor = mkstemp(pattern), error = errno;
+    if (descriptor >= 0)
+      strcpy(unfinished, pattern);  // none comes before the file has its name here
+    sigprocmask(SIG_SETMASK, &signals, nullptr);
+    if (descriptor < 0) fail(error);
     file.reset(fdopen(descriptor, "wb"));
     if (!file || fchmod(descriptor, mode) != 0) fail(errno);
   }

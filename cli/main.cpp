@@ -113,6 +113,7 @@ static void run(const std::vector<std::string>& arguments) {
   std::string command;
   program.add_subcommand("help", "Tell about the program or a command")
       ->add_option("command", command, "The command");
+  add_completion(program);
   run_command(program, arguments, version_text);
 }
 

@@ -77,6 +77,8 @@ constexpr int first_wrong_line() {
 }
 static_assert(first_wrong_line() == 0, "the number is the line of conformance/special_values.def");
 
+}  // namespace
+
 std::vector<SpecialRow> special_rows(const Function& function) {
   std::vector<SpecialRow> rows = complex_rows(function);
   bool applicable = false;
@@ -92,6 +94,8 @@ std::vector<SpecialRow> special_rows(const Function& function) {
     }
   return rows;
 }
+
+namespace {
 
 constexpr int kLongest = 12, kPlaces = kLongest * (kLongest + 1) / 2;
 constexpr int kLargestElement = 16;

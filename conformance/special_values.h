@@ -4,12 +4,15 @@
 #ifndef LUX_CONFORMANCE_SPECIAL_VALUES_H
 #define LUX_CONFORMANCE_SPECIAL_VALUES_H
 
-#include "catalog/catalog.h"
+#include "conformance/complex_values.h"
 
 #include <string>
 #include <vector>
 
 namespace bench {
+
+// The function's rows of both tables.
+std::vector<SpecialRow> special_rows(const Function& function);
 
 struct SpecialOutcome {
   int rows = 0;                       // that the table has for the function

@@ -203,4 +203,16 @@ static inline long double power_of_two(int32_t exponent) {
   return x.value;
 }
 
+// ---- Tables
+
+// A table by a pointer that the compiler takes for a new one. It would keep constants that several
+// expressions share in a register, and spill them as extended numbers, whose loads cost more than
+// those of the doubles.
+template <class Table>
+static inline const Table& anew(const Table& table) {
+  const Table* pointer = &table;
+  asm("" : "+r"(pointer));
+  return *pointer;
+}
+
 #endif

@@ -38,6 +38,12 @@ static inline void x87_leave(uint16_t caller, X87Precision precision) {
 // The status word's exceptions. One that is unmasked and pending traps first, in this thread.
 constexpr uint16_t kX87Flags = 0x003F;
 
+static inline uint16_t x87_status() {
+  uint16_t status;
+  asm volatile("fnstsw %0" : "=m"(status) : : "memory");
+  return status;
+}
+
 static inline uint16_t x87_flags() {
   uint16_t status;
   asm volatile("fwait\n\tfnstsw %0" : "=m"(status) : : "memory");

@@ -8,13 +8,18 @@ using MinN = int32_t (*)(int32_t row, int32_t variant, int32_t threads);
 
 constexpr int32_t kUnknown = -1;
 constexpr int64_t kLeastPerThread = 100;
+constexpr int32_t kNotStarted = INT32_MIN;  // the count before the core library's constructor
 
 static int32_t thread_count() { return __atomic_load_n(&threads_omp_of_n_lux, __ATOMIC_RELAXED); }
 
 // Threads that race here store the same value. A later change of the thread count does not move it.
+// Code that runs before the libraries' constructors fixes nothing: neither they nor the runtime know
+// of threads and processors yet.
 __attribute__((noinline, cold)) static int32_t fix_threshold(int32_t* threshold, MinN min_n,
                                                              int32_t row, int32_t variant) {
-  const int32_t elements = min_n(row, variant, thread_count());
+  const int32_t threads = thread_count();
+  if (threads == kNotStarted) return INT32_MAX;
+  const int32_t elements = min_n(row, variant, threads);
   __atomic_store_n(threshold, elements, __ATOMIC_RELAXED);
   return elements;
 }

@@ -78,7 +78,8 @@ static void* pass(void* gate) {
   return nullptr;
 }
 
-// All of them at once. They take no signal that is meant for the program's threads.
+// All of them at once. They take no signal that is meant for the program's threads, and a calling
+// thread that was cancelled ends behind the call: joining would let it end here.
 static bool can_start(int32_t threads) {
   pthread_t* const started = static_cast<pthread_t*>(malloc(threads * sizeof(pthread_t)));
   if (!started) return false;
@@ -89,6 +90,8 @@ static bool can_start(int32_t threads) {
   if (size) pthread_attr_setstacksize(&attributes, size);
   const int places = omp_get_num_places();
 
+  int cancelling;
+  pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelling);
   sigset_t all, signals;
   sigfillset(&all);
   pthread_sigmask(SIG_SETMASK, &all, &signals);
@@ -101,6 +104,7 @@ static bool can_start(int32_t threads) {
   pthread_mutex_unlock(&gate);
   for (int32_t i = 0; i < count; ++i) pthread_join(started[i], nullptr);
   pthread_sigmask(SIG_SETMASK, &signals, nullptr);
+  pthread_setcancelstate(cancelling, nullptr);
 
   pthread_attr_destroy(&attributes);
   free(started);

@@ -7,26 +7,11 @@
 #include <luxvmk3.h>
 #include <stdio.h>
 
-static const char* meaning(int32_t code) {
-  switch (code) {
-    case LUX_OVERFLOW:
-      return "overflow";
-    case LUX_UNDERFLOW:
-      return "underflow";
-    case LUX_POLE:
-      return "pole";
-    case LUX_DOMAIN:
-      return "outside the domain";
-    default:
-      return "other";
-  }
-}
-
 /* A threaded call reports from several threads at once; one printf is one whole line. */
 int32_t noxsError(int32_t code, int32_t index, const float* argument1, const float* argument2,
                   const float* result1, const float* result2, const char* name) {
   (void)argument1, (void)argument2, (void)result1, (void)result2, (void)name;
-  printf("  single: code %d (%s) at index %d\n", (int)code, meaning(code), (int)index);
+  printf("  single: code %d (%s) at index %d\n", (int)code, luxvm_status_text(code), (int)index);
   return code;
 }
 
@@ -34,8 +19,8 @@ int32_t noxsError(int32_t code, int32_t index, const float* argument1, const flo
 int32_t noxdError(int32_t code, int32_t index, const double* argument1, const double* argument2,
                   const double* result1, const double* result2, const char* name) {
   (void)argument2, (void)result1, (void)result2, (void)name;
-  printf("  double: code %d (%s) at index %d, argument %g\n", (int)code, meaning(code), (int)index,
-         argument1[index]);
+  printf("  double: code %d (%s) at index %d, argument %g\n", (int)code, luxvm_status_text(code),
+         (int)index, argument1[index]);
   return code;
 }
 

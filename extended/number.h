@@ -98,16 +98,4 @@ static inline long double processor_root(long double x) {
 // caller expects.
 extern "C" long double __invsqrtl(long double* x);
 
-// ---- Tables
-
-// A table by a pointer that the compiler takes for a new one. It would keep constants that several
-// expressions share in a register, and spill them as extended numbers, whose loads cost more than
-// those of the doubles.
-template <class Table>
-static inline const Table& anew(const Table& table) {
-  const Table* pointer = &table;
-  asm("" : "+r"(pointer));
-  return *pointer;
-}
-
 #endif

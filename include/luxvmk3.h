@@ -22,6 +22,15 @@
 
 #include <stdint.h>
 
+/** The version of this header: the release, whose first two numbers are those of the libraries' file
+ *  names, and the numbers of its build. luxvmGetLibVersion tells those of the library that runs. */
+#define LUXVM_VERSION_MAJOR 5
+#define LUXVM_VERSION_MINOR 2
+#define LUXVM_VERSION_PATCH 0
+#define LUXVM_VERSION_MAJOR_BUILD 108
+#define LUXVM_VERSION_BUILD 348
+#define LUXVM_VERSION_STRING "5.2.0"
+
 #if defined(__GNUC__)
 #define LUX_API __attribute__((visibility("default")))
 #else
@@ -45,15 +54,20 @@ enum {
   LUX_DOMAIN = 19        /**< argument outside the domain; the result is a NaN */
 };
 
-/** One complex single: two floats. */
+/** One complex single and one complex double: real part, imaginary part. A C program that defines
+ *  LUXVM_USE_C_COMPLEX before it includes this header has C's own complex numbers for them, which
+ *  lie in memory and are passed in the same way. */
+#if defined(LUXVM_USE_C_COMPLEX) && !defined(__cplusplus)
+typedef float _Complex Lux32fc;
+typedef double _Complex Lux64fc;
+#else
 typedef struct {
   float re, im;
 } Lux32fc;
-
-/** One complex double: two doubles. */
 typedef struct {
   double re, im;
 } Lux64fc;
+#endif
 
 /** The library's version record. */
 typedef struct {
@@ -80,6 +94,29 @@ typedef LuxLibraryVersion LibraryVersion;
 
 /** The version record: static, owned by the library, never null. */
 LUX_API const LuxLibraryVersion* luxvmGetLibVersion(void);
+
+/** What a status means, in a few words: a static text for every value. */
+static inline const char* luxvm_status_text(LuxStatus status) {
+  switch (status) {
+    case LUX_OK:
+      return "nothing to report";
+    case LUX_BAD_LENGTH:
+      return "length below 1, nothing was written";
+    case LUX_NULL_POINTER:
+      return "null pointer, nothing was written";
+    case LUX_OVERFLOW:
+      return "overflow";
+    case LUX_UNDERFLOW:
+      return "underflow to zero";
+    case LUX_POLE:
+      return "infinite result at a pole";
+    case LUX_DOMAIN:
+      return "argument outside the domain";
+    default: /* of luxsExp_64f_A50 and luxsExp_64f_A53 */
+      return status > 0 && status <= 62 && status % 2 == 0 ? "subnormal exponential"
+                                                           : "no status of this library";
+  }
+}
 
 /* ---- Reciprocal and division ----------------------------------------------------------------- */
 

@@ -43,8 +43,8 @@ class Accuracy(Measured):
         for words, arguments in [
             ("no function matches 'Foo'", ["Foo"]), ("no function matches 'Foo'", ["Exp", "Foo"]),
             ("excludes", ["Exp", "--clear"]),
-            ("/nonexistent", ["Floor_32f", "--json", "/nonexistent/x.json"]),
-            ("/nonexistent", ["Floor_32f", "--plot", "/nonexistent/x.svg"]),
+            ("/none/x", ["Floor_32f", "--json", self.path("none/x.json")]),
+            ("/none/x", ["Floor_32f", "--plot", self.path("none/x.svg")]),
             ("name of a file", ["Floor_32f", "--plot", "-"]),
             ("not a whole number", ["Exp", "--samples", "1e2.5"]),
             ("colon", ["Exp", "--range", "1"]), ("no number", ["Exp", "--range", "a:1"]),
@@ -92,15 +92,21 @@ class Accuracy(Measured):
             self.assertIn("</svg>", file.read())
 
     def test_damaged_state_is_refused_and_can_be_forgotten(self):
-        """The state that an interrupted run leaves, spoiled or with another content."""
+        """The state that an interrupted run leaves, spoiled or with another content. The run is one in
+        the background, which an interrupt from the keyboard does not concern."""
         folder = self.dir / "state" / "luxvm"
-        run = subprocess.Popen([BIN / "luxvm", "accuracy", "Exp_32f", "--exhaustive"],
-                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        time.sleep(2)
-        run.send_signal(signal.SIGINT)
-        self.assertEqual(run.wait(60), -signal.SIGINT)
-        [state] = folder.iterdir()
-        whole = state.read_bytes()
+        for wait in 1, 4, 16, 64:
+            run = self.start("accuracy", "Exp_32f", "--exhaustive", stdout=subprocess.DEVNULL,
+                             stderr=subprocess.DEVNULL,
+                             preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_IGN))
+            run.send_signal(signal.SIGINT)
+            time.sleep(wait)
+            run.send_signal(signal.SIGTERM)
+            self.assertEqual(run.wait(300), -signal.SIGTERM)
+            [state] = folder.iterdir()
+            whole = state.read_bytes()
+            if b"true" in whole:
+                break
         done = json.loads(whole)["partial"]["done"]
 
         def with_digest(content):
@@ -137,12 +143,10 @@ class Accuracy(Measured):
         self.assertEqual(sorted(Path("/tmp/.local").rglob("*")), common)
 
     def test_interrupted_exhaustive_run_goes_on(self):
-        command = [os.path.join(BIN, "luxvm"), "accuracy", "Exp_32f_A24", "--exhaustive",
-                   "--processors", "1"]
         done = [0]
-        for wait in (0.3, 0.3, 2, 8):  # a slow build needs longer before there is something to keep
-            run = subprocess.Popen(command, stdout=subprocess.DEVNULL,
-                                   stderr=subprocess.PIPE, text=True)
+        for wait in (0.3, 0.3, 2, 8, 30, 90):  # slow until there is something to keep: a build, a machine
+            run = self.start("accuracy", "Exp_32f_A24", "--exhaustive", "--processors", "1",
+                             stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
             time.sleep(wait)
             run.send_signal(signal.SIGINT)
             told = run.communicate()[1]
@@ -207,7 +211,7 @@ class Diff(Measured):
             path = self.file("other.json", content)
             self.refused("was not written by", "diff", path, path)
         self.refused("holds no figures", "diff", good, self.file("other.json", '{"functions": []}'))
-        self.refused("cannot read", "diff", "/nonexistent", "/nonexistent")
+        self.refused("cannot read", "diff", good, self.dir / "none")
 
 
 class Figures(Measured):

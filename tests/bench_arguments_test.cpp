@@ -3,11 +3,14 @@
 // That the arrays of a measurement hold what it says: so many special elements, evenly spread, in
 // the right source, at the right addresses.
 #include "bench/arguments.h"
+#include "catalog/number_format.h"
+#include "cli/cliff_classes.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
+#include <map>
 
 using bench::Arguments;
 using bench::Share;
@@ -84,4 +87,55 @@ TEST(Arguments, LargeOnesAreAllLarge) {
     EXPECT_TRUE(negative) << f.name;
   }
   EXPECT_EQ(count, 4 * 5);  // sine, cosine, both, tangent; 3 single and 2 double grades
+}
+
+// A class by its name, and what its elements must be; of the classes from special rows, the code that
+// the function gives for them.
+TEST(CliffClasses, HoldWhatTheirNamesSay) {
+  using Holds = bool (*)(const NumberFormat& format, uint64_t x);
+  const std::map<std::string, Holds> kinds = {
+      {"zeros", [](const NumberFormat&, uint64_t x) { return x == 0; }},
+      {"negative zeros", [](const NumberFormat& f, uint64_t x) { return x == f.sign(); }},
+      {"subnormals",
+       [](const NumberFormat& f, uint64_t x) { return f.magnitude(x) - 1 < f.digits(); }},
+      {"tiny",
+       [](const NumberFormat& f, uint64_t x) {
+         return f.magnitude(x) >= f.least_normal() && f.magnitude(x) < f.one();
+       }},
+      {"huge", [](const NumberFormat& f,
+                  uint64_t x) { return f.is_finite(x) && f.magnitude(x) > f.one(); }},
+      {"infinities", [](const NumberFormat& f, uint64_t x) { return f.is_infinite(x); }},
+      {"NaNs", [](const NumberFormat& f, uint64_t x) { return f.is_quiet_nan(x); }}};
+  const std::map<std::string, Status> codes = {
+      {"overflow", 12}, {"underflow", 17}, {"poles", 18}, {"outside the domain", 19}};
+  std::map<std::string, int> seen;
+  for (const Function& f : kFunctions) {
+    size_t found = 0;
+    for (const CliffClass& made : cliff_classes(f)) {
+      SCOPED_TRACE(std::string(f.name) + " " + made.name);
+      ASSERT_FALSE(made.elements.empty());
+      ++seen[made.name];
+      const std::string second = "second operand: ";
+      const int operand = made.name.starts_with(second);
+      if (const auto kind = kinds.find(made.name.substr(operand ? second.size() : 0));
+          kind != kinds.end()) {
+        found += operand == 0;
+        for (const bench::Element& element : made.elements)
+          for (int part = 0; part < f.type.parts; ++part)
+            EXPECT_TRUE(kind->second(number_format(f.type.width), element.operand[operand][part]));
+      }
+      bench::Filling filling{100, 0, {1, 1}};
+      filling.elements = &made.elements;
+      const Arguments arguments(f, filling);
+      const Status status = f.call(arguments.arrays, filling.n);
+      if (const auto code = codes.find(made.name); code != codes.end()) {
+        EXPECT_EQ(status, code->second);
+      }
+    }
+    EXPECT_EQ(found, kinds.size()) << f.name;
+  }
+  for (const char* name :
+       {"overflow", "underflow", "poles", "outside the domain", "negative", "subnormal results",
+        "beyond the fast reduction", "real", "imaginary", "negative, whole second operand"})
+    EXPECT_GT(seen[name], 0) << name;
 }

@@ -25,6 +25,7 @@ LIBC = {"memcmp", "memcpy", "memset", "sched_getaffinity", "sysconf", "__errno_l
         "__sched_cpucount", "__sched_cpualloc", "__sched_cpufree", "malloc", "free",
         "__stack_chk_fail", "clock_gettime", "getenv", "strtol", "strtoul",
         "sigfillset", "__register_atfork", "pthread_create", "pthread_join", "pthread_sigmask",
+        "pthread_setcancelstate",
         "pthread_mutex_lock", "pthread_mutex_unlock", "pthread_attr_init", "pthread_attr_destroy",
         "pthread_attr_setstacksize", "pthread_attr_setaffinity_np"}
 RUNTIME = r"GOMP_\w+|omp_(get|in)_\w+"
@@ -33,8 +34,8 @@ START_UP = {"__cxa_finalize", "__gmon_start__", "_ITM_deregisterTMCloneTable",
             "_ITM_registerTMCloneTable"}
 
 
-def run(*command):
-    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+def run(*command, **options):
+    return subprocess.run(command, check=True, capture_output=True, text=True, **options).stdout
 
 
 def preprocessed(program):
@@ -202,6 +203,9 @@ class Sections(unittest.TestCase):
             self.assertEqual(set(re.findall(r"\(NEEDED\).*\[(.*)\]", text)), needed)
             self.assertEqual(re.findall(r"\(SONAME\).*\[(.*)\]", text), [soname])
             self.assertNotIn("TEXTREL", text)
+            # What constructors fill in is missing in calls before them: there is none but the
+            # compiler's and that for forks, or for the thread count.
+            self.assertRegex(text, r"\(INIT_ARRAYSZ\) +8 \(bytes\)")
 
     def test_stack_is_not_executable(self):
         for library in VMATH, CORE:
@@ -209,6 +213,15 @@ class Sections(unittest.TestCase):
             self.assertEqual(len(stack), 1)
             self.assertEqual(stack[0].split()[-2], "RW")
 
+    def test_kernels_keep_no_state(self):
+        """What can be written is thresholds, the topology and the team's: calls may interrupt calls."""
+        found = set(re.findall(r" [bBdD] (?!_ZZ\w+E16_nox_min_threads)(?:_ZL\d+)?(\w+)(?:\.\d+)?$", run("nm", VMATH), re.M))
+        self.assertIn("logic_A_const", found)
+        self.assertEqual({name for name in found if not name.startswith("_")} -
+                         {"Core_count", "HHTs_count", "Proc_count", "logic_A_const", "logic_MaxThreads",
+                          "in_forked_child", "credit", "refused", "pause_end", "pool_size", "version",
+                          "nox_clock", "nox_cpuid", "completed"}, set())
+        self.assertFalse([name for name in found if name.startswith("_Z")])
 
     def test_build_date_can_be_set(self):
         with tempfile.TemporaryDirectory() as directory:
@@ -225,8 +238,26 @@ class SearchPaths(unittest.TestCase):
         self.dir = Path(directory.name)
 
     def installed(self):
-        run(CMAKE, "--install", BUILD, "--prefix", self.dir / "prefix")
+        subprocess.run([CMAKE, "--install", BUILD, "--prefix", self.dir / "prefix"], check=True,
+                       stdout=subprocess.DEVNULL, umask=0o022)
         return self.dir / "prefix"
+
+    def test_installed_files(self):
+        """Those that were built, for everyone to read and for nobody else to change."""
+        prefix = self.installed()
+        self.assertLessEqual({p.name for p in Path(SOURCE, "include").iterdir()},
+                             {p.name for p in (prefix / "include").iterdir()})
+        for library in VMATH, CORE:
+            self.assertEqual((prefix / "lib" / Path(library).name).read_bytes(), Path(library).read_bytes())
+        for path in prefix.rglob("*"):
+            runs = path.is_dir() or path.parent.name == "bin"
+            if path.is_symlink():
+                self.assertEqual(path.resolve().parent, path.parent)
+            else:
+                self.assertEqual(path.stat().st_mode & 0o7777, 0o755 if runs else 0o644, path)
+            if path.is_file() and path.read_bytes()[:4] == b"\x7fELF":
+                self.assertNotIn("TEXTREL", run("readelf", "-dW", path))
+                self.assertRegex(run("readelf", "-lW", path), r"GNU_STACK .* RW +0x")
 
     def test_no_element_means_the_current_directory(self):
         for root in Path(BUILD, "bin"), Path(VMATH).parent, self.installed():
@@ -239,7 +270,7 @@ class SearchPaths(unittest.TestCase):
 
     def test_library_directory_of_another_name(self):
         run(CMAKE, "-S", SOURCE, "-B", self.dir, f"-DCMAKE_TOOLCHAIN_FILE={SOURCE}/cmake/i386.cmake",
-            "-DCMAKE_INSTALL_LIBDIR=lib/i386-linux-gnu", "-DLUX_TESTS=OFF", "-G", "Unix Makefiles")
+            "-DCMAKE_INSTALL_LIBDIR=lib/i386-linux-gnu", "-DLUXVM_TESTS=OFF", "-G", "Unix Makefiles")
         for target, wanted in [("cli/CMakeFiles/luxvm", ["$ORIGIN/../lib/i386-linux-gnu"]),
                                ("core/CMakeFiles/luxvmk3", ["$ORIGIN"]),
                                ("luxcore/CMakeFiles/luxcore", [])]:
@@ -249,21 +280,50 @@ class SearchPaths(unittest.TestCase):
         for script in self.dir.rglob("cmake_install.cmake"):
             self.assertNotIn("RPATH_CHANGE", script.read_text())
 
-    def test_first_program_as_the_readme_builds_it(self):
-        """From the build tree and from an installation; not from what lies in its directory."""
+    def test_readme_in_a_hostile_folder(self):
+        """Its program, and every block of commands in order, but those of make, which need a network, and
+        of pkg-config, which must be told the place. The files that lie about mean nothing, but where a
+        command looks for libraries in its folder."""
         readme = Path(SOURCE, "README.md").read_text()
-        commands = re.findall(r"^gcc -m32 examples/first\.c (?:.*\\\n)*.*", readme, re.M)
-        self.assertEqual(len(commands), 2)
-        self.installed()
+        self.assertIn(Path(SOURCE, "examples/first.c").read_text(), re.findall(r"```c\n(.*?)```", readme, re.S))
+        blocks = [block for block in re.findall(r"```sh\n(.*?)```", readme, re.S)
+                  if not re.search(r"^make |\bpkg-config\b", block, re.M)]
+        self.assertEqual(len(blocks), 3)
+        prefix, folder = self.installed(), self.dir / "a folder – ∂ü"
+        (folder / "build").mkdir(parents=True)
+        (folder / "build/release").symlink_to(BUILD)
+        for name in "examples", "include":
+            (folder / name).symlink_to(Path(SOURCE, name))
+        hostile = [folder / name for name in ("libgomp.so.1", "libluxvmk3.so", "libluxcore.so", "luxvm",
+                                              Path(VMATH).name, Path(CORE).name, "luxvmk3.h", "stdio.h")]
+        for path in hostile:
+            path.write_text("#error of another\n")
+            path.chmod(0o755)
+        environment = {"PATH": f"{prefix}/bin:{os.environ['PATH']}", "LC_ALL": "de_DE.UTF-8",
+                       "TMPDIR": "/proc/none"}
+        shown = []
+        for block in blocks:
+            if "LD_LIBRARY_PATH=." in block:
+                for path in hostile:
+                    path.unlink()
+            for command in re.findall(r"(?:.*\\\n)*.+\n", block):
+                command = command.replace("/opt/luxvm", str(prefix))
+                command = command.replace("check  ", "check Inv")  # all of them have a test of their own
+                shown.append(run("sh", "-ec", command, cwd=folder, env=environment, umask=0o022))
+                if " -o first " in command and not re.search("-shared", command):
+                    shown.append(run("./first", cwd=folder, env=environment))
+        wanted = "exp(1) = 2.718281828459045"
+        self.assertEqual([wanted in text for text in shown].count(True), 3)
+        self.assertEqual([text.endswith("\npassed\n") for text in shown].count(True), 2)
+        # The commands of the text, as anybody in a folder that cannot be read.
+        commands = re.findall(r"`(luxvm (?:check|env|explain|list|help|--version)\b[^`]*)`", readme)
+        self.assertGreaterEqual(len(commands), 2)
+        for path in self.dir, folder:
+            path.chmod(0o711)
+        anybody = {"user": 65534, "group": 65534, "extra_groups": []} if os.getuid() == 0 else {}
         for command in commands:
-            command = re.sub(r"(\$PWD/)?build/release/lib", str(Path(VMATH).parent), command)
-            command = command.replace("/opt/luxvm", str(self.dir / "prefix"))
-            command = command.replace("-o first", f"-o {self.dir}/first")
-            subprocess.run(["sh", "-ec", command], check=True, cwd=SOURCE)
-            for name in "libgomp.so.1", Path(CORE).name, Path(VMATH).name:
-                (self.dir / name).write_text("not a library")
-            self.assertIn("exp(1) = 2.718281828459045", subprocess.run(
-                ["./first"], cwd=self.dir, check=True, capture_output=True, text=True).stdout)
+            run("sh", "-ec", command, cwd=folder, env=environment, **anybody)
+            run(folder / "first", cwd="/", env={}, **anybody)
 
 
 class Instructions(unittest.TestCase):

@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
-// The promises of the reference, tried over raw patterns: fuzz [--seconds N] [--seed S] [PATTERN...]
+// The promises of the reference, tried over raw patterns:
+// fuzz [--seconds N] [--seed S] [--replay FILE] [--keep FILE] [PATTERN...]
 //
 // Every function takes random numbers of every class in calls of 1 to 40 elements, at any address,
 // apart or in place, under any control words of the caller's. Checked are the accuracy, by exact
 // values, and the class of each result; the status; the flags, and that nothing traps that is not
 // accounted for; the control words, the x87 stack, the sources and the bytes around the
-// destinations. Exits with 1 when something was found; the line that says so has the arguments.
+// destinations. Exits with 1 when something was found; the line that says so is followed by the call as
+// a row of the findings' file, tests/findings.txt, whose head explains it. --keep adds rows to a file,
+// --replay makes its calls again first.
 #include <setjmp.h>
 #include <signal.h>
 #include <stdio.h>
@@ -15,6 +18,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -24,7 +29,7 @@
 
 static Random random_numbers{1};
 static const Function* target;
-static uint64_t calls, elements, findings;
+static uint64_t calls, elements, findings, numbers_of[kNan + 1];
 
 static std::string hex(const void* number, int width) {
   char text[20];
@@ -44,6 +49,32 @@ static void trapped(int) {
 
 // ---- One call in strange surroundings
 
+struct Surroundings {
+  Environment words;                 // all masked, flags of MXCSR as the caller has raised them
+  bool traps = false;                // what is not accounted for is unmasked
+  unsigned place[4] = {};            // of two sources and two destinations, within 16 bytes
+  int in_place = -1, at_source = 0;  // which destination stands where which source does
+
+  std::string text() const {
+    char line[80];
+    snprintf(line, sizeof line, "%04X %04X %s %X%X%X%X ", words.control, unsigned(words.mxcsr),
+             traps ? "traps" : "masked", place[0], place[1], place[2], place[3]);
+    return line + (in_place < 0 ? std::string("apart")
+                                : std::to_string(in_place) + "@" + std::to_string(at_source));
+  }
+};
+
+static const Surroundings* replayed;   // null where they are random
+static std::vector<std::string> rows;  // of the calls since the last search for errors
+static FILE* findings_file;
+
+static void keep(const std::string& row) {
+  static int kept = 0;
+  if (++kept > 50) return;
+  printf("  %s\n", row.c_str());
+  if (findings_file && !replayed) fprintf(findings_file, "%s\n", row.c_str());
+}
+
 constexpr int kRoom = 40 * 16, kAround = 64;
 constexpr unsigned char kCanary = 0xA5;
 
@@ -51,9 +82,13 @@ class Chunk {
  public:
   Chunk(const Arrays& arrays, int32_t first, int32_t len)
       : f_(*target), len_(len), bytes_(len * f_.type.bytes()) {
+    if (replayed)
+      around_ = *replayed;
+    else
+      place_anywhere();
     for (int k = 0; k < 2; ++k) {
-      source_[k] = room_[k] + kAround / 2 + below(16);
-      destination_[k] = room_[2 + k] + kAround / 2 + below(16);
+      source_[k] = room_[k] + kAround / 2 + around_.place[k];
+      destination_[k] = room_[2 + k] + kAround / 2 + around_.place[2 + k];
       memset(room_[2 + k], kCanary, sizeof room_[2 + k]);
       if (k < f_.shape.sources)
         memcpy(source_[k], at(arrays.source[k], first), bytes_);
@@ -62,24 +97,20 @@ class Chunk {
     }
     scalar_ = arrays.scalar;
     memcpy(kept_, room_, sizeof kept_);
-    // In place: the destination stands where a source does.
-    if (below(4) == 0) {
-      in_place_ = int(below(f_.shape.sources));
-      destination_[below(f_.shape.destinations)] = source_[in_place_];
-    }
+    if (around_.in_place >= 0) destination_[around_.in_place] = source_[around_.at_source];
   }
 
   void run(const Arrays& arrays, int32_t first) {
     const volatile uint16_t may = look_at_elements(arrays, first);
-    Environment e = words_of_a_caller();
-    const uint32_t raised = below(2) ? kAllFlags : 0;
-    e.mxcsr |= raised;
+    if (!replayed) take_words_of_a_caller();
+    remember(arrays, first);
+    Environment e = around_.words;
     Environment after;
     uint16_t x87 = 0;
     Status status = 0;
     bool stack_empty = true;
     if (sigsetjmp(before_trap, 1) == 0) {
-      if (below(4) == 0) {  // what is not accounted for would trap
+      if (around_.traps) {
         const uint16_t masks = may | kDenormal;
         e.control = uint16_t((e.control & ~kAllFlags) | masks);
         e.mxcsr = (e.mxcsr & ~(uint32_t(kAllFlags) << 7 | kAllFlags)) | uint32_t(masks) << 7;
@@ -143,6 +174,7 @@ class Chunk {
         const auto* const number =
             static_cast<const unsigned char*>(element) + part * f_.type.width;
         const Class k = class_of(number, f_.type.width);
+        ++numbers_of[k];
         subnormal_ |= k == kSubnormal;
         const int quiet = number[f_.type.width - 2] & (f_.type.width == 4 ? 0x40 : 0x08);
         signalling_ |= k == kNan && !quiet;
@@ -153,15 +185,38 @@ class Chunk {
     for (int k = 0; k < f_.shape.destinations; ++k) look(one.destination[k]);
   }
 
-  Environment words_of_a_caller() {
+  void place_anywhere() {
+    for (unsigned& place : around_.place) place = unsigned(below(16));
+    if (below(4) != 0) return;
+    around_.in_place = int(below(f_.shape.destinations));
+    around_.at_source = int(below(f_.shape.sources));
+  }
+
+  void take_words_of_a_caller() {
     constexpr uint16_t kPrecisions[] = {0x000, 0x200, 0x300, 0x300};
-    Environment e;
+    Environment& e = around_.words;
     // Rint and NearbyInt follow the direction, and blocks of eight with a special element both.
     if (!f_.counts && !has_special_blocks(f_))
       e.control = uint16_t(0x7F | kPrecisions[below(4)] | below(4) << 10);
     e.mxcsr |= uint32_t(below(4) << 13 | below(2) << 15);
     if (!subnormal_) e.mxcsr |= uint32_t(below(2) << 6);  // denormals are zeros
-    return e;
+    if (below(2)) e.mxcsr |= kAllFlags;
+    around_.traps = below(4) == 0;
+  }
+
+  // The call as a row: the numbers of an element are those of its sources, then the scalar's.
+  void remember(const Arrays& arrays, int32_t first) {
+    row_ = std::string(f_.name) + " " + around_.text();
+    for (int32_t i = 0; i < len_; ++i) {
+      const char* separator = " ";
+      const auto add = [&](const char* element) {
+        for (int part = 0; part < f_.type.parts; ++part, separator = ",")
+          row_ += separator + hex(element + part * f_.type.width, f_.type.width);
+      };
+      for (int k = 0; k < f_.shape.sources; ++k) add(at(arrays.source[k], first + i));
+      if (f_.shape.scalar) add(at(scalar_, 0));
+    }
+    rows.push_back(row_);
   }
 
   // Nothing changed but the destinations' own bytes.
@@ -176,15 +231,9 @@ class Chunk {
 
   void complain(const std::string& what) const {
     if (++findings > 50) return;
-    std::string text = std::string(f_.name) + " of";
-    for (int i = 0; i < std::min(len_, 8); ++i)
-      for (int k = 0; k < f_.shape.sources; ++k)
-        for (int part = 0; part < f_.type.parts; ++part)
-          text += (k + part ? "," : " ") +
-                  hex(original(k) + i * f_.type.bytes() + part * f_.type.width, f_.type.width);
-    printf("%s%s: %s\n", text.c_str(), len_ > 8 ? " ..." : "", what.c_str());
+    printf("%s: %s\n", f_.name.data(), what.c_str());
+    keep(row_);
   }
-  const unsigned char* original(int k) const { return kept_[k] + (source_[k] - room_[k]); }
 
   const Function& f_;
   const int32_t len_;
@@ -192,7 +241,8 @@ class Chunk {
   unsigned char room_[4][kRoom + 2 * kAround] = {}, kept_[4][kRoom + 2 * kAround];
   unsigned char *source_[2], *destination_[2];
   const void* scalar_;
-  int in_place_ = -1;
+  Surroundings around_;
+  std::string row_;
   Status status_ = 0;
   bool subnormal_ = false, signalling_ = false;
 };
@@ -248,47 +298,100 @@ static std::vector<bench::Argument> any_arguments(const Function& f, int count) 
   return all;
 }
 
-static void try_function(const Function& f, int count) {
+static void try_function(const Function& f, const std::vector<bench::Argument>& arguments) {
   target = &f;
+  rows.clear();
   Function strange = f;
   strange.call = call_in_chunks;
   static const std::atomic<bool> go_on{false};
-  const bench::Statistics s =
-      bench::survey({&strange}, any_arguments(f, count), 1, nullptr, go_on)[0];
+  const bench::Statistics s = bench::survey({&strange}, arguments, 1, nullptr, go_on)[0];
   const bench::Accuracy promise = bench::guarantee(f);
   if (bench::within(s, promise)) return;
   ++findings;
   const bench::Case& worst = s.mismatches ? s.mismatched[0] : s.worst[0];
   std::string text;
   for (int k = 0; k < bench::Oracle::arguments(f); ++k)
-    text += " " + hex(&worst.argument[k], f.type.width);
+    text += (k ? "," : " ") + hex(&worst.argument[k], f.type.width);
   printf("%s of%s: %s instead of %s\n", f.name.data(), text.c_str(),
          s.mismatches ? ("class of " + hex(&worst.got, f.type.width)).c_str()
                       : (std::to_string(worst.ulp) + " ulp").c_str(),
          bench::text_of(promise).c_str());
+  for (const std::string& row : rows)
+    if ((row + " ").find(text + " ") != std::string::npos) return keep(row);
+}
+
+// ---- Findings
+
+// False when the file is not what it should be.
+static bool replay(const char* path) {
+  std::ifstream file(path);
+  int count = 0;
+  for (std::string line; std::getline(file, line);) {
+    if (line.empty() || line[0] == '#') continue;
+    std::istringstream row(line);
+    std::string name, traps, place, in_place, element;
+    Surroundings around;
+    row >> name >> std::hex >> around.words.control >> around.words.mxcsr >> traps >> place >>
+        in_place;
+    const Function* const f = function_named(name);
+    if (!row || !f || place.size() != 4)
+      return fprintf(stderr, "%s: %s\n", path, line.c_str()), false;
+    around.traps = traps == "traps";
+    for (int k = 0; k < 4; ++k)
+      around.place[k] = unsigned(std::stoul(place.substr(k, 1), nullptr, 16));
+    if (in_place != "apart")
+      around.in_place = in_place[0] - '0', around.at_source = in_place[2] - '0';
+    std::vector<bench::Argument> arguments;
+    while (row >> element) {
+      bench::Argument argument{};
+      std::istringstream numbers(element);
+      for (int k = 0; std::getline(numbers, element, ',') && k < bench::Oracle::arguments(*f); ++k)
+        argument[k] = std::stoull(element, nullptr, 16);
+      arguments.push_back(argument);
+    }
+    replayed = &around;
+    try_function(*f, arguments);
+    replayed = nullptr;
+    ++count;
+  }
+  printf("%d findings replayed\n", count);
+  return true;
 }
 
 int main(int argc, char** argv) {
   double seconds = 0;
   uint64_t seed = 1;
+  const char* old_findings = nullptr;
   std::vector<std::string> patterns;
   for (int i = 1; i < argc; ++i)
     if (argv[i] == std::string("--seconds") && i + 1 < argc)
       seconds = atof(argv[++i]);
     else if (argv[i] == std::string("--seed") && i + 1 < argc)
       seed = strtoull(argv[++i], nullptr, 0);
+    else if (argv[i] == std::string("--replay") && i + 1 < argc)
+      old_findings = argv[++i];
+    else if (argv[i] == std::string("--keep") && i + 1 < argc)
+      findings_file = fopen(argv[++i], "a");
     else
       patterns.push_back(argv[i]);
   signal(SIGFPE, trapped);
   random_numbers.state = seed;
   printf("seed %llu\n", static_cast<unsigned long long>(seed));
+  if (old_findings && !replay(old_findings)) return 2;
   const auto functions = find_functions(patterns);
   const time_t end = time(nullptr) + time_t(seconds);
   do
-    for (const Function* const f : functions) try_function(*f, 240);
+    for (const Function* const f : functions) try_function(*f, any_arguments(*f, 240));
   while (time(nullptr) < end);
   printf("%llu elements in %llu calls of %zu functions, %llu findings\n",
          static_cast<unsigned long long>(elements), static_cast<unsigned long long>(calls),
          functions.size(), static_cast<unsigned long long>(findings));
+  const char* separator = "their numbers: ";
+  for (int k = kZero; k <= kNan; ++k, separator = ", ") {
+    constexpr const char* kNames[] = {"zeros",  "subnormal", "smallest normal",
+                                      "normal", "infinite",  "NaNs"};
+    printf("%s%llu %s", separator, static_cast<unsigned long long>(numbers_of[k]), kNames[k]);
+  }
+  printf("\n");
   return findings ? 1 : 0;
 }

@@ -3,10 +3,12 @@
 // The library inside programs of every kind, one to a process: guest_test <way>. Exits with 0 when
 // all is as it should be. The splitters are called directly, so that calls are split on any
 // machine.
+#include <dirent.h>
 #include <omp.h>
 #include <pthread.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,8 +19,8 @@
 #include <cstring>
 #include <vector>
 
+#include "catalog/catalog.h"
 #include "luxcore.h"
-#include "luxvmk3.h"
 #include "tests/support.h"
 
 constexpr int kThreads = 4, kLen = 4000;
@@ -31,29 +33,198 @@ static void expect(bool condition, const char* what) {
 }
 
 template <class E>
-struct Arrays {
+struct Slices {
   std::vector<E> src = std::vector<E>(kLen, E(2)), dst = std::vector<E>(kLen);
 };
 
 // Inv in kThreads slices; a zero as last element is reported in the last one.
 template <class E>
-static Status inverses(Arrays<E>& a);
+static Status inverses(Slices<E>& a);
 template <>
-Status inverses(Arrays<float>& a) {
+Status inverses(Slices<float>& a) {
   return noxsThreading_1_1(luxsInv_32f_A24, kThreads, a.src.data(), a.dst.data(), kLen);
 }
 template <>
-Status inverses(Arrays<double>& a) {
+Status inverses(Slices<double>& a) {
   return noxdThreading_1_1(luxsInv_64f_A53, kThreads, a.src.data(), a.dst.data(), kLen);
 }
 
 static bool inverses_are_right() {
-  Arrays<float> a;
+  Slices<float> a;
   a.src.back() = 0;
   if (inverses(a) != LUX_POLE) return false;
   for (int i = 0; i < kLen - 1; ++i)
     if (a.dst[i] != 0.5f) return false;
   return std::isinf(a.dst.back());
+}
+
+// ---- All functions, wherever the program stands
+
+constexpr int kLength = 40;
+typedef unsigned char Numbers[5][kLength * 16];
+static Numbers programs_numbers, handlers_numbers;
+
+// Results of every function, of numbers of every class, as one number. Little stack is taken here.
+static uint64_t all_results(Numbers& numbers = programs_numbers) {
+  uint64_t digest = 0xCBF29CE484222325;
+  for (const Function& f : kFunctions) {
+    Random random{f.name.size() + f.name[4]};
+    const int count = kLength * f.type.parts;
+    for (int k = 0; k < 3; ++k)
+      for (int i = 0; i < count; ++i)
+        if (f.type.width == 4)
+          reinterpret_cast<uint32_t*>(numbers[k])[i] = any_pattern<uint32_t>(random);
+        else
+          reinterpret_cast<uint64_t*>(numbers[k])[i] = any_pattern<uint64_t>(random);
+    const Status status =
+        f.call({{numbers[0], numbers[1]}, {numbers[3], numbers[4]}, numbers[2]}, kLength);
+    const auto add = [&](unsigned char byte) { digest = (digest ^ byte) * 0x100000001B3; };
+    add(static_cast<unsigned char>(status));
+    for (int k = 0; k < f.shape.destinations; ++k)
+      for (int i = 0; i < count * f.type.width; ++i) add(numbers[3 + k][i]);
+  }
+  return digest;
+}
+
+static int threads_of_process() {
+  int count = 0;
+  DIR* const tasks = opendir("/proc/self/task");
+  while (tasks && readdir(tasks)) ++count;
+  if (tasks) closedir(tasks);
+  return count - 2;  // . and ..
+}
+
+// ---- Before main and after it
+
+// First of all code in the process, the libraries' own constructors included; then that of a library
+// which does not say that it needs this one; then the program's.
+static bool wants(int argc, char** argv, const char* way) {
+  return argc == 2 && strcmp(argv[1], way) == 0;
+}
+extern "C" float early_results[5];
+static uint64_t first_results, own_results;
+static void first_of_all(int argc, char** argv, char**) {
+  if (wants(argc, argv, "before_main")) first_results = all_results();
+}
+__attribute__((section(".preinit_array"),
+               used)) static void (*const at_first)(int, char**, char**) = first_of_all;
+__attribute__((constructor(101))) static void before_main(int argc, char** argv) {
+  if (!wants(argc, argv, "before_main")) return;
+  threads_omp_of_n_lux = 3;
+  own_results = all_results();
+}
+
+// A function's threshold is that of the first call that knew of threads.
+static void before_main() {
+  const uint64_t results = all_results();
+  expect(first_results == results, "the results of the first code in the process");
+  expect(own_results == results, "the results of a constructor");
+  expect(early_results[3] == 0.125f && std::isinf(early_results[4]), "those of a library's");
+  threads_omp_of_n_lux = 3;  // still, whatever main has set
+  const int32_t for_two = noxsMinN(0, 0, 2), for_three = noxsMinN(0, 0, 3);
+  if (for_three == INT32_MAX) return;  // not on this machine
+  std::vector<float> numbers(for_three + 1, 2.0f);
+  luxsInv_32f_A24(numbers.data(), numbers.data(), for_two + 1);
+  expect(threads_of_process() == 1, "a call below the threshold is not split");
+  luxsInv_32f_A24(numbers.data(), numbers.data(), for_three + 1);
+  expect(threads_of_process() == 3, "a call above it is");
+}
+
+// Succeeds in the last code of the process alone.
+static uint64_t results_at_end;
+static void check_at_end() {
+  if (!results_at_end) return;
+  expect(all_results() == results_at_end && inverses_are_right(), "right at the end");
+}
+static const struct AtEnd {
+  ~AtEnd() { check_at_end(); }
+} at_end;
+__attribute__((destructor)) static void last_of_all() {
+  check_at_end();
+  if (results_at_end) _exit(failures - 1);
+}
+static void at_exit() {
+  results_at_end = all_results();
+  atexit(check_at_end);
+  ++failures;
+}
+
+// ---- Small stacks
+
+constexpr size_t kStackOfACall = 4096;  // as the reference says
+static uint64_t wanted_results;
+static int interrupts = 0;
+static const void* frame_of_handler;
+static void interrupt_soon() {
+  const itimerval soon = {{}, {0, 300 + 37 * interrupts}};
+  if (++interrupts < 20) setitimer(ITIMER_REAL, &soon, nullptr);
+}
+static void handle(int) {
+  frame_of_handler = __builtin_frame_address(0);
+  expect(all_results(handlers_numbers) == wanted_results, "the results in a handler");
+  interrupt_soon();
+}
+
+// The first calls of all, and then calls in the midst of others.
+static void small_signal_stack() {
+  const size_t size = sysconf(_SC_MINSIGSTKSZ) + kStackOfACall;
+  const Guarded memory(size / Guarded::kPage + 1);
+  const stack_t stack = {memory.start(), 0, size};
+  memset(memory.start(), 0xA5, size);
+  sigaltstack(&stack, nullptr);
+  struct sigaction action = {};
+  action.sa_handler = [](int) { wanted_results = all_results(handlers_numbers); };
+  action.sa_flags = SA_ONSTACK;
+  sigaction(SIGALRM, &action, nullptr);
+  raise(SIGALRM);
+  action.sa_handler = handle;
+  sigaction(SIGALRM, &action, nullptr);
+  interrupt_soon();
+  while (interrupts < 20)
+    expect(all_results() == wanted_results, "the results of interrupted calls");
+  const unsigned char* lowest = memory.start();
+  while (*lowest == 0xA5) ++lowest;
+  expect(size_t(static_cast<const unsigned char*>(frame_of_handler) - lowest) < kStackOfACall,
+         "the stack that a call takes");
+}
+
+template <class Work>
+static void* run_work(void* work) {
+  (*static_cast<Work*>(work))();
+  return nullptr;
+}
+// On the smallest stack there is.
+template <class Work>
+static void* in_small_thread(Work work) {
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, PTHREAD_STACK_MIN);
+  pthread_t thread;
+  void* result = nullptr;
+  if (pthread_create(&thread, &attributes, run_work<Work>, &work) != 0) abort();
+  pthread_join(thread, &result);
+  return result;
+}
+
+// A thread that is to end ends behind the call, not within it.
+static void threads_that_end() {
+  const uint64_t results = all_results();
+  bool right[3] = {}, passed = false;
+  in_small_thread([&] { right[0] = all_results() == results && inverses_are_right(); });
+  in_small_thread([&] {
+    right[1] = inverses_are_right();
+    pthread_exit(nullptr);
+  });
+  void* const result = in_small_thread([&] {
+    pthread_cancel(pthread_self());
+    right[2] = inverses_are_right();
+    pthread_testcancel();
+    passed = true;
+  });
+  expect(right[0] && right[1], "the results in a thread with a small stack");
+  expect(right[2], "a call that a cancellation waits for is not cut off");
+  expect(result == PTHREAD_CANCELED && !passed, "the thread is cancelled behind it");
+  expect(inverses_are_right(), "other threads go on");
 }
 
 // ---- Forks
@@ -103,6 +274,14 @@ static void no_processes() {
   if (getuid() == 0 && setuid(65534) != 0) perror("setuid");  // root has no limit
   limit(RLIMIT_NPROC, 0);
   expect(inverses_are_right(), "right without threads");
+}
+
+// No file can be opened, so nothing of /proc and /sys be read, and nothing printed.
+static void no_files() {
+  const uint64_t results = all_results();
+  limit(RLIMIT_NOFILE, 0);
+  for (int stream = 0; stream < 3; ++stream) close(stream);
+  expect(inverses_are_right() && all_results() == results, "right without files");
 }
 
 // With GOMP_CPU_AFFINITY naming a processor that is then taken away.
@@ -173,7 +352,7 @@ static void slices_see_the_callers_words() {
 }
 
 static void flags_of_the_last_slice() {
-  Arrays<double> a;
+  Slices<double> a;
   a.src.back() = 0;
   set({});
   inverses(a);
@@ -195,7 +374,7 @@ static void trap_in_the_last_slice() {
 static void trap() {
 #pragma omp parallel num_threads(kThreads)
   set({});
-  Arrays<double> a;
+  Slices<double> a;
   a.src.back() = 0;
   set({kDefaultControl & ~kZeroDivide});
   inverses(a);
@@ -204,7 +383,12 @@ static void trap() {
 static const struct {
   const char* name;
   void (*run)();
-} kWays[] = {{"fork_after_own_regions", fork_after_own_regions},
+} kWays[] = {{"before_main", before_main},
+             {"at_exit", at_exit},
+             {"small_signal_stack", small_signal_stack},
+             {"threads_that_end", threads_that_end},
+             {"no_files", no_files},
+             {"fork_after_own_regions", fork_after_own_regions},
              {"fork_after_split_calls", fork_after_split_calls},
              {"no_address_space", no_address_space},
              {"no_processes", no_processes},

@@ -2,7 +2,8 @@
  *
  * The public headers in C99 and in every C++ standard, and the version record. Built as a program
  * once, and compiled without linking for every other language standard; also with what X11's Xlib.h
- * defines, before (by the command line) and after the headers.
+ * defines, before (by the command line) and after the headers. A second program has C's own complex
+ * numbers in the place of structures.
  */
 #include <stdio.h>
 #include <string.h>
@@ -34,6 +35,44 @@ static int is_date(const char* text) {
   return strstr(months, month) != NULL && strcmp(text + 4, rest) == 0;
 }
 
+/* Every status has a text of its own; any other even number is the exponential's. */
+static int texts_differ(void) {
+  static const LuxStatus all[] = {LUX_OK,
+                                  LUX_BAD_LENGTH,
+                                  LUX_NULL_POINTER,
+                                  LUX_OVERFLOW,
+                                  LUX_UNDERFLOW,
+                                  LUX_POLE,
+                                  LUX_DOMAIN,
+                                  62,
+                                  64};
+  unsigned i, j;
+  for (i = 0; i < sizeof all / sizeof *all; ++i)
+    for (j = 0; j < i; ++j)
+      if (strcmp(luxvm_status_text(all[i]), luxvm_status_text(all[j])) == 0) return 0;
+  return strcmp(luxvm_status_text(2), luxvm_status_text(62)) == 0;
+}
+
+#ifdef LUXVM_USE_C_COMPLEX
+#include <complex.h>
+/* By address, by value and as a result. */
+static int c_complex_works(void) {
+  const double complex z[2] = {1 + 2 * I, I};
+  double complex w[2], one;
+  float complex s[1] = {2 * I};
+  if (luxsExp_64fc_A53(z, w, 2) != LUX_OK || cabs(w[0] - cexp(z[0])) > 1e-15) return 0;
+  one = noxcexp_scalar(z[0]);
+  if (creal(one) != creal(w[0]) || cimag(one) != cimag(w[0])) return 0;
+  if (luxsPowx_64fc_A53(z, 2 + 0 * I, w, 2) != LUX_OK || w[1] != -1) return 0;
+  return luxsPowx_32fc_A24(s, 2.0f, s, 1) == LUX_OK && crealf(s[0]) == -4;
+}
+#else
+static int c_complex_works(void) {
+  const Lux64fc z = {0, 0};
+  return noxcexp_scalar(z).re == 1;
+}
+#endif
+
 int main(void) {
   const LibraryVersion* v = luxvmGetLibVersion();
   LuxStatus (*function)(const float*, float*, int32_t) = luxsExp_32f_A24;
@@ -41,8 +80,13 @@ int main(void) {
   float one = 1, out = 0;
 #ifdef LUX_RELEASE
   const int numbers[4] = {LUX_VERSION_NUMBERS};
+  char text[32];
   if (v->major != numbers[0] || v->minor != numbers[1]) return 1;
   if (v->major_build != numbers[2] || v->build != numbers[3]) return 1;
+  if (LUXVM_VERSION_MAJOR != numbers[0] || LUXVM_VERSION_MINOR != numbers[1]) return 8;
+  if (LUXVM_VERSION_MAJOR_BUILD != numbers[2] || LUXVM_VERSION_BUILD != numbers[3]) return 8;
+  sprintf(text, LUX_RELEASE ".%d", LUXVM_VERSION_PATCH);
+  if (strcmp(text, LUXVM_VERSION_STRING) != 0 || strcmp(text, LUX_PACKAGE_VERSION) != 0) return 8;
   if (strcmp(v->name, "libluxvmk3.so." LUX_RELEASE) != 0) return 3;
   if (strcmp(v->version, LUX_RELEASE) != 0) return 3;
 #endif
@@ -52,5 +96,7 @@ int main(void) {
   if (status != LUX_OK || out != 2.71828175f) return 5;
   if (luxvmGetLibVersion() != v || luxcoreGetNumThreads() < 1) return 6;
   if (noxfabsl_scalar(-2.0L) != 2.0L) return 7;
+  if (!texts_differ()) return 8;
+  if (!c_complex_works()) return 9;
   return 0;
 }

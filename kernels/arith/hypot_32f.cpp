@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: MIT
 //
 // Hypotenuse of single-precision arrays. A double holds every sum of two squares as a normal
-// number, so small arguments need no scaling. Worst error found 0.5000 ulp (sampled): the sum's
-// rounding to 53 bits moves the root by less than 2^-28 ulp.
+// number, so every finite element is ordinary. Worst error found 0.5000 ulp (sampled): the sum's
+// and the root's rounding to 53 bits move the result by less than 2^-28 ulp before the last.
 #include "kernels/arith/hypot.h"
 
 template <>
 struct Ordinary<float> {
-  static constexpr uint32_t kLow = 0x00800000;   // 2^-126
-  static constexpr uint32_t kHigh = 0x7F000000;  // 2^127: roots stay below 2^128
+  static constexpr uint32_t kLow = 0;
+  static constexpr uint32_t kHigh = 0x7F800000;  // infinity
 };
+
+template <>
+void hypot_extreme(const float* x, const float* y, float* dst) {
+  hypot_ordinary<1>(x, y, dst);
+}
 
 LUX_KERNELS_32F(Hypot, 2_1, hypot<float>)

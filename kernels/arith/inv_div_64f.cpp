@@ -27,12 +27,28 @@ static inline bool product_surely_in_range(const double* d) {
   return above < kDivisorRange;
 }
 
-// Quiet comparisons: a NaN fails both. Zeros do not come so far, for 0 times infinity is invalid.
-__attribute__((noinline)) static bool product_in_range(const double* d) {
-  for (int lane = 0; lane < 4; ++lane)
-    if (is_zero<double>(load_bits(d + lane))) return false;
+static inline bool any_zero(const double* d) {
+  bool zero = false;
+  for (int lane = 0; lane < 4; ++lane) zero |= is_zero<double>(load_bits(d + lane));
+  return zero;
+}
+
+// None of the divisors is a zero. The sum of their exponents leaves few products to be computed, and
+// none with an infinity or a NaN.
+static bool product_in_range(const double* d) {
+  int32_t exponent = -4 * 1023;
+  bool unknown = false;
+  for (int lane = 0; lane < 4; ++lane) {
+    const int32_t biased = int32_t(upper_magnitude(d + lane) >> 20);
+    if (biased == 2047) return false;
+    unknown |= biased == 0;
+    exponent += biased;
+  }
+  // 2^exponent <= |P| < 2^(exponent + 4), but for subnormals
+  if (!unknown && exponent > -150 && exponent + 4 <= 127) return true;
+  if (!unknown && (exponent >= 128 || exponent + 4 <= -150)) return false;
   const long double p = __builtin_fabsl((long double)d[0] * d[1] * ((long double)d[2] * d[3]));
-  return __builtin_isgreater(p, kProductTooSmall) && __builtin_isless(p, kProductTooLarge);
+  return p > kProductTooSmall && p < kProductTooLarge;
 }
 
 // Assembly. Operands: d, the divisors, and q, the results, of four elements; each `times` is empty,
@@ -80,46 +96,54 @@ static inline void divide_block(const double* n, const double* d, double* q) {
                : LUX_X87_STACK);
 }
 
-template <class Block>
-static inline int32_t reciprocal_blocks(const double* divisor, int32_t i, int32_t last,
-                                        Block block) {
+// Blocks up to one that holds a zero.
+template <class Block, class Quotient>
+static inline int32_t reciprocal_blocks(const double* divisor, int32_t i, int32_t last, Block block,
+                                        Quotient quotient) {
   for (; i < last; i += 4) {
-    if (__builtin_expect(!product_surely_in_range(divisor + i), false) &&
-        !product_in_range(divisor + i))
-      break;
-    block(i);
+    if (__builtin_expect(product_surely_in_range(divisor + i), true)) {
+      block(i);
+    } else {
+      if (any_zero(divisor + i)) break;
+      if (product_in_range(divisor + i))
+        block(i);
+      else
+        for (int lane = 0; lane < 4; ++lane) quotient(i + lane);
+    }
   }
   return i;
 }
 
 static Status inv_64f(const double* src, double* dst, int32_t len) {
   const Arrays<double> arrays = {src, src, dst, dst};
+  const auto quotient = [=](int32_t i) { dst[i] = double(1.0L / src[i]); };
   return run_kernel<X87Nearest<X87_EXTENDED>, 4>(
       arrays, len,
       [=](int32_t first, int32_t last) {
-        return reciprocal_blocks(src, first, last,
-                                 [=](int32_t i) { invert_block(src + i, dst + i); });
+        const auto block = [=](int32_t i) { invert_block(src + i, dst + i); };
+        return reciprocal_blocks(src, first, last, block, quotient);
       },
       [&](int32_t i, Status* status) {
-        const uint64_t x = load_bits(src + i);
-        dst[i] = double(1.0L / src[i]);
-        if (is_zero<double>(x)) _ErrorCall(arrays, LUX_POLE, i, status);
+        const bool pole = is_zero<double>(load_bits(src + i));
+        quotient(i);
+        if (pole) _ErrorCall(arrays, LUX_POLE, i, status);
       });
 }
 
 static Status div_64f(const double* src1, const double* src2, double* dst, int32_t len) {
   const Arrays<double> arrays = {src1, src2, dst, dst};
+  const auto quotient = [=](int32_t i) { dst[i] = double((long double)src1[i] / src2[i]); };
   return run_kernel<X87Nearest<X87_EXTENDED>, 4>(
       arrays, len,
       [=](int32_t first, int32_t last) {
-        return reciprocal_blocks(src2, first, last,
-                                 [=](int32_t i) { divide_block(src1 + i, src2 + i, dst + i); });
+        const auto block = [=](int32_t i) { divide_block(src1 + i, src2 + i, dst + i); };
+        return reciprocal_blocks(src2, first, last, block, quotient);
       },
       [&](int32_t i, Status* status) {
-        const uint64_t divisor = load_bits(src2 + i);
-        dst[i] = double((long double)src1[i] / src2[i]);
         // The divisor alone is looked at: the dividend may be a zero or a NaN.
-        if (is_zero<double>(divisor)) _ErrorCall(arrays, LUX_POLE, i, status);
+        const bool pole = is_zero<double>(load_bits(src2 + i));
+        quotient(i);
+        if (pole) _ErrorCall(arrays, LUX_POLE, i, status);
       });
 }
 

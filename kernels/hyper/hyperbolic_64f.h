@@ -40,15 +40,19 @@ static inline long double value(const DoubleCell& cell, long double r) {
   const long double z = r * r;
   const double leading = kFunction == kCosh ? cell.cosh : cell.sinh;
   const double other = kFunction == kCosh ? cell.sinh : cell.cosh;
+  const auto& cosh_long = anew(kCoshLong);
+  const auto& cosh_short = anew(kCoshShort);
+  const auto& sinh_long = anew(kSinhLong);
+  const auto& sinh_short = anew(kSinhShort);
   long double p, q;
   if (kGrade == kA53)
-    p = ((kCoshLong[2] * z + kCoshLong[1]) * z + kCoshLong[0]) * z;
+    p = ((cosh_long[2] * z + cosh_long[1]) * z + cosh_long[0]) * z;
   else
-    p = (kCoshShort[1] * z + kCoshShort[0]) * z;
+    p = (cosh_short[1] * z + cosh_short[0]) * z;
   if (kGrade == kA53 && kFunction == kSinh)
-    q = ((kSinhLong[2] * z + kSinhLong[1]) * z + kSinhLong[0]) * z * r + r;
+    q = ((sinh_long[2] * z + sinh_long[1]) * z + sinh_long[0]) * z * r + r;
   else
-    q = (kSinhShort[1] * z + kSinhShort[0]) * z * r + r;
+    q = (sinh_short[1] * z + sinh_short[0]) * z * r + r;
   long double rest = leading * p + other * q;
   if (kGrade == kA53 && kFunction == kSinh) rest += cell.sinh_low;
   return leading + rest;

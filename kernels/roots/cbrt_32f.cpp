@@ -22,15 +22,16 @@ static inline double quadratic(uint32_t x, double m) {
 // The significand is that of y, everything else comes from y rounded to a single. The biased
 // exponent times 64 kThird is a third of it in units of 2^-23: the quotient stands in the exponent
 // field, and bits 20 and 19 tell the remainder, 00, 01 or 10.
-__attribute__((noinline, cold)) static float cbrt_subnormal(float x) {
+static inline float cbrt_subnormal(float x) {
   constexpr uint32_t kThird = 43691;     // (2^17 + 1) / 3
   constexpr uint32_t kBias = 710934528;  // 84.75 2^23
   const double y = store_f64(x * 1e39);
   const float rounded = store_f32(float(y));
   const uint32_t u = load_bits(&rounded), third = ((u & Format<float>::kInf) >> 16) * kThird >> 1;
-  const Words words = load_words(&y);
+  // By packed logic: a double stored by words could only be loaded after a long wait.
+  static const uint64_t fraction = Format<double>::kFraction, one = Format<double>::kOne;
   double m;
-  store_words(&m, {words.lower, (words.upper & Upper<double>::kFraction) | Upper<double>::kOne});
+  store_half(&m, _mm_or_ps(_mm_and_ps(load_half(&y), load_half(&fraction)), load_half(&one)));
   float scale;
   store_bits(&scale, (u & Format<float>::kSign) | ((third + kBias) & Format<float>::kInf));
   return store_f32(

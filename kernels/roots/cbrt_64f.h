@@ -135,8 +135,9 @@ __attribute__((no_sanitize("address", "undefined"), noinline)) static void cbrt_
 }
 
 template <bool kInverse>
-__attribute__((noinline, cold)) static void cbrt_subnormal(double x, double* dst) {
-  const double scaled = store_f64(x * 0x1p54);  // exact
+static inline void cbrt_subnormal(const double* src, double* dst) {
+  double scaled;
+  put(&scaled, load_extended(src) * 0x1p54f);  // exact
   cbrt_element<kInverse>(&scaled, dst);
   add_to_upper_word(dst, uint32_t(kInverse ? 18 : -18) << 20);
 }
@@ -153,7 +154,7 @@ static inline Status cbrt_64f(const Arrays<double>& arrays, int32_t len, Other o
         if (a >= Format<double>::kInf || a == 0)
           other(i, x, status);
         else if (a < Format<double>::kSmallestNormal)
-          cbrt_subnormal<kInverse>(src[i], dst + i);
+          cbrt_subnormal<kInverse>(src + i, dst + i);
         else
           cbrt_element<kInverse>(src + i, dst + i);
       });

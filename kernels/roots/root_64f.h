@@ -100,10 +100,10 @@ static inline void store_reduced(__m128 pair, double* z, double* v) {
 // Six registers are all there are, so no instrumentation fits beside the assembly.
 template <Root kKind>
 __attribute__((no_sanitize("address", "undefined"))) static inline void root_block(
-    const double* src, double* dst) {
+    const double* src, __m128 low_pair, __m128 high_pair, double* dst) {
   Reduced r;
-  store_reduced(load_pair(src), r.z, r.v);
-  store_reduced(load_pair(src + 2), r.z + 2, r.v + 2);
+  store_reduced(low_pair, r.z, r.v);
+  store_reduced(high_pair, r.z + 2, r.v + 2);
   if constexpr (kKind == kRoot)
     ROOT_BLOCK(FINISH_ROOT)
   else
@@ -126,21 +126,44 @@ static inline bool all_positive_normal(const double* x) {
   return none_outside<4>([=](int lane) { return outside_positive_normal(x + lane); });
 }
 
-// Finite and at least the smallest subnormal.
+// Subnormals are computed as 2^996 times themselves.
+constexpr double kUp = 0x1p996;
 template <Root kKind>
-static inline void root_scaled(const double* src, double* dst) {
-  if (is_positive_normal(src)) {
-    root_element<kKind>(src, dst);
-  } else {
-    const double normal = store_f64(*src * 0x1p996);
-    root_element<kKind>(&normal, dst);
-    *dst *= kKind == kRoot ? 0x1p-498 : 0x1p498;
+constexpr uint32_t kDown = uint32_t(kKind == kRoot ? -498 : 498) << 20;
+
+// Four numbers above 0, of which some are subnormal. They are joined from halves: a load that spans
+// two stores has to wait for both.
+template <Root kKind>
+static inline void scaled_block(const double* src, double* dst) {
+  double scaled[4];
+  uint32_t down[4];
+  for (int lane = 0; lane < 4; ++lane) {
+    const bool subnormal = !is_positive_normal(src + lane);
+    put(scaled + lane, (long double)src[lane] * (subnormal ? kUp : 1.0));
+    down[lane] = subnormal ? kDown<kKind> : 0;
   }
+  root_block<kKind>(scaled, load_halves(scaled, scaled + 1), load_halves(scaled + 2, scaled + 3),
+                    dst);
+  for (int lane = 0; lane < 4; ++lane) add_to_upper_word(dst + lane, down[lane]);
+}
+
+static inline bool all_above_zero(const double* x) {
+  bool others = false;
+  for (int lane = 0; lane < 4; ++lane)
+    others |= is_zero<double>(load_bits(x + lane)) | (upper_word(x + lane) >= Upper<double>::kInf);
+  return !others;
 }
 
 template <Root kKind>
 static inline int32_t root_blocks(const double* src, double* dst, int32_t i, int32_t last) {
-  for (; i < last && all_positive_normal(src + i); i += 4) root_block<kKind>(src + i, dst + i);
+  for (; i < last; i += 4) {
+    if (__builtin_expect(all_positive_normal(src + i), true))
+      root_block<kKind>(src + i, load_pair(src + i), load_pair(src + i + 2), dst + i);
+    else if (all_above_zero(src + i))
+      scaled_block<kKind>(src + i, dst + i);
+    else
+      break;
+  }
   return i;
 }
 
@@ -155,7 +178,10 @@ static inline void root_special(const Arrays<double>& arrays, int32_t i, uint64_
     store_bits(y, kNegativeMarker);
     _ErrorCall(arrays, LUX_DOMAIN, i, status);
   } else {
-    root_scaled<kKind>(arrays.src1 + i, y);
+    const bool subnormal = !is_positive_normal(arrays.src1 + i);
+    const double scaled = store_f64(arrays.src1[i] * (subnormal ? kUp : 1.0));
+    root_element<kKind>(&scaled, y);
+    add_to_upper_word(y, subnormal ? kDown<kKind> : 0);
   }
 }
 

@@ -7,8 +7,8 @@
 //   sqrt(x) = (x y e p + l y) + h y, where h y and l y are exact.
 //
 // Sixteen elements from 2^-102 on are computed at once; below, l might be subnormal. When one of
-// them is no such number they are done in eights, with the estimate of +0 made finite, and an eight
-// with anything else goes one by one. What is small is scaled then, which leaves the bits alone.
+// them is no such number they are done in eights, with the estimate of +0 made finite and what is
+// small scaled, which leaves the bits alone. An eight with anything else goes one by one.
 //
 // Nineteen packed operations, and fourteen of the test for sixteen elements: where the processor
 // starts three a cycle, no less than 1.88 cycles an element.
@@ -41,12 +41,19 @@ static inline bool sixteen_ordinary(const float* x) {
   return all_within(x, kLeast, Format<float>::kInf);
 }
 
-// Or +0.
-static inline bool eight_ordinary(const float* x) {
+// Any number from +0 on.
+static inline bool eight_finite(const float* x) {
   return none_outside<8>([=](int lane) {
     const uint32_t u = load_bits(x + lane);
-    return u | ((u - kLeast) & -u) | (Format<float>::kInf - 1 - u);
+    return u | (Format<float>::kInf - 1 - u);
   });
+}
+
+static inline __m128 scaled_root(__m128 x) {
+  const __m128 one = all_lanes(1.0f), exponents = _mm_and_ps(x, all_lanes(Format<float>::kInf));
+  const __m128 small = _mm_cmplt_ps(exponents, all_lanes(kLeast));
+  return root<kWithZeros>(x * select(small, all_lanes(0x1p26f), one)) *
+         select(small, all_lanes(0x1p-13f), one);
 }
 
 static inline int32_t root_blocks(const float* src, float* dst, int32_t i, int32_t last) {
@@ -55,9 +62,8 @@ static inline int32_t root_blocks(const float* src, float* dst, int32_t i, int32
       for (int lane = 0; lane < 16; lane += 4)
         store_lanes(dst + i + lane, root<kNoZeros>(load_lanes(src + i + lane)));
     for (const int32_t end = i + 16 < last ? i + 16 : last; i < end; i += 8) {
-      if (!eight_ordinary(src + i)) return i;
-      const __m128 a = root<kWithZeros>(load_lanes(src + i)),
-                   b = root<kWithZeros>(load_lanes(src + i + 4));
+      if (!eight_finite(src + i)) return i;
+      const __m128 a = scaled_root(load_lanes(src + i)), b = scaled_root(load_lanes(src + i + 4));
       store_lanes(dst + i, a);
       store_lanes(dst + i + 4, b);
     }
@@ -79,8 +85,7 @@ static void sqrt_scalar(const Arrays<float>& arrays, int32_t i, Status* status) 
     store_bits(y, Format<float>::kDefaultNaN);
     _ErrorCall(arrays, LUX_DOMAIN, i, status);
   } else {
-    const __m128 scaled = root<kWithZeros>(lane * 0x1p26f);
-    store_lane(y, scaled * 0x1p-13f);
+    store_lane(y, scaled_root(lane));
   }
 }
 

@@ -30,13 +30,13 @@ static inline Status arctangent(const float* src, float* dst, int32_t len, Block
 
 // Beyond these the arctangent is the argument, or rounds to pi/2. Clamped to them, neither
 // quotients nor products underflow.
-static const __m128 kSmallest = all_lanes(0x1p-30f), kLargest = all_lanes(0x1p+30f);
+constexpr float kSmallest = 0x1p-30f, kLargest = 0x1p+30f;
 
 template <int kCount>
 static inline void block(const float* src, float* dst) {
   const __m128 x = load_elements<kCount>(src);
   const Ratio r = ratio_of(magnitude_of(x), all_lanes(1.0f));
-  const __m128 q = r.n / _mm_min_ps(r.d, kLargest);
+  const __m128 q = r.n / _mm_min_ps(r.d, all_lanes(kLargest));
   arctangent_block<kCount>(kCases, r, q, sign_of(x), dst);
 }
 
@@ -44,9 +44,10 @@ template <const auto& kP, int kCount>
 static inline void packed(const float* src, float* dst) {
   const __m128 x = load_elements<kCount>(src);
   const __m128 a = magnitude_of(x), tiny = is_tiny(a);
-  const bool extreme = __builtin_expect(in_any_lane(_mm_or_ps(tiny, _mm_cmplt_ps(kLargest, a))), 0);
+  const __m128 smallest = all_lanes(kSmallest), largest = all_lanes(kLargest);
+  const bool extreme = __builtin_expect(in_any_lane(_mm_or_ps(tiny, _mm_cmplt_ps(largest, a))), 0);
   __m128 clamped = a;
-  if (extreme) clamped = _mm_min_ps(_mm_max_ps(a, kSmallest), kLargest);
+  if (extreme) clamped = _mm_min_ps(_mm_max_ps(a, smallest), largest);
   const Ratio r = ratio_of(clamped, all_lanes(1.0f));
   __m128 y = from_axis(r, packed_arctangent<kP>(r.n / r.d));
   if (extreme) y = select(tiny, a, y);

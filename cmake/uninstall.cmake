@@ -1,0 +1,22 @@
+# SPDX-License-Identifier: MIT
+# cmake -D MANIFEST=FILE -P cmake/uninstall.cmake: remove what the file lists, below DESTDIR if that is
+# set, and the folders of this product that it leaves empty.
+if(NOT EXISTS "${MANIFEST}")
+  message(FATAL_ERROR "nothing was installed there from this build directory (${MANIFEST} does not exist)")
+endif()
+file(STRINGS "${MANIFEST}" files)
+foreach(file IN LISTS files)
+  set(path "$ENV{DESTDIR}${file}")
+  if(EXISTS "${path}" OR IS_SYMLINK "${path}")
+    message(STATUS "Removing ${path}")
+    file(REMOVE "${path}")
+  endif()
+  get_filename_component(folder "${path}" DIRECTORY)
+  if(folder MATCHES "/luxvm$")
+    file(GLOB left "${folder}/*")
+    if(NOT left)
+      file(REMOVE_RECURSE "${folder}")
+    endif()
+  endif()
+endforeach()
+file(REMOVE "${MANIFEST}")
