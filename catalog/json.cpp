@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <set>
 
 template <class T, class Variant>
 static auto& as(Variant& value, const char* kind) {
@@ -131,12 +132,18 @@ std::string Json::dump(int indent) const {
 
 Json Json::parse(const std::string& text) {
   using Other = JsonText::Other;
-  const auto limit = [](int depth, Other::parse_event_t, Other&) {
+  // Of two members of one name the first would be lost.
+  std::vector<std::set<std::string>> names;
+  const auto watch = [&](int depth, Other::parse_event_t event, Other& value) {
     if (depth > kDeepest) throw exception("it is nested too deeply");
+    if (event == Other::parse_event_t::object_start) names.emplace_back();
+    if (event == Other::parse_event_t::object_end) names.pop_back();
+    if (event == Other::parse_event_t::key && !names.back().insert(value).second)
+      throw exception("'" + value.get<std::string>() + "' stands there twice");
     return true;
   };
   try {
-    return JsonText::from(Other::parse(text, limit));
+    return JsonText::from(Other::parse(text, watch));
   } catch (const Other::parse_error& error) {
     throw exception(text.empty() ? "it is empty" : "no JSON at byte " + std::to_string(error.byte));
   } catch (const Other::exception&) {

@@ -303,11 +303,13 @@ static void publish(const Summary& summary, const std::string& path) {
 static void check(const CheckOptions& options) {
   if (!options.publish.empty()) require_writable(options.publish);
   const Summary summary = check_all(options.patterns);
-  if (!options.publish.empty()) return publish(summary, options.publish);
+  if (!options.publish.empty()) publish(summary, options.publish);
   if (options.json)
     print_json(summary_json(summary));
-  else
+  else if (options.publish.empty())
     print_summary(summary, options.verbose);
+  else
+    return;
   if (!summary.passed()) throw CheckFailed("");
 }
 

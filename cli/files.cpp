@@ -117,19 +117,21 @@ static void split_text(std::string_view line, std::vector<std::string_view>& fie
   }
 }
 
+// A quoted field ends at its quote and nothing but blanks follow: otherwise the quote stays, so that
+// the field is no number and nothing of the line is passed over in silence.
 static void split_csv(std::string_view line, std::vector<std::string_view>& fields) {
+  constexpr std::string_view kBlank = " \t";
   fields.clear();
   for (;;) {
-    line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
-    size_t end;
-    if (!line.empty() && line[0] == '"') {
-      const size_t quote = std::min(line.find('"', 1), line.size());
-      fields.push_back(line.substr(1, quote - 1));
-      end = line.find(',', quote);
-    } else {
-      end = line.find(',');
-      fields.push_back(line.substr(0, end));
-    }
+    line.remove_prefix(std::min(line.find_first_not_of(kBlank), line.size()));
+    const bool quoted = !line.empty() && line[0] == '"';
+    const size_t quote = quoted ? line.find('"', 1) : std::string_view::npos;
+    const size_t after =
+        quote == std::string_view::npos ? quote : line.find_first_not_of(kBlank, quote + 1);
+    const bool whole =
+        quote != std::string_view::npos && (after == std::string_view::npos || line[after] == ',');
+    const size_t end = whole ? after : line.find(',');
+    fields.push_back(whole ? line.substr(1, quote - 1) : line.substr(0, end));
     if (end == std::string_view::npos) return;
     line.remove_prefix(end + 1);
   }
@@ -325,6 +327,7 @@ static bool parse_npy_header(const std::string& bytes, NpyHeader& header) {
   header.data = start + length;
   header.type = type.substr(1, type.find('\'', 1) - 1);
   header.fortran = order.substr(0, 4) == "True";
+  if (!header.fortran && order.substr(0, 5) != "False") return false;
   const char* at = shape.data() + 1;
   const char* end = shape.data() + close;
   while (at < end) {
@@ -332,7 +335,9 @@ static bool parse_npy_header(const std::string& bytes, NpyHeader& header) {
     const auto [stop, error] = std::from_chars(at, end, extent);
     if (error != std::errc()) return false;
     header.shape.push_back(extent);
-    for (at = stop; at < end && (*at == ',' || *at == ' ');) ++at;
+    for (at = stop; at < end && *at == ' ';) ++at;
+    if (at < end && *at++ != ',') return false;
+    while (at < end && *at == ' ') ++at;
   }
   return true;
 }

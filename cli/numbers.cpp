@@ -18,10 +18,11 @@ static std::string_view trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kSpace) + 1 - first);
 }
 
-// 0x without the point or the exponent of a hex float.
-static bool is_pattern(std::string_view text) {
+// A hex float without its exponent is as likely a mistyped bit pattern.
+static bool lacks_exponent(std::string_view text) {
+  if (!text.empty() && (text[0] == '+' || text[0] == '-')) text.remove_prefix(1);
   return text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X') &&
-         text.find_first_not_of("0123456789abcdefABCDEF", 2) == std::string_view::npos;
+         text.find_first_not_of("0123456789abcdefABCDEF.", 2) == std::string_view::npos;
 }
 
 // Rounds once, to the width asked for; the bits are taken from memory.
@@ -39,8 +40,9 @@ static bool parse_rounded(const char* text, const char* end, int width, uint64_t
 
 bool parse_real(std::string_view text, int width, uint64_t& bits, std::string& why) {
   const std::string_view number = trimmed(text);
-  if (is_pattern(number)) {
-    if (number.size() == 2 + size_t(width) * 2) {
+  if (lacks_exponent(number)) {
+    if (number.size() == 2 + size_t(width) * 2 && number[0] == '0' &&
+        number.find('.') == std::string_view::npos) {
       bits = strtoull(std::string(number).c_str(), nullptr, 16);
       return true;
     }

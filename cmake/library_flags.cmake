@@ -10,7 +10,12 @@ set(LUX_LIBRARY_COMPILE_OPTIONS
     -march=pentium3 -mfpmath=387 -mstackrealign -fno-tree-vectorize -fno-tree-slp-vectorize
     -ffp-contract=off -fvisibility=hidden -fno-math-errno
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
-#
+if(LUX_SANITIZE)
+  # The address sanitizer marks the stack in units of 8 bytes, and -mstackrealign leaves a frame that
+  # holds no packed numbers where a caller put it: at multiples of 4.
+  list(APPEND LUX_LIBRARY_COMPILE_OPTIONS -mincoming-stack-boundary=2)
+endif()
+
 # nodelete: the runtime's threads may stand in the library's code, and fork handlers and the
 # thread-local pool size stay registered, after a program has closed it.
 set(LUX_LIBRARY_LINK_OPTIONS

@@ -7,9 +7,9 @@
 
 #include "complex/acos.h"
 
-static inline Lux64fc complex_acosh(const Lux64fc& z) {
+static inline Complex64 complex_acosh(const Complex64& z) {
   if (__builtin_expect(!has_arc(z.re, z.im), false)) {
-    const Lux64fc angle = complex_acos_rare(z);
+    const Complex64 angle = complex_acos_rare(z);
     return {__builtin_fabs(angle.im), angle.re * sign_of(z.im)};
   }
   const long double re = load_extended(&z.re), im = load_extended(&z.im);

@@ -47,7 +47,7 @@ static inline Arc arc(long double x, long double y) {
 }
 
 // Whether |re| + i |im| is such a z.
-static inline bool has_arc(const double& re, const double& im) {
+static inline bool has_arc(const DoubleInMemory& re, const DoubleInMemory& im) {
   const Words x = load_words(&re), y = load_words(&im);
   const uint32_t a = x.upper & ~kSignUpper, b = y.upper & ~kSignUpper;
   if (__builtin_expect(a == 0x3FF00000, false) && !(x.lower | y.lower | b)) return false;

@@ -9,7 +9,7 @@
 
 #include "complex/asinh.h"
 
-static inline Lux64fc complex_asin(const Lux64fc& z) {
+static inline Complex64 complex_asin(const Complex64& z) {
   if (__builtin_expect(!has_arc(z.re, z.im), false))
     return turned_back(complex_asinh_rare(turned(z)));
   const long double re = load_extended(&z.re), im = load_extended(&z.im);

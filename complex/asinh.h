@@ -10,7 +10,7 @@
 #include "complex/arc.h"
 
 // Infinities, NaNs and +-i.
-__attribute__((noinline, cold)) static Lux64fc complex_asinh_rare(const Lux64fc& z) {
+__attribute__((noinline, cold)) static Complex64 complex_asinh_rare(const Complex64& z) {
   const bool wide = _nox_internal_isinf(z.re), high = _nox_internal_isinf(z.im);
   if (_nox_internal_isnan(z.re) || _nox_internal_isnan(z.im)) {
     if (wide) return {z.re, z.im + z.im};
@@ -22,7 +22,7 @@ __attribute__((noinline, cold)) static Lux64fc complex_asinh_rare(const Lux64fc&
   return {wide || high ? __builtin_inf() * sign_of(z.re) : z.re, double(angle * sign_of(z.im))};
 }
 
-static inline Lux64fc complex_asinh(const Lux64fc& z) {
+static inline Complex64 complex_asinh(const Complex64& z) {
   if (__builtin_expect(!has_arc(z.im, z.re), false)) return complex_asinh_rare(z);
   const long double re = load_extended(&z.re), im = load_extended(&z.im);
   const Arc found = arc(__builtin_fabsl(im), __builtin_fabsl(re));

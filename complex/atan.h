@@ -6,7 +6,7 @@
 
 #include "complex/atanh.h"
 
-__attribute__((always_inline)) static inline Lux64fc complex_atan(const Lux64fc& z) {
+__attribute__((always_inline)) static inline Complex64 complex_atan(const Complex64& z) {
   AtanhParts parts;
   if (!atanh_parts(&z.im, &z.re, &parts)) return turned_back(complex_atanh_special(turned(z)));
   return rounded(parts.turn, parts.size);

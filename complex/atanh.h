@@ -18,7 +18,7 @@
 #include "extended/logarithm.h"
 
 // Infinities, NaNs and poles.
-__attribute__((noinline, cold)) static Lux64fc complex_atanh_special(const Lux64fc& z) {
+__attribute__((noinline, cold)) static Complex64 complex_atanh_special(const Complex64& z) {
   const double quarter = __builtin_copysign(0x1.921fb54442d18p+0, z.im);  // pi/2
   const double zero = __builtin_copysign(0.0, z.re);
   if (_nox_internal_isinf(z.im)) return {zero, quarter};
@@ -49,7 +49,7 @@ __attribute__((always_inline)) static inline bool atanh_parts(const double* re, 
   return true;
 }
 
-__attribute__((always_inline)) static inline Lux64fc complex_atanh(const Lux64fc& z) {
+__attribute__((always_inline)) static inline Complex64 complex_atanh(const Complex64& z) {
   AtanhParts parts;
   if (!atanh_parts(&z.re, &z.im, &parts)) return complex_atanh_special(z);
   return rounded(parts.size, parts.turn);

@@ -7,7 +7,7 @@
 
 #include "complex/cosh.h"
 
-static inline Lux64fc complex_cos(const Lux64fc& z) {
+static inline Complex64 complex_cos(const Complex64& z) {
   if (!is_ordinary(&z.im, &z.re)) return complex_cosh_special(turned(z));
   const FourParts p = ordinary_parts(&z.im, &z.re);
   return rounded(p.cosh * p.cos, -(p.sinh * p.sin));

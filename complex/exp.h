@@ -13,7 +13,7 @@
 
 #include "complex/hyperbolic.h"
 
-__attribute__((noinline, cold)) static Lux64fc complex_exp_special(const Lux64fc& z) {
+__attribute__((noinline, cold)) static Complex64 complex_exp_special(const Complex64& z) {
   if (_nox_internal_isnan(z.re))
     return {z.re + z.re, _nox_internal_iszero(z.im) ? z.im : z.re + z.im};
   if (_nox_internal_ispinf(z.re)) return at_angle(z.re, z.im, minus_itself(z.im));
@@ -29,7 +29,7 @@ __attribute__((noinline, cold)) static Lux64fc complex_exp_special(const Lux64fc
   return {store_f64(double(size * cosine)), store_f64(double(size * sine))};
 }
 
-static inline Lux64fc complex_exp(const Lux64fc& z) {
+static inline Complex64 complex_exp(const Complex64& z) {
   if (__builtin_expect(!is_ordinary(&z.re, &z.im), false)) return complex_exp_special(z);
   SineCosine y = short_sine_cosine(load_extended(&z.im));
   asm volatile("" : "+t"(y.sine), "+u"(y.cosine));  // first, so that nothing is spilled

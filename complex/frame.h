@@ -8,6 +8,7 @@
 #ifndef LUX_COMPLEX_FRAME_H
 #define LUX_COMPLEX_FRAME_H
 
+#include "complex/number.h"
 #include "kernels/frame.h"
 
 template <class E, class Element>
@@ -16,32 +17,34 @@ static inline Status run_complex(const E* src1, const E* src2, E* dst, int32_t l
   if (len < 1) return LUX_BAD_LENGTH;
   if (!src1 || !src2 || !dst) return LUX_NULL_POINTER;
   const X87Nearest<X87_EXTENDED> control;
-  for (int32_t i = 0; i < len; ++i) dst[i] = element(i);
+  for (int32_t i = 0; i < len; ++i) in_memory(dst + i) = element(i);
   control.leave();
   return LUX_OK;
 }
 
 template <class E, class Routine>
 static inline Status run_complex_1_1(const E* src, E* dst, int32_t len, Routine routine) {
-  return run_complex(src, src, dst, len, [=](int32_t i) { return routine(src[i]); });
+  return run_complex(src, src, dst, len, [=](int32_t i) { return routine(in_memory(src + i)); });
 }
 
 template <class E, class Routine>
 static inline Status run_complex_2_1(const E* src1, const E* src2, E* dst, int32_t len,
                                      Routine routine) {
-  return run_complex(src1, src2, dst, len, [=](int32_t i) { return routine(src1[i], src2[i]); });
+  return run_complex(src1, src2, dst, len,
+                     [=](int32_t i) { return routine(in_memory(src1 + i), in_memory(src2 + i)); });
 }
 
 template <class E, class Routine>
 static inline Status run_complex_2_1_1(const E* src, const E& scalar, E* dst, int32_t len,
                                        Routine routine) {
-  return run_complex(src, src, dst, len,
-                     [=, &scalar](int32_t i) { return routine(src[i], scalar); });
+  return run_complex(src, src, dst, len, [=, &scalar](int32_t i) {
+    return routine(in_memory(src + i), in_memory(&scalar));
+  });
 }
 
 // Kept in memory as it was stored: put together again from halves, it would stall its load.
-static inline Lux64fc widened(Lux32fc z) {
-  Lux64fc wide = {z.re, z.im};
+static inline Complex64 widened(Complex32 z) {
+  Complex64 wide = {z.re, z.im};
   asm("" : "+m"(wide));
   return wide;
 }
@@ -52,8 +55,8 @@ static inline bool is_subnormal(float x) {
 
 // Rounds a result to singles. A subnormal part raises the underflow flag of the x87 unit, which is
 // all that tells of it; the stored product raises it whether the part was exact or not.
-static inline Lux32fc narrowed(Lux64fc z) {
-  const Lux32fc result = {store_f32(float(z.re)), store_f32(float(z.im))};
+static inline Complex32 narrowed(Complex64 z) {
+  const Complex32 result = {store_f32(float(z.re)), store_f32(float(z.im))};
   if (__builtin_expect(is_subnormal(result.re) || is_subnormal(result.im), false)) {
     float smallest_normal = 0x1p-126f;
     asm("" : "+m"(smallest_normal));  // keeps the product from being folded

@@ -23,13 +23,13 @@ static inline bool is_ordinary(const double* x, const double* y) {
 }
 
 // Beyond, every product with a sine or cosine overflows or underflows as at the bound.
-static inline long double bounded_exponent(const double& from) {
+static inline long double bounded_exponent(const DoubleInMemory& from) {
   const long double x = load_extended(&from);
   return x > 3000 ? 3000 : x < -3000 ? -3000 : x;
 }
 
 // Infinite x: a zero or an infinity for each part, the sign from y. `unknown` where y has no sign.
-static inline Lux64fc at_angle(double size, const double& y, double unknown) {
+static inline Complex64 at_angle(double size, const DoubleInMemory& y, double unknown) {
   if (_nox_internal_isinf(y) || _nox_internal_isnan(y)) return {size, unknown};
   long double sine, cosine;
   sine_cosine(y, &sine, &cosine);

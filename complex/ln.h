@@ -7,7 +7,7 @@
 
 #include "complex/logarithm.h"
 
-__attribute__((always_inline)) static inline Lux64fc complex_log(const Lux64fc& z) {
+__attribute__((always_inline)) static inline Complex64 complex_log(const Complex64& z) {
   return complex_log_to_base(z, 0.5L);
 }
 

@@ -9,7 +9,7 @@
 
 constexpr long double kHalfDecimal = 0xd.e5bd8a937287195p-6L;  // log10(e) / 2
 
-__attribute__((always_inline)) static inline Lux64fc complex_log10(const Lux64fc& z) {
+__attribute__((always_inline)) static inline Complex64 complex_log10(const Complex64& z) {
   return complex_log_to_base(z, kHalfDecimal);
 }
 

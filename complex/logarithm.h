@@ -44,7 +44,7 @@ struct BySize {
   int octant;
 };
 
-__attribute__((always_inline)) static inline BySize by_size(const Lux64fc& z, bool exchanged) {
+__attribute__((always_inline)) static inline BySize by_size(const Complex64& z, bool exchanged) {
   const double* const parts = &z.re;
   return {__builtin_fabsl(load_extended(parts + exchanged)),
           __builtin_fabsl(load_extended(parts + !exchanged)),
@@ -57,23 +57,24 @@ __attribute__((always_inline)) static inline long double signed_angle(const BySi
 }
 
 // The angle of any finite number other than 0.
-static long double full_angle(const Lux64fc& z) {
+static long double full_angle(const Complex64& z) {
   return signed_angle(by_size(z, __builtin_fabs(z.im) > __builtin_fabs(z.re)), &z.im);
 }
 
 // Zeros, infinities, NaNs, and numbers that are far from 1.
-__attribute__((noinline, cold)) static Lux64fc complex_log_far(const Lux64fc& z, long double half) {
+__attribute__((noinline, cold)) static Complex64 complex_log_far(const Complex64& z,
+                                                                 long double half) {
   const bool infinite_re = _nox_internal_isinf(z.re), infinite_im = _nox_internal_isinf(z.im);
   const bool unknown = _nox_internal_isnan(z.re) || _nox_internal_isnan(z.im);
   if (infinite_re || infinite_im) {
     if (unknown) return {__builtin_inf(), z.re + z.im};
-    const Lux64fc corner = {__builtin_copysign(infinite_re, z.re),
-                            __builtin_copysign(infinite_im, z.im)};
+    const Complex64 corner = {__builtin_copysign(infinite_re, z.re),
+                              __builtin_copysign(infinite_im, z.im)};
     return rounded(__builtin_infl(), full_angle(corner) * (2 * half));
   }
   if (unknown) return {z.re + z.im, z.re + z.im};
   if (_nox_internal_iszero(z.re) && _nox_internal_iszero(z.im)) {
-    const Lux64fc axis = {__builtin_copysign(1.0, z.re), z.im};
+    const Complex64 axis = {__builtin_copysign(1.0, z.re), z.im};
     return rounded(-1 / __builtin_fabsl(z.re), full_angle(axis) * (2 * half));
   }
   const long double re = load_extended(&z.re), im = load_extended(&z.im), norm = re * re + im * im;
@@ -86,8 +87,8 @@ __attribute__((noinline, cold)) static long double log_near_one(long double larg
 }
 
 // `half` is half the logarithm of e to the base.
-__attribute__((always_inline)) static inline Lux64fc complex_log_to_base(const Lux64fc& z,
-                                                                         long double half) {
+__attribute__((always_inline)) static inline Complex64 complex_log_to_base(const Complex64& z,
+                                                                           long double half) {
   constexpr uint32_t kLow = 0x3C300000, kHigh = 0x43B00000;  // upper words of 2^-60 and 2^60
   const uint32_t re = upper_magnitude(&z.re), im = upper_magnitude(&z.im);
   const uint32_t larger = re > im ? re : im;

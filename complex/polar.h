@@ -22,7 +22,7 @@ struct Image {
   } const& to;
 };
 
-static inline Image image_of(const Lux64fc& z) {
+static inline Image image_of(const Complex64& z) {
   // y positive, y negative; x positive, x negative; |y| <= |x|, |y| > |x|
   static const Image::Turn kTurns[2][2][2] = {
       {{{1, 0.0f}, {-1, 1}}, {{-1, 2}, {1, 1}}},
@@ -36,7 +36,7 @@ static inline Image image_of(const Lux64fc& z) {
 }
 
 // Of a point other than 0, to 2^-62 of the angle.
-static inline long double angle_short(const Lux64fc& z) {
+static inline long double angle_short(const Complex64& z) {
   const PowerTable& table = anew(power_table);
   const auto& [large, small, to] = image_of(z);
   const int32_t i = nearest_integer(small / large * 64);

@@ -12,7 +12,7 @@ static TwoPart without_turns(const TwoPart& a) {
 }
 
 // To 2^-115 of the angle.
-static TwoPart angle_long(const Lux64fc& z) {
+static TwoPart angle_long(const Complex64& z) {
   const auto& [large, small, to] = image_of(z);
   const int32_t i = nearest_integer(small / large * 64);
   const long double slope = i * (1 / 64.0L);
@@ -40,7 +40,7 @@ static Point circle_point(const TwoPart& a) {
 }
 
 // 2^t (cos a + i sin a); the sign of an angle 0 comes apart.
-static Lux64fc polar(const TwoPart& t, const TwoPart& a, bool negative) {
+static Complex64 polar(const TwoPart& t, const TwoPart& a, bool negative) {
   constexpr float kFarthest = 16000;  // over- and underflow by far, whatever the angle
   const float clamped = t.high > kFarthest ? kFarthest : t.high < -kFarthest ? -kFarthest : 0;
   const ScaledPower radius = clamped != 0 ? exp2_parts(clamped) : exp2_parts(t);
@@ -59,7 +59,7 @@ static Lux64fc polar(const TwoPart& t, const TwoPart& a, bool negative) {
 //   magnitude infinite: an infinity in the direction of the angle, infinity + i NaN where it is
 //   unknown; otherwise an unknown angle gives NaNs.
 
-static bool is_zero(const Lux64fc& z) {
+static bool is_zero(const Complex64& z) {
   return _nox_internal_iszero(z.re) && _nox_internal_iszero(z.im);
 }
 static bool is_infinite(long double x) { return __builtin_fabsl(x) == __builtin_infl(); }
@@ -73,7 +73,7 @@ static long double times(long double exponent, long double log) {
 }
 
 // The same direction in finite numbers, NaN where there is none.
-static long double angle_of(const Lux64fc& z) {
+static long double angle_of(const Complex64& z) {
   if (_nox_internal_isnan(z.re) || _nox_internal_isnan(z.im)) return __builtin_nan("");
   const bool wide = _nox_internal_isinf(z.re), high = _nox_internal_isinf(z.im);
   const bool zero = is_zero(z);
@@ -82,7 +82,7 @@ static long double angle_of(const Lux64fc& z) {
   return angle_short({upper_word(&z.re) >> 31 ? -re : re, upper_word(&z.im) >> 31 ? -im : im});
 }
 
-static TwoPart log_of_magnitude(const Lux64fc& z) {
+static TwoPart log_of_magnitude(const Complex64& z) {
   const bool flat = __builtin_fabs(z.re) >= __builtin_fabs(z.im);
   const double* const parts = &z.re;
   const long double large = load_extended(parts + !flat), small = load_extended(parts + flat);
@@ -97,7 +97,7 @@ static long double silent_sum(long double a, long double b) {
   return is_infinite(a) && b == -a ? __builtin_nanl("") : a + b;
 }
 
-static long double log_of(const Lux64fc& z) {
+static long double log_of(const Complex64& z) {
   if (_nox_internal_isinf(z.re) || _nox_internal_isinf(z.im)) return __builtin_infl();
   if (_nox_internal_isnan(z.re) || _nox_internal_isnan(z.im)) return __builtin_nanl("");
   if (is_zero(z)) return -__builtin_infl();
@@ -109,7 +109,7 @@ static double part_of(double magnitude, long double direction) {
   return __builtin_signbit(direction) ? -size : size;
 }
 
-static Lux64fc special(const Lux64fc& z, const Lux64fc& w) {
+static Complex64 special(const Complex64& z, const Complex64& w) {
   constexpr double kNan = __builtin_nan("");
   if (is_zero(w)) return {1, 0};
   const long double log = log_of(z), angle = angle_of(z);
@@ -132,7 +132,7 @@ static Lux64fc special(const Lux64fc& z, const Lux64fc& w) {
           part_of(magnitude, negative ? -point.sine : point.sine)};
 }
 
-void _nox_internal_cpow_long(const Lux64fc* z, const Lux64fc* w, Lux64fc* power) {
+void _nox_internal_cpow_long(const Complex64* z, const Complex64* w, Complex64* power) {
   const bool finite = is_finite(z->re) && is_finite(z->im) && is_finite(w->re) && is_finite(w->im);
   if (!finite || is_zero(*z)) {
     *power = special(*z, *w);

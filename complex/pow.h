@@ -19,20 +19,20 @@
 #include "complex/polar.h"
 
 // Any power, with every special case.
-extern "C" __attribute__((visibility("hidden"))) void _nox_internal_cpow_long(const Lux64fc* z,
-                                                                              const Lux64fc* w,
-                                                                              Lux64fc* power);
+extern "C" __attribute__((visibility("hidden"))) void _nox_internal_cpow_long(const Complex64* z,
+                                                                              const Complex64* w,
+                                                                              Complex64* power);
 
 // Whether an angle next to an axis is known well enough all the same: exactly, because base and
 // exponent are such, or because it is small and its error with it.
-static inline bool is_certain(const Lux64fc& z, const Lux64fc& w, long double a) {
+static inline bool is_certain(const Complex64& z, const Complex64& w, long double a) {
   if (!_nox_internal_iszero(w.im)) return false;
   return z.re == 0 || z.im == 0 || __builtin_fabs(z.re) == __builtin_fabs(z.im) ||
          __builtin_fabsl(a) <= 1 / 64.0f;
 }
 
-static inline __attribute__((always_inline)) Lux64fc complex_pow(const Lux64fc& z,
-                                                                 const Lux64fc& w) {
+static inline __attribute__((always_inline)) Complex64 complex_pow(const Complex64& z,
+                                                                   const Complex64& w) {
   const long double x = z.re, y = z.im;
   Cell cell;
   const long double m = reduced(x * x + y * y, &cell);
@@ -63,7 +63,7 @@ static inline __attribute__((always_inline)) Lux64fc complex_pow(const Lux64fc& 
       }
     }
   }
-  Lux64fc power;
+  Complex64 power;
   _nox_internal_cpow_long(&z, &w, &power);
   return power;
 }

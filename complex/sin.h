@@ -7,7 +7,7 @@
 
 #include "complex/sinh.h"
 
-static inline Lux64fc complex_sin(const Lux64fc& z) {
+static inline Complex64 complex_sin(const Complex64& z) {
   if (!is_ordinary(&z.im, &z.re)) return turned_back(complex_sinh_special(turned(z)));
   const FourParts p = ordinary_parts(&z.im, &z.re);
   return rounded(p.cosh * p.sin, p.sinh * p.cos);

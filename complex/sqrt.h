@@ -24,10 +24,10 @@
 
 // By the roots of noxsqrtl_scalar: its last bits are the published ones. Squares of doubles cannot
 // leave the extended range, so nothing is scaled.
-static inline Lux64fc _nox_internal_csqrt(const double& re, const double& im) {
+static inline Complex64 _nox_internal_csqrt(const DoubleInMemory& re, const DoubleInMemory& im) {
   const long double x = load_extended(&re), y = load_extended(&im),
                     m = noxsqrtl_scalar(x * x + y * y);
-  Lux64fc root;
+  Complex64 root;
   if (x > 0) {
     const long double u = noxsqrtl_scalar(0.5L * m + 0.5L * x);
     root.re = store_f64(double(u));
@@ -43,7 +43,7 @@ static inline Lux64fc _nox_internal_csqrt(const double& re, const double& im) {
   return root;
 }
 
-__attribute__((noinline, cold)) static Lux64fc complex_sqrt_rare(const Lux64fc& z) {
+__attribute__((noinline, cold)) static Complex64 complex_sqrt_rare(const Complex64& z) {
   const double infinity = __builtin_inf();
   if (_nox_internal_isinf(z.im)) return {infinity, z.im};
   if (_nox_internal_isnan(z.re)) return {z.re + z.im, z.re + z.im};
@@ -66,7 +66,7 @@ static inline uint32_t store_unless_near_midpoint(double* to, long double x) {
 }
 
 // Inlined, since its call would cost singles a seventh of the time.
-__attribute__((always_inline)) static inline Lux64fc complex_sqrt(const Lux64fc& z) {
+__attribute__((always_inline)) static inline Complex64 complex_sqrt(const Complex64& z) {
   const uint32_t re = upper_magnitude(&z.re), im = upper_magnitude(&z.im);
   if (__builtin_expect(re >= 0x7FF00000 || im >= 0x7FF00000 || !(re | im), false))
     return complex_sqrt_rare(z);

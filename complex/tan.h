@@ -7,7 +7,7 @@
 
 #include "complex/tanh.h"
 
-static inline Lux64fc complex_tan(const Lux64fc& z) {
+static inline Complex64 complex_tan(const Complex64& z) {
   if (!is_ordinary(&z.im, &z.re)) return turned_back(complex_tanh_special(turned(z)));
   const FourParts p = ordinary_parts(&z.im, &z.re);
   const long double factor = 1 / (p.sinh * p.sinh + p.cos * p.cos);

@@ -11,12 +11,12 @@
 
 #include "complex/hyperbolic.h"
 
-static inline Lux64fc tanh_of(const FourParts& p) {
+static inline Complex64 tanh_of(const FourParts& p) {
   const long double factor = 1 / (p.sinh * p.sinh + p.cos * p.cos);
   return rounded(p.sinh * p.cosh * factor, p.sin * p.cos * factor);
 }
 
-__attribute__((noinline, cold)) static Lux64fc complex_tanh_special(const Lux64fc& z) {
+__attribute__((noinline, cold)) static Complex64 complex_tanh_special(const Complex64& z) {
   if (is_finite(z.re) && is_finite(z.im)) return tanh_of(finite_parts(&z.re, &z.im));
   if (_nox_internal_isnan(z.re))
     return {z.re + z.re, _nox_internal_iszero(z.im) ? z.im : z.re + z.im};
@@ -31,7 +31,7 @@ __attribute__((noinline, cold)) static Lux64fc complex_tanh_special(const Lux64f
   return {one, _nox_internal_iszero(z.im) ? z.im : (sine < 0) == (cosine < 0) ? 0.0 : -0.0};
 }
 
-static inline Lux64fc complex_tanh(const Lux64fc& z) {
+static inline Complex64 complex_tanh(const Complex64& z) {
   if (!is_ordinary(&z.re, &z.im)) return complex_tanh_special(z);
   return tanh_of(ordinary_parts(&z.re, &z.im));
 }

@@ -7,13 +7,18 @@
 #include <stddef.h>
 #include <stdint.h>
 
-// Unsigned pattern of an element type, and the constants of its layout.
+// Elements of a caller's arrays, which may stand at any byte address.
+typedef float __attribute__((aligned(1))) FloatInMemory;
+typedef double __attribute__((aligned(1))) DoubleInMemory;
+
+// Unsigned pattern of an element type, the type of one in memory, and the constants of its layout.
 template <class E>
 struct Format;
 
 template <>
 struct Format<float> {
   using Bits = uint32_t;
+  using InMemory = FloatInMemory;
   static constexpr int kFractionBits = 23;
   static constexpr int kBias = 127;
   static constexpr Bits kSign = 0x80000000u;
@@ -28,6 +33,7 @@ struct Format<float> {
 template <>
 struct Format<double> {
   using Bits = uint64_t;
+  using InMemory = DoubleInMemory;
   static constexpr int kFractionBits = 52;
   static constexpr int kBias = 1023;
   static constexpr Bits kSign = 0x8000000000000000u;
@@ -38,6 +44,19 @@ struct Format<double> {
   static constexpr Bits kFraction = 0x000FFFFFFFFFFFFFu;
   static constexpr Bits kSmallestNormal = 0x0010000000000000u;  // 2^-1022
 };
+
+// The element at an address, to read or to write. A template argument would lose the alignment, so
+// templates too have plain pointers. Assembly takes any address as it is.
+template <class E>
+__attribute__((always_inline)) static inline typename Format<E>::InMemory& in_memory(E* element) {
+  return *static_cast<typename Format<E>::InMemory*>(element);
+}
+
+template <class E>
+__attribute__((always_inline)) static inline const typename Format<E>::InMemory& in_memory(
+    const E* element) {
+  return *static_cast<const typename Format<E>::InMemory*>(element);
+}
 
 // Patterns travel between memory and integer registers only: a signalling NaN that passes through
 // the x87 unit comes out quiet and raises invalid.

@@ -63,14 +63,14 @@ static inline SineCosine reduced_sine_cosine(int octant, const long double r[2])
 }
 
 __attribute__((noinline, cold)) static SineCosine long_sine_cosine(const double* x) {
-  if (*x == 0) return {*x, 1};
+  if (in_memory(x) == 0) return {in_memory(x), 1};
   long double r[2];
-  const int octant = noxreduce_pi04l(*x, r);
+  const int octant = noxreduce_pi04l(in_memory(x), r);
   return reduced_sine_cosine(octant, r);
 }
 
 // Of a finite x: errors below 2.6 units of the last place of 64 bits, relatively.
-static inline void sine_cosine(const double& x, long double* sine, long double* cosine) {
+static inline void sine_cosine(const DoubleInMemory& x, long double* sine, long double* cosine) {
   const SineCosine pair = __builtin_expect(is_short_angle(&x), true)
                               ? short_sine_cosine(load_extended(&x))
                               : long_sine_cosine(&x);

@@ -15,7 +15,6 @@
 #include "tests/support.h"
 
 using bench::Argument;
-using bench::Case;
 using bench::Oracle;
 using bench::Real;
 using bench::Statistics;
@@ -175,85 +174,287 @@ TEST(HardArguments, IncludeTheDoubleNearestToAMultipleOfHalfPi) {
 
 // ---- Faults
 
-// The exponential, spoiled.
-template <class Fault>
-static Function spoiled(std::string_view name, Fault) {
-  static const Function* right;
-  right = &named(name);
-  Function f = *right;
-  f.call = [](const Arrays& arrays, int32_t len) {
-    const Status status = right->call(arrays, len);
-    for (int32_t i = 0; i < len; ++i)
-      Fault()(static_cast<const uint32_t*>(arrays.source[0])[i], i,
-              static_cast<uint32_t*>(arrays.destination[0])[i]);
-    return status;
+// One element of a call: the patterns of its arguments and of its results.
+struct Element {
+  uint64_t argument, result[2];
+  const Function& function;
+};
+using Fault = void (*)(Element&);
+
+// The function with that fault in each element. A faulty function is told by its number.
+constexpr int kMostFaulty = 24;
+static struct {
+  const Function* right;
+  Fault fault;
+} faulty[kMostFaulty];
+template <int n>
+static Status call_faulty(const Arrays& arrays, int32_t len) {
+  const Function& f = *faulty[n].right;
+  const Status status = f.call(arrays, len);
+  const int width = f.type.width, parts = f.type.parts;
+  const auto place = [&](int32_t i, int k) {
+    char* const array = static_cast<char*>(arrays.destination[k / parts]);
+    return array + i * f.type.bytes() + k % parts * width;
   };
-  return f;
+  for (int32_t i = 0; i < len; ++i) {
+    const char* const source = static_cast<const char*>(arrays.source[0]) + i * f.type.bytes();
+    Element e{load_bits(source, width), {}, f};
+    for (int k = 0; k < Oracle::results(f); ++k) e.result[k] = load_bits(place(i, k), width);
+    faulty[n].fault(e);
+    for (int k = 0; k < Oracle::results(f); ++k) store_bits(place(i, k), e.result[k], width);
+  }
+  return status;
+}
+template <int... n>
+static Function with_fault(int number, const Function& f, Fault fault,
+                           std::integer_sequence<int, n...>) {
+  constexpr Status (*kCalls[])(const Arrays&, int32_t) = {call_faulty<n>...};
+  faulty[number] = {&f, fault};
+  Function spoiled = f;
+  spoiled.call = kCalls[number];
+  return spoiled;
+}
+static Function with_fault(int number, const Function& f, Fault fault) {
+  return with_fault(number, f, fault, std::make_integer_sequence<int, kMostFaulty>());
 }
 
-template <class Fault>
-static Statistics survey_of(Fault fault) {
-  const Function f = spoiled("luxsExp_32f_A24", fault);
-  bench::Sampling sampling;
-  sampling.samples = 20'000;
-  return bench::survey({&f}, bench::make_arguments(f, sampling), 2, nullptr, kGoOn)[0];
+// Where a fault is: in arguments of one binade, as many as a survey meets often, or in every so
+// many of them.
+static uint64_t spacing = 1;
+static bool in_one_to_two(const Element& e) {
+  const NumberFormat& format = number_format(e.function.type.width);
+  return e.argument >> format.mantissa == uint64_t(format.bias) && e.argument % spacing == 0;
 }
+template <int k>
+static void off_by_two(Element& e) {
+  if (in_one_to_two(e)) e.result[k] += 2;
+}
+template <int k>
+static void of_the_wrong_sign(Element& e) {
+  if (in_one_to_two(e)) e.result[k] ^= number_format(e.function.type.width).sign();
+}
+template <int k>
+static void in_the_next_binade(Element& e) {
+  if (in_one_to_two(e)) e.result[k] += uint64_t(1) << number_format(e.function.type.width).mantissa;
+}
+template <int k>
+static void no_number(Element& e) {
+  const NumberFormat& format = number_format(e.function.type.width);
+  if (in_one_to_two(e)) e.result[k] = format.infinity() | format.quiet();
+}
+static void infinite(Element& e) {
+  if (in_one_to_two(e)) e.result[0] = number_format(e.function.type.width).infinity();
+}
+static void number_for_nan(Element& e) {
+  const NumberFormat& format = number_format(e.function.type.width);
+  if (format.is_nan(e.result[0])) e.result[0] = format.one();
+}
+static void zero_of_the_wrong_sign(Element& e) {
+  const NumberFormat& format = number_format(e.function.type.width);
+  if (format.magnitude(e.result[0]) == 0) e.result[0] ^= format.sign();
+}
+static void largest_for_infinity(Element& e) {
+  if (number_format(e.function.type.width).is_infinite(e.result[0])) --e.result[0];
+}
+// The result times 1 + sixteenths/16 2^-bits, in singles whose last places are finer.
+template <int bits, int sixteenths>
+static void off_by_bits(Element& e) {
+  if (in_one_to_two(e))
+    e.result[0] = ::bits(float(std::bit_cast<float>(uint32_t(e.result[0])) *
+                               (1 + sixteenths / 16.0 * std::ldexp(1, -bits))));
+}
+static void sound(Element&) {}
 
-TEST(Survey, FindsAWrongLane) {
-  const Statistics s = survey_of([](uint32_t x, int32_t i, uint32_t& y) {
-    if (i % 4 == 2 && x >> 23 == 0x7F) y += 2;  // [1, 2)
-  });
-  EXPECT_GT(s.max_ulp(), 1.4);
-}
-TEST(Survey, FindsAWrongBound) {  // the last argument with a finite result
-  const Statistics s = survey_of([](uint32_t x, int32_t, uint32_t& y) {
-    if (x == 0x42B17217) y = 0x7F800000;
-  });
-  EXPECT_GT(s.max_ulp(), 100);
-  EXPECT_EQ(s.worst[0].argument[0], 0x42B17217u);
-}
-TEST(Survey, FindsAWrongBinade) {
-  const Statistics s = survey_of([](uint32_t x, int32_t, uint32_t& y) {
-    if (x >> 23 == 127 + 256 - 20) y += 2;  // -2^-20
-  });
-  EXPECT_GT(s.max_ulp(), 1.4);
-  const auto is_there = [](const Case& c) { return c.argument[0] >> 23 == 127 + 256 - 20; };
-  EXPECT_TRUE(is_there(s.worst[0]));
-}
-TEST(Survey, CountsResultsOfAnotherClassApart) {
-  const Statistics s = survey_of([](uint32_t x, int32_t, uint32_t& y) {
-    if (x >> 20 == 0x412) y = 0x7FC00000;
-  });
-  EXPECT_GT(s.mismatches, 0u);
-  EXPECT_LT(s.max_ulp(), 0.62);
-  EXPECT_FALSE(bench::within(s, {bench::Accuracy::kUlp, 1}));
-}
-
-TEST(Exhaustive, FindsOneWrongResultAndGoesOnWhereItStopped) {
-  const Function f = spoiled("luxsExp_32f_A24", [](uint32_t x, int32_t, uint32_t& y) {
-    if (x == 0x3F812345) y += 3;
-  });
-  const std::vector<const Function*> grades{&f};
-  const auto two_slices = [] {
-    bench::Exhaustion exhaustion;
-    exhaustion.done.assign(bench::Exhaustion::kSlices, true);
-    // One of results, one of NaNs.
-    exhaustion.done[0x3F812345u >> 22] = exhaustion.done[0x7FC00000u >> 22] = false;
-    return exhaustion;
+// A fault in one grade breaks that grade's promise and leaves those of the others.
+TEST(Gates, NoticeTheFaultAndItsGradeAlone) {
+  const struct {
+    const char* name;
+    const char* what;
+    Fault fault;
+    bool broken;
+  } rows[] = {
+      {"luxsExp_32f_A24", "two last places", off_by_two<0>, true},
+      {"luxsExp_32f_A24", "sign", of_the_wrong_sign<0>, true},
+      {"luxsExp_32f_A24", "binade", in_the_next_binade<0>, true},
+      {"luxsExp_32f_A24", "NaN", no_number<0>, true},
+      {"luxsExp_32f_A24", "infinity", infinite, true},
+      {"luxsExp_32f_A24", "largest number for infinity", largest_for_infinity, true},
+      // The lower grades by relative error: a little on either side of what is promised.
+      {"luxsExp_32f_A21", "above 2^-21", off_by_bits<21, 19>, true},
+      {"luxsExp_32f_A21", "below 2^-21", off_by_bits<21, 12>, false},
+      {"luxsExp_32f_A11", "above 2^-11", off_by_bits<11, 17>, true},
+      {"luxsExp_32f_A11", "below 2^-11", off_by_bits<11, 15>, false},
+      {"luxsExp_32f_A21", "NaN", no_number<0>, true},
+      {"luxsExp_32f_A11", "sign", of_the_wrong_sign<0>, true},
+      {"luxsLn_32f_A24", "number for NaN", number_for_nan, true},
+      {"luxsErf_32f_A24", "sign of zero", zero_of_the_wrong_sign, true},
+      {"luxsInv_64f_A53", "two last places", off_by_two<0>, true},
+      {"luxsInv_64f_A50", "two last places of four", off_by_two<0>, false},
+      {"luxsInv_64f_A50", "binade", in_the_next_binade<0>, true},
+      {"luxsFloor_64f", "two last places", off_by_two<0>, true},
+      {"luxsModf_32f", "sign of the fraction", of_the_wrong_sign<1>, true},
+      {"luxsSinCos_64f_A53", "cosine", off_by_two<1>, true},
+      {"luxsDiv_32f_A24", "two last places", off_by_two<0>, true},
+      {"luxsPowx_64f_A53", "two last places", off_by_two<0>, true},
+      {"luxsExp_64fc_A53", "real part", off_by_two<0>, true},
+      {"luxsExp_64fc_A53", "imaginary part", off_by_two<1>, true},
+      {"luxsExp_32fc_A24", "sign of the imaginary part", of_the_wrong_sign<1>, true},
+      {"luxsExp_32fc_A11", "NaN for the imaginary part", no_number<1>, true},
+      {"luxsSqrt_32fc_A21", "binade of the imaginary part", in_the_next_binade<1>, true},
+      // Normwise.
+      {"luxsPow_64fc_A53", "real part", off_by_two<0>, true},
+      {"luxsPow_64fc_A53", "imaginary part", off_by_two<1>, true},
+      {"luxsPow_32fc_A24", "NaN for the imaginary part", no_number<1>, true},
+      {"luxsPowx_64fc_A53", "sign of the imaginary part", of_the_wrong_sign<1>, true},
   };
-  bench::Exhaustion whole = two_slices();
-  bench::exhaust(grades, whole, 1, nullptr, nullptr, kGoOn);
-  EXPECT_EQ(whole.statistics[0].worst[0].argument[0], 0x3F812345u);
-  EXPECT_GT(whole.statistics[0].max_ulp(), 2.4);
-  EXPECT_EQ(whole.statistics[0].count, 1u << 22);
+  // All of a function's at once, beside its sound grades: they share the exact values.
+  for (auto row = std::begin(rows); row != std::end(rows);) {
+    const Function& first = named(row->name);
+    std::vector<Function> grades;
+    std::vector<std::string> names;
+    std::vector<bool> broken;
+    const auto add = [&](const Function& f, const std::string& what, bool is_broken) {
+      grades.push_back(f);
+      names.push_back(std::string(f.name) + ", " + what);
+      broken.push_back(is_broken);
+    };
+    for (const Function& f : kFunctions)
+      if (f.is(first.family, first.type.name)) add(f, "sound", false);
+    for (int n = 0; row != std::end(rows) && named(row->name).is(first.family, first.type.name);
+         ++row, ++n)
+      add(with_fault(n, named(row->name), row->fault), row->what, row->broken);
+    std::vector<const Function*> all;
+    for (const Function& f : grades) all.push_back(&f);
+    bench::Sampling sampling;
+    sampling.samples = first.type.complex() ? 400 : 2000;
+    const auto statistics =
+        bench::survey(all, bench::make_arguments(first, sampling), 2, nullptr, kGoOn);
+    for (size_t g = 0; g < all.size(); ++g)
+      EXPECT_EQ(!bench::within(statistics[g], bench::guarantee(*all[g])), broken[g]) << names[g];
+  }
+}
 
-  bench::Exhaustion halves = two_slices();
+// All singles: each fault in a grade of its own, next to a sound one, in the slices where they show.
+TEST(Gates, OfAllSinglesNoticeEachFault) {
+  const struct {
+    const char* what;
+    Fault fault;
+    bool broken, other_class;
+  } rows[] = {
+      {"nothing", sound, false, false},
+      {"one result", [](Element& e) { e.result[0] += e.argument == 0x3F812345 ? 3 : 0; }, true,
+       false},
+      {"sign", of_the_wrong_sign<0>, true, false},
+      {"binade", in_the_next_binade<0>, true, false},
+      {"NaN", no_number<0>, true, true},
+      {"infinity", infinite, true, false},
+      {"number for NaN", number_for_nan, true, true},
+      {"above 2^-21", off_by_bits<21, 19>, true, false},
+      {"below 2^-21", off_by_bits<21, 12>, false, false},
+  };
+  std::vector<Function> functions;
+  for (const auto& row : rows)
+    functions.push_back(with_fault(int(functions.size()), named("luxsExp_32f_A21"), row.fault));
+  std::vector<const Function*> all;
+  for (const Function& f : functions) all.push_back(&f);
+  bench::Exhaustion exhaustion;
+  exhaustion.done.assign(bench::Exhaustion::kSlices, true);
+  exhaustion.done[0x3F812345u >> 22] = exhaustion.done[0x7FC00000u >> 22] = false;
+  spacing = 0x345;
+  bench::exhaust(all, exhaustion, 2, nullptr, nullptr, kGoOn);
+  spacing = 1;
+  for (size_t i = 0; i < all.size(); ++i) {
+    const Statistics& s = exhaustion.statistics[i];
+    // What is off by three last places is within 2^-21 and shows in units of these.
+    const bench::Accuracy bound =
+        i == 1 ? bench::Accuracy{bench::Accuracy::kUlp, 2} : bench::guarantee(*all[i]);
+    EXPECT_EQ(!bench::within(s, bound), rows[i].broken) << rows[i].what;
+    EXPECT_EQ(s.mismatches > 0, rows[i].other_class) << rows[i].what;
+  }
+  EXPECT_EQ(exhaustion.statistics[1].worst[0].argument[0], 0x3F812345u);
+}
+
+// Bounds are inclusive where they are powers of two, and to four decimals where they are stated so.
+TEST(Gates, ComparePromisesOfEachKind) {
+  using bench::Accuracy;
+  const double above = std::nextafter(0x1p-21, 1);
+  const struct {
+    Accuracy bound;
+    double ulp, relative, normwise;
+    bool within;
+  } rows[] = {
+      {{Accuracy::kUlp, 1}, 1.00004, 9, 9, true},
+      {{Accuracy::kUlp, 1}, 1.00006, 0, 0, false},
+      {{Accuracy::kRelativeBits, 21}, 9, 0x1p-21, 9, true},
+      {{Accuracy::kRelativeBits, 21}, 0, above, 0, false},
+      {{Accuracy::kNormwiseBits, 21}, 9, 9, 0x1p-21, true},
+      {{Accuracy::kNormwiseBits, 21}, 0, 0, above, false},
+      {{Accuracy::kExact, 0}, 0, 9, 9, true},
+      {{Accuracy::kExact, 0}, 0x1p-20, 0, 0, false},
+  };
+  for (const auto& row : rows) {
+    Statistics s;
+    s.worst = {{{}, 0, 0, row.ulp}};
+    s.max_relative = row.relative;
+    s.max_normwise = row.normwise;
+    EXPECT_EQ(bench::within(s, row.bound), row.within) << &row - rows;
+    s.mismatches = 1;
+    EXPECT_FALSE(bench::within(s, row.bound)) << &row - rows;
+  }
+  for (const auto& [name, promise] : {std::pair{"luxsExp_32f_A11", "2^-11"},
+                                      {"luxsExp_32f_A21", "2^-21"},
+                                      {"luxsExp_32f_A24", "1 ulp"},
+                                      {"luxsExp_64f_A50", "4 ulp"},
+                                      {"luxsExp_64f_A53", "1 ulp"},
+                                      {"luxsPow_64fc_A53", "2^-52 normwise"},
+                                      {"luxsHypot_64f_A50", "1.23 ulp"},
+                                      {"luxsRint_32f", "exact"}})
+    EXPECT_EQ(bench::text_of(bench::guarantee(named(name))), promise) << name;
+}
+
+// A function whose promise leaves out some arguments: a fault there is counted apart, one beside
+// them breaks it.
+TEST(Gates, LeaveOutOnlyWhatThePromiseDoes) {
+  const struct {
+    Fault fault;
+    bool broken;
+  } rows[] = {{[](Element& e) {  // squares that are scaled
+                 if (as_double(e.result[0], 8) < 0x1p-540) e.result[0] = 0;
+               },
+               true},
+              {[](Element& e) {  // squares beyond the range
+                 if (as_double(e.argument, 8) > 0x1p512) e.result[0] += 100;
+               },
+               false}};
+  for (const auto& row : rows) {
+    const Function f = with_fault(0, named("luxsHypot_64f_A53"), row.fault);
+    bench::Sampling sampling;
+    sampling.samples = 4000;
+    const Statistics s =
+        bench::survey({&f}, bench::make_arguments(f, sampling), 2, nullptr, kGoOn)[0];
+    EXPECT_EQ(!bench::within(s, bench::guarantee(f)), row.broken);
+    EXPECT_GT(s.beside, 0u);
+    if (!row.broken) {
+      EXPECT_GT(s.max_beside, 90);
+    }
+  }
+}
+
+TEST(Exhaustive, GoesOnWhereItStopped) {
+  const Function& f = named("luxsExp_32f_A24");
+  bench::Exhaustion whole;
+  whole.done.assign(bench::Exhaustion::kSlices, true);
+  whole.done[0x3F812345u >> 22] = whole.done[0x7FC00000u >> 22] = false;
+  bench::Exhaustion halves = whole;
+  bench::exhaust({&f}, whole, 1, nullptr, nullptr, kGoOn);
+  EXPECT_EQ(whole.statistics[0].count, 1u << 22);  // without the NaNs
+
   std::atomic<bool> stop{false};
   bench::exhaust(
-      grades, halves, 1, [&](uint64_t, uint64_t) { stop = true; }, nullptr, stop);
+      {&f}, halves, 1, [&](uint64_t, uint64_t) { stop = true; }, nullptr, stop);
   EXPECT_EQ(std::count(halves.done.begin(), halves.done.end(), false), 1);
   halves = bench::exhaustion_of(Json::parse(bench::record_of(halves).dump()));
-  bench::exhaust(grades, halves, 1, nullptr, nullptr, kGoOn);
+  bench::exhaust({&f}, halves, 1, nullptr, nullptr, kGoOn);
   EXPECT_EQ(bench::report_of(f, halves.statistics[0], true).dump(),
             bench::report_of(f, whole.statistics[0], true).dump());
 }

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// Bit for bit against plain models of the methods: MPFR at 53 bits for the steps, its own square
-// root for the one in software, arithmetic on exponents for what the kernels look up.
+// Hypotenuse and hyperbolic tangent, bit for bit against plain models of the methods: MPFR at 53 bits
+// for the steps, its own square root for the one in software, arithmetic on exponents for what the
+// kernels look up. Cube roots that are exact.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <vector>
 
-#include "kernels/roots/generated/cbrt_32f_table.h"  // the fitted coefficients, which are data
 #include "tests/catalog.h"
 #include "tests/mpfr_number.h"
 
@@ -70,48 +70,6 @@ static std::vector<uint32_t> arguments(double low, double high, int count) {
 }
 
 // ---- Cube root
-
-static Double quadratic(const Double& m, uint32_t j) {
-  const auto& t = static_const_table;
-  return (Double(t.c2[j]) * m + Double(t.c1[j])) * m + Double(t.c0[j]);
-}
-
-static uint32_t cbrt_32f(uint32_t x) {
-  const uint32_t a = x & ~kSign<uint32_t>;
-  if (is_nan(x)) return x | kQuiet<uint32_t>;
-  if (a == 0 || a == kInfinity<uint32_t>) return x;
-
-  // A subnormal times 1e39 stands for itself.
-  const bool subnormal = a < 0x00800000;
-  const Double y = subnormal ? value(x) * Double(1e39) : value(x);
-  const uint32_t u = stored<uint32_t>(y.value);
-  const uint64_t wide = stored<uint64_t>(y.value);
-  const Double m = value((wide & 0x000FFFFFFFFFFFFFu) | kOne<uint64_t>);
-
-  // The exponent's third rounded down, and the remainder's factor rounded to a double.
-  const int exponent = int(u >> 23 & 255) - 127 + 3 * 64, remainder = exponent % 3;
-  Number<200> power(remainder == 1 ? 2.0 : remainder == 2 ? 4.0 : 1.0);
-  mpfr_cbrt(power.value, power.value, MPFR_RNDN);
-  if (subnormal) {
-    Number<200> undo(10.0);
-    mpfr_pow_si(undo.value, undo.value, -13, MPFR_RNDN);
-    power = power * undo;
-  }
-  Double factor;
-  mpfr_set(factor.value, power.value, MPFR_RNDN);
-  const Double root = scaled(quadratic(m, u >> 17 & 63) * factor, exponent / 3 - 64);
-  return stored<uint32_t>(root.value) | (x & kSign<uint32_t>);
-}
-
-TEST(Model, Cbrt) {
-  auto x = arguments(1e-30, 1e30, 200000);
-  Random random{3};
-  for (int i = 0; i < 20000; ++i) x.push_back(random.next() & 0x807FFFFF);  // subnormals
-  for (uint32_t exponent = 0; exponent < 256; ++exponent)
-    for (uint32_t j = 0; j < 64; ++j)
-      for (const int nudge : {-1, 0, 1}) x.push_back((exponent << 23) + (j << 17) + nudge);
-  expect_model("Cbrt", x, cbrt_32f);
-}
 
 // A wrong coefficient moves a root by more than the half unit that keeps these exact.
 TEST(Exact, CubeRootsOfCubes) {

@@ -341,7 +341,7 @@ class Apply(Cli):
             (["line 2", "1 column where line 1 has 2"], "Div_64f_A53", "a.txt", "1 2\n3\n", []),
             (["line 4", "3 columns"], "Div_64f_A53", "a.csv", "a,b\n1,2\n\n1,2,3\n", []),
             *[(["line 1", field], "Exp_64f_A53", "a.csv", f"{field}\n1\n", [])
-              for field in ("1e400", "1.5.2", "1_000", "-.5x", "0x12")],
+              for field in ("1e400", "1.5.2", "1_000", "-.5x", "0x12", "-0x12", "0x1.8")],
             (["line 2, column 2", "''"], "Div_64f_A53", "a.csv", "a,b\n1,\n", []),
             (["line 1", "too large"], "Exp_32f_A24", "a.txt", "1e39\n", []),
             ("'????", "Exp_32f_A24", "a.txt", b"\0" * 100, []),

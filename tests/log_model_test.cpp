@@ -143,6 +143,8 @@ static std::vector<uint64_t> log_arguments_64f(int count) {
     all.push_back((random.next() % 2046 + 1) << 52 | r);
     all.push_back(0x3FE0000000000000 + edge + random.next() % 5 - 2);
     all.push_back(0x3FEFE00000000000 | r >> 7);
+    // Nothing hides the last bits of an interval's logarithm here.
+    for (int n = 0; n < 4; ++n) all.push_back(0x3FF0000000000000 | random.next() >> 12);
     all.push_back(0x3FF0000000000000 | r >> (8 + random.next() % 40));
   }
   return all;

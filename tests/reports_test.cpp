@@ -10,36 +10,8 @@
 #include <vector>
 
 #include "conformance/special_values.h"
+#include "tests/reports.h"
 #include "tests/support.h"
-
-constexpr unsigned char kUnwritten = 0xA5;  // what the rows' destinations are filled with
-
-struct Report {
-  int32_t code, index;
-  const void *argument1, *argument2, *result1, *result2;
-  std::string name;
-  bool stored;  // the results of the element, when it was reported
-};
-static std::vector<Report> reports;
-
-template <class E>
-static int32_t note(int32_t code, int32_t index, const E* a1, const E* a2, const E* r1, const E* r2,
-                    const char* name) {
-  E unwritten;
-  memset(&unwritten, kUnwritten, sizeof unwritten);
-  const bool stored = memcmp(r1 + index, &unwritten, sizeof unwritten) != 0 &&
-                      memcmp(r2 + index, &unwritten, sizeof unwritten) != 0;
-  reports.push_back({code, index, a1, a2, r1, r2, name, stored});
-  return 0;  // of no use to the kernels
-}
-int32_t noxsError(int32_t code, int32_t index, const float* a1, const float* a2, const float* r1,
-                  const float* r2, const char* name) {
-  return note(code, index, a1, a2, r1, r2, name);
-}
-int32_t noxdError(int32_t code, int32_t index, const double* a1, const double* a2, const double* r1,
-                  const double* r2, const char* name) {
-  return note(code, index, a1, a2, r1, r2, name);
-}
 
 static const Function* watched;
 static int64_t calls_with_reports;

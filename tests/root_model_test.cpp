@@ -1,65 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// Square roots and their reciprocals, bit for bit against literal models of the methods, and what
-// a block with special elements does: its neighbours, its reports and their order.
+// Square roots and their reciprocals of singles, bit for bit against literal models of the methods,
+// also beside special elements; exact roots.
 #include <gtest/gtest.h>
 
 #include <vector>
 
-#include "kernels/roots/generated/root_64f_table.h"
 #include "tests/catalog.h"
 #include "tests/mpfr_number.h"
-
-// Reports of the library, which calls the program's own definition.
-struct Report {
-  int32_t code, index;
-  bool operator==(const Report&) const = default;
-};
-static std::vector<Report> reports;
-int32_t noxsError(int32_t code, int32_t index, const float*, const float*, const float*,
-                  const float*, const char*) {
-  reports.push_back({code, index});
-  return code;
-}
-int32_t noxdError(int32_t code, int32_t index, const double*, const double*, const double*,
-                  const double*, const char*) {
-  reports.push_back({code, index});
-  return code;
-}
-
-// ---- Doubles
-
-struct Seed {
-  Extended y0, x;
-};
-static Seed seed(uint64_t x) {
-  const auto& table = static_const_table;
-  const uint32_t high = uint32_t(x >> 32), i = high >> 13 & 127;
-  Extended z, s, number;
-  set_exact(z.value, (x & 0x000FFFFFFFFFFFFF) | kOne<uint64_t>);
-  set_exact(s.value, uint64_t(0x5FE00000 - (high >> 1 & 0x7FF00000)) << 32);
-  set_exact(number.value, x);
-  const Extended q =
-      (Extended(table.c2[i]) * z + Extended(table.c1[i])) * z + Extended(table.c0[i]);
-  return {q * s * Extended(table.parity[x >> 52 & 1]), number};
-}
-static Extended newton(const Seed& a) {
-  return a.y0 * (Extended(1.5) + Extended(-0.5) * a.x * a.y0 * a.y0);
-}
-template <bool kInverse>
-static uint64_t root_64f(uint64_t x) {
-  const bool subnormal = x < 0x0010000000000000;
-  if (subnormal) {
-    Extended scaled;
-    set_exact(scaled.value, x);
-    mpfr_mul_2ui(scaled.value, scaled.value, 996, MPFR_RNDN);
-    x = stored<uint64_t>(scaled.value);
-  }
-  const Seed a = seed(x);
-  Extended y = kInverse ? newton(a) : a.x * newton(a);
-  if (subnormal) mpfr_mul_2si(y.value, y.value, kInverse ? 498 : -498, MPFR_RNDN);
-  return stored<uint64_t>(y.value);
-}
 
 // ---- Singles
 
@@ -129,12 +77,6 @@ static std::vector<U> positive_numbers(int count, bool subnormal) {
   return all;
 }
 
-TEST(Model, SqrtDouble) {
-  expect_model("Sqrt", positive_numbers<uint64_t>(20000, true), root_64f<false>);
-}
-TEST(Model, InvSqrtDouble) {
-  expect_model("InvSqrt", positive_numbers<uint64_t>(20000, true), root_64f<true>);
-}
 TEST(Model, SqrtSingle) {
   expect_model("Sqrt", positive_numbers<uint32_t>(40000, false), sqrt_32f);
   expect_model("Sqrt", positive_numbers<uint32_t>(10000, true), sqrt_32f);
@@ -187,24 +129,6 @@ TEST(Root, SpecialSinglesDoNotTouchTheirNeighbours) {
     }
 }
 
-// A negative subnormal looks like -0 to the packed unit under denormals-are-zero; the report goes
-// by the bits.
-TEST(Root, DenormalsAreZeroHidesNoReport) {
-  constexpr uint32_t kDenormalsAreZero = 0x40;
-  for (const int at : {0, 3, 7, 9}) {
-    uint32_t x[10], y[10];
-    std::fill_n(x, 10, kOne<uint32_t>);
-    x[at] = 0x80000001;
-    reports.clear();
-    set({kDefaultControl, kDefaultMxcsr | kDenormalsAreZero});
-    const Status status = luxsSqrt_32f_A24(reals(x), reals(y), 10);
-    set({});
-    EXPECT_EQ(status, LUX_DOMAIN);
-    EXPECT_EQ(y[at], 0xFFC00000u);
-    EXPECT_EQ(reports, (std::vector<Report>{{LUX_DOMAIN, at}}));
-  }
-}
-
 // 1 / sqrt(x) as the x87 unit computes it: two roundings to its precision, one to single.
 template <int kPrecision>
 static uint32_t x87_inverse_root(uint32_t x, mpfr_rnd_t direction) {
@@ -248,56 +172,4 @@ TEST(Root, SpecialBlockOfInverseRootsUsesTheCallersControlWord) {
         ASSERT_EQ(y[i], want) << std::hex << row.control << " 0x" << x[i];
       }
     }
-}
-
-TEST(Root, OrderOfReports) {
-  constexpr uint32_t kMinusOne = kOne<uint32_t> | kSign<uint32_t>, kMinusZero = kSign<uint32_t>;
-  struct {
-    std::vector<std::pair<int, uint32_t>> specials;
-    int len;
-    std::vector<Report> want;
-  } const rows[] = {
-      {{{2, kMinusOne}, {5, 0}}, 8, {{18, 5}, {19, 2}}},
-      {{{0, 0xFF800000}, {1, kMinusZero}, {2, 0x80000001}, {7, 0}},
-       8,
-       {{18, 1}, {18, 7}, {19, 0}, {19, 2}}},
-      {{{1, kMinusOne}, {9, 0}}, 16, {{19, 1}, {18, 9}}},
-      {{{2, kMinusOne}, {5, 0}}, 7, {{19, 2}, {18, 5}}},
-      {{{7, kMinusOne}, {8, 0}, {9, kMinusOne}, {10, 0}},
-       12,
-       {{19, 7}, {18, 8}, {19, 9}, {18, 10}}},
-      {{{3, 0xFFC00000}, {4, 0x7F800000}, {5, 0x00000001}}, 8, {}},
-      {{{3, 0x80000001}}, 16, {{19, 3}}},  // -infinity, not a NaN, as a packed result
-      {{{9, 0x807FFFFF}}, 24, {{19, 9}}},
-  };
-  for (const auto& row : rows)
-    for (const bool in_place : {false, true}) {
-      std::vector<uint32_t> x(row.len, kOne<uint32_t>), y(row.len);
-      for (const auto& [at, pattern] : row.specials) x[at] = pattern;
-      reports.clear();
-      const Status status =
-          luxsInvSqrt_32f_A24(reals(x.data()), reals(in_place ? x.data() : y.data()), row.len);
-      EXPECT_EQ(reports, row.want);
-      EXPECT_EQ(status, row.want.empty() ? LUX_OK : row.want.back().code);
-    }
-}
-
-// The doubles report in index order, and the others of a block are still roots.
-TEST(Root, DoublesBesideSpecialOnes) {
-  const double kInf = __builtin_inf();
-  const double x[] = {4, -1, 9, 0, 16, 1, -0.0, kInf, 25, -kInf, 64};
-  double roots[11], inverses[11];
-  reports.clear();
-  EXPECT_EQ(luxsSqrt_64f_A53(x, roots, 11), LUX_DOMAIN);
-  EXPECT_EQ(reports, (std::vector<Report>{{19, 1}, {19, 9}}));
-  reports.clear();
-  EXPECT_EQ(luxsInvSqrt_64f_A53(x, inverses, 11), LUX_DOMAIN);
-  EXPECT_EQ(reports, (std::vector<Report>{{19, 1}, {18, 3}, {18, 6}, {19, 9}}));
-  const double want[] = {2, 0, 3, 0, 4, 1, -0.0, kInf, 5, 0, 8};
-  const double want_inverse[] = {0.5, 0, 1 / 3.0, kInf, 0.25, 1, -kInf, 0, 0.2, 0, 0.125};
-  for (int i = 0; i < 11; ++i) {
-    const uint64_t marker = 0x7FF8A5A55A5A5A5A;
-    EXPECT_EQ(bits(roots[i]), x[i] < 0 ? marker : bits(want[i])) << i;
-    EXPECT_EQ(bits(inverses[i]), x[i] < 0 ? marker : bits(want_inverse[i])) << i;
-  }
 }

@@ -468,10 +468,35 @@ TEST(Scalar, ComplexRootIsAccurate) {
   RecordProperty("ulp", std::to_string(worst));
 }
 
+// Found by search: a part of the root is so close to the midpoint of two doubles that the processor's
+// roots lead to the wrong one. Results by MPC.
+TEST(Scalar, ComplexRootsNextToAMidpoint) {
+  const Lux64fc rows[][2] = {
+      {{-0x1.244d846e34dd8p+3, -0x1.0dea3be79a21p+0},
+       {0x1.64a2f198bd873p-3, -0x1.837fdfc733941p+1}},
+      {{-0x1.5c78b1214367cp+1, -0x1.4f59443e3409p+0},
+       {0x1.8bc6696ecf9fdp-2, -0x1.b1d41ef2d4f1cp+0}},
+      {{-0x1.c6cdb21f6911p+1, 0x1.9653ab4c5696p+2}, {0x1.5d3f5d4bb8da1p+0, 0x1.29d6e290d00b7p+1}},
+      {{-0x1.1d5226e752bd8p+0, -0x1.8cef93ccf5216p+2},
+       {0x1.9c44c82db9013p+0, -0x1.ecf5413c3b9c7p+0}},
+  };
+  for (const auto& [z, root] : rows) {
+    Lux64fc got;
+    EXPECT_EQ(luxsSqrt_64fc_A53(&z, &got, 1), LUX_OK);
+    EXPECT_EQ(bits(got.re), bits(root.re)) << std::hexfloat << z.re << " " << z.im;
+    EXPECT_EQ(bits(got.im), bits(root.im)) << std::hexfloat << z.re << " " << z.im;
+  }
+}
+
 // The array routine takes the processor's roots where they cannot change a bit of those
 // steps: typical points, any exponents, parts that differ widely, and squares of numbers next to
 // the midpoint of two doubles.
 TEST(Scalar, ComplexRootOfArraysHasTheBitsOfTheSteps) {
+  // Others next to a midpoint, where the steps round to the further double.
+  const Lux64fc found[] = {
+      {0x1.94045c496b9ap+2, 0x1.e2cf0c0060874p+2},  {0x1.1b1c4dc09bbf2p+3, 0x1.cf2266fe448f8p+2},
+      {-0x1.019876a57e07p+2, 0x1.0c7380532fefap+2}, {-0x1.232ffe0f0a0dp+1, 0x1.5b8638d11c14p+2},
+      {-0x1.95e12c62417c9p+2, 0x1.7e80a5e84b53p+1}, {-0x1.84a8fa3d3f05p-1, 0x1.3aff9002bea64p+3}};
   Random random{33};
   const auto sign = [&] { return random.next() & 1 ? 1.0 : -1.0; };
   for (int k = 0; k < 200000; ++k) {
@@ -491,6 +516,7 @@ TEST(Scalar, ComplexRootOfArraysHasTheBitsOfTheSteps) {
         if (k % 16 == 3) z = {0 * sign(), double(middle * middle) * 2};
       }
     }
+    if (k < int(std::size(found))) z = found[k];
     if (z.re == 0 && z.im == 0) continue;
     const Lux64fc got = complex_sqrt(z), want = _nox_internal_csqrt(z.re, z.im);
     ASSERT_EQ(bits(got.re), bits(want.re)) << std::hexfloat << z.re << " " << z.im;

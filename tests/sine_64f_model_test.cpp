@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Sine and cosine of doubles: bit for bit against a plain model of the method, and how blocks of
-// four, single elements and the handlers of large arguments share an array.
-#include "kernels/trig/generated/sine_64f_table.h"  // static_const_table
-
+// Sine and cosine of doubles: how blocks of four, single elements and the handlers of large
+// arguments share an array.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -11,30 +9,7 @@
 #include <vector>
 
 #include "tests/catalog.h"
-#include "tests/mpfr_number.h"
-
-static int32_t nearest_integer(const Extended& x) {
-  return int32_t(mpfr_get_si(x.value, MPFR_RNDN));
-}
-
-// Every step rounded to 64 bits, pi in four parts one after another.
-static uint64_t modelled(uint64_t pattern, bool cosine) {
-  Extended x;
-  set_exact(x.value, pattern);
-  const Extended inv_pi(0.3183098861837907);
-  const int32_t n = nearest_integer((cosine ? x + Extended(1.5707963267948966) : x) * inv_pi);
-  const Extended m(cosine ? n - 0.5 : n);
-  Extended r = x;
-  for (const double part :
-       {3.141592502593994, 1.5099578831723193e-07, 1.078060505991553e-14, 6.564007085747001e-22})
-    r = r - m * Extended(part);
-  const int32_t j = std::abs(nearest_integer(r * Extended(40.42535554534142)));
-  const Extended r2 = r * r;
-  Extended q(static_const_table.c[j][4]);
-  for (int k = 3; k >= 0; --k) q = Extended(static_const_table.c[j][k]) + r2 * q;
-  const uint64_t y = mpfr_zero_p(r.value) ? pattern : stored<uint64_t>((r + r * r2 * q).value);
-  return y ^ uint64_t(n & 1) << 63;
-}
+#include "tests/support.h"
 
 static double real(uint64_t pattern) { return std::bit_cast<double>(pattern); }
 
@@ -57,24 +32,6 @@ static std::vector<double> arguments(int count) {
   all.resize(count);
   return all;
 }
-
-TEST(Model, SineAndCosineDouble) {
-  const std::vector<double> x = arguments(60000);
-  std::vector<double> y(x.size());
-  for (const Function& f : kFunctions) {
-    if (!f.is("Sin", "64f") && !f.is("Cos", "64f")) continue;
-    f.call({{x.data()}, {y.data()}, nullptr}, int32_t(x.size()));
-    int failures = 0;
-    for (size_t i = 0; i < x.size() && failures < 10; ++i) {
-      const uint64_t want = modelled(bits(x[i]), f.family == "Cos");
-      if (bits(y[i]) != want)
-        ADD_FAILURE() << f.name << " of 0x" << std::hex << bits(x[i]) << ": got 0x" << bits(y[i])
-                      << ", wanted 0x" << want << " " << ++failures;
-    }
-  }
-}
-
-// ---- Blocks, single elements, handlers
 
 struct Both {
   uint64_t first, second;

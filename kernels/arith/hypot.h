@@ -65,7 +65,8 @@ static inline long double sum_of_squares(long double x, long double y) { return 
 template <int kCount, class E>
 static inline void hypot_ordinary(const E* x, const E* y, E* dst) {
 #pragma GCC unroll 8
-  for (int i = 0; i < kCount; ++i) dst[i] = E(root(sum_of_squares(x[i], y[i])));
+  for (int i = 0; i < kCount; ++i)
+    in_memory(dst + i) = E(root(sum_of_squares(in_memory(x + i), in_memory(y + i))));
 }
 
 // Finite and not ordinary.

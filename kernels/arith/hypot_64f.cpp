@@ -38,12 +38,12 @@ void hypot_extreme(const double* x, const double* y, double* dst) {
   const bool tiny = upper_magnitude(x) < kTiny && upper_magnitude(y) < kTiny;
   const double scale = tiny ? 0x1p+1000 : 1.0;
   double d, m;
-  any_sum_of_squares(*x * scale, *y * scale, &d);
+  any_sum_of_squares(in_memory(x) * scale, in_memory(y) * scale, &d);
   const uint64_t sum = load_bits(&d);
   const int32_t exponent = int32_t(sum >> 52) - Format<double>::kBias, parity = exponent & 1;
   store_bits(&m, (sum & Format<double>::kFraction) | uint64_t(Format<double>::kBias + parity)
                                                          << 52);
-  *dst = double(root(m) * power_of_two((exponent - parity) / 2 - (tiny ? 1000 : 0)));
+  in_memory(dst) = double(root(m) * power_of_two((exponent - parity) / 2 - (tiny ? 1000 : 0)));
 }
 
 LUX_KERNELS_64F(Hypot, 2_1, hypot<double>)

@@ -47,7 +47,8 @@ static bool product_in_range(const double* d) {
   // 2^exponent <= |P| < 2^(exponent + 4), but for subnormals
   if (!unknown && exponent > -150 && exponent + 4 <= 127) return true;
   if (!unknown && (exponent >= 128 || exponent + 4 <= -150)) return false;
-  const long double p = __builtin_fabsl((long double)d[0] * d[1] * ((long double)d[2] * d[3]));
+  const long double p = __builtin_fabsl((long double)in_memory(d) * in_memory(d + 1) *
+                                        ((long double)in_memory(d + 2) * in_memory(d + 3)));
   return p > kProductTooSmall && p < kProductTooLarge;
 }
 
@@ -116,7 +117,7 @@ static inline int32_t reciprocal_blocks(const double* divisor, int32_t i, int32_
 
 static Status inv_64f(const double* src, double* dst, int32_t len) {
   const Arrays<double> arrays = {src, src, dst, dst};
-  const auto quotient = [=](int32_t i) { dst[i] = double(1.0L / src[i]); };
+  const auto quotient = [=](int32_t i) { in_memory(dst + i) = double(1.0L / in_memory(src + i)); };
   return run_kernel<X87Nearest<X87_EXTENDED>, 4>(
       arrays, len,
       [=](int32_t first, int32_t last) {
@@ -132,7 +133,9 @@ static Status inv_64f(const double* src, double* dst, int32_t len) {
 
 static Status div_64f(const double* src1, const double* src2, double* dst, int32_t len) {
   const Arrays<double> arrays = {src1, src2, dst, dst};
-  const auto quotient = [=](int32_t i) { dst[i] = double((long double)src1[i] / src2[i]); };
+  const auto quotient = [=](int32_t i) {
+    in_memory(dst + i) = double((long double)in_memory(src1 + i) / in_memory(src2 + i));
+  };
   return run_kernel<X87Nearest<X87_EXTENDED>, 4>(
       arrays, len,
       [=](int32_t first, int32_t last) {

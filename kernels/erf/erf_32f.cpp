@@ -38,7 +38,7 @@ static inline void extended_block(const float* src, float* dst) {
 #pragma GCC unroll 4
   for (int i = 0; i < kCount; ++i) {
     const Cubic& c = kCubic[Grid<64>::index(shifted + i)];
-    dst[i] = float((((c.c3 * a[i] + c.c2) * a[i] + c.c1) * a[i] + c.c0) * signed_a[i]);
+    in_memory(dst + i) = float((((c.c3 * a[i] + c.c2) * a[i] + c.c1) * a[i] + c.c0) * signed_a[i]);
   }
 }
 

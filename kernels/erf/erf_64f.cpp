@@ -34,7 +34,7 @@ static inline long double series(long double x) {
 // |x| < 6
 __attribute__((always_inline)) static inline void element(const double* x, double* y) {
   if (upper_magnitude(x) < kSeriesEnd) {
-    *y = double(series(load_extended(x)));
+    in_memory(y) = double(series(load_extended(x)));
     return;
   }
   const uint32_t sign = upper_word(x) & kSignUpper;
@@ -43,7 +43,7 @@ __attribute__((always_inline)) static inline void element(const double* x, doubl
   const long double r = a - c.point;
   const long double sum =
       ((((((c.c7 * r + c.c6) * r + c.c5) * r + c.c4) * r + c.c3) * r + c.c2) * r + c.c1) * r;
-  *y = double(sum + c.tail + c.head);
+  in_memory(y) = double(sum + c.tail + c.head);
   set_upper_bits(y, sign);
 }
 

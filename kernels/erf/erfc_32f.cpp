@@ -47,7 +47,7 @@ static inline void extended_block(const float* src, float* dst) {
     const Side& side = kSides[load_bits(x + i) >> 31];
     const double s = (((c.s[0] * r[i] + c.s[1]) * r[i] + c.s[2]) * r[i] + c.s[3]) * r[i] + c.s[4];
     const double sum = (((s * r[i] + c.d2) * r[i] + c.d1) * r[i] + 1.0f) * c.scale;
-    dst[i] = float(sum * side.factor + side.constant);
+    in_memory(dst + i) = float(sum * side.factor + side.constant);
   }
 }
 

@@ -67,7 +67,7 @@ static inline void element(const double* x, double* y) {
   const Side& side = kSides[upper_word(x) >> 31];
   const long double a = magnitude_of(x);
   const Cell& c = kCell[(one_more(a) - Format<float>::kOne) >> 17];
-  *y = double(erfc_of<kLong>(a, c) * side.factor + side.constant);
+  in_memory(y) = double(erfc_of<kLong>(a, c) * side.factor + side.constant);
 }
 
 // Not negative, up to kUnderflow.
@@ -76,7 +76,7 @@ static void any_element(const double* x, double* y) {
   const uint32_t bits = one_more(load_extended(x));
   if (bits < kFarBits) return element<kLong>(x, y);
   const Cell& c = kCell[((bits - kFarBits) >> 15) + kFarCell];
-  *y = double(erfc_of<kLong>(load_extended(x), c) * power_of_two(-kFarScale));
+  in_memory(y) = double(erfc_of<kLong>(load_extended(x), c) * power_of_two(-kFarScale));
 }
 
 template <bool kLong>

@@ -53,7 +53,7 @@ static inline void quintic_block(const float* src, float* dst) {
   for (int i = 0; i < kCount; ++i) {
     const double(&c)[6] = kQuintic[cell_of(w + i)];
     const double t = u[i];
-    dst[i] = float(((((c[0] * t + c[1]) * t + c[2]) * t + c[3]) * t + c[4]) * t + c[5]);
+    in_memory(dst + i) = float(((((c[0] * t + c[1]) * t + c[2]) * t + c[3]) * t + c[4]) * t + c[5]);
     set_upper_bits(dst + i, load_bits(sign + i));
   }
 }

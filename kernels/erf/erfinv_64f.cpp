@@ -35,7 +35,7 @@ static inline void element(const double* x, double* y) {
   const long double even =
       (((c[1] * square + c[3]) * square + c[5]) * square + c[7]) * square + c[9];
   const long double slope = k.c[1] + (k.c_low[1] + t * (even + t * odd));
-  *y = double(k.c[0] + (k.c_low[0] + t * slope));
+  in_memory(y) = double(k.c[0] + (k.c_low[0] + t * slope));
   set_upper_bits(y, sign);
 }
 

@@ -100,7 +100,7 @@ static Status exp_32f(const float* src, float* dst, int32_t len) {
           store_bits(dst + i, 0);
           if (!infinite) _ErrorCall(arrays, LUX_UNDERFLOW, i, status);
         } else {
-          dst[i] = exp_scaled(src + i);
+          in_memory(dst + i) = exp_scaled(src + i);
         }
       });
 }

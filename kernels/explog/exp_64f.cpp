@@ -154,7 +154,7 @@ static void _ExpSc(const Arrays<double>& arrays, int32_t i, Status* status) {
     if (!infinite) _ErrorCall(arrays, LUX_UNDERFLOW, i, status);
   } else {
     int32_t j1;
-    *y = exp_scaled(arrays.src1 + i, &j1);
+    in_memory(y) = exp_scaled(arrays.src1 + i, &j1);
     // Programs know subnormal results by an even code below 64: twice the middle index.
     if (negative && a >= kSubnormal) _ErrorCall(arrays, 2 * j1, i, status);
   }

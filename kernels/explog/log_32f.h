@@ -126,7 +126,7 @@ static inline Status log_32f(const LogTable& table, const float* src, float* dst
         } else if (alone && x >= Format<float>::kSmallestNormal) {
           log_element(table, src + i, dst + i);
         } else {
-          dst[i] = store_f32(float(times_log2(table.two, load_extended(src + i))));
+          in_memory(dst + i) = store_f32(float(times_log2(table.two, load_extended(src + i))));
         }
       });
 }

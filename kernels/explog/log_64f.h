@@ -151,9 +151,9 @@ static inline void log_scalar(const LogTable& table, const Arrays<double>& array
   } else if (a == Format<double>::kInf) {
     store_bits(dst, x);
   } else if (upper < Upper<double>::kSmallestNormal) {
-    *dst = double(times_log2(table.two, load_extended(src)));
+    in_memory(dst) = double(times_log2(table.two, load_extended(src)));
   } else if (upper >> 12 == kNearOne) {
-    *dst = double(near_one(table.near_one, load_extended(src) - 1));
+    in_memory(dst) = double(near_one(table.near_one, load_extended(src) - 1));
   } else {
     log_element(table, src, dst);
   }

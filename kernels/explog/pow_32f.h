@@ -79,7 +79,7 @@ static inline Power exp2_of(double t) {
 static uint32_t finite_pow(uint32_t pattern, const float* y) {
   float x;
   store_bits(&x, pattern);
-  const double base = store_f64(x), exponent = store_f64(*y);
+  const double base = store_f64(x), exponent = store_f64(in_memory(y));
   const X87Nearest<X87_EXTENDED> control;
   x = store_f32(float(extended_pow(&base, &exponent)));
   control.leave();
@@ -97,7 +97,7 @@ static inline bool x87_ordinary(const float* x, Exponent y, float* dst, int32_t 
                  significand_of(kCount == 1 ? load_lane(x + i) : load_lanes(x + i + lane)));
 #pragma GCC unroll 8
   for (int lane = 0; lane < kCount; ++lane)
-    t[lane] = log2_of(m[lane], load_bits(x + i + lane)) * *y.at(i + lane);
+    t[lane] = log2_of(m[lane], load_bits(x + i + lane)) * in_memory(y.at(i + lane));
   if (!all_below<kCount>(t, kBound)) return false;
 #pragma GCC unroll 8
   for (int lane = 0; lane < kCount; ++lane) {

@@ -50,7 +50,7 @@ static inline long double log2_short(const double* m, uint32_t upper, int32_t e)
 }
 
 static inline void product(long double log, const double* y, GridPoint* t) {
-  const long double whole = log * *y;
+  const long double whole = log * in_memory(y);
   put_grid(&t->grid, whole);
   put(&t->r, whole - grid_point(&t->grid));
 }
@@ -86,7 +86,7 @@ static inline EachSplit split(EachExponent<double> y) { return {y}; }
 static inline OneSplit split(OneExponent<double> y) {
   OneSplit parts = {y, 0, 0};
   store_half(&parts.high, _mm_and_ps(load_half(y.y), lanes_of(kUpperWords)));
-  put(&parts.low, (long double)*y.y - parts.high);
+  put(&parts.low, (long double)in_memory(y.y) - parts.high);
   return parts;
 }
 
@@ -110,9 +110,10 @@ static inline bool pow_ordinary(const double* x, const Split& y, double* dst, in
     if constexpr (kLong) {
       const Log log = log2_long(m + lane, upper, exponent_of(upper));
       if constexpr (kEach)
-        product(log, *exponent, y_high[lane], *exponent - (long double)y_high[lane], t + lane);
+        product(log, in_memory(exponent), y_high[lane],
+                in_memory(exponent) - (long double)y_high[lane], t + lane);
       else
-        product(log, *exponent, y.high, y.low, t + lane);
+        product(log, in_memory(exponent), y.high, y.low, t + lane);
     } else {
       product(log2_short(m + lane, upper, exponent_of(upper)), exponent, t + lane);
     }

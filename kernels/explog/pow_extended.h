@@ -114,12 +114,12 @@ static inline long double extended_pow(const double* x, const double* y) {
   store_bits(&m, (pattern & Format<double>::kFraction) | Format<double>::kOne);
   store_bits(&y_high, load_bits(y) & 0xFFFFFFFF00000000u);
   const Log log = log2_long(&m, upper_word(&m), e);
-  const long double about = (long double)log.high * *y;
+  const long double about = (long double)log.high * in_memory(y);
   if (about > 1500.0f) return power_of_two(1500);
   if (about < -1500.0f) return power_of_two(-1500);
   if (__builtin_fabsl(about) < 0x1p-70f) return 1;  // r as a double might underflow
   GridPoint t;
-  product(log, *y, y_high, (long double)*y - y_high, &t);
+  product(log, in_memory(y), y_high, (long double)in_memory(y) - y_high, &t);
   const ScaledPower power = exp2_of<true>(t);
   return power.value * power_of_two(power.k >> 13);
 }

@@ -33,7 +33,7 @@ struct Acosh {
     } else if (x == Format<float>::kInf) {
       store_bits(y, x);
     } else {
-      *y = log_twice(x);
+      in_memory(y) = log_twice(x);
     }
   }
 };

@@ -31,7 +31,7 @@ struct Asinh {
     if (a >= Format<float>::kInf || a < Format<float>::kSmallestNormal) {
       store_bits(y, quieted<float>(x));
     } else {
-      *y = log_twice(a);
+      in_memory(y) = log_twice(a);
       set_upper_bits(y, x ^ a);
     }
   }

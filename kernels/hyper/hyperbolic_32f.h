@@ -67,7 +67,7 @@ static inline void x87_block(const float* src, float* dst) {
     const double leading = kFunction == kCosh ? cell.cosh : cell.sinh;
     const double other = kFunction == kCosh ? cell.sinh : cell.cosh;
     const double rest = double(a[lane]) - grid[lane];
-    dst[lane] = float(leading + (leading * z[lane] + other * (rest + rest * v[lane])));
+    in_memory(dst + lane) = float(leading + (leading * z[lane] + other * (rest + rest * v[lane])));
     if (kFunction == kSinh) set_upper_bits(dst + lane, sign[lane]);
   }
 }

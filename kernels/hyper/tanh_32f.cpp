@@ -118,7 +118,7 @@ static Status tanh_32f(const float* src, float* dst, int32_t len) {
         if (a <= Format<float>::kSmallestNormal || a > kInf) {
           store_bits(dst + i, quieted<float>(x));
         } else if (a < kSeries) {
-          dst[i] = series(src[i]);
+          in_memory(dst + i) = series(in_memory(src + i));
         } else if (a >= kOneFrom) {
           store_bits(dst + i, sign | Format<float>::kOne);
         } else {

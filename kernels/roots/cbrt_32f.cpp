@@ -48,7 +48,7 @@ static Status cbrt_32f(const float* src, float* dst, int32_t len) {
         if (a >= Format<float>::kInf || a == 0)
           store_bits(dst + i, quieted<float>(x));
         else if (a < Format<float>::kSmallestNormal)
-          dst[i] = cbrt_subnormal(src[i]);
+          in_memory(dst + i) = cbrt_subnormal(in_memory(src + i));
         else
           cbrt_element(static_const_table, src + i, dst + i);
       });

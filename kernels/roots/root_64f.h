@@ -139,7 +139,7 @@ static inline void scaled_block(const double* src, double* dst) {
   uint32_t down[4];
   for (int lane = 0; lane < 4; ++lane) {
     const bool subnormal = !is_positive_normal(src + lane);
-    put(scaled + lane, (long double)src[lane] * (subnormal ? kUp : 1.0));
+    put(scaled + lane, (long double)in_memory(src + lane) * (subnormal ? kUp : 1.0));
     down[lane] = subnormal ? kDown<kKind> : 0;
   }
   root_block<kKind>(scaled, load_halves(scaled, scaled + 1), load_halves(scaled + 2, scaled + 3),
@@ -179,7 +179,7 @@ static inline void root_special(const Arrays<double>& arrays, int32_t i, uint64_
     _ErrorCall(arrays, LUX_DOMAIN, i, status);
   } else {
     const bool subnormal = !is_positive_normal(arrays.src1 + i);
-    const double scaled = store_f64(arrays.src1[i] * (subnormal ? kUp : 1.0));
+    const double scaled = store_f64(in_memory(arrays.src1 + i) * (subnormal ? kUp : 1.0));
     root_element<kKind>(&scaled, y);
     add_to_upper_word(y, subnormal ? kDown<kKind> : 0);
   }

@@ -158,7 +158,7 @@ static inline long double shifted(const double* x) {
   constexpr bool kDirected =
       kDirection != Direction::kZero && kDirection != Direction::kNearestAway;
   const uint32_t sign = kDirected ? 0 : upper_word(x) >> 31;
-  long double sum = *x;
+  long double sum = in_memory(x);
   if (kDirection == Direction::kNearestAway) sum += kHalves[sign];
   return (sum + kShifters[sign]) - kShifters[sign];
 }
@@ -331,7 +331,7 @@ static inline void split_block(const double* src, double* whole, double* fractio
   for (int k = 0; k < kBlock; ++k) {
     const long double t = shifted<Direction::kZero>(src + k);
     put_copy(cut + k, t);
-    put(rest + k, src[k] - t);
+    put(rest + k, in_memory(src + k) - t);
   }
   const Signs signs = signs_of(src);  // which may be either destination
   store_with_signs(whole, cut, signs);

@@ -12,7 +12,7 @@ static inline void element(const double* x, double* y) {
   uint32_t k;
   const long double rest = rotated(x, &k);
   const Pair& c = kComplement[negative][k];
-  *y = double(rest * kSide[negative] + c.low + c.high);
+  in_memory(y) = double(rest * kSide[negative] + c.low + c.high);
 }
 
 static Status acos_64f(const double* src, double* dst, int32_t len) {

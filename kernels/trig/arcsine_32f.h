@@ -43,7 +43,7 @@ static inline void arcsine_block(const Cases& cases, const float* src, float* ds
   _mm_store_ps(word, _mm_or_ps(sign_of(x), _mm_and_ps(f.mask, all_lanes(kFoldedBit))));
 #pragma GCC unroll 4
   for (int i = 0; i < kCount; ++i)
-    dst[i] = inverse(kQuadratic, cases, double(high[i]) + low[i], cell + i, word + i);
+    in_memory(dst + i) = inverse(kQuadratic, cases, double(high[i]) + low[i], cell + i, word + i);
 }
 
 static inline __m128 passes(const Folded& f) { return _mm_cmplt_ps(f.a, all_lanes(kPasses)); }

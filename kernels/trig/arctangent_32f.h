@@ -32,7 +32,7 @@ static inline void arctangent_block(const Cases& cases, const Ratio& r, __m128 q
   _mm_store_ps(word, _mm_or_ps(words, _mm_and_ps(r.swapped, all_lanes(kFoldedBit))));
 #pragma GCC unroll 4
   for (int i = 0; i < kCount; ++i)
-    dst[i] = inverse(kQuadratic, cases, double(n[i]) / d[i], cell + i, word + i);
+    in_memory(dst + i) = inverse(kQuadratic, cases, double(n[i]) / d[i], cell + i, word + i);
 }
 
 // Where the result is the argument or the quotient itself.

@@ -8,7 +8,7 @@ static inline void element(const double* x, double* y) {
   const uint32_t sign = upper_word(x) & kSignUpper;
   uint32_t k;
   const long double rest = rotated(x, &k);
-  *y = double(rest + kRotation[k].angle[1] + kRotation[k].angle[0]);
+  in_memory(y) = double(rest + kRotation[k].angle[1] + kRotation[k].angle[0]);
   set_upper_bits(y, sign);
 }
 

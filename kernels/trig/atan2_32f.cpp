@@ -94,7 +94,7 @@ static inline Status angle(const float* src1, const float* src2, float* dst, int
         else if (magnitude<float>(x) > Format<float>::kInf)
           store_bits(dst + i, quieted<float>(x));
         else
-          dst[i] = special_angle(y, x);
+          in_memory(dst + i) = special_angle(y, x);
       });
 }
 

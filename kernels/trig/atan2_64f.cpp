@@ -25,7 +25,7 @@ static inline void element(const double* y, const double* x, double* dst) {
   const long double a = magnitude_of(y), b = magnitude_of(x);
   const Cell& c = cell_of(upper_quotient(y, x));
   const Pair& angle = c.angle[left];
-  *dst = double(turned(c, a, b) * kSide[left] + angle.low + angle.high);
+  in_memory(dst) = double(turned(c, a, b) * kSide[left] + angle.low + angle.high);
   set_upper_bits(dst, sign);
 }
 

@@ -9,7 +9,7 @@ static inline void element(const double* x, double* y) {
   const uint32_t sign = upper_word(x) & kSignUpper;
   const Cell& c = cell_of(upper_magnitude(x));
   const long double rest = turned(c, magnitude_of(x), 1);
-  *y = double(rest + c.angle[0].low + c.angle[0].high);
+  in_memory(y) = double(rest + c.angle[0].low + c.angle[0].high);
   set_upper_bits(y, sign);
 }
 

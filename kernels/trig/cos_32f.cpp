@@ -19,7 +19,7 @@ static void cosine_x87(const float* src, float* dst, int32_t count) {
   int32_t m[kChunk];
   double r[kChunk];
   for (int32_t i = 0; i < count; ++i) {
-    put(m + i, (src[i] + kPiOver2) * kPi.inverse);
+    put(m + i, (in_memory(src + i) + kPiOver2) * kPi.inverse);
     m[i] = 2 * m[i] - 1;
   }
   reduce_pass(src, m, r, count, kHalfPi);

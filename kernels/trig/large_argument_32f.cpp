@@ -36,7 +36,8 @@ __attribute__((always_inline)) static inline Step large_step(float argument) {
 }
 
 __attribute__((always_inline)) static inline Step step_of(const float* x) {
-  return magnitude<float>(load_bits(x)) < kLarge ? nearest_step(*x) : large_step(*x);
+  return magnitude<float>(load_bits(x)) < kLarge ? nearest_step(in_memory(x))
+                                                 : large_step(in_memory(x));
 }
 
 // Whether y, as a double, is within 2^-33 of the middle between two singles, too near to be
@@ -69,29 +70,29 @@ static inline long double sine_of(uint32_t j, const Series& z) {
 }
 
 LUX_SCALAR long double _dSin(const float* x) {
-  if (is_zero<float>(load_bits(x))) return *x;
+  if (is_zero<float>(load_bits(x))) return in_memory(x);
   const Step step = step_of(x);
   const long double y = sine_of(uint32_t(step.j), series(step.z));
-  return is_open(y) ? double_sine(double(*x)) : y;
+  return is_open(y) ? double_sine(double(in_memory(x))) : y;
 }
 
 LUX_SCALAR long double _dCos(const float* x) {
   const Step step = step_of(x);
   const long double y = sine_of(uint32_t(step.j) + 16, series(step.z));
-  return is_open(y) ? double_cosine(double(*x)) : y;
+  return is_open(y) ? double_cosine(double(in_memory(x))) : y;
 }
 
 LUX_SCALAR long double _dTan(const float* x) {
-  if (is_zero<float>(load_bits(x))) return *x;
+  if (is_zero<float>(load_bits(x))) return in_memory(x);
   const long double y = tan_of(step_of(x));
-  return is_open(y) ? double_tangent(double(*x)) : y;
+  return is_open(y) ? double_tangent(double(in_memory(x))) : y;
 }
 
 // The sine; the cosine through the pointer.
 LUX_SCALAR long double _dSinCos(const float* x, float* cosine) {
-  const float argument = *x;  // the cosine may go to the same place
+  const float argument = in_memory(x);  // the cosine may go to the same place
   if (is_zero<float>(load_bits(x))) {
-    *cosine = 1;
+    in_memory(cosine) = 1;
     return argument;
   }
   const Step step = step_of(x);
@@ -101,10 +102,10 @@ LUX_SCALAR long double _dSinCos(const float* x, float* cosine) {
   put_copy(copy, y1);
   put_copy(copy + 1, y2);
   if (__builtin_expect(is_open(copy) | is_open(copy + 1), 0)) {
-    *cosine = float(double_cosine(double(argument)));
+    in_memory(cosine) = float(double_cosine(double(argument)));
     return double_sine(double(argument));
   }
-  *cosine = float(y2);
+  in_memory(cosine) = float(y2);
   return y1;
 }
 

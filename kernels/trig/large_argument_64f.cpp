@@ -116,7 +116,7 @@ __attribute__((always_inline)) static inline Step fraction_step(const double* x)
   int32_t top = int32_t(f2 - (j << 26));
   if (__builtin_expect((j & 15) == 0 && uint32_t(top + 16) < 32, 0)) {
     double pair[2];
-    const int32_t quadrant = noxreduce_pio2d(*x, pair);
+    const int32_t quadrant = noxreduce_pio2d(in_memory(x), pair);
     return {16 * quadrant, (long double)pair[0] + pair[1]};
   }
   // Signed digits: what the processor converts.
@@ -128,7 +128,8 @@ __attribute__((always_inline)) static inline Step fraction_step(const double* x)
 }
 
 __attribute__((always_inline)) static inline Step step_of(const double* x) {
-  return biased_exponent(load_words(x)) < kLargeExponent ? nearest_step(*x) : fraction_step(x);
+  return biased_exponent(load_words(x)) < kLargeExponent ? nearest_step(in_memory(x))
+                                                         : fraction_step(x);
 }
 
 // ---- The functions of one finite double
@@ -159,32 +160,35 @@ static inline long double sine_of(uint32_t j, const Series& z) {
 }
 
 LUX_SCALAR long double _dSin(const double* x) {
-  if (is_tiny(x)) return tiny_sine(*x);
+  if (is_tiny(x)) return tiny_sine(in_memory(x));
   const Step step = step_of(x);
   return sine_of(uint32_t(step.j), series(step.z));
 }
 
 LUX_SCALAR long double _dCos(const double* x) {
-  if (is_tiny(x)) return 1 - (long double)*x;
+  if (is_tiny(x)) {
+    const long double tiny = in_memory(x);
+    return 1 - tiny;
+  }
   const Step step = step_of(x);
   return sine_of(uint32_t(step.j) + 16, series(step.z));
 }
 
 LUX_SCALAR long double _dTan(const double* x) {
-  if (is_tiny(x)) return tiny_sine(*x);
+  if (is_tiny(x)) return tiny_sine(in_memory(x));
   return tan_of(step_of(x));
 }
 
 // The sine; the cosine through the pointer.
 LUX_SCALAR long double _dSinCos(const double* x, double* cosine) {
   if (is_tiny(x)) {
-    const double tiny = *x;  // the cosine may go to the same place
-    *cosine = double(1 - (long double)tiny);
+    const double tiny = in_memory(x);  // the cosine may go to the same place
+    in_memory(cosine) = double(1 - (long double)tiny);
     return tiny_sine(tiny);
   }
   const Step step = step_of(x);
   const Series z = series(step.z);
-  *cosine = double(sine_of(uint32_t(step.j) + 16, z));
+  in_memory(cosine) = double(sine_of(uint32_t(step.j) + 16, z));
   return sine_of(uint32_t(step.j), z);
 }
 

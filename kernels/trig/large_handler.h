@@ -54,7 +54,7 @@ static inline void one_result(Function function, int32_t i, const E* src, E* dst
                               const char* name) {
   if (is_special(src + i)) return special(i, src, dst, dst, status, name);
   const uint16_t control = x87_enter(X87_EXTENDED);
-  dst[i] = E(function(src + i));
+  in_memory(dst + i) = E(function(src + i));
   x87_leave(control, X87_EXTENDED);
 }
 
@@ -63,7 +63,7 @@ static inline void two_results(Function function, int32_t i, const E* src, E* ds
                                int32_t* status, const char* name) {
   if (is_special(src + i)) return special(i, src, dst_sin, dst_cos, status, name);
   const uint16_t control = x87_enter(X87_EXTENDED);
-  dst_sin[i] = E(function(src + i, dst_cos + i));
+  in_memory(dst_sin + i) = E(function(src + i, dst_cos + i));
   x87_leave(control, X87_EXTENDED);
 }
 

@@ -15,7 +15,7 @@ constexpr uint32_t kBoundA21 = 0x49742400;  // 1000000
 static void sine_x87(const float* src, float* dst, int32_t count) {
   int32_t n[kChunk];
   double r[kChunk];
-  for (int32_t i = 0; i < count; ++i) put(n + i, src[i] * kPi.inverse);
+  for (int32_t i = 0; i < count; ++i) put(n + i, in_memory(src + i) * kPi.inverse);
   reduce_pass(src, n, r, count, kPi);
   for (int32_t i = 0; i < count; ++i)
     store_signed(dst + i, sine_polynomial<double>(r[i], r[i] * r[i]), uint32_t(n[i]) << 31);

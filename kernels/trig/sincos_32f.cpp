@@ -37,13 +37,13 @@ static void sine_and_cosine_x87(const float* src, float* dst1, float* dst2, int3
   double r[kChunk];
   bool small = true;
   for (int32_t i = 0; i < count; ++i) {
-    put(n + i, src[i] * kHalfPi.inverse);
+    put(n + i, in_memory(src + i) * kHalfPi.inverse);
     small &= within(load_bits(src + i), kTwoPartBound);
   }
   if (small)
     reduce_pass(src, n, r, count, kHalfPi);
   else
-    for (int32_t i = 0; i < count; ++i) r[i] = reduced_in_three(src[i], n[i]);
+    for (int32_t i = 0; i < count; ++i) r[i] = reduced_in_three(in_memory(src + i), n[i]);
   for (int32_t i = 0; i < count; ++i) {
     double sine, cosine;
     polynomials<double>(r[i], r[i], sine, cosine);

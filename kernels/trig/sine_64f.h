@@ -155,9 +155,10 @@ static void sine_element(const double* src, double* dst, int32_t i) {
   const double* const c = t.c[j < 0 ? -j : j];
   double* const y = dst + i;
   if (!kCosine && r == 0)
-    *y = double(r);  // a zero, whose sign the polynomial would lose
+    in_memory(y) = double(r);  // a zero, whose sign the polynomial would lose
   else
-    *y = double(r + r * r2 * (c[0] + r2 * (c[1] + r2 * (c[2] + r2 * (c[3] + r2 * c[4])))));
+    in_memory(y) =
+        double(r + r * r2 * (c[0] + r2 * (c[1] + r2 * (c[2] + r2 * (c[3] + r2 * c[4])))));
   store_bits(y, load_bits(y) ^ uint64_t(uint32_t(n) << 31) << 32);
 }
 

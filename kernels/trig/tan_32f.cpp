@@ -20,7 +20,7 @@ static inline bool in_range(uint32_t x, uint32_t bound) { return 2 * x - 2 <= 2 
 static void tangent_x87(const float* src, float* dst, int32_t count) {
   int32_t n[kChunk];
   double r[kChunk];
-  for (int32_t i = 0; i < count; ++i) put(n + i, src[i] * kHalfPi.inverse);
+  for (int32_t i = 0; i < count; ++i) put(n + i, in_memory(src + i) * kHalfPi.inverse);
   reduce_pass(src, n, r, count, kHalfPi);
   for (int32_t i = 0; i < count; ++i) {
     const double r2 = r[i] * r[i];

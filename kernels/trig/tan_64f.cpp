@@ -29,12 +29,13 @@ static inline Status tan_64f(const double* src, double* dst, int32_t len, Tangen
       Arrays<double>{src, src, dst, dst}, len,
       [=](int32_t i, int32_t last) {
         for (; i < last && all_in_range(src + i); i += 4) {
-          const Step a = nearest_step(src[i]), b = nearest_step(src[i + 1]);
-          const Step c = nearest_step(src[i + 2]), d = nearest_step(src[i + 3]);
-          dst[i] = double(tangent(a));
-          dst[i + 1] = double(tangent(b));
-          dst[i + 2] = double(tangent(c));
-          dst[i + 3] = double(tangent(d));
+          const Step a = nearest_step(in_memory(src + i)), b = nearest_step(in_memory(src + i + 1));
+          const Step c = nearest_step(in_memory(src + i + 2)),
+                     d = nearest_step(in_memory(src + i + 3));
+          in_memory(dst + i) = double(tangent(a));
+          in_memory(dst + i + 1) = double(tangent(b));
+          in_memory(dst + i + 2) = double(tangent(c));
+          in_memory(dst + i + 3) = double(tangent(d));
         }
         return i;
       },
@@ -55,7 +56,7 @@ LUX_KERNEL(Tan, 64f, A50, 1_1) {
       src, dst, len, [](const Step& step) { return short_tan_of(step); },
       [=](int32_t i, Status* status) {
         if (i >= whole && in_range(src + i))
-          dst[i] = double(short_tan_of(nearest_step(src[i])));
+          in_memory(dst + i) = double(short_tan_of(nearest_step(in_memory(src + i))));
         else
           noxdTan_SC_LA(i, src, dst, status);
       });

@@ -192,7 +192,7 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
         _mm_store_ss(&n, at.multiple);
         asm volatile(REDUCE("flds", "%[n]", "%[x]", "fstps", "%[r]")
                      : [r] "=m"(r)
-                     : [x] "m"(a.src1[i]), [n] "m"(n), "t"(high), "u"(low)
+                     : [x] "m"(in_memory(a.src1 + i)), [n] "m"(n), "t"(high), "u"(low)
                      : "st(2)", "st(3)");
         const __m128 reduced = _mm_load_ss(&r);
         finish(at.shifted, reduced, small ? unless_tiny(reduced) : reduced, y1.lane, y2.lane);
