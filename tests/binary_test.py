@@ -160,13 +160,13 @@ class Names(unittest.TestCase):
         self.assertGreater(told, 0)
 
     def test_every_function_has_its_entry(self):
-        """In the reference a heading, in the README a row of the table that names its types."""
-        reference = Path(SOURCE, "docs/reference.md").read_text()
+        """In docs/functions a text, in the README a row of the table that names its types."""
+        texts = {tuple(path.stem.split("_")): path for path in Path(SOURCE, "docs/functions").glob("*.md")}
         rows = [[cell.strip() for cell in line.strip("|").split("|")]
                 for line in Path(SOURCE, "README.md").read_text().split("\n") if line.startswith("| ")]
         for family, type_ in {tuple(name[4:].split("_")[:2]) for name in FUNCTIONS}:
-            self.assertTrue(re.search(rf"(?m)^#+ .*\b{family}\b", reference),
-                            f"{family} has no entry in docs/reference.md")
+            own = [names for names in texts if family in names and ("complex" in names) == type_.endswith("c")]
+            self.assertEqual(len(own), 1, f"{family} {type_} has no text in docs/functions")
             cells = [row for row in rows if family in row[0].split(", ")]
             column = ["32f", "64f", "32fc", "64fc"].index(type_) + 1
             self.assertTrue(cells and cells[0][column] != "-",
