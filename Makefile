@@ -84,7 +84,10 @@ abi: deps    ## add new exports to the published lists in abi/; refused where on
 	abi/abilist.py $(BUILD)/lib/libluxvmk3.so abi/luxvmk3.abilist --renew
 	abi/abilist.py $(BUILD)/lib/libluxcore.so abi/luxcore.abilist --renew
 
-docs:        ## build the site of the documents, build/site/index.html; with what `make plots` drew
+build/plots:
+	@$(MAKE) --no-print-directory plots
+
+docs: | build/plots  ## build the site of the documents, build/site/index.html; with what `make plots` drew last
 	@tools/deps.sh docs
 	/usr/bin/python3 tools/docs_site.py build/site
 
