@@ -80,7 +80,8 @@ def table(lines):
     share = [f"w({w}n)" if wrapped else "" for w in widths]
     layout = " ".join("lb" + s for s in share), " ".join("l" + s for s in share)
     body = "\n".join("\t".join(f"T{{\n{inline(c)}\nT}}" if wrapped and c else inline(c) for c in row) for row in rows)
-    return f".PP\n.na\n.nh\n.TS\n{layout[0]}\n{layout[1]}.\n{body}\n.TE\n.hy\n.ad"
+    # A table that a page ends in draws a warning.
+    return f".PP\n.na\n.nh\n.ne {min(body.count(chr(10)) + 3, 30)}\n.TS\n{layout[0]}\n{layout[1]}.\n{body}\n.TE\n.hy\n.ad"
 
 
 def filled(text):
