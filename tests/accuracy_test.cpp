@@ -372,6 +372,7 @@ TEST(Gates, OfAllSinglesNoticeEachFault) {
     EXPECT_EQ(s.mismatches > 0, rows[i].other_class) << rows[i].what;
   }
   EXPECT_EQ(exhaustion.statistics[1].worst[0].argument[0], 0x3F812345u);
+  EXPECT_EQ(exhaustion.statistics[1].not_nearest, exhaustion.statistics[0].not_nearest + 1);
 }
 
 // Bounds are inclusive where they are powers of two, and to four decimals where they are stated so.
