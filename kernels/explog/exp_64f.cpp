@@ -84,6 +84,7 @@ __attribute__((no_sanitize("address", "undefined"))) static int32_t exp_elements
                                                                                  int32_t last) {
   double u[2];
   uint32_t k, j;
+  const int32_t before_last = last - 1;
   using Table = decltype(static_const_table);
   asm volatile(
       EXP_CONSTANTS
@@ -97,8 +98,7 @@ __attribute__((no_sanitize("address", "undefined"))) static int32_t exp_elements
       "addl %[k], 12(%[dst],%[i],8)\n\t"
       "addl $2, %[i]\n"
       "2:\n\t"
-      "leal 1(%[i]), %[k]\n\t"
-      "cmpl %[last], %[k]\n\t"
+      "cmpl %[before_last], %[i]\n\t"
       "jge 3f\n\t"
       "movl 4(%[src],%[i],8), %[k]\n\t"
       "movl 12(%[src],%[i],8), %[j]\n\t"
@@ -109,8 +109,8 @@ __attribute__((no_sanitize("address", "undefined"))) static int32_t exp_elements
       "andl %[k], %[j]\n\t"
       "js 1b\n"
       "3:\n\t"
-      "cmpl %[last], %[i]\n\t"
-      "jge 4f\n\t"
+      "cmpl %[before_last], %[i]\n\t"
+      "jg 4f\n\t"
       "movl 4(%[src],%[i],8), %[k]\n\t"
       "andl $0x7FFFFFFF, %[k]\n\t"
       "cmpl %[bound], %[k]\n\t"
@@ -126,7 +126,7 @@ __attribute__((no_sanitize("address", "undefined"))) static int32_t exp_elements
       "fstp %%st\n\t"
       "fstp %%st\n\t"
       : [i] "+r"(i), [u] "=o"(u), [k] "=&r"(k), [j] "=&r"(j)
-      : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&static_const_table),
+      : [src] "r"(src), [dst] "r"(dst), [before_last] "m"(before_last), [table] "r"(&static_const_table),
         [bound] "i"(kFastBound), [shifter] "i"(offsetof(Table, shifter)),
         [t1] "i"(offsetof(Table, t1)), [t2] "i"(offsetof(Table, t2)),
         [t3] "i"(offsetof(Table, t3)), [q0] "i"(offsetof(Table, q0)),

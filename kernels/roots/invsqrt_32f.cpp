@@ -49,8 +49,10 @@ constexpr uint32_t kQuietNaN = Format<float>::kInf | Format<float>::kQuiet;
 // nothing.
 static inline void x87_inverse_root(const float* src, float* dst) {
   const uint32_t x = load_bits(src);
-  if (magnitude<float>(x) >= kQuietNaN) return store_bits(dst, x);
-  if (x == Format<float>::kInf) return store_bits(dst, 0);
+  if (__builtin_expect(magnitude<float>(x) >= Format<float>::kInf, false)) {
+    if (magnitude<float>(x) >= kQuietNaN) return store_bits(dst, x);
+    if (x == Format<float>::kInf) return store_bits(dst, 0);
+  }
   asm volatile(
       "flds %1\n\t"
       "fsqrt\n\t"
@@ -76,7 +78,7 @@ __attribute__((noinline, cold)) static void special_block(const Arrays<float>& a
                                                           int32_t first, Status* status) {
   const float* const src = arrays.src1 + first;
   float* const dst = arrays.dst1 + first;
-  if (all_quiet_nans(src)) {
+  if (magnitude<float>(load_bits(src)) >= kQuietNaN && all_quiet_nans(src)) {
     const __m128 a = load_lanes(src), b = load_lanes(src + 4);
     store_lanes(dst, a);
     store_lanes(dst + 4, b);
