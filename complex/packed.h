@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The lower grades of single precision: four elements packed, within 2^-21 in each part.
+// The lower grades of single precision: four elements packed, within 2^-21 in each part; tangents,
+// which come near this bound, in A11 only.
 //
 // An element is packed when both magnitudes lie between bounds of its function, so that nothing on
 // the way overflows, is subnormal or cancels. All others, and those that a step finds to cancel, go
@@ -252,5 +253,10 @@ static inline Status run_packed(const Lux32fc* src, Lux32fc* dst, int32_t len) {
 #define LUX_COMPLEX_PACKED(family, steps)                                         \
   LUX_KERNEL(family, 32fc, A21, 1_1) { return run_packed<steps>(src, dst, len); } \
   LUX_KERNEL_ALIAS(family, 32fc, A11, 1_1, A21)
+
+// Tangents, whose quotients come too near to 2^-21.
+#define LUX_COMPLEX_PACKED_A11(family, steps)   \
+  LUX_KERNEL_ALIAS(family, 32fc, A21, 1_1, A24) \
+  LUX_KERNEL(family, 32fc, A11, 1_1) { return run_packed<steps>(src, dst, len); }
 
 #endif

@@ -32,7 +32,7 @@ EXP = fits.stored(fits.fit(exp_rest, -HALF_LN2, HALF_LN2, 5), 24)
 EXP_ERROR = header.digits(fits.worst(
     lambda r: (1 + r + r**2 * fits.value(EXP, r)) / mpmath.exp(r) - 1, -HALF_LN2, HALF_LN2))
 SINH, SINH_ERROR = odd_fit(mpmath.sinh, 1, 4)
-SINE, SINE_ERROR = odd_fit(mpmath.sin, HALF_PI, 4)
+SINE, SINE_ERROR = odd_fit(mpmath.sin, HALF_PI, 5)
 ATANH, ATANH_ERROR = odd_fit(mpmath.atanh, S_BOUND, 3)
 ATAN, ATAN_ERROR = odd_fit(mpmath.atan, 1, 9)
 

@@ -16,9 +16,9 @@ inline constexpr float kExpTail[5] = {
 inline constexpr float kSinhTail[4] = {
     0x1.7a25d2p-19f, 0x1.9ffe18p-13f, 0x1.111136p-7f, 0x1.555556p-3f,
 };
-// sin r = r + r^3 P(r^2), |r| <= pi/2: 3.106e-8.
-inline constexpr float kSineTail[4] = {
-    0x1.5e266cp-19f, -0x1.9f77d2p-13f, 0x1.110fp-7f, -0x1.55554cp-3f,
+// sin r = r + r^3 P(r^2), |r| <= pi/2: 2.381e-8.
+inline constexpr float kSineTail[5] = {
+    -0x1.9ac124p-26f, 0x1.7174b4p-19f, -0x1.a017fcp-13f, 0x1.11110cp-7f, -0x1.555556p-3f,
 };
 // atanh s = s + s^3 P(s^2), |s| <= 0.1716: 8.453e-10.
 inline constexpr float kAtanhTail[3] = {0x1.31ddd8p-3f, 0x1.995efp-3f, 0x1.55557ap-2f};
