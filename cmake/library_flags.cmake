@@ -3,10 +3,10 @@
 #
 # The processor class is the promise: x87, MMX and SSE, nothing later. Old callers align the stack to
 # 4 bytes only, hence -mstackrealign. Vectorised code would bring SSE arithmetic into functions that
-# promise not to depend on MXCSR, so only intrinsics may produce it. A project that this one is a part
-# of may name no build type; the library is optimised then.
+# promise not to depend on MXCSR, so only intrinsics may produce it. Whatever the build type is, the
+# library is optimised as it ships: where GCC keeps numbers in registers is part of its results.
 set(LUX_LIBRARY_COMPILE_OPTIONS
-    $<$<CONFIG:>:-O2>
+    -O2
     -march=pentium3 -mfpmath=387 -mstackrealign -fno-tree-vectorize -fno-tree-slp-vectorize
     -ffp-contract=off -fvisibility=hidden -fno-math-errno
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
