@@ -27,17 +27,23 @@ static inline Status tan_64f(const double* src, double* dst, int32_t len, Tangen
                              One one) {
   return run_kernel<X87Nearest<X87_EXTENDED>, 4>(
       Arrays<double>{src, src, dst, dst}, len,
-      [=](int32_t i, int32_t last) {
-        for (; i < last && all_in_range(src + i); i += 4) {
-          const Step a = nearest_step(in_memory(src + i)), b = nearest_step(in_memory(src + i + 1));
-          const Step c = nearest_step(in_memory(src + i + 2)),
-                     d = nearest_step(in_memory(src + i + 3));
-          in_memory(dst + i) = double(tangent(a));
-          in_memory(dst + i + 1) = double(tangent(b));
-          in_memory(dst + i + 2) = double(tangent(c));
-          in_memory(dst + i + 3) = double(tangent(d));
-        }
-        return i;
+      [=](int32_t first, int32_t whole) {
+        return alternating(
+            first, whole,
+            [=](int32_t i, int32_t last) {
+              for (; i < last && all_in_range(src + i); i += 4) {
+                const Step a = nearest_step(in_memory(src + i)),
+                           b = nearest_step(in_memory(src + i + 1));
+                const Step c = nearest_step(in_memory(src + i + 2)),
+                           d = nearest_step(in_memory(src + i + 3));
+                in_memory(dst + i) = double(tangent(a));
+                in_memory(dst + i + 1) = double(tangent(b));
+                in_memory(dst + i + 2) = double(tangent(c));
+                in_memory(dst + i + 3) = double(tangent(d));
+              }
+              return i;
+            },
+            [=](int32_t i, int32_t last) { return noxd_large_tangents(src, dst, i, last); });
       },
       one);
 }

@@ -29,20 +29,23 @@ static inline bool block_in_range(const float* x, InRange in_range) {
 // in_range(x)          whether the kernel itself can reduce an element with this pattern
 // blocks(first, last)  the kernel's fast step
 // single(i)            computes an element in range behind the last whole block
-// large(i, status)     any element, through its handler
+// large(first, last)   blocks of large elements only, one of them out of range at least
+// handler(i, status)   any element
 //
 // A block with one element out of range goes to the handler as a whole.
-template <class Control, class InRange, class Blocks, class Single, class Large>
+template <class Control, class InRange, class Blocks, class Single, class Large, class Handler>
 static inline Status run_trig(const Arrays<float>& a, int32_t len, InRange in_range, Blocks blocks,
-                              Single single, Large large) {
+                              Single single, Large large, Handler handler) {
   const float* const src = a.src1;
   const int32_t whole = len - len % 4;
-  return run_kernel<Control, 4>(a, len, blocks, [=](int32_t i, Status* status) {
-    if (i >= whole && in_range(load_bits(src + i)))
-      single(i);
-    else
-      large(i, status);
-  });
+  return run_kernel<Control, 4>(
+      a, len, [=](int32_t i, int32_t last) { return alternating(i, last, blocks, large); },
+      [=](int32_t i, Status* status) {
+        if (i >= whole && in_range(load_bits(src + i)))
+          single(i);
+        else
+          handler(i, status);
+      });
 }
 
 // r of one element, with high and low on the stack.
@@ -74,9 +77,9 @@ static inline void store_signed(float* to, double value, uint32_t sign) {
 }
 
 // compute(first, count): up to kChunk elements in range.
-template <class InRange, class Compute, class Large>
+template <class InRange, class Compute, class Large, class Handler>
 static inline Status run_a24(const Arrays<float>& a, int32_t len, InRange in_range, Compute compute,
-                             Large large) {
+                             Large large, Handler handler) {
   const float* const src = a.src1;
   return run_trig<X87Nearest<X87_DOUBLE>>(
       a, len, in_range,
@@ -91,7 +94,7 @@ static inline Status run_a24(const Arrays<float>& a, int32_t len, InRange in_ran
         }
         return first;
       },
-      [=](int32_t i) { compute(i, 1); }, large);
+      [=](int32_t i) { compute(i, 1); }, large, handler);
 }
 
 // ---- A21 and A11
@@ -146,10 +149,10 @@ static inline void reduce_block(const float* x, __m128 multiple, Lanes* r, long 
 // smallest                        from here on an element up to the bound is ordinary
 // locate(x)                       n, on the grid of integers, and the multiple of the period
 // finish(shifted, r, s, y1, y2)   stores the results; s stands for r in terms of higher order
-template <class InRange, class Locate, class Finish, class Large>
+template <class InRange, class Locate, class Finish, class Large, class Handler>
 static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& period,
                              uint32_t smallest, uint32_t bound, InRange in_range, Locate locate,
-                             Finish finish, Large large) {
+                             Finish finish, Large large, Handler handler) {
   constexpr uint32_t kDelay = 8;
   return run_trig<BothNearest<X87_EXTENDED>>(
       a, len, in_range,
@@ -199,7 +202,7 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
         store_bits(a.dst1 + i, load_bits(y1.lane));
         if (a.dst2 != a.dst1) store_bits(a.dst2 + i, load_bits(y2.lane));
       },
-      large);
+      large, handler);
 }
 
 #endif
