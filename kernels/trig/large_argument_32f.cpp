@@ -143,6 +143,7 @@ template <int32_t kResults, class Result, class Again>
 __attribute__((always_inline)) static inline int32_t large_blocks(const float* src, int32_t i,
                                                                   int32_t last, uint32_t bound,
                                                                   Result result, Again again) {
+  if (!all_large(src + i, bound)) return i;
   const uint16_t control = x87_enter(X87_EXTENDED);
   for (; i < last && all_large(src + i, bound); i += 4) {
     Fraction f[4];

@@ -20,6 +20,31 @@
 // Magnitude at or below a bound, by patterns: doubling drops the sign.
 static inline bool within(uint32_t x, uint32_t bound) { return 2 * x <= 2 * bound; }
 
+// Blocks of NaNs, which come out quiet, or of zeros, where a function leaves them out: the sine and
+// the tangent are the zero itself, the cosine is 1.
+static inline int32_t blocks_alike(const Arrays<float>& a, int32_t i, int32_t last) {
+  for (; i < last; i += 4) {
+    uint32_t x[4], nans = ~0u, any = 0;
+#pragma GCC unroll 4
+    for (int32_t lane = 0; lane < 4; ++lane) {
+      x[lane] = load_bits(a.src1 + i + lane);
+      const uint32_t m = magnitude<float>(x[lane]);
+      nans &= Format<float>::kInf - m;
+      any |= m;
+    }
+    const bool zeros = any == 0;
+    if (!zeros && int32_t(nans) >= 0) break;
+    const uint32_t quiet = zeros ? 0 : Format<float>::kQuiet;
+#pragma GCC unroll 4
+    for (int32_t lane = 0; lane < 4; ++lane) {
+      store_bits(a.dst1 + i + lane, x[lane] | quiet);
+      if (a.dst2 != a.dst1)
+        store_bits(a.dst2 + i + lane, zeros ? Format<float>::kOne : x[lane] | quiet);
+    }
+  }
+  return i;
+}
+
 template <class InRange>
 static inline bool block_in_range(const float* x, InRange in_range) {
   return in_range(load_bits(x)) && in_range(load_bits(x + 1)) && in_range(load_bits(x + 2)) &&
@@ -32,14 +57,20 @@ static inline bool block_in_range(const float* x, InRange in_range) {
 // large(first, last)   blocks of large elements only, one of them out of range at least
 // handler(i, status)   any element
 //
-// A block with one element out of range goes to the handler as a whole.
+// Any other block with an element out of range goes to the handler as a whole.
 template <class Control, class InRange, class Blocks, class Single, class Large, class Handler>
 static inline Status run_trig(const Arrays<float>& a, int32_t len, InRange in_range, Blocks blocks,
                               Single single, Large large, Handler handler) {
   const float* const src = a.src1;
   const int32_t whole = len - len % 4;
   return run_kernel<Control, 4>(
-      a, len, [=](int32_t i, int32_t last) { return alternating(i, last, blocks, large); },
+      a, len,
+      [=](int32_t first, int32_t end) {
+        return alternating(first, end, blocks, [=](int32_t i, int32_t last) {
+          const int32_t next = blocks_alike(a, i, last);
+          return next > i ? next : large(i, last);
+        });
+      },
       [=](int32_t i, Status* status) {
         if (i >= whole && in_range(load_bits(src + i)))
           single(i);
