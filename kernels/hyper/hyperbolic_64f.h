@@ -58,6 +58,39 @@ static inline long double value(const DoubleCell& cell, long double r) {
   return leading + rest;
 }
 
+// The same of a cell to 53 bits, in assembly: every operand that stands in memory is taken from
+// there, since copies on the stack and exchanges cost the unit more. SERIES: the sum times z, of z in
+// st(1).
+// clang-format off
+#define SERIES_2(table, times_z)                                                     \
+  "fldl 8(" table ")\n\tfmul %%st(1), %%st\n\tfaddl (" table ")\n\t" times_z "\n\t"
+#define SERIES_3(table, times_z)                                                     \
+  "fldl 16(" table ")\n\tfmul %%st(1), %%st\n\tfaddl 8(" table ")\n\t"               \
+  "fmul %%st(1), %%st\n\tfaddl (" table ")\n\t" times_z "\n\t"
+#define PUT_VALUE(sinh_series, sinh_terms, leading, other, add_low)                  \
+  asm("fldl %[r]\n\tfmull %[r]\n\t"                                                 \
+      SERIES_3("%[cosh]", "fmul %%st(1), %%st")                                      \
+      "fmull %c[" #leading "](%[cell])\n\tfxch\n\t"                                 \
+      sinh_series("%[sinh]", "fmulp %%st, %%st(1)")                                  \
+      "fmull %[r]\n\tfaddl %[r]\n\tfmull %c[" #other "](%[cell])\n\t"                \
+      "faddp %%st, %%st(1)\n\t" add_low "faddl %c[" #leading "](%[cell])\n\t"         \
+      "fstpl %[y]"                                                                   \
+      : [y] "=m"(in_memory(y))                                                       \
+      : [r] "m"(r), [cell] "r"(&cell), "m"(cell), [cosh] "r"(kCoshLong),             \
+        [sinh] "r"(sinh_terms), [C] "i"(offsetof(DoubleCell, cosh)),                 \
+        [S] "i"(offsetof(DoubleCell, sinh)),                                         \
+        [low] "i"(offsetof(DoubleCell, sinh_low))                                    \
+      : "st", "st(1)", "st(2)")
+// clang-format on
+
+template <Function kFunction>
+static inline void put_value(double* y, const DoubleCell& cell, const double& r) {
+  if constexpr (kFunction == kCosh)
+    PUT_VALUE(SERIES_2, kSinhShort, C, S, "");
+  else
+    PUT_VALUE(SERIES_3, kSinhLong, S, C, "fadds %c[low](%[cell])\n\t");
+}
+
 // Four |x| below 23. The rests are doubles, exactly; in two passes the elements overlap better.
 template <Function kFunction, Grade kGrade>
 static inline void table_block(const double* x, double* y) {
@@ -72,7 +105,11 @@ static inline void table_block(const double* x, double* y) {
   }
 #pragma GCC unroll 4
   for (int lane = 0; lane < 4; ++lane) {
-    put(y + lane, value<kFunction, kGrade>(kDoubleCell[j[lane]], load_extended(r + lane)));
+    const DoubleCell& cell = kDoubleCell[j[lane]];
+    if constexpr (kGrade == kA53)
+      put_value<kFunction>(y + lane, cell, r[lane]);
+    else
+      put(y + lane, value<kFunction, kGrade>(cell, load_extended(r + lane)));
     if (kFunction == kSinh) set_upper_bits(y + lane, sign[lane]);
   }
 }
