@@ -58,9 +58,8 @@ static inline long double value(const DoubleCell& cell, long double r) {
   return leading + rest;
 }
 
-// The same of a cell to 53 bits, in assembly: every operand that stands in memory is taken from
-// there, since copies on the stack and exchanges cost the unit more. SERIES: the sum times z, of z in
-// st(1).
+// The same of a cell to 53 bits, in assembly: every operand that stands in memory is taken from there,
+// since copies on the stack and exchanges cost the unit more. SERIES: the sum times z, of z in st(1).
 // clang-format off
 #define SERIES_2(table, times_z)                                                     \
   "fldl 8(" table ")\n\tfmul %%st(1), %%st\n\tfaddl (" table ")\n\t" times_z "\n\t"
