@@ -107,10 +107,11 @@ static void any_element(const double* x, double* y) {
 template <bool kLong>
 static Status erfc_64f(const double* src, double* dst, int32_t len) {
   const Arrays<double> arrays = {src, src, dst, dst};
-  return run_kernel<X87Nearest<X87_EXTENDED>, 4>(
+  return run_kernel<X87Nearest<X87_EXTENDED>, 2>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        return blocks_below<4>(src, dst, kNearBound, i, last, elements<kLong, 4>);
+        return blocks_below<4, 2>(src, dst, kNearBound, i, last, elements<kLong, 4>,
+                                  elements<kLong, 2>);
       },
       [&](int32_t i, Status* status) {
         constexpr uint64_t kTwo = 0x4000000000000000;

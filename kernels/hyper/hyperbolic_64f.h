@@ -90,20 +90,20 @@ static inline void put_value(double* y, const DoubleCell& cell, const double& r)
     PUT_VALUE(SERIES_3, kSinhLong, S, C, "fadds %c[low](%[cell])\n\t");
 }
 
-// Four |x| below 23. The rests are doubles, exactly; in two passes the elements overlap better.
-template <Function kFunction, Grade kGrade>
+// |x| below 23. The rests are doubles, exactly; in two passes the elements overlap better.
+template <Function kFunction, Grade kGrade, int kCount>
 static inline void table_block(const double* x, double* y) {
-  double r[4];
-  uint32_t sign[4], j[4];
+  double r[kCount];
+  uint32_t sign[kCount], j[kCount];
 #pragma GCC unroll 4
-  for (int lane = 0; lane < 4; ++lane) {
+  for (int lane = 0; lane < kCount; ++lane) {
     sign[lane] = upper_word(x + lane) & kSignUpper;
     const long double a = magnitude_of(x + lane);
     j[lane] = nearest_cell(a);
     put(r + lane, a - kDoubleCell[j[lane]].x);
   }
 #pragma GCC unroll 4
-  for (int lane = 0; lane < 4; ++lane) {
+  for (int lane = 0; lane < kCount; ++lane) {
     const DoubleCell& cell = kDoubleCell[j[lane]];
     if constexpr (kGrade == kA53)
       put_value<kFunction>(y + lane, cell, r[lane]);
@@ -114,10 +114,10 @@ static inline void table_block(const double* x, double* y) {
 }
 
 // A cosine's r is stored for normal |x| only: a subnormal one may trap, and 1 is the result.
-template <Function kFunction>
+template <Function kFunction, int kCount>
 static inline bool all_in_table(const double* x) {
-  if (kFunction == kSinh) return all_below<4>(x, kTableEnd);
-  return none_outside<4>([=](int lane) {
+  if (kFunction == kSinh) return all_below<kCount>(x, kTableEnd);
+  return none_outside<kCount>([=](int lane) {
     return outside(upper_magnitude(x + lane), Upper<double>::kSmallestNormal, kTableEnd);
   });
 }
@@ -144,8 +144,8 @@ static inline Status hyperbolic(const double* src, double* dst, int32_t len) {
       arrays, len,
       [=](int32_t i, int32_t last) {
         for (; i < last; i += 4) {
-          if (all_in_table<kFunction>(src + i)) {
-            table_block<kFunction, kGrade>(src + i, dst + i);
+          if (all_in_table<kFunction, 4>(src + i)) {
+            table_block<kFunction, kGrade, 4>(src + i, dst + i);
           } else if (all_below<4>(src + i, kWideEnd)) {
             for (int lane = 0; lane < 4; ++lane)
               wide_element<kFunction, kGrade>(src + i + lane, dst + i + lane);
@@ -157,7 +157,9 @@ static inline Status hyperbolic(const double* src, double* dst, int32_t len) {
       },
       [&](int32_t i, Status* status) {
         const uint64_t x = load_bits(src + i), a = magnitude<double>(x);
-        if (a < kOverflow) {
+        if (all_in_table<kFunction, 1>(src + i)) {
+          table_block<kFunction, kGrade, 1>(src + i, dst + i);
+        } else if (a < kOverflow) {
           wide_element<kFunction, kGrade>(src + i, dst + i);
         } else if (a > Format<double>::kInf) {
           store_bits(dst + i, quieted<double>(x));

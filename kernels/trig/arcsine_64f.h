@@ -59,11 +59,13 @@ __attribute__((always_inline)) static inline void elements(const double* x, doub
 template <class Result>
 static inline Status arcsine(const double* src, double* dst, int32_t len, Result result) {
   const Arrays<double> arrays = {src, src, dst, dst};
-  return run_kernel<X87Nearest<X87_EXTENDED>, 4>(
+  return run_kernel<X87Nearest<X87_EXTENDED>, 2>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        return blocks_below<4>(src, dst, Upper<double>::kOne, i, last,
-                               [=](const double* x, double* y) { elements<4>(x, y, result); });
+        return blocks_below<4, 2>(
+            src, dst, Upper<double>::kOne, i, last,
+            [=](const double* x, double* y) { elements<4>(x, y, result); },
+            [=](const double* x, double* y) { elements<2>(x, y, result); });
       },
       [&](int32_t i, Status* status) {
         const uint64_t x = load_bits(src + i), a = magnitude<double>(x);
