@@ -32,7 +32,8 @@ int32_t noxs_large_sincos(const float* src, float* dst_sin, float* dst_cos, int3
 
 // Blocks of either kind, up to the first that is of neither.
 template <class Blocks, class Large>
-static inline int32_t alternating(int32_t i, int32_t last, Blocks blocks, Large large) {
+static inline int32_t alternating(int32_t i, int32_t last, const Blocks& blocks,
+                                  const Large& large) {
   for (;;) {
     i = blocks(i, last);
     if (i == last) return i;

@@ -46,11 +46,13 @@ static inline int32_t blocks_alike(const Arrays<float>& a, int32_t i, int32_t la
 }
 
 template <class InRange>
-static inline bool block_in_range(const float* x, InRange in_range) {
+static inline bool block_in_range(const float* x, const InRange& in_range) {
   return in_range(load_bits(x)) && in_range(load_bits(x + 1)) && in_range(load_bits(x + 2)) &&
          in_range(load_bits(x + 3));
 }
 
+// Closures hold others by reference: GCC copies them word by word, in loops.
+//
 // in_range(x)          whether the kernel itself can reduce an element with this pattern
 // blocks(first, last)  the kernel's fast step
 // single(i)            computes an element in range behind the last whole block
@@ -59,19 +61,20 @@ static inline bool block_in_range(const float* x, InRange in_range) {
 //
 // Any other block with an element out of range goes to the handler as a whole.
 template <class Control, class InRange, class Blocks, class Single, class Large, class Handler>
-static inline Status run_trig(const Arrays<float>& a, int32_t len, InRange in_range, Blocks blocks,
-                              Single single, Large large, Handler handler) {
+static inline Status run_trig(const Arrays<float>& a, int32_t len, const InRange& in_range,
+                              const Blocks& blocks, const Single& single, const Large& large,
+                              const Handler& handler) {
   const float* const src = a.src1;
   const int32_t whole = len - len % 4;
   return run_kernel<Control, 4>(
       a, len,
-      [=](int32_t first, int32_t end) {
-        return alternating(first, end, blocks, [=](int32_t i, int32_t last) {
+      [&](int32_t first, int32_t end) {
+        return alternating(first, end, blocks, [&](int32_t i, int32_t last) {
           const int32_t next = blocks_alike(a, i, last);
           return next > i ? next : large(i, last);
         });
       },
-      [=](int32_t i, Status* status) {
+      [&](int32_t i, Status* status) {
         if (i >= whole && in_range(load_bits(src + i)))
           single(i);
         else
@@ -109,12 +112,12 @@ static inline void store_signed(float* to, double value, uint32_t sign) {
 
 // compute(first, count): up to kChunk elements in range.
 template <class InRange, class Compute, class Large, class Handler>
-static inline Status run_a24(const Arrays<float>& a, int32_t len, InRange in_range, Compute compute,
-                             Large large, Handler handler) {
+static inline Status run_a24(const Arrays<float>& a, int32_t len, const InRange& in_range,
+                             const Compute& compute, const Large& large, const Handler& handler) {
   const float* const src = a.src1;
   return run_trig<X87Nearest<X87_DOUBLE>>(
       a, len, in_range,
-      [=](int32_t first, int32_t last) {
+      [&](int32_t first, int32_t last) {
         while (first < last) {
           const int32_t limit = last - first < kChunk ? last : first + kChunk;
           int32_t end = first;
@@ -125,7 +128,7 @@ static inline Status run_a24(const Arrays<float>& a, int32_t len, InRange in_ran
         }
         return first;
       },
-      [=](int32_t i) { compute(i, 1); }, large, handler);
+      [&](int32_t i) { compute(i, 1); }, large, handler);
 }
 
 // ---- A21 and A11
@@ -182,12 +185,13 @@ static inline void reduce_block(const float* x, __m128 multiple, Lanes* r, long 
 // finish(shifted, r, s, y1, y2)   stores the results; s stands for r in terms of higher order
 template <class InRange, class Locate, class Finish, class Large, class Handler>
 static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& period,
-                             uint32_t smallest, uint32_t bound, InRange in_range, Locate locate,
-                             Finish finish, Large large, Handler handler) {
+                             uint32_t smallest, uint32_t bound, const InRange& in_range,
+                             const Locate& locate, const Finish& finish, const Large& large,
+                             const Handler& handler) {
   constexpr uint32_t kDelay = 8;
   return run_trig<BothNearest<X87_EXTENDED>>(
       a, len, in_range,
-      [=](int32_t first, int32_t last) {
+      [&](int32_t first, int32_t last) {
         Lanes shifted[kDelay], r[kDelay];
         bool small[kDelay];
         const long double high = load_extended(&period.high), low = load_extended(&period.low);
@@ -200,7 +204,7 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
           finish(_mm_load_ps(shifted[slot].lane), reduced, s, a.dst1 + done, a.dst2 + done);
           done += 4;
         };
-        const auto is_ordinary = [=](uint32_t x) { return ordinary(x, smallest, bound); };
+        const auto is_ordinary = [&](uint32_t x) { return ordinary(x, smallest, bound); };
         for (; i < last; i += 4) {
           const bool with_small = !block_in_range(a.src1 + i, is_ordinary);
           if (__builtin_expect(with_small, 0) && !block_in_range(a.src1 + i, in_range)) break;
@@ -216,7 +220,7 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
         while (done < i) finish_one();
         return i;
       },
-      [=](int32_t i) {
+      [&](int32_t i) {
         const long double high = load_extended(&period.high), low = load_extended(&period.low);
         const bool small = !ordinary(load_bits(a.src1 + i), smallest, bound);
         const __m128 x = load_lane(a.src1 + i);
