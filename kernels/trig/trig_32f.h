@@ -55,7 +55,8 @@ static inline bool block_in_range(const float* x, const InRange& in_range) {
 //
 // in_range(x)          whether the kernel itself can reduce an element with this pattern
 // blocks(first, last)  the kernel's fast step
-// single(i)            computes an element in range behind the last whole block
+// single(i)            computes elements in range behind the last whole block, from i on, and returns
+//                      the first that is left
 // large(first, last)   blocks of large elements only, one of them out of range at least
 // handler(i, status)   any element
 //
@@ -66,17 +67,20 @@ static inline Status run_trig(const Arrays<float>& a, int32_t len, const InRange
                               const Handler& handler) {
   const float* const src = a.src1;
   const int32_t whole = len - len % 4;
+  int32_t done = 0;  // elements before it, behind the last whole block, are computed
   return run_kernel<Control, 4>(
       a, len,
       [&](int32_t first, int32_t end) {
         return alternating(first, end, blocks, [&](int32_t i, int32_t last) {
           const int32_t next = blocks_alike(a, i, last);
-          return next > i ? next : large(i, last);
+          return next > i || upper_magnitude(src + i) >= Format<float>::kInf ? next
+                                                                             : large(i, last);
         });
       },
       [&](int32_t i, Status* status) {
+        if (i < done) return;
         if (i >= whole && in_range(load_bits(src + i)))
-          single(i);
+          done = single(i);
         else
           handler(i, status);
       });
@@ -128,7 +132,13 @@ static inline Status run_a24(const Arrays<float>& a, int32_t len, const InRange&
         }
         return first;
       },
-      [&](int32_t i) { compute(i, 1); }, large, handler);
+      [&](int32_t i) {
+        int32_t end = i + 1;
+        while (end < len && in_range(load_bits(src + end))) ++end;
+        compute(i, end - i);
+        return end;
+      },
+      large, handler);
 }
 
 // ---- A21 and A11
@@ -236,6 +246,7 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
         finish(at.shifted, reduced, small ? unless_tiny(reduced) : reduced, y1.lane, y2.lane);
         store_bits(a.dst1 + i, load_bits(y1.lane));
         if (a.dst2 != a.dst1) store_bits(a.dst2 + i, load_bits(y2.lane));
+        return i + 1;
       },
       large, handler);
 }
