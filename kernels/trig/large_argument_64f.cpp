@@ -109,9 +109,9 @@ struct ThreeWords {
   uint32_t word[3];
 };
 
-__attribute__((always_inline)) static inline ThreeWords turns_of(const Scaled& m) {
-  using Window = WordInMemory[5];
-  const auto* const window = reinterpret_cast<const Window*>(window_address(m.byte, 5));
+// Six registers are all there are, so no instrumentation fits beside this.
+__attribute__((no_sanitize("address", "undefined"))) static inline ThreeWords turns_of(
+    uint32_t lower, uint32_t upper, const uint8_t* window) {
   uint32_t f0, f1, f2;
   asm("movl 4(%[w]), %%eax\n\tmull %[lower]\n\tmovl %%edx, %[f0]\n\t"
       "movl (%[w]), %%eax\n\tmull %[upper]\n\txorl %[f1], %[f1]\n\txorl %[f2], %[f2]\n\t"
@@ -125,14 +125,15 @@ __attribute__((always_inline)) static inline ThreeWords turns_of(const Scaled& m
       "movl 16(%[w]), %%eax\n\timull %[lower], %%eax\n\taddl %%eax, %[f2]\n\t"
       "movl 12(%[w]), %%eax\n\timull %[upper], %%eax\n\taddl %%eax, %[f2]"
       : [f0] "=&r"(f0), [f1] "=&r"(f1), [f2] "=&r"(f2)
-      : [w] "r"(window), [lower] "m"(m.lower), [upper] "m"(m.upper), "m"(*window)
+      : [w] "r"(window), [lower] "m"(lower), [upper] "m"(upper)
       : "eax", "edx", "cc");
   return {{f0, f1, f2}};
 }
 
 __attribute__((always_inline)) static inline Fraction fraction_of(const double* x) {
   const Words words = load_words(x);
-  const ThreeWords t = turns_of(scaled(words));
+  const Scaled m = scaled(words);
+  const ThreeWords t = turns_of(m.lower, m.upper, window_address(m.byte, 5));
   const uint32_t whole = (t.word[2] + 0x02000000u) & 0xFC000000u;
   uint32_t top = t.word[2] - whole, middle = t.word[1], sign = t.word[0];
   asm("addl %2, %2\n\tadcl $0, %1\n\tadcl $0, %0" : "+r"(top), "+r"(middle), "+r"(sign) : : "cc");
