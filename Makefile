@@ -17,7 +17,7 @@ OPTIONS =
 # What `make install PREFIX=...` installed, for each prefix.
 MANIFEST = $(BUILD)/installed$(PREFIX)/manifest.txt
 
-.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench hashes abi install lines format clean examples plots uninstall deb deb-test
+.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench hashes abi docs docs-check install lines format clean examples plots uninstall deb deb-test
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -83,6 +83,16 @@ abi: deps    ## add new exports to the published lists in abi/; refused where on
 	@$(MAKE) --no-print-directory build TARGETS="luxvmk3 luxcore"
 	abi/abilist.py $(BUILD)/lib/libluxvmk3.so abi/luxvmk3.abilist --renew
 	abi/abilist.py $(BUILD)/lib/libluxcore.so abi/luxcore.abilist --renew
+
+build/plots:
+	@$(MAKE) --no-print-directory plots
+
+docs: | build/plots  ## build the site of the documents, build/site/index.html; with what `make plots` drew last
+	@tools/deps.sh docs
+	/usr/bin/python3 tools/docs_site.py build/site
+
+docs-check: docs  ## look at the site in headless Chromium: links, console, search; pictures in build/screenshots
+	/usr/bin/python3 tools/docs_check.py build/site --screenshots build/screenshots
 
 # Neither looks for packages: what is missing is told by CMake.
 install:     ## build and install under PREFIX (/usr/local), below DESTDIR if set

@@ -220,7 +220,8 @@ class Exhauster {
           ulp /= 2;
         if (parts.exponent < -126)
           statistics.max_subnormal = std::max(statistics.max_subnormal, double(ulp));
-        settled = ulp == 0 || ulp + 2 * kMargin < floor;
+        // Whether a result is the nearest single is known exactly, too.
+        settled = ulp == 0 || (ulp + 2 * kMargin < floor && fabsl(ulp - 0.5L) > 2 * kMargin);
         if (settled && ulp > relative_step) {  // a unit is at most 2^-23 of the value
           const Wide relative = off / fmaxl(fabsl(exact), 0x1p-126L);
           statistics.max_relative = std::max(statistics.max_relative, double(relative));
@@ -234,6 +235,7 @@ class Exhauster {
         floor = floors_[g].raise(statistics.threshold());
       }
       ++part.count;
+      statistics.not_nearest += ulp > 0.5L;
       sum += ulp;
       ++classes[classes_.of(ulp)];
       if (ulp > largest) {

@@ -91,6 +91,7 @@ Json record_of(const Statistics& s) {
   return {{"count", s.count},
           {"mismatches", s.mismatches},
           {"beside", s.beside},
+          {"not_nearest", s.not_nearest},
           {"sum", finite(s.sum)},
           {"max_relative", finite(s.max_relative)},
           {"max_normwise", finite(s.max_normwise)},
@@ -111,6 +112,7 @@ Statistics statistics_of(const Json& record) {
   record.at("count").get_to(s.count);
   record.at("mismatches").get_to(s.mismatches);
   record.at("beside").get_to(s.beside);
+  record.at("not_nearest").get_to(s.not_nearest);
   record.at("sum").get_to(s.sum);
   record.at("max_relative").get_to(s.max_relative);
   record.at("max_normwise").get_to(s.max_normwise);
@@ -170,6 +172,7 @@ Json report_of(const Function& function, const Statistics& s, bool exhaustive) {
               {"max_relative", finite(s.max_relative)},
               {"mean_ulp", finite(s.mean())},
               {"max_ulp_subnormal_results", finite(s.max_subnormal)},
+              {"not_nearest", s.not_nearest},
               {"mismatches", s.mismatches},
               {"guarantee", judged(s, guarantee(function))}};
   if (function.type.complex()) report["max_normwise"] = finite(s.max_normwise);

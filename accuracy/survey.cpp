@@ -93,6 +93,7 @@ class Surveyor {
         continue;
       }
       statistics.add(found, width_);
+      statistics.not_nearest += error.ulp > 0.5;
       statistics.max_relative = std::max(statistics.max_relative, error.relative);
       statistics.ulp[k].take(error.ulp, argument);
       statistics.relative[k].take(error.relative, argument);
@@ -205,6 +206,7 @@ void Statistics::merge(const Statistics& other) {
   count += other.count;
   mismatches += other.mismatches;
   beside += other.beside;
+  not_nearest += other.not_nearest;
   sum += other.sum;
   max_relative = std::max(max_relative, other.max_relative);
   max_normwise = std::max(max_normwise, other.max_normwise);

@@ -48,6 +48,7 @@ struct Largest {
 
 struct Statistics {
   uint64_t count = 0, mismatches = 0, beside = 0;
+  uint64_t not_nearest = 0;  // results further from the exact value than half a unit
   double sum = 0, max_relative = 0, max_normwise = 0;
   Largest ulp[2], relative[2];  // of each real number of the result
   Largest normwise;

@@ -266,6 +266,10 @@ static void show_line(const Json& entry) {
 static void show_details(const std::string& names, const Json& entry) {
   fmt::print("\n{}: {}, {} results\n", paint(Colour::strong, names),
              entry.at("method").get<std::string>(), entry.at("count").get<uint64_t>());
+  if (const uint64_t others = entry.value("not_nearest", uint64_t(0)); others > 0)
+    fmt::print("  {} results are not the nearest number\n", others);
+  else
+    fmt::print("  correctly rounded: every result is the nearest number\n");
   fmt::print("  relative error at most 2^{:.2f}; {:.4f} ulp among subnormal results\n",
              std::log2(entry.at("max_relative").get<double>()),
              entry.at("max_ulp_subnormal_results").get<double>());

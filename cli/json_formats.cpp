@@ -335,6 +335,8 @@ const std::vector<JsonFormat>& json_formats() {
            {"functions[].max_relative", "largest relative error"},
            {"functions[].mean_ulp", "mean error"},
            {"functions[].max_ulp_subnormal_results", "largest error among subnormal results"},
+           {"functions[].not_nearest",
+            "results that are not the number nearest to the exact value"},
            {"functions[].max_normwise", "largest distance in the plane by magnitude, when complex"},
            {"functions[].mismatches", "results of a wrong class: NaN, infinity, sign of zero"},
            {"functions[].guarantee.bound", "what is promised"},

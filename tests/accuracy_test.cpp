@@ -374,6 +374,20 @@ TEST(Gates, OfAllSinglesNoticeEachFault) {
   EXPECT_EQ(exhaustion.statistics[1].worst[0].argument[0], 0x3F812345u);
 }
 
+// One last place beside the correctly rounded quotients.
+TEST(Gates, CountWhatIsNotTheNearestNumber) {
+  const Function& sound = named("luxsDiv_32f_A24");
+  const Function other = with_fault(0, sound, [](Element& e) {
+    if (e.argument == 0x40400000) e.result[0] ^= 1;
+  });
+  std::vector<bench::Argument> arguments;
+  for (uint64_t divisor = 0x3F800000; divisor < 0x3F801000; ++divisor)
+    arguments.push_back({divisor & 1 ? 0x40400000u : 0x40A00000u, divisor});
+  const auto statistics = bench::survey({&sound, &other}, arguments, 2, nullptr, kGoOn);
+  EXPECT_EQ(statistics[0].not_nearest, 0u);
+  EXPECT_EQ(statistics[1].not_nearest, arguments.size() / 2);
+}
+
 // Bounds are inclusive where they are powers of two, and to four decimals where they are stated so.
 TEST(Gates, ComparePromisesOfEachKind) {
   using bench::Accuracy;

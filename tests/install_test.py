@@ -167,7 +167,7 @@ find_package(luxvm {version} REQUIRED)
         for command in commands:
             usage = run(self.prefix / "bin/luxvm", command, "--help")
             self.assertEqual(set(self.completed(command, "--")),
-                             set(re.findall(r"^  (?:-h,)?(--\w+)", usage, re.M)), command)
+                             set(re.findall(r"^  (?:-h,)?(--[\w-]+)", usage, re.M)), command)
         for words, wanted in (
                 (["eval", "luxsErfc_64f"], ["luxsErfc_64f_A50", "luxsErfc_64f_A53"]),
                 (["apply", "--quiet", "luxsModf_6"], ["luxsModf_64f"]),

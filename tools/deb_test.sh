@@ -26,7 +26,8 @@ for package in "$first"/*.deb; do
 done
 
 say "lintian"
-lintian --allow-root --fail-on error,warning "$first"/*.changes && echo "no errors, no warnings"
+lintian --allow-root --fail-on error,warning "$first"/*.changes
+echo "no errors, no warnings"
 
 say "installed"
 installed() { dpkg-query -W -f '${db:Status-Abbrev} ${Package}:${Architecture}\n' | sed -n 's/^i.  *//p' | sort; }

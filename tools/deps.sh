@@ -1,16 +1,19 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
-# deps.sh [deb]: install what the build, the tests and the examples need, on Debian 12, or what Debian
-# packages are made and tested with. Does nothing when all is there.
+# deps.sh [deb | docs]: install what the build, the tests and the examples need, on Debian 12, or what Debian
+# packages are made and tested with, or what the site of the documents is made and looked at with. Does
+# nothing when all is there.
 set -eu
 
 packages="cmake make g++-multilib gfortran-multilib binutils python3 python3-mpmath gnuplot-nox
-  clang-format codespell shellcheck libcli11-dev nlohmann-json3-dev
+  clang-format codespell shellcheck mandoc libcli11-dev nlohmann-json3-dev
   libfmt-dev:i386 libgtest-dev:i386 libgmock-dev:i386 libmpfr-dev:i386 libmpc-dev:i386
   meson pkgconf"
 [ "${1-}" != deb ] || packages="cmake g++-multilib binutils-i686-linux-gnu python3 libcli11-dev
   nlohmann-json3-dev libfmt-dev:i386 libgomp1:i386 libmpfr-dev:i386 libmpc-dev:i386 pkgconf
   debhelper dpkg-dev lintian man-db"
+[ "${1-}" != docs ] || packages="python3 python3-sphinx python3-myst-parser python3-sphinx-rtd-theme
+  chromium chromium-driver python3-selenium"
 
 fail() {
   echo "deps: $*" >&2
@@ -30,7 +33,7 @@ if ! { command -v apt-get && command -v dpkg-query; } >/dev/null; then
   fail "this is no Debian system.
 Install by its own means: CMake 3.25, a g++ that builds with -m32 (and a gfortran, for the
 Fortran module), Python 3 with mpmath, CLI11,
-nlohmann-json, gnuplot, Meson, pkgconf, clang-format 14, codespell, shellcheck, and the 32-bit x86 libraries fmt,
+nlohmann-json, gnuplot, Meson, pkgconf, clang-format 14, codespell, shellcheck, mandoc, and the 32-bit x86 libraries fmt,
 GoogleTest with GoogleMock, MPFR and MPC."
 fi
 

@@ -4,8 +4,8 @@
 
 usage: figures.py --write | --check
 
-The header's and the reference's clauses about accuracy, a promise with the largest error found beside
-it, are made from that file. So are the figures behind "Worst error" in the kernels' comments, and
+The header's clauses about accuracy, a promise with the largest error found beside it, are made from that
+file. So are the figures behind "Worst error" in the kernels' comments, and
 docs/accuracy.md. Figures are rounded up, so that none is below what was measured. --write renews all of
 them; --check names each that differs, with both figures, and what of the file is older than the kernels.
 """
@@ -76,26 +76,23 @@ CLAUSE = r"[^()]*?\(largest\s+(?:\*\s+)?found\s[^()]*\)"
 CLAUSES = rf"{CLAUSE}(?:[,;]{CLAUSE})*"
 
 
-def clause(computation, names, arguments):
+def clause(computation, names):
     found, promise = computation.largest(), computation.promise
     bound = {"ulp": "at most " + promise, "relative": "relative " + promise,
              "normwise": "at most " + promise.split()[0] + " of the magnitude"}[computation.kind]
-    at = " at " + ", ".join(found["arguments"]) if arguments else ""
-    return f"{names}{bound} (largest found {error_text(found)}{at})"
+    return f"{names}{bound} (largest found {error_text(found)})"
 
 
-def clauses(families, computations, arguments=False):
-    """Of all types of those families; the names that a reader needs to tell them apart."""
-    parts, types = [], list(dict.fromkeys(c.type for c in computations if c.family in families))
-    for family in families:
-        for type_name in types:
-            own = [c for c in computations if (c.family, c.type) == (family, type_name)]
-            names = ([family] if len(families) > 1 else []) + [type_name]
-            inner = []
-            for c in reversed(own):
-                grades = " and ".join(c.grades) + " " if len(own) > 1 else ""
-                inner.append(clause(c, (" ".join(names) + " " if not inner else "") + grades, arguments))
-            parts.append(", ".join(inner))
+def clauses(computations):
+    """Of all its types."""
+    parts = []
+    for type_name in dict.fromkeys(c.type for c in computations):
+        own = [c for c in computations if c.type == type_name]
+        inner = []
+        for c in reversed(own):
+            grades = " and ".join(c.grades) + " " if len(own) > 1 else ""
+            inner.append(clause(c, (type_name + " " if not inner else "") + grades))
+        parts.append(", ".join(inner))
     return "; ".join(parts)
 
 
@@ -126,12 +123,12 @@ def hold_clauses(path, text, start, opening, made, prefix, differences):
         if pair[0] != pair[1]:
             differences.report(path, line, *pair)
     first = text.rindex("\n", 0, start) + 1
-    end = re.compile(r"\n(?=- |\n)|\Z" if prefix.isspace() else r"(?<=[.:])\n| \*/").search(text, match.end()).start()
+    end = re.compile(r"(?<=[.:])\n| \*/").search(text, match.end()).start()
     before = text[first:start].removeprefix(prefix)
     behind = plain(text[match.end():end])
     lines = textwrap.wrap(before + f"{opening} {made}{behind if behind[:1] in '.,;' else ' ' + behind}",
                           WIDTH, break_long_words=False, break_on_hyphens=False,
-                          initial_indent="" if prefix.isspace() else prefix, subsequent_indent=prefix)
+                          initial_indent=prefix, subsequent_indent=prefix)
     return text[:first] + "\n".join(lines) + text[end:]
 
 
@@ -146,25 +143,9 @@ def hold_header(computations, differences):
                and c.type.endswith("c") == type_name.endswith("c")]
         start = text.find("Accuracy:", comment, declared)
         if start < 0:
-            differences.report(path, text.count("\n", 0, comment) + 1, "nothing", clauses([family], own))
+            differences.report(path, text.count("\n", 0, comment) + 1, "nothing", clauses(own))
             continue
-        text = hold_clauses(path, text, start, "Accuracy:", clauses([family], own), " *  ", differences)
-    return path, text
-
-
-def hold_reference(computations, differences):
-    path = ROOT / "docs/reference.md"
-    text = path.read_text()
-    for heading in re.findall(r"^## .*\n", text, re.M):
-        begin = text.index("\n" + heading) + 1
-        end = (text + "\n## ").index("\n## ", begin)
-        declared = re.findall(r"luxs(\w+?)_(\d\d\w+?)_A", text[begin:end])
-        start = text.find("- Error.", begin, end)
-        if not declared or start < 0:
-            continue
-        named = list(dict.fromkeys(family for family, _ in declared))
-        own = [c for c in computations if c.type in {type_name for _, type_name in declared}]
-        text = hold_clauses(path, text, start, "- Error.", clauses(named, own, True), "  ", differences)
+        text = hold_clauses(path, text, start, "Accuracy:", clauses(own), " *  ", differences)
     return path, text
 
 
@@ -310,7 +291,7 @@ def main():
     differences = Differences()
     check_file(computations, differences)
     check_readme(computations, differences)
-    renewed = [hold_header(computations, differences), hold_reference(computations, differences)]
+    renewed = [hold_header(computations, differences)]
     for folder in "kernels", "complex":
         for path in sorted((ROOT / folder).rglob("*")):
             if path.suffix in (".h", ".cpp") and path.parent.name != "generated":
