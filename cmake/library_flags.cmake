@@ -15,6 +15,10 @@ if(LUX_SANITIZE)
   # holds no packed numbers where a caller put it: at multiples of 4.
   list(APPEND LUX_LIBRARY_COMPILE_OPTIONS -mincoming-stack-boundary=2)
 endif()
+if(LUX_COVERAGE)
+  # Counts of threads that race may be lost; atomic ones of 64 bits need a library on this processor.
+  list(APPEND LUX_LIBRARY_COMPILE_OPTIONS --coverage -fprofile-abs-path -fprofile-update=single)
+endif()
 
 # nodelete: the runtime's threads may stand in the library's code, and fork handlers and the
 # thread-local pool size stay registered, after a program has closed it.

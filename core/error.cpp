@@ -6,7 +6,8 @@
 #include "core/bits.h"
 
 // A report must raise nothing but its own exception, so elements go into the record by their
-// patterns: a load into the x87 unit would raise denormal or, for a signalling NaN, invalid.
+// patterns: a load into the x87 unit would raise denormal or, for a signalling NaN, invalid. Normal
+// singles raise nothing there, and it is the short way.
 static void record_element(double* field, const double* element) {
   store_words(field, load_words(element));
 }
@@ -15,17 +16,28 @@ static void record_element(double* field, const float* element) {
   using Single = Format<float>;
   const uint32_t pattern = quieted<float>(load_bits(element));
   const uint32_t sign = pattern & Single::kSign, size = pattern & ~Single::kSign;
-  uint32_t exponent = size >> Single::kFractionBits, fraction = size & 0x007FFFFF;
-  if (exponent == 0xFF) {
-    exponent = 0x7FF;
-  } else if (exponent != 0) {
-    exponent += Format<double>::kBias - Single::kBias;
-  } else if (fraction != 0) {  // subnormal: its leading bit becomes the hidden one
-    const int32_t shift = __builtin_clz(fraction) - 8;
-    fraction = fraction << shift & 0x007FFFFF;
-    exponent = uint32_t(Format<double>::kBias - Single::kBias + 1 - shift);
+  if (size - Single::kSmallestNormal < Single::kInf - Single::kSmallestNormal) {
+    put(field, load_extended(element));
+  } else if (size >= Single::kInf) {
+    store_words(field, {size << 29, sign | Upper<double>::kInf | (size & Single::kFraction) >> 3});
+  } else if (size == 0) {
+    store_words(field, {0, sign});
+  } else {  // subnormal: its leading bit becomes the hidden one
+    const int32_t shift = __builtin_clz(size) - 8;
+    const uint32_t fraction = size << shift & Single::kFraction;
+    const uint32_t exponent = uint32_t(Format<double>::kBias - Single::kBias + 1 - shift);
+    store_words(field, {fraction << 29, sign | exponent << 20 | fraction >> 3});
   }
-  store_words(field, {fraction << 29, sign | exponent << 20 | fraction >> 3});
+}
+
+// The second of two elements, which most functions have only one of.
+template <class E>
+static inline void record_other(double* field, const E* element, const double* first_field,
+                                const E* first) {
+  if (element == first)
+    store_words(field, load_words(first_field));
+  else
+    record_element(field, element);
 }
 
 // The pointers are read without the index: kernels pass the bases of their arrays.
@@ -36,9 +48,9 @@ static int32_t report(int32_t code, int32_t index, const E* argument1, const E* 
   record.code = code;
   record.index = index;
   record_element(&record.argument1, argument1);
-  record_element(&record.argument2, argument2);
   record_element(&record.result1, result1);
-  record_element(&record.result2, result2);
+  record_other(&record.argument2, argument2, &record.argument1, argument1);
+  record_other(&record.result2, result2, &record.result1, result1);
   record.name[0] = name[0];
   record.name[1] = '\0';
   return _noxStdErrorHandlerExcept(&record);

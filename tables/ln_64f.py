@@ -53,7 +53,7 @@ def body(scale, main, near_one):
         "    // log(1 + i/256), cut and the rest; 2^-52 / (1 + i/256)",
         *header.block([interval(i, scale) for i in range(STEPS)]),
         *[f"    {header.doubles(polynomial[::-1])}," for polynomial in (main, near_one)],
-        f"    {header.extended(scale * mpmath.log(2))},",
+        f"    {header.doubles(header.exact_pair(scale * mpmath.log(2)))},",
         "};",
     ]
 

@@ -54,20 +54,28 @@ constexpr uint32_t kUnderflow = 0x42CFF1B4;    // 103.97207641601562: e^-x is th
   "+%[y], %[scale]\n\t" \
   "movl %[scale], 4*" #lane "(%[dst])\n\t"
 
+#define EXP_LANES(lanes)                                                             \
+  {                                                                                  \
+    float u[4], y[4];                                                                \
+    uint32_t k, scale;                                                               \
+    using Table = decltype(static_const_table);                                      \
+    asm volatile("fldl2e\n\t" lanes "fstp %%st\n\t"                                  \
+                 : [u] "=o"(u), [y] "=o"(y), [k] "=&r"(k), [scale] "=&r"(scale)      \
+                 : [src] "r"(src), [dst] "r"(dst), [table] "r"(&static_const_table), \
+                   [d2] "i"(offsetof(Table, d2)), [d1] "i"(offsetof(Table, d1)),     \
+                   [shifter] "i"(offsetof(Table, shifter))                           \
+                 : LUX_X87_STACK);                                                   \
+  }
+#define EXP_LANE(lane) EXP_POWER(lane) EXP_STORE(lane)
+
 static inline void exp_block(const float* src, float* dst) {
-  float u[4], y[4];
-  uint32_t k, scale;
-  using Table = decltype(static_const_table);
-  asm volatile("fldl2e\n\t" EXP_POWER(0) EXP_STORE(0) EXP_POWER(1) EXP_STORE(1) EXP_POWER(2)
-                   EXP_STORE(2) EXP_POWER(3) EXP_STORE(3) "fstp %%st\n\t"
-               : [u] "=o"(u), [y] "=o"(y), [k] "=&r"(k), [scale] "=&r"(scale)
-               : [src] "r"(src), [dst] "r"(dst), [table] "r"(&static_const_table),
-                 [d2] "i"(offsetof(Table, d2)), [d1] "i"(offsetof(Table, d1)),
-                 [shifter] "i"(offsetof(Table, shifter))
-               : LUX_X87_STACK);
+  EXP_LANES(EXP_LANE(0) EXP_LANE(1) EXP_LANE(2) EXP_LANE(3))
 }
 
-// Without a bound on the exponent.
+static inline void exp_element(const float* src, float* dst) { EXP_LANES(EXP_LANE(0)) }
+
+// Without a bound on the exponent. The power of two comes in two halves: each is a normal single,
+// put together in one store, which an extended number is not; their product is exact.
 static float exp_scaled(const float* src) {
   float u;
   uint32_t k, scale;
@@ -78,7 +86,12 @@ static float exp_scaled(const float* src) {
                : [src] "r"(src), [table] "r"(&static_const_table), [d2] "i"(offsetof(Table, d2)),
                  [d1] "i"(offsetof(Table, d1)), [shifter] "i"(offsetof(Table, shifter)), "m"(*src)
                : "cc", "st(1)", "st(2)", "st(3)", "st(4)", "st(5)", "st(6)", "st(7)");
-  return store_f32(float(power * power_of_two(int32_t(scale) >> 23)));
+  const int32_t exponent = int32_t(scale) >> 23, half = exponent / 2;
+  float halves[2];
+  store_bits(halves, uint32_t(Format<float>::kBias + half) << Format<float>::kFractionBits);
+  store_bits(halves + 1, uint32_t(Format<float>::kBias + exponent - half)
+                             << Format<float>::kFractionBits);
+  return store_f32(float(power * load_extended(halves) * load_extended(halves + 1)));
 }
 
 static Status exp_32f(const float* src, float* dst, int32_t len) {
@@ -91,7 +104,9 @@ static Status exp_32f(const float* src, float* dst, int32_t len) {
       [&](int32_t i, Status* status) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
         const bool negative = x != a, infinite = a == Format<float>::kInf;
-        if (a > Format<float>::kInf) {
+        if (a < kPackedBound) {
+          exp_element(src + i, dst + i);
+        } else if (a > Format<float>::kInf) {
           store_bits(dst + i, quieted<float>(x));
         } else if (!negative && a >= kOverflow) {
           store_bits(dst + i, Format<float>::kInf);

@@ -6,7 +6,7 @@
 //   r = t - (u - 1.5 2^38), |r| <= 2^-15,  k = ((m 32 + j2) 32 + j1) 16 + j0,
 //   e^x = (((r + Q2) r + Q1) r + Q0) T3[j0] T2[j1] T1[j2] 2^m, left to right, rounded once.
 //
-//   |x| < 708.39599609375     pairs; m is added to the exponent of the stored double, which is the
+//   |x| < 708.39599609375     pairs, or one beside another; m is added to the exponent of the stored double, which is the
 //                             same as multiplying because the result is a normal number
 //   beyond                    one by one with 2^m as an extended number, so that subnormal results
 //                             are rounded once; +infinity from 709.78271289338409, +0 from
@@ -21,14 +21,17 @@ constexpr uint64_t kSubnormal = 0x4086232BDD7ABCD3u;  // 708.3964185322642
 constexpr uint64_t kOverflow = 0x40862E42FEFA39F0u;   // 709.7827128933841
 constexpr uint64_t kUnderflow = 0x40874910D52D3052u;  // 745.1332191019412
 
-#define EXP_CONSTANTS         \
-  "fldt %c[q0](%[table])\n\t" \
-  "fldt %c[q1](%[table])\n\t" \
-  "fldt %c[q2](%[table])\n\t" \
-  "fldt %c[log2_e](%[table])\n\t"
+#define EXP_CONSTANTS             \
+  "fldl %c[q0](%[table])\n\t"     \
+  "faddl %c[q0]+8(%[table])\n\t"  \
+  "fldl %c[q1](%[table])\n\t"     \
+  "faddl %c[q1]+8(%[table])\n\t"  \
+  "fldl %c[q2](%[table])\n\t"     \
+  "faddl %c[q2]+8(%[table])\n\t"  \
+  "fldl %c[log2_e](%[table])\n\t" \
+  "faddl %c[log2_e]+8(%[table])\n\t"
 
-// Four constants stay on the x87 stack over a whole run of ordinary pairs: loading an extended
-// number costs as much as four operations. st: log2(e), Q2, Q1, Q0; on top of them comes the power,
+// Four constants stay on the x87 stack over a whole run of ordinary elements. st: log2(e), Q2, Q1, Q0; on top of them comes the power,
 // to be multiplied by 2^m, whose exponent is left in k, in place. Operands: x, an address, and u,
 // memory for a double; table; k and j to work with; shifter, t1, t2 and t3, offsets in the table.
 #define EXP_ELEMENT(x, u)             \
@@ -71,13 +74,17 @@ constexpr uint64_t kUnderflow = 0x40874910D52D3052u;  // 745.1332191019412
   "shll $20, %[k]\n\t"                \
   "fmulp %%st, %%st(1)\n\t"
 
+// Up to the first element that is not below the bound. An ordinary one that is the last, or stands
+// before such an element, goes alone.
+//
 // Six registers are all there are, so no instrumentation fits beside this.
-__attribute__((no_sanitize("address", "undefined"))) static int32_t exp_pairs(const double* src,
-                                                                              double* dst,
-                                                                              int32_t i,
-                                                                              int32_t last) {
+__attribute__((no_sanitize("address", "undefined"))) static int32_t exp_elements(const double* src,
+                                                                                 double* dst,
+                                                                                 int32_t i,
+                                                                                 int32_t last) {
   double u[2];
   uint32_t k, j;
+  const int32_t before_last = last - 1;
   using Table = decltype(static_const_table);
   asm volatile(
       EXP_CONSTANTS
@@ -91,7 +98,7 @@ __attribute__((no_sanitize("address", "undefined"))) static int32_t exp_pairs(co
       "addl %[k], 12(%[dst],%[i],8)\n\t"
       "addl $2, %[i]\n"
       "2:\n\t"
-      "cmpl %[last], %[i]\n\t"
+      "cmpl %[before_last], %[i]\n\t"
       "jge 3f\n\t"
       "movl 4(%[src],%[i],8), %[k]\n\t"
       "movl 12(%[src],%[i],8), %[j]\n\t"
@@ -102,12 +109,24 @@ __attribute__((no_sanitize("address", "undefined"))) static int32_t exp_pairs(co
       "andl %[k], %[j]\n\t"
       "js 1b\n"
       "3:\n\t"
+      "cmpl %[before_last], %[i]\n\t"
+      "jg 4f\n\t"
+      "movl 4(%[src],%[i],8), %[k]\n\t"
+      "andl $0x7FFFFFFF, %[k]\n\t"
+      "cmpl %[bound], %[k]\n\t"
+      "jae 4f\n\t"  //
+      EXP_ELEMENT("(%[src],%[i],8)", "%[u]")
+      "fstpl (%[dst],%[i],8)\n\t"
+      "addl %[k], 4(%[dst],%[i],8)\n\t"
+      "incl %[i]\n\t"
+      "jmp 2b\n"
+      "4:\n\t"
       "fstp %%st\n\t"
       "fstp %%st\n\t"
       "fstp %%st\n\t"
       "fstp %%st\n\t"
       : [i] "+r"(i), [u] "=o"(u), [k] "=&r"(k), [j] "=&r"(j)
-      : [src] "r"(src), [dst] "r"(dst), [last] "m"(last), [table] "r"(&static_const_table),
+      : [src] "r"(src), [dst] "r"(dst), [before_last] "m"(before_last), [table] "r"(&static_const_table),
         [bound] "i"(kFastBound), [shifter] "i"(offsetof(Table, shifter)),
         [t1] "i"(offsetof(Table, t1)), [t2] "i"(offsetof(Table, t2)),
         [t3] "i"(offsetof(Table, t3)), [q0] "i"(offsetof(Table, q0)),
@@ -162,8 +181,12 @@ static void _ExpSc(const Arrays<double>& arrays, int32_t i, Status* status) {
 
 static Status exp_64f(const double* src, double* dst, int32_t len) {
   const Arrays<double> arrays = {src, src, dst, dst};
-  return run_kernel<X87Nearest<X87_EXTENDED>, 2>(
-      arrays, len, [=](int32_t i, int32_t last) { return exp_pairs(src, dst, i, last); },
+  return run_kernel<X87Nearest<X87_EXTENDED>, 1>(
+      arrays, len,
+      [=](int32_t i, int32_t last) {
+        // Of many special elements in a row each would wait for the constants.
+        return upper_magnitude(src + i) < kFastBound ? exp_elements(src, dst, i, last) : i;
+      },
       [&](int32_t i, Status* status) { _ExpSc(arrays, i, status); });
 }
 

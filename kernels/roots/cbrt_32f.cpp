@@ -22,11 +22,14 @@ static inline double quadratic(uint32_t x, double m) {
 // The significand is that of y, everything else comes from y rounded to a single. The biased
 // exponent times 64 kThird is a third of it in units of 2^-23: the quotient stands in the exponent
 // field, and bits 20 and 19 tell the remainder, 00, 01 or 10.
-static inline float cbrt_subnormal(float x) {
-  constexpr uint32_t kThird = 43691;     // (2^17 + 1) / 3
-  constexpr uint32_t kBias = 710934528;  // 84.75 2^23
-  const double y = store_f64(x * 1e39);
-  const float rounded = store_f32(float(y));
+__attribute__((noinline)) static void cbrt_subnormal(const float* src, float* dst) {
+  constexpr uint32_t kThird = 43691;                      // (2^17 + 1) / 3
+  constexpr uint32_t kBias = 710934528;                   // 84.75 2^23
+  const long double product = load_extended(src) * 1e39;  // a double at this precision
+  double y;
+  float rounded;
+  put_copy(&y, product);
+  put(&rounded, product);
   const uint32_t u = load_bits(&rounded), third = ((u & Format<float>::kInf) >> 16) * kThird >> 1;
   // By packed logic: a double stored by words could only be loaded after a long wait.
   static const uint64_t fraction = Format<double>::kFraction, one = Format<double>::kOne;
@@ -34,8 +37,7 @@ static inline float cbrt_subnormal(float x) {
   store_half(&m, _mm_or_ps(_mm_and_ps(load_half(&y), load_half(&fraction)), load_half(&one)));
   float scale;
   store_bits(&scale, (u & Format<float>::kSign) | ((third + kBias) & Format<float>::kInf));
-  return store_f32(
-      float(quadratic(u, m) * static_const_table.subnormal_factor[third >> 19 & 3] * scale));
+  put(dst, quadratic(u, m) * static_const_table.subnormal_factor[third >> 19 & 3] * scale);
 }
 
 static Status cbrt_32f(const float* src, float* dst, int32_t len) {
@@ -48,7 +50,7 @@ static Status cbrt_32f(const float* src, float* dst, int32_t len) {
         if (a >= Format<float>::kInf || a == 0)
           store_bits(dst + i, quieted<float>(x));
         else if (a < Format<float>::kSmallestNormal)
-          in_memory(dst + i) = cbrt_subnormal(in_memory(src + i));
+          cbrt_subnormal(src + i, dst + i);
         else
           cbrt_element(static_const_table, src + i, dst + i);
       });

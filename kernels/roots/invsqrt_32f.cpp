@@ -6,7 +6,8 @@
 //   1/sqrt(x) = y + y (e p),  p = ((1 + e)^(-1/2) - 1) / e to third order.
 //
 // Sixteen elements below 2^126 are computed at once; from there on y y is subnormal. Otherwise they
-// are done in eights, scaled where they are large, which leaves the bits alone.
+// are done in eights, scaled where they are large, which leaves the bits alone, and so are four
+// that are left.
 //
 // Twelve packed operations, and fourteen of the test for sixteen elements: where the processor
 // starts three a cycle, no less than 1.29 cycles an element.
@@ -42,7 +43,16 @@ static inline __m128 inverse_root_scaled(__m128 x) {
                    x * select(large, all_lanes(0.0625f), one));
 }
 
+constexpr uint32_t kQuietNaN = Format<float>::kInf | Format<float>::kQuiet;
+
+// The unit takes long for a quiet NaN, which it gives back; for that and for +infinity it raises
+// nothing.
 static inline void x87_inverse_root(const float* src, float* dst) {
+  const uint32_t x = load_bits(src);
+  if (__builtin_expect(magnitude<float>(x) >= Format<float>::kInf, false)) {
+    if (magnitude<float>(x) >= kQuietNaN) return store_bits(dst, x);
+    if (x == Format<float>::kInf) return store_bits(dst, 0);
+  }
   asm volatile(
       "flds %1\n\t"
       "fsqrt\n\t"
@@ -59,12 +69,24 @@ static inline bool is_negative(uint32_t x) {
   return x - Format<float>::kSign - 1 < Format<float>::kInf;  // not -0, and no NaN
 }
 
+static inline bool all_quiet_nans(const float* x) {
+  return none_outside<kBlock>(
+      [=](int lane) { return magnitude<float>(load_bits(x + lane)) - kQuietNaN; });
+}
+
 __attribute__((noinline, cold)) static void special_block(const Arrays<float>& arrays,
                                                           int32_t first, Status* status) {
+  const float* const src = arrays.src1 + first;
+  float* const dst = arrays.dst1 + first;
+  if (magnitude<float>(load_bits(src)) >= kQuietNaN && all_quiet_nans(src)) {
+    const __m128 a = load_lanes(src), b = load_lanes(src + 4);
+    store_lanes(dst, a);
+    store_lanes(dst + 4, b);
+    return;
+  }
   uint32_t x[kBlock];
-  for (int32_t i = 0; i < kBlock; ++i) x[i] = load_bits(arrays.src1 + first + i);
-  for (int32_t i = 0; i < kBlock; ++i)
-    x87_inverse_root(arrays.src1 + first + i, arrays.dst1 + first + i);
+  for (int32_t i = 0; i < kBlock; ++i) x[i] = load_bits(src + i);
+  for (int32_t i = 0; i < kBlock; ++i) x87_inverse_root(src + i, dst + i);
   for (int32_t i = 0; i < kBlock; ++i)
     if (is_zero<float>(x[i])) _ErrorCall(arrays, LUX_POLE, first + i, status);
   for (int32_t i = 0; i < kBlock; ++i)
@@ -83,17 +105,18 @@ static inline bool sixteen_ordinary(const float* x) {
   return all_within(x, Format<float>::kSmallestNormal, kLarge);
 }
 
-static inline bool eight_positive_normal(const float* x) {
-  return none_outside<kBlock>([=](int lane) { return outside_positive_normal(x + lane); });
+template <int kCount>
+static inline bool all_positive_normal(const float* x) {
+  return none_outside<kCount>([=](int lane) { return outside_positive_normal(x + lane); });
 }
 
-// Sixteen a turn while nothing is special.
+// Sixteen a turn while nothing is special; at most the last four are left.
 static inline int32_t inverse_root_blocks(const Arrays<float>& arrays, int32_t i, int32_t last,
                                           Status* status) {
   const float* const src = arrays.src1;
   float* const dst = arrays.dst1;
   while (i < last) {
-    for (; i + kBlock < last && sixteen_ordinary(src + i); i += 2 * kBlock) {
+    for (; i + 12 < last && sixteen_ordinary(src + i); i += 2 * kBlock) {
       const __m128 a = inverse_root(load_lanes(src + i)), b = inverse_root(load_lanes(src + i + 4)),
                    c = inverse_root(load_lanes(src + i + 8)),
                    d = inverse_root(load_lanes(src + i + 12));
@@ -102,8 +125,9 @@ static inline int32_t inverse_root_blocks(const Arrays<float>& arrays, int32_t i
       store_lanes(dst + i + 8, c);
       store_lanes(dst + i + 12, d);
     }
-    for (const int32_t end = i + 2 * kBlock < last ? i + 2 * kBlock : last; i < end; i += kBlock) {
-      if (eight_positive_normal(src + i)) {
+    const int32_t end = i + 2 * kBlock < last ? i + 2 * kBlock : last;
+    for (; i + 4 < end; i += kBlock) {
+      if (all_positive_normal<kBlock>(src + i)) {
         const __m128 a = inverse_root_scaled(load_lanes(src + i)),
                      b = inverse_root_scaled(load_lanes(src + i + 4));
         store_lanes(dst + i, a);
@@ -112,6 +136,11 @@ static inline int32_t inverse_root_blocks(const Arrays<float>& arrays, int32_t i
         special_block(arrays, i, status);
       }
     }
+    if (i < end) {
+      if (!all_positive_normal<4>(src + i)) return i;
+      store_lanes(dst + i, inverse_root_scaled(load_lanes(src + i)));
+      i += 4;
+    }
   }
   return i;
 }
@@ -119,7 +148,7 @@ static inline int32_t inverse_root_blocks(const Arrays<float>& arrays, int32_t i
 static Status invsqrt_32f(const float* src, float* dst, int32_t len) {
   const Arrays<float> arrays = {src, src, dst, dst};
   Status blocks = LUX_OK;
-  const Status tail = run_kernel<SseNearest, kBlock>(
+  const Status tail = run_kernel<SseNearest, 4>(
       arrays, len,
       [&](int32_t i, int32_t last) { return inverse_root_blocks(arrays, i, last, &blocks); },
       [&](int32_t i, Status* status) {

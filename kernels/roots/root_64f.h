@@ -172,16 +172,18 @@ template <Root kKind>
 static inline void root_special(const Arrays<double>& arrays, int32_t i, uint64_t x,
                                 Status* status) {
   double* const y = arrays.dst1 + i;
-  if (magnitude<double>(x) > Format<double>::kInf) {
+  if (is_positive_normal(arrays.src1 + i)) {
+    root_element<kKind>(arrays.src1 + i, y);
+  } else if (magnitude<double>(x) > Format<double>::kInf) {
     store_bits(y, quieted<double>(x));
   } else if (x & Format<double>::kSign) {
     store_bits(y, kNegativeMarker);
     _ErrorCall(arrays, LUX_DOMAIN, i, status);
   } else {
-    const bool subnormal = !is_positive_normal(arrays.src1 + i);
-    const double scaled = store_f64(in_memory(arrays.src1 + i) * (subnormal ? kUp : 1.0));
+    double scaled;
+    put(&scaled, load_extended(arrays.src1 + i) * kUp);  // exact
     root_element<kKind>(&scaled, y);
-    add_to_upper_word(y, subnormal ? kDown<kKind> : 0);
+    add_to_upper_word(y, kDown<kKind>);
   }
 }
 

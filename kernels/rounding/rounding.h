@@ -38,7 +38,7 @@ struct FractionMasks {
     return &of[steps < 0 ? 1 : steps + 1];
   }
 };
-static constexpr FractionMasks kFractionMasks;
+inline constexpr FractionMasks kFractionMasks;
 
 // Upper words. No double has a fraction from 2^52 on.
 constexpr uint32_t kHalf = Upper<double>::kOne - (1 << 20);

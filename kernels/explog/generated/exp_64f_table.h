@@ -15,8 +15,8 @@ alignas(64) inline constexpr struct Table {
   Pair t1[32];  // 2^(i/32)
   Pair t2[32];  // 2^(i/1024)
   Pair t3[16];  // c3 2^(i/16384)
-  long double q2, q1, q0;  // c2/c3, c1/c3, c0/c3
-  long double log2_e;
+  Pair q2, q1, q0;  // c2/c3, c1/c3, c0/c3
+  Pair log2_e;
   float shifter;  // 1.5 2^38: its ulp as a double is 2^-14
 } static_const_table = {
     {
@@ -64,8 +64,8 @@ alignas(64) inline constexpr struct Table {
         {0x1.c6e1cec8ade31p-5, 0x1.b6p-61}, {0x1.c6e6bc02eec49p-5, -0x1.45p-59},
         {0x1.c6eba94ad8967p-5, 0x1.da8p-59}, {0x1.c6f096a06b7ebp-5, 0x1.bep-59},
         {0x1.c6f58403a7a33p-5, -0x1.8e8p-59}, {0x1.c6fa71748d29bp-5, 0x1.cp-63},
-    }, 0x8a7fac5f0df13febp-61L, 0xc7cfb95cac480998p-60L, 0x90222b58db3c9074p-59L,
-    0xb8aa3b295c17f0bcp-63L, 0x1.8p+38f,
+    }, {0x1.14ff58be1be28p+2, -0x1.5p-57}, {0x1.8f9f72b958901p+3, 0x1.98p-52},
+    {0x1.204456b1b6792p+4, 0x1.dp-53}, {0x1.71547652b82fep+0, 0x1.78p-56}, 0x1.8p+38f,
 };
 
 }

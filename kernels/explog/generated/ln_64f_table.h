@@ -272,7 +272,7 @@ alignas(64) inline constexpr LogTable static_const_table = {
     },
     {-0x1.51ed447a1b8c5p-3, 0x1.9995c6a12e46ap-3, -0x1.fffffe04ecef7p-3, 0x1.5555555519f2ap-2, -0x1.fffffffffffafp-2, 0x1p+0},
     {-0x1.5555555555555p-3, 0x1.999999999999ap-3, -0x1p-2, 0x1.5555555555555p-2, -0x1p-1, 0x1p+0},
-    0xb17217f7d1cf79acp-64L,
+    {0x1.62e42fefa39efp-1, 0x1.acp-56},
 };
 
 }

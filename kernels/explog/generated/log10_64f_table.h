@@ -272,7 +272,7 @@ alignas(64) inline constexpr LogTable static_const_table = {
     },
     {-0x1.2584feb8cb841p-4, 0x1.63c2d5227d24bp-4, -0x1.bcb7af99fddbap-4, 0x1.287a7636c0a11p-3, -0x1.bcb7b1526e4c7p-3, 0x1.bcb7b1526e50ep-2},
     {-0x1.287a7636f435fp-4, 0x1.63c62775250d8p-4, -0x1.bcb7b1526e50ep-4, 0x1.287a7636f435fp-3, -0x1.bcb7b1526e50ep-3, 0x1.bcb7b1526e50ep-2},
-    0x9a209a84fbcff799p-65L,
+    {0x1.34413509f79ffp-2, -0x1.9cp-59},
 };
 
 }
