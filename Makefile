@@ -17,7 +17,7 @@ OPTIONS =
 # What `make install PREFIX=...` installed, for each prefix.
 MANIFEST = $(BUILD)/installed$(PREFIX)/manifest.txt
 
-.PHONY: help deps build run test slow test-slow fuzz asan accuracy accuracy-quick bench hashes abi docs docs-check install lines format clean examples plots uninstall deb deb-test
+.PHONY: help deps build run test slow test-slow fuzz asan coverage accuracy accuracy-quick bench hashes abi docs docs-check install lines format clean examples plots uninstall deb deb-test
 
 help:        ## this list
 	@sed -n 's/^\([a-z-]*\):[^#]*## /\1\t/p' $(firstword $(MAKEFILE_LIST)) | expand -t 12
@@ -56,6 +56,12 @@ fuzz: deps   ## try the promises over random patterns for SECONDS (60), from SEE
 asan: deps   ## build with the sanitizers and run the tests under them
 	@$(MAKE) --no-print-directory build PRESET=asan-ubsan
 	ctest --preset asan-ubsan --parallel $(JOBS)
+
+coverage: deps  ## how much of the libraries the fast tests run; fails below all lines or 95 % of branches
+	@$(MAKE) --no-print-directory build PRESET=coverage
+	find build/coverage -name '*.gcda' -delete
+	ctest --preset coverage --parallel $(JOBS)
+	tools/coverage.py build/coverage
 
 bench: deps  ## measure every function and renew docs/performance.md
 	@$(MAKE) --no-print-directory build TARGETS=luxvm

@@ -3,10 +3,10 @@
 #
 # The processor class is the promise: x87, MMX and SSE, nothing later. Old callers align the stack to
 # 4 bytes only, hence -mstackrealign. Vectorised code would bring SSE arithmetic into functions that
-# promise not to depend on MXCSR, so only intrinsics may produce it. A project that this one is a part
-# of may name no build type; the library is optimised then.
+# promise not to depend on MXCSR, so only intrinsics may produce it. Whatever the build type is, the
+# library is optimised as it ships: where GCC keeps numbers in registers is part of its results.
 set(LUX_LIBRARY_COMPILE_OPTIONS
-    $<$<CONFIG:>:-O2>
+    -O2
     -march=pentium3 -mfpmath=387 -mstackrealign -fno-tree-vectorize -fno-tree-slp-vectorize
     -ffp-contract=off -fvisibility=hidden -fno-math-errno
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
@@ -14,6 +14,10 @@ if(LUX_SANITIZE)
   # The address sanitizer marks the stack in units of 8 bytes, and -mstackrealign leaves a frame that
   # holds no packed numbers where a caller put it: at multiples of 4.
   list(APPEND LUX_LIBRARY_COMPILE_OPTIONS -mincoming-stack-boundary=2)
+endif()
+if(LUX_COVERAGE)
+  # Counts of threads that race may be lost; atomic ones of 64 bits need a library on this processor.
+  list(APPEND LUX_LIBRARY_COMPILE_OPTIONS --coverage -fprofile-abs-path -fprofile-update=single)
 endif()
 
 # nodelete: the runtime's threads may stand in the library's code, and fork handlers and the

@@ -78,7 +78,7 @@ __attribute__((noinline, cold)) static Complex64 complex_log_far(const Complex64
     return rounded(-1 / __builtin_fabsl(z.re), full_angle(axis) * (2 * half));
   }
   const long double re = load_extended(&z.re), im = load_extended(&z.im), norm = re * re + im * im;
-  return rounded(log_core(norm) * half, full_angle(z) * (2 * half));
+  return rounded(log_far(norm) * half, full_angle(z) * (2 * half));
 }
 
 __attribute__((noinline, cold)) static long double log_near_one(long double large,

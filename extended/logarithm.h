@@ -10,7 +10,7 @@
 // terms are at most as large as the result. r is c (m - 1) + (c - 1), m - 1 being exact; one
 // product rounds, which the careful form avoids by halving m - 1.
 //
-// log_core and log1p_core: relative error at most 1.2 * 2^-63 (sampled). They want
+// log_far and log1p_core: relative error at most 1.2 * 2^-63 (sampled). They want
 // 64-bit precision and rounding to nearest.
 #ifndef LUX_EXTENDED_LOGARITHM_H
 #define LUX_EXTENDED_LOGARITHM_H
@@ -58,18 +58,6 @@ __attribute__((noinline, cold)) static long double log_far(long double x) {
   const Significand parts = significand_of(x);
   const LogPlace place = log_place(store_f32(float(parts.m)));
   return log_sum(parts.m * place.scale - 1, *place.cell, place.exponent + parts.exponent);
-}
-
-// The logarithm of a moderate number.
-static inline long double log_moderate(long double x) {
-  const LogPlace place = log_place(store_f32(float(x)));
-  return log_sum(x * place.scale - 1.0f, *place.cell, place.exponent);
-}
-
-// x > 0, finite and normal.
-static inline long double log_core(long double x) {
-  if (__builtin_expect(!is_moderate(x), false)) return log_far(x);
-  return log_moderate(x);
 }
 
 // log(1 + x), x > -1 and finite.

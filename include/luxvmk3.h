@@ -241,7 +241,7 @@ LUX_API LuxStatus luxsPow_64f_A53(const double* src1, const double* src2, double
 
 /** dst[i] = src[i] to the power scalar: what Pow gives, with one exponent for all elements.
  *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5017), A21 relative 2^-21 (largest found
- *  2^-23.36), A11 relative 2^-11 (largest found 2^-15.44); 64f A53 at most 1 ulp (largest found
+ *  2^-23.11), A11 relative 2^-11 (largest found 2^-15.40); 64f A53 at most 1 ulp (largest found
  *  0.5011), A50 at most 4 ulp (largest found 2.1343).
  *  Reports get the address of a copy of the exponent as the second source. */
 LUX_API LuxStatus luxsPowx_32f_A11(const float* src, float scalar, float* dst, int32_t len);

@@ -58,6 +58,14 @@ static inline int32_t blocks_below(const E* src, E* dst, uint32_t bound, int32_t
   return i;
 }
 
+// The same of long blocks, and of short ones where no long one is left.
+template <int kLong, int kShort, class E, class LongBlock, class ShortBlock>
+static inline int32_t blocks_below(const E* src, E* dst, uint32_t bound, int32_t i, int32_t last,
+                                   LongBlock long_block, ShortBlock short_block) {
+  i = blocks_below<kLong>(src, dst, bound, i, last - (last - i) % kLong, long_block);
+  return blocks_below<kShort>(src, dst, bound, i, last, short_block);
+}
+
 // The same where an element is computed as any other: element(x, y).
 template <int kBlock, class E, class Element>
 static inline int32_t elements_below(const E* src, E* dst, uint32_t bound, int32_t i, int32_t last,

@@ -41,7 +41,7 @@ static int32_t number_in(const char* variable) {
   const long number = strtol(text, &end, 10);
   while (*end == ' ') ++end;
   const bool whole = *end == '\0' || *end == ',';
-  return whole && errno == 0 && number > 0 && number <= INT32_MAX ? int32_t(number) : 0;
+  return whole && errno == 0 && number > 0 ? int32_t(number) : 0;  // a long has 32 bits
 }
 
 // Where the count came from, and what it was.

@@ -150,13 +150,12 @@ TEST(MinN, RefusesRowsThatDoNotExistAndQuotientsBeyondTheRange) {
 
 TEST(MinN, DoesNotDependOnTheCallersSettings) {
   for (const uint16_t control : {0x007F, 0x0C7F, 0x027F, 0x0B7F}) {
-    impose({12, true, 16, 8});
-    const int32_t want = expected(kMachines[12], sCpeTable[8].best_grade, 7);
+    impose({2000000, false, 1, 1});
     set({control});
-    const int32_t got = noxsMinN(8, 0, 7);
+    const int32_t got = noxsMinN(0, 1, 400001);
     const Environment after = environment();
     set({});
-    EXPECT_EQ(got, want);
+    EXPECT_EQ(got, 1884816753);  // 9000 * 400000 / 1.91, more bits than a single has
     EXPECT_EQ(after.control, control);
   }
 }

@@ -41,6 +41,7 @@ inline Class class_of(const unsigned char* at, int width) {
 // What a call of one element may raise: by its arguments, by the class of each result, by its code.
 inline uint16_t accounted_for(const Function& f, const Arrays& arrays, Status status) {
   const bool complex = f.type.parts == 2;
+  if (f.counts) return 0;  // rounding to integers raises nothing at all
   uint16_t may = kInexact;
   bool infinite_argument = false, nan_argument = false;
   const auto each = [&](const void* element, auto look) {
@@ -75,7 +76,6 @@ inline uint16_t accounted_for(const Function& f, const Arrays& arrays, Status st
   for (int k = 0; k < f.shape.sources; ++k) each(arrays.source[k], argument);
   if (f.shape.scalar) each(arrays.scalar, argument);
   for (int k = 0; k < f.shape.destinations; ++k) each(arrays.destination[k], result);
-  if (f.counts) return may;
   if (status == LUX_DOMAIN) may |= kInvalid;
   if (status == LUX_POLE) may |= kZeroDivide;
   if (status == LUX_OVERFLOW) may |= kOverflow;

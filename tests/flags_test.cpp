@@ -230,6 +230,20 @@ TEST_P(Exceptions, AreThoseOfTheArgumentsAndResults) {
   }
 }
 
+// Also where it is exact, and so raises nothing by itself.
+TEST_P(Exceptions, SubnormalPartsOfComplexSinglesUnderflow) {
+  if (f.type.parts != 2 || f.type.width != 4 || f.shape.sources + f.shape.scalar != 1) return;
+  const float z[2] = {0x1p-140f, 0};
+  Call c(f, 1, {{Bytes(8), Bytes(8)}, Bytes(8)});
+  memcpy(c.source[0].data(), z, sizeof z);
+  Flags raised;
+  c.run_in({}, raised);
+  float part[2];
+  memcpy(part, c.destination[0].data(), sizeof part);
+  for (const float x : part)
+    EXPECT_TRUE(std::fpclassify(x) != FP_SUBNORMAL || raised.x87 & kUnderflow);
+}
+
 // Nothing has touched the numbers yet, the scalar among them.
 TEST_P(Exceptions, AreNoneWhereTheCallIsRefused) {
   Element e;

@@ -4,14 +4,18 @@
 // all is as it should be. The splitters are called directly, so that calls are split on any
 // machine.
 #include <dirent.h>
+#include <errno.h>
 #include <omp.h>
 #include <pthread.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <cstdio>
@@ -233,7 +237,7 @@ static bool child_succeeds() {
   const pid_t child = fork();
   if (child == 0) {
     alarm(20);  // a hanging child ends by this
-    _exit(inverses_are_right() ? 0 : 1);
+    exit(inverses_are_right() ? 0 : 1);
   }
   int status = -1;
   waitpid(child, &status, 0);
@@ -266,8 +270,10 @@ static void no_address_space() {
   long pages = 0;
   FILE* const statm = fopen("/proc/self/statm", "r");
   expect(statm && fscanf(statm, "%ld", &pages) == 1, "the size of the process is known");
-  limit(RLIMIT_AS, rlim_t(pages) * 4096 + (10 << 20));  // a thread's stack has 8 MB
+  limit(RLIMIT_AS, rlim_t(pages) * 4096 + (20 << 20));  // a thread's stack has 8 MB, or as told
+  const char* const wanted = getenv("WANTED_COUNT");
   expect(inverses_are_right(), "right without threads");
+  expect(threads_of_process() == (wanted ? atoi(wanted) : 1), "threads of the size that is set");
 }
 
 static void no_processes() {
@@ -293,12 +299,35 @@ static void no_processor_to_bind_to() {
   expect(inverses_are_right(), "right without threads");
 }
 
+static void more_slices_than_processors() {
+  std::vector<float> numbers(kLen, 2.0f);
+  threads_omp_of_n_lux = 3 * 64;
+  noxsThreading_1_1(luxsInv_32f_A24, 3 * 64, numbers.data(), numbers.data(), kLen);
+  expect(numbers == std::vector<float>(kLen, 0.5f), "right in many slices");
+  expect(threads_of_process() == std::max(64, omp_get_num_procs()), "no more threads than useful");
+}
+
 // ---- The thread count
+
+// The system's call, or one that refuses, or that wants as many bytes and knows five processors.
+extern "C" int sched_getaffinity(pid_t process, size_t size, cpu_set_t* mask) noexcept {
+  const char* const least = getenv("LEAST_AFFINITY");
+  if (!least) {
+    const long used = syscall(SYS_sched_getaffinity, process, size, mask);
+    return used < 0 ? -1 : 0;
+  }
+  errno = atol(least) == 0 ? EPERM : EINVAL;
+  if (errno == EPERM || size < size_t(atol(least))) return -1;
+  for (int k = 0; k < 5; ++k) CPU_SET_S(k * 9, size, mask);
+  return 0;
+}
 
 // In a program that is not position-independent, the variable is moved into the program.
 static void count_is_started() {
   const char* const wanted = getenv("WANTED_COUNT");
-  expect(threads_omp_of_n_lux == (wanted ? atoi(wanted) : omp_get_num_procs()), "the count");
+  const char* const affinity = getenv("LEAST_AFFINITY");
+  const int processors = affinity ? int(sysconf(_SC_NPROCESSORS_ONLN)) : omp_get_num_procs();
+  expect(threads_omp_of_n_lux == (wanted ? atoi(wanted) : processors), "the count");
   expect(luxcoreGetNumThreads() == threads_omp_of_n_lux, "one variable");
   if (const char* const source = getenv("WANTED_SOURCE"))
     expect(strcmp(luxcoreThreadSource(), source) == 0, luxcoreThreadSource());
@@ -392,6 +421,7 @@ static const struct {
              {"fork_after_split_calls", fork_after_split_calls},
              {"no_address_space", no_address_space},
              {"no_processes", no_processes},
+             {"more_slices_than_processors", more_slices_than_processors},
              {"no_processor_to_bind_to", no_processor_to_bind_to},
              {"count_is_started", count_is_started},
              {"slices_see_the_callers_words", slices_see_the_callers_words},

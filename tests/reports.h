@@ -18,7 +18,8 @@ struct Report {
   int32_t code, index;
   const void *argument1, *argument2, *result1, *result2;
   std::string name;
-  bool stored;  // results of the element were there when it was reported
+  bool stored;                          // results of the element were there when it was reported
+  unsigned char first_of_argument2[8];  // a scalar is the kernel's copy, gone after the call
 
   bool is(int32_t other_code, int32_t other_index, const std::string& other_name) const {
     return code == other_code && index == other_index && name == other_name;
@@ -37,7 +38,8 @@ static int32_t keep_report(int32_t code, int32_t index, const E* a1, const E* a2
     return memcmp(result + index, &unwritten, sizeof unwritten) != 0;
   };
   const std::lock_guard guard(reports_lock);
-  reports.push_back({code, index, a1, a2, r1, r2, name, written(r1) && written(r2)});
+  reports.push_back({code, index, a1, a2, r1, r2, name, written(r1) && written(r2), {}});
+  memcpy(reports.back().first_of_argument2, a2, sizeof *a2);
   if (replacement) const_cast<E*>(r1)[index] = E(*replacement);
   return 0;  // not used by the library
 }

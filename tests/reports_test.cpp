@@ -73,7 +73,7 @@ static Status watch(const Arrays& arrays, int32_t len) {
     expect(r.stored, len, "reported before the result is stored");
     expect(r.argument1 == arrays.source[0], len, "another first source");
     if (f.shape.scalar)
-      expect(memcmp(r.argument2, arrays.scalar, f.type.width) == 0, len, "another scalar");
+      expect(memcmp(r.first_of_argument2, arrays.scalar, f.type.width) == 0, len, "another scalar");
     else
       expect(r.argument2 == arrays.source[f.shape.sources - 1], len, "another second source");
     expect(r.result1 == arrays.destination[0], len, "another first destination");

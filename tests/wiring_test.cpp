@@ -69,7 +69,6 @@ TEST(Wrappers, SplitAboveTheThresholdOfTheirRow) {
     const Arrays arrays = {
         {&memory[0], &memory[40000]}, {&memory[80000], &memory[120000]}, &memory[7]};
     const int32_t most = threshold(f);
-    const int32_t least = std::max(most, 200) + 1;  // and more than a hundred for each thread
     const auto is_split = [&](int32_t len) {
       handed = {};
       const Status status = f.call(arrays, len);
@@ -81,6 +80,7 @@ TEST(Wrappers, SplitAboveTheThresholdOfTheirRow) {
       EXPECT_FALSE(is_split(20000)) << f.name;
       continue;
     }
+    const int32_t least = std::max(most, 200) + 1;  // and more than a hundred for each thread
     EXPECT_FALSE(is_split(least - 1)) << f.name;
     ASSERT_TRUE(is_split(least)) << f.name << " at " << least;
     EXPECT_EQ(handed.name, f.type.letter + std::string(f.shape.name)) << f.name;

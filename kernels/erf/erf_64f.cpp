@@ -31,25 +31,50 @@ static inline long double series(long double x) {
   return (sum * z + kSeries.tail + kSeries.head) * x;
 }
 
-// |x| < 6
-__attribute__((always_inline)) static inline void element(const double* x, double* y) {
-  if (upper_magnitude(x) < kSeriesEnd) {
-    in_memory(y) = double(series(load_extended(x)));
-    return;
+// 9/128 <= |x| < 6. The cells of all elements are looked up first, for one element is a chain longer
+// than the processor looks ahead. r is a double, exactly.
+template <int kCount>
+__attribute__((always_inline)) static inline void table_block(const double* x, double* y) {
+  const Cell* cell[kCount];
+  double r[kCount];
+#pragma GCC unroll 4
+  for (int lane = 0; lane < kCount; ++lane) {
+    const long double a = magnitude_of(x + lane);
+    cell[lane] = kCell + (Grid<1>::index(a * kCellsPerUnit) - kFirstCell);
+    put(r + lane, a - cell[lane]->point);
   }
-  const uint32_t sign = upper_word(x) & kSignUpper;
-  const long double a = magnitude_of(x);
-  const Cell& c = kCell[Grid<1>::index(a * kCellsPerUnit) - kFirstCell];
-  const long double r = a - c.point;
-  const long double sum =
-      ((((((c.c7 * r + c.c6) * r + c.c5) * r + c.c4) * r + c.c3) * r + c.c2) * r + c.c1) * r;
-  in_memory(y) = double(sum + c.tail + c.head);
-  set_upper_bits(y, sign);
+#pragma GCC unroll 4
+  for (int lane = 0; lane < kCount; ++lane) {
+    const Cell& c = *cell[lane];
+    const uint32_t sign = upper_word(x + lane) & kSignUpper;
+    const long double z = load_extended(r + lane);
+    const long double sum =
+        ((((((c.c7 * z + c.c6) * z + c.c5) * z + c.c4) * z + c.c3) * z + c.c2) * z + c.c1) * z;
+    in_memory(y + lane) = double(sum + c.tail + c.head);
+    set_upper_bits(y + lane, sign);
+  }
+}
+
+// |x| < 6
+static inline void element(const double* x, double* y) {
+  if (upper_magnitude(x) < kSeriesEnd)
+    in_memory(y) = double(series(load_extended(x)));
+  else
+    table_block<1>(x, y);
+}
+
+static inline void block(const double* x, double* y) {
+  const bool all_in_table =
+      none_outside<4>([=](int lane) { return upper_magnitude(x + lane) - kSeriesEnd; });
+  if (__builtin_expect(all_in_table, true)) return table_block<4>(x, y);
+  for (int lane = 0; lane < 4; ++lane) element(x + lane, y + lane);
 }
 
 static Status erf_64f(const double* src, double* dst, int32_t len) {
-  return saturating_64f<2>(src, dst, len, kSaturated, Format<double>::kOne,
-                           [](const double* x, double* y) { element(x, y); });
+  return saturating_64f<4>(
+      src, dst, len, kSaturated, Format<double>::kOne,
+      [](const double* x, double* y) { block(x, y); },
+      [](const double* x, double* y) { element(x, y); });
 }
 
 LUX_KERNELS_64F(Erf, 1_1, erf_64f)

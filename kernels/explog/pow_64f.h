@@ -8,10 +8,10 @@
 // A50 takes log2 x and t as one extended number each and the powers of two as doubles: t's relative
 // error of 2^-62.5 is 2^-53 of the power, the two tables' 2^-53.
 //
-//   ordinary elements   blocks of four: x a positive normal number, 2^-512 <= |y| < 2^64,
-//                       |t| < 1021; n is added to the exponent of the stored result, a normal
-//                       number. Other y only leave a power of 1 or none in range, and the double r
-//                       would leave its own.
+//   ordinary elements   blocks of four: |x| a normal number, 2^-512 <= |y| < 2^64, |t| < 1021; n
+//                       is added to the exponent of the stored result, a normal number, and the
+//                       sign that a negative base has from a whole exponent. Other y only leave a
+//                       power of 1 or none in range, and the double r would leave its own.
 //   others              one by one as A53 in either grade, scaled before the only rounding
 //
 // Worst errors found: A53 0.5011 ulp at (0x3FF38DDCAB46DBC2, 0xC01BAC116D81E845), A50 2.1343 ulp at
@@ -28,16 +28,10 @@ constexpr int32_t kBlock = 4;
 constexpr uint32_t kSmallExponent = 0x1FF00000;  // 2^-512
 constexpr uint32_t kLargeExponent = 0x43F00000;  // 2^64
 
-static const BitLanes kFractions = {{~0u, Upper<double>::kFraction, ~0u, Upper<double>::kFraction}};
-static const BitLanes kOnes = {{0, Upper<double>::kOne, 0, Upper<double>::kOne}};
-static const BitLanes kUpperWords = {{0, ~0u, 0, ~0u}};
-
 // Of an exponent, in the sign bit: out of bounds.
 static inline uint32_t exponent_outside(const double* y) {
   return outside(upper_magnitude(y), kSmallExponent, kLargeExponent);
 }
-
-static inline int32_t exponent_of(uint32_t upper) { return int32_t(upper >> 20) - 1023; }
 
 // ---- A50: one extended number each
 
@@ -62,11 +56,9 @@ static inline bool in_range(const double* grid) {
   return words.lower + kBound < 2 * kBound && words.upper + (words.lower >> 31) == kShifter;
 }
 
-static uint64_t finite_pow(uint64_t pattern, const double* y) {
-  double x;
-  store_bits(&x, pattern);
-  x = store_f64(double(extended_pow(&x, y)));
-  return load_bits(&x);
+static uint64_t finite_pow(const double* x, const double* y) {
+  const double power = store_f64(double(extended_pow(x, y)));
+  return load_bits(&power);
 }
 
 // ---- Ordinary elements, whole blocks or one. The results are normal numbers; nothing is stored
@@ -91,7 +83,8 @@ static inline OneSplit split(OneExponent<double> y) {
 }
 
 template <bool kLong, int kCount, class Split>
-static inline bool pow_ordinary(const double* x, const Split& y, double* dst, int32_t i) {
+static inline bool pow_ordinary(const double* x, const Split& y, double* dst, int32_t i,
+                                const uint32_t* sign) {
   constexpr bool kEach = __is_same(Split, EachSplit);
   alignas(16) double m[kCount + kCount % 2], y_high[kCount + kCount % 2];
   GridPoint t[kCount];
@@ -105,15 +98,17 @@ static inline bool pow_ordinary(const double* x, const Split& y, double* dst, in
   }
 #pragma GCC unroll 4
   for (int lane = 0; lane < kCount; ++lane) {
-    const uint32_t upper = upper_word(x + i + lane);
+    const uint32_t upper = upper_magnitude(x + i + lane);
     const double* const exponent = y.at(i + lane);
     if constexpr (kLong) {
       const Log log = log2_long(m + lane, upper, exponent_of(upper));
-      if constexpr (kEach)
+      if constexpr (kEach) {
         product(log, in_memory(exponent), y_high[lane],
                 in_memory(exponent) - (long double)y_high[lane], t + lane);
-      else
-        product(log, in_memory(exponent), y.high, y.low, t + lane);
+      } else {
+        const OneSplit& parts = anew(y);
+        product(log, in_memory(parts.y.y), parts.high, parts.low, t + lane);
+      }
     } else {
       product(log2_short(m + lane, upper, exponent_of(upper)), exponent, t + lane);
     }
@@ -125,7 +120,7 @@ static inline bool pow_ordinary(const double* x, const Split& y, double* dst, in
   for (int lane = 0; lane < kCount; ++lane) {
     const ScaledPower power = exp2_of<kLong>(t[lane]);
     put(dst + i + lane, power.value);
-    add_to_upper_word(dst + i + lane, uint32_t(power.k >> 13) << 20);
+    add_to_upper_word(dst + i + lane, (uint32_t(power.k >> 13) << 20) + sign[lane]);
   }
   return true;
 }
@@ -137,17 +132,23 @@ static Status pow_64f(const Arrays<double>& arrays, Exponent y, int32_t len) {
   return run_kernel<X87Nearest<X87_EXTENDED>, kBlock>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        if (i == last || !in_domain<kBlock, exponent_outside>(x, y, i))
+        if (i == last || sign_bit(any_outside<kBlock, exponent_outside>(y, i)))
           return i;  // it may not be possible to split y
         const auto parts = split(y);
-        while (i < last && in_domain<kBlock, exponent_outside>(x, y, i) &&
-               pow_ordinary<kLong, kBlock>(x, parts, dst, i))
-          i += kBlock;
+        uint32_t own[kBlock];
+        for (; i < last; i += kBlock) {
+          const uint32_t* const sign = signs_in_domain<kBlock, exponent_outside>(x, y, i, own);
+          if (!sign || !pow_ordinary<kLong, kBlock>(x, parts, dst, i, sign)) break;
+        }
         return i;
       },
       [&](int32_t i, Status* status) {
-        if (!in_domain<1, exponent_outside>(x, y, i) ||
-            !pow_ordinary<kLong, 1>(x, split(y), dst, i))
+        // The short step is the quicker one; the bits are A53's either way.
+        const bool in_block = kLong && i < len - len % kBlock;
+        uint32_t own;
+        const uint32_t* const sign =
+            in_block ? nullptr : signs_in_domain<1, exponent_outside>(x, y, i, &own);
+        if (!sign || !pow_ordinary<kLong, 1>(x, split(y), dst, i, sign))
           pow_special(arrays, y.at(i), i, status, finite_pow);
       });
 }

@@ -21,6 +21,7 @@
 #define LUX_KERNELS_EXPLOG_POW_EXTENDED_H
 
 #include "kernels/frame.h"
+#include "kernels/lanes.h"
 #include "kernels/explog/generated/pow_64f_table.h"  // extended_table
 #include "kernels/two_parts.h"
 
@@ -99,21 +100,38 @@ static inline ScaledPower exp2_of(const GridPoint& t) {
   return {((table.e[0] * t.r + table.e[1]) * t.r + table.e[2]) * t.r * power + power, k};
 }
 
-// The power of a finite positive base, and a finite exponent, kept within the extended range.
+// ---- Any finite operands
+
+static const BitLanes kFractions = {{~0u, Upper<double>::kFraction, ~0u, Upper<double>::kFraction}};
+static const BitLanes kOnes = {{0, Upper<double>::kOne, 0, Upper<double>::kOne}};
+static const BitLanes kUpperWords = {{0, ~0u, 0, ~0u}};
+
+// Of a magnitude's upper word.
+static inline int32_t exponent_of(uint32_t upper) { return int32_t(upper >> 20) - 1023; }
+
+// 2^n for |n| <= 1022, stored as a whole: a load of two words stored one by one would wait.
+static inline double stored_power_of_two(int32_t n) {
+  float upper;
+  double power;
+  store_bits(&upper, uint32_t(n + 1023) << 20);
+  store_half(&power, _mm_unpacklo_ps(_mm_setzero_ps(), load_lane(&upper)));
+  return power;
+}
+
+// The power of the magnitude of a finite base other than 0, and a finite exponent, kept within the
+// extended range.
 static inline long double extended_pow(const double* x, const double* y) {
-  constexpr int kFractionBits = Format<double>::kFractionBits;
-  uint64_t pattern = load_bits(x);
-  int32_t e = -Format<double>::kBias;
-  if (pattern >> kFractionBits == 0) {
-    const int shift = __builtin_clzll(pattern) - 11;
-    pattern <<= shift;
-    e -= shift;
+  double lifted, m, y_high;
+  int32_t e = 0;
+  if (upper_magnitude(x) < Upper<double>::kSmallestNormal) {
+    put(&lifted, load_extended(x) * 0x1p+64f);
+    x = &lifted;
+    e = -64;
   }
-  e += int32_t(pattern >> kFractionBits);
-  double m, y_high;
-  store_bits(&m, (pattern & Format<double>::kFraction) | Format<double>::kOne);
-  store_bits(&y_high, load_bits(y) & 0xFFFFFFFF00000000u);
-  const Log log = log2_long(&m, upper_word(&m), e);
+  const uint32_t upper = upper_magnitude(x);
+  store_half(&m, _mm_or_ps(_mm_and_ps(load_half(x), lanes_of(kFractions)), lanes_of(kOnes)));
+  store_half(&y_high, _mm_and_ps(load_half(y), lanes_of(kUpperWords)));
+  const Log log = log2_long(&m, upper, e + exponent_of(upper));
   const long double about = (long double)log.high * in_memory(y);
   if (about > 1500.0f) return power_of_two(1500);
   if (about < -1500.0f) return power_of_two(-1500);
@@ -121,7 +139,8 @@ static inline long double extended_pow(const double* x, const double* y) {
   GridPoint t;
   product(log, in_memory(y), y_high, (long double)in_memory(y) - y_high, &t);
   const ScaledPower power = exp2_of<true>(t);
-  return power.value * power_of_two(power.k >> 13);
+  const int32_t n = power.k >> 13, some = n >> 1;
+  return power.value * stored_power_of_two(some) * stored_power_of_two(n - some);
 }
 
 #endif

@@ -24,6 +24,7 @@ struct OneExponent {
 template <int kCount, auto kOutside, class E>
 static inline uint32_t any_outside(EachExponent<E> y, int32_t i) {
   uint32_t any = 0;
+#pragma GCC unroll 8
   for (int lane = 0; lane < kCount; ++lane) any |= kOutside(y.at(i + lane));
   return any;
 }
@@ -32,13 +33,82 @@ static inline uint32_t any_outside(OneExponent<E> y, int32_t) {
   return kOutside(y.y);
 }
 
-// Whether the kernels' own steps serve kCount elements: the bases are positive normal numbers, and
-// kOutside says of no exponent that it is too small or too large.
+// Of kCount bases: one is not a normal number.
+template <int kCount, class E>
+static inline uint32_t any_not_normal(const E* x) {
+  uint32_t any = 0;
+#pragma GCC unroll 8
+  for (int lane = 0; lane < kCount; ++lane)
+    any |= outside(upper_magnitude(x + lane), Upper<E>::kSmallestNormal, Upper<E>::kInf);
+  return any;
+}
+
+// Not a positive one.
+template <int kCount, class E>
+static inline uint32_t any_not_positive(const E* x) {
+  uint32_t any = 0;
+#pragma GCC unroll 8
+  for (int lane = 0; lane < kCount; ++lane) any |= outside_positive_normal(x + lane);
+  return any;
+}
+
+// Whether a finite exponent is a whole number, and its lowest bit as a sign. From 2^21 on doubles
+// pass for none, as does 0. The other bits of `odd` mean nothing.
+struct Whole {
+  bool is;
+  uint32_t odd;
+};
+
+static inline Whole whole(const float* y) {
+  const uint32_t a = upper_magnitude(y), e = (a >> 23) - 127;          // huge below 1
+  const uint32_t from_unit = e < 24 ? (a << 8 | kSignUpper) << e : 0;  // its bit is the highest
+  return {(e < 128 && from_unit << 1 == 0) || a == 0, from_unit};
+}
+
+static inline Whole whole(const double* y) {
+  const uint32_t a = upper_magnitude(y), e = (a >> 20) - 1023;
+  const uint32_t from_unit = (a << 11 | kSignUpper) << (e & 31);
+  return {e < 21 && (from_unit << 1 | load_words(y).lower) == 0, from_unit};
+}
+
+// The signs of kCount powers; false where a power of a negative base may have no real value.
+template <int kCount, class E>
+static inline bool signs_of(const E* x, EachExponent<E> y, int32_t i, uint32_t* sign) {
+  bool real = true;
+#pragma GCC unroll 8
+  for (int lane = 0; lane < kCount; ++lane) {
+    const Whole exponent = whole(y.at(i + lane));
+    const uint32_t word = upper_word(x + i + lane);
+    real &= exponent.is | !sign_bit(word);
+    sign[lane] = word & exponent.odd & kSignUpper;
+  }
+  return real;
+}
+
+template <int kCount, class E>
+static inline bool signs_of(const E* x, OneExponent<E> y, int32_t i, uint32_t* sign) {
+  const Whole exponent = whole(y.y);
+  const uint32_t odd = exponent.odd & kSignUpper;
+  for (int lane = 0; lane < kCount; ++lane) sign[lane] = upper_word(x + i + lane) & odd;
+  return exponent.is;
+}
+
+static const uint32_t kNoSigns[8] = {};
+
+// Whether the kernels' own steps serve kCount elements: the magnitudes of the bases are normal
+// numbers, kOutside says of no exponent that it is too small or too large, and those of negative
+// bases are whole. Then the signs of the powers, perhaps in `own`, and null otherwise.
+template <int kCount, class E, class Exponent>
+__attribute__((noinline)) static const uint32_t* signs_of_negatives(const E* x, Exponent y,
+                                                                    int32_t i, uint32_t* own) {
+  return !sign_bit(any_not_normal<kCount>(x + i)) && signs_of<kCount>(x, y, i, own) ? own : nullptr;
+}
+
 template <int kCount, auto kOutside, class E, class Exponent>
-static inline bool in_domain(const E* x, Exponent y, int32_t i) {
-  uint32_t any = any_outside<kCount, kOutside>(y, i);
-  for (int lane = 0; lane < kCount; ++lane) any |= outside_positive_normal(x + i + lane);
-  return !sign_bit(any);
+static inline const uint32_t* signs_in_domain(const E* x, Exponent y, int32_t i, uint32_t* own) {
+  const uint32_t exponents = any_outside<kCount, kOutside>(y, i);
+  if (!sign_bit(exponents | any_not_positive<kCount>(x + i))) return kNoSigns;
+  return sign_bit(exponents) ? nullptr : signs_of_negatives<kCount>(x, y, i, own);
 }
 
 enum class Parity { kNoInteger, kEven, kOdd };
@@ -58,11 +128,11 @@ static inline Parity parity(typename Format<E>::Bits a) {
   return significand & unit ? Parity::kOdd : Parity::kEven;
 }
 
-// Stores x to the power y as element i. `finite(magnitude of x, y)` gives the power of a finite
-// positive base and a finite exponent, rounded once, as a pattern: infinity and zero included.
+// Stores x to the power y as element i. `finite(x, y)` gives the power of the magnitude of a finite
+// base other than 0, and a finite exponent, rounded once, as a pattern: infinity and zero included.
 template <class E, class Finite>
-static inline void pow_special(const Arrays<E>& arrays, const E* exponent, int32_t i,
-                               Status* status, Finite finite) {
+__attribute__((noinline)) static void pow_special(const Arrays<E>& arrays, const E* exponent,
+                                                  int32_t i, Status* status, Finite finite) {
   using Bits = typename Format<E>::Bits;
   constexpr Bits kInf = Format<E>::kInf, kOne = Format<E>::kOne, kSign = Format<E>::kSign;
   const Bits x = load_bits(arrays.src1 + i), y = load_bits(exponent);
@@ -85,7 +155,7 @@ static inline void pow_special(const Arrays<E>& arrays, const E* exponent, int32
     store_bits(dst, Format<E>::kDefaultNaN);
     _ErrorCall(arrays, LUX_DOMAIN, i, status);
   } else {
-    const Bits power = finite(a, exponent);
+    const Bits power = finite(arrays.src1 + i, exponent);
     store_bits(dst, sign | power);
     if (power == kInf) _ErrorCall(arrays, LUX_OVERFLOW, i, status);
     if (power == 0) _ErrorCall(arrays, LUX_UNDERFLOW, i, status);

@@ -11,7 +11,7 @@
 // off by 2^-65 of z; z, the product, three sums and s itself round at 64 bits: together less than
 // 0.003 ulp beside the last rounding.
 //
-// Blocks of eight in two passes, between which s stands as the exact sum of two doubles: one chain
+// Blocks of eight, or of four at the end, in two passes, between which s stands as the exact sum of two doubles: one chain
 // from root or quotient to result is longer than the processor looks ahead.
 #ifndef LUX_KERNELS_HYPER_LOG1P_64F_H
 #define LUX_KERNELS_HYPER_LOG1P_64F_H
@@ -20,7 +20,7 @@
 #include "kernels/hyper/generated/log1p_64f_table.h"  // kCell, kExponent, kP, kLn2
 #include "kernels/hyper/log1p_domain.h"
 
-constexpr int32_t kBlock = 8;
+constexpr int32_t kBlock = 8, kShortBlock = 4;
 constexpr uint32_t kLargeUpper = 0x43D00000;  // 2^62
 
 struct Argument {
@@ -79,13 +79,13 @@ static inline void log1p_block(const double* src, double* dst) {
 template <class Family>
 static inline Status log1p_64f(const double* src, double* dst, int32_t len) {
   const Arrays<double> arrays = {src, src, dst, dst};
-  return run_kernel<X87Nearest<X87_EXTENDED>, kBlock>(
+  return run_kernel<X87Nearest<X87_EXTENDED>, kShortBlock>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        for (; i < last; i += kBlock) {
-          if (!all_ordinary<Family, kBlock>(src + i)) break;
+        for (; last - i >= kBlock && all_ordinary<Family, kBlock>(src + i); i += kBlock)
           log1p_block<Family, kBlock>(src + i, dst + i);
-        }
+        for (; i < last && all_ordinary<Family, kShortBlock>(src + i); i += kShortBlock)
+          log1p_block<Family, kShortBlock>(src + i, dst + i);
         return i;
       },
       [&](int32_t i, Status* status) {

@@ -7,16 +7,16 @@
 
 static const float kSide[2] = {-1, 1};
 
-static inline void element(const double* x, double* y) {
+static inline void put_arccosine(const double* x, double* y, long double rest, uint32_t k) {
   const uint32_t negative = upper_word(x) >> 31;
-  uint32_t k;
-  const long double rest = rotated(x, &k);
   const Pair& c = kComplement[negative][k];
   in_memory(y) = double(rest * kSide[negative] + c.low + c.high);
 }
 
 static Status acos_64f(const double* src, double* dst, int32_t len) {
-  return arcsine(src, dst, len, [](const double* x, double* y) { element(x, y); });
+  return arcsine(src, dst, len, [](const double* x, double* y, long double rest, uint32_t k) {
+    put_arccosine(x, y, rest, k);
+  });
 }
 
 LUX_KERNELS_64F(Acos, 1_1, acos_64f)

@@ -21,29 +21,56 @@
 #include "kernels/screens.h"
 #include "kernels/trig/odd_series.h"
 
-// asin a less the angle of cell k.
-static inline long double rotated(const double* x, uint32_t* k) {
+// r as the exact sum of two doubles, and the cell.
+struct Root {
+  double high, low;
+  uint32_t k;
+};
+
+static inline void find_root(const double* x, Root* to) {
   const long double a = magnitude_of(x), r = __builtin_sqrtl((1 - a) * (1 + a));
-  *k = Grid<128>::index(a - r) + 128;
-  const Rotation& t = kRotation[*k];
-  const long double v = ((long double)t.cosine[0] + t.cosine[1]) * a +
-                        ((long double)t.minus_sine[0] + t.minus_sine[1]) * r;
+  to->k = Grid<128>::index(a - r) + 128;
+  put(&to->high, r);
+  put(&to->low, r - to->high);
+}
+
+// asin a less the angle of the cell.
+static inline long double rotated(const double* x, const Root& root) {
+  const Rotation& t = kRotation[root.k];
+  const long double v =
+      ((long double)t.cosine[0] + t.cosine[1]) * magnitude_of(x) +
+      ((long double)t.minus_sine[0] + t.minus_sine[1]) * ((long double)root.high + root.low);
   return odd_series(kSeries, v);
 }
 
-// element(x, y): one argument up to 1 in magnitude.
-template <class Element>
-static inline Status arcsine(const double* src, double* dst, int32_t len, Element element) {
+// In two passes: one chain from the root to the result is longer than the processor looks ahead.
+template <int kCount, class Result>
+__attribute__((always_inline)) static inline void elements(const double* x, double* y,
+                                                           Result result) {
+  Root root[kCount];
+#pragma GCC unroll 4
+  for (int lane = 0; lane < kCount; ++lane) find_root(x + lane, root + lane);
+#pragma GCC unroll 4
+  for (int lane = 0; lane < kCount; ++lane)
+    result(x + lane, y + lane, rotated(x + lane, root[lane]), root[lane].k);
+}
+
+// result(x, y, rest, k) stores one, of an argument up to 1 in magnitude.
+template <class Result>
+static inline Status arcsine(const double* src, double* dst, int32_t len, Result result) {
   const Arrays<double> arrays = {src, src, dst, dst};
   return run_kernel<X87Nearest<X87_EXTENDED>, 2>(
       arrays, len,
       [=](int32_t i, int32_t last) {
-        return elements_below<2>(src, dst, Upper<double>::kOne, i, last, element);
+        return blocks_below<4, 2>(
+            src, dst, Upper<double>::kOne, i, last,
+            [=](const double* x, double* y) { elements<4>(x, y, result); },
+            [=](const double* x, double* y) { elements<2>(x, y, result); });
       },
       [&](int32_t i, Status* status) {
         const uint64_t x = load_bits(src + i), a = magnitude<double>(x);
         if (a <= Format<double>::kOne) {
-          element(src + i, dst + i);
+          elements<1>(src + i, dst + i, result);
         } else if (a > Format<double>::kInf) {
           store_bits(dst + i, quieted<double>(x));
         } else {

@@ -14,15 +14,18 @@ constexpr uint32_t kBound = 0x40FF4000;  // upper word of 128000; infinities and
 static inline bool out_of_range(const double* x) { return upper_magnitude(x) >= kBound; }
 
 // blocks(first, last) stops at the first block with an element out of range or a negative zero,
-// whose sign polynomials lose; in_range(i) computes an element, handler(i, status) takes any.
-template <class Blocks, class InRange, class Handler>
-static inline Status run_in_range(const Arrays<double>& arrays, int32_t len, Blocks blocks,
-                                  InRange in_range, Handler handler) {
+// whose sign polynomials lose, large(first, last) at the first that is not large altogether;
+// in_range(i) computes an element, handler(i, status) takes any.
+template <class Blocks, class Large, class InRange, class Handler>
+static inline Status run_in_range(const Arrays<double>& arrays, int32_t len, const Blocks& blocks,
+                                  const Large& large, const InRange& in_range,
+                                  const Handler& handler) {
   const double* const src = arrays.src1;
   const int32_t whole = len - len % 4;
   bool handed = false;  // the block at hand goes to the handler
   return run_kernel<X87Nearest<X87_EXTENDED>, 4>(
-      arrays, len, blocks, [&](int32_t i, Status* status) {
+      arrays, len, [&](int32_t i, int32_t last) { return alternating(i, last, blocks, large); },
+      [&](int32_t i, Status* status) {
         if (i >= whole) {
           handed = out_of_range(src + i);
         } else if (i % 4 == 0) {

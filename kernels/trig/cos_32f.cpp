@@ -31,6 +31,7 @@ static Status cos_a24(const float* src, float* dst, int32_t len) {
   return run_a24(
       {src, src, dst, dst}, len, [](uint32_t x) { return within(x, kBoundA24); },
       [=](int32_t first, int32_t count) { cosine_x87(src + first, dst + first, count); },
+      [=](int32_t i, int32_t last) { return noxs_large_cosines(src, dst, i, last, kBoundA24); },
       [=](int32_t i, Status* status) { noxsCos_SC_HA(i, src, dst, status); });
 }
 
@@ -46,6 +47,7 @@ static Status cos_a21(const float* src, float* dst, int32_t len) {
         const __m128 sine = sine_polynomial<float>(r, r * r);
         store_lanes(y, _mm_xor_ps(sine, sign_where(bit_mask(shifted, 1))));
       },
+      [=](int32_t i, int32_t last) { return noxs_large_cosines(src, dst, i, last, kBoundA21); },
       [=](int32_t i, Status* status) { noxsCos_SC_LA(i, src, dst, status); });
 }
 

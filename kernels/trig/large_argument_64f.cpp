@@ -11,6 +11,7 @@
 //
 //   sin(j pi/32 + z) = S + (S (cos z - 1) + C sin z), S and C from a table, Taylor series
 //   tan(j pi/32 + z) = (S + C tan z) / (C - S tan z)
+#include "kernels/screens.h"
 #include "kernels/trig/large_handler.h"
 #include "kernels/trig/turns.h"
 
@@ -94,37 +95,73 @@ int32_t noxreduce_pio2d(double x, double* reduced) {
   return int32_t((quadrant ^ (0 - negative)) + negative) & 3;
 }
 
-// The three leading words of the fraction are enough but next to a multiple of pi/2, where too many
-// of them vanish.
-__attribute__((always_inline)) static inline Step fraction_step(const double* x) {
+// x / (2 pi) modulo 1: j / 64, and the rest in signed digits of 32 bits, which the processor converts.
+struct Fraction {
+  uint32_t j;
+  int32_t top, middle, lower;
+  uint32_t negative;  // all ones or 0
+  bool near;          // x is next to a multiple of pi/2, where too many leading words vanish
+};
+
+// Three words of m times a window of five, from the third on, with the carries of the two below; in
+// assembly, for the compiler keeps every sum of two words as four.
+struct ThreeWords {
+  uint32_t word[3];
+};
+
+// Six registers are all there are, so no instrumentation fits beside this.
+__attribute__((no_sanitize("address", "undefined"))) static inline ThreeWords turns_of(
+    uint32_t lower, uint32_t upper, const uint8_t* window) {
+  uint32_t f0, f1, f2;
+  asm("movl 4(%[w]), %%eax\n\tmull %[lower]\n\tmovl %%edx, %[f0]\n\t"
+      "movl (%[w]), %%eax\n\tmull %[upper]\n\txorl %[f1], %[f1]\n\txorl %[f2], %[f2]\n\t"
+      "addl %%edx, %[f0]\n\tadcl $0, %[f1]\n\t"
+      "movl 8(%[w]), %%eax\n\tmull %[lower]\n\t"
+      "addl %%eax, %[f0]\n\tadcl %%edx, %[f1]\n\tadcl $0, %[f2]\n\t"
+      "movl 4(%[w]), %%eax\n\tmull %[upper]\n\t"
+      "addl %%eax, %[f0]\n\tadcl %%edx, %[f1]\n\tadcl $0, %[f2]\n\t"
+      "movl 12(%[w]), %%eax\n\tmull %[lower]\n\taddl %%eax, %[f1]\n\tadcl %%edx, %[f2]\n\t"
+      "movl 8(%[w]), %%eax\n\tmull %[upper]\n\taddl %%eax, %[f1]\n\tadcl %%edx, %[f2]\n\t"
+      "movl 16(%[w]), %%eax\n\timull %[lower], %%eax\n\taddl %%eax, %[f2]\n\t"
+      "movl 12(%[w]), %%eax\n\timull %[upper], %%eax\n\taddl %%eax, %[f2]"
+      : [f0] "=&r"(f0), [f1] "=&r"(f1), [f2] "=&r"(f2)
+      : [w] "r"(window), [lower] "m"(lower), [upper] "m"(upper)
+      : "eax", "edx", "cc");
+  return {{f0, f1, f2}};
+}
+
+__attribute__((always_inline)) static inline Fraction fraction_of(const double* x) {
   const Words words = load_words(x);
   const Scaled m = scaled(words);
-  uint32_t w[5];
-  for (int32_t i = 0; i < 5; ++i) w[i] = window_word(m.byte, 5, i);
-  uint64_t sum = product(m.lower, w[2]) + high(product(m.lower, w[1]));
-  uint32_t f0 = uint32_t(sum);
-  sum = product(m.lower, w[3]) + high(sum);
-  uint32_t f1 = uint32_t(sum), f2 = m.lower * w[4] + high(sum);
-  sum = product(m.upper, w[1]) + f0 + high(product(m.upper, w[0]));
-  f0 = uint32_t(sum);
-  sum = product(m.upper, w[2]) + f1 + high(sum);
-  f1 = uint32_t(sum);
-  f2 += m.upper * w[3] + high(sum);
+  const ThreeWords t = turns_of(m.lower, m.upper, window_address(m.byte, 5));
+  const uint32_t whole = (t.word[2] + 0x02000000u) & 0xFC000000u;
+  uint32_t top = t.word[2] - whole, middle = t.word[1], sign = t.word[0];
+  asm("addl %2, %2\n\tadcl $0, %1\n\tadcl $0, %0" : "+r"(top), "+r"(middle), "+r"(sign) : : "cc");
+  Fraction f;
+  f.negative = uint32_t(int32_t(words.upper) >> 31);
+  f.j = whole >> 26;
+  f.near = (t.word[2] << 2) + 64 < 128;
+  f.top = int32_t(top + (middle >> 31));
+  f.middle = int32_t(middle);
+  f.lower = int32_t(t.word[0]);
+  return f;
+}
 
-  const uint32_t negative = uint32_t(int32_t(words.upper) >> 31);
-  const uint32_t j = (f2 + 0x02000000u) >> 26;
-  int32_t top = int32_t(f2 - (j << 26));
-  if (__builtin_expect((j & 15) == 0 && uint32_t(top + 16) < 32, 0)) {
-    double pair[2];
-    const int32_t quadrant = noxreduce_pio2d(in_memory(x), pair);
-    return {16 * quadrant, (long double)pair[0] + pair[1]};
-  }
-  // Signed digits: what the processor converts.
-  const uint64_t rest = (uint64_t(uint32_t(top)) << 32 | f1) + (f0 >> 31);
-  top = int32_t(high(rest)) + int32_t(uint32_t(rest) >> 31);
-  const long double f = (top + int32_t(uint32_t(rest)) * 0x1p-32L) + int32_t(f0) * 0x1p-64L;
-  const Pair& unit = pi_32_table.unit[negative & 1];
-  return {int32_t((j ^ negative) - negative), f * unit.high + f * unit.low};
+__attribute__((always_inline)) static inline Step step_of(const Fraction& f) {
+  const Pair& unit = pi_32_table.unit[f.negative & 1];
+  const long double rest = (f.top + f.middle * 0x1p-32L) + f.lower * 0x1p-64L;
+  return {int32_t((f.j ^ f.negative) - f.negative), rest * unit.high + rest * unit.low};
+}
+
+static Step near_step(const double* x) {
+  double pair[2];
+  const int32_t quadrant = noxreduce_pio2d(in_memory(x), pair);
+  return {16 * quadrant, (long double)pair[0] + pair[1]};
+}
+
+__attribute__((always_inline)) static inline Step fraction_step(const double* x) {
+  const Fraction f = fraction_of(x);
+  return __builtin_expect(f.near, 0) ? near_step(x) : step_of(f);
 }
 
 __attribute__((always_inline)) static inline Step step_of(const double* x) {
@@ -190,6 +227,58 @@ LUX_SCALAR long double _dSinCos(const double* x, double* cosine) {
   const Series z = series(step.z);
   in_memory(cosine) = double(sine_of(uint32_t(step.j) + 16, z));
   return sine_of(uint32_t(step.j), z);
+}
+
+// ---- Blocks of elements that are all large
+
+static inline bool all_large(const double* x) {
+  constexpr uint32_t kLarge = uint32_t(kLargeExponent) << 20;
+  return none_outside<4>(
+      [=](int lane) { return outside(upper_magnitude(x + lane), kLarge, Upper<double>::kInf); });
+}
+
+// The products of four elements come first: the chains behind them then overlap.
+template <class Result>
+__attribute__((always_inline)) static inline int32_t large_blocks(const double* src, int32_t i,
+                                                                  int32_t last, Result result) {
+  for (; i < last && all_large(src + i); i += 4) {
+    Fraction f[4];
+    bool near = false;
+    for (int32_t lane = 0; lane < 4; ++lane) {
+      f[lane] = fraction_of(src + i + lane);
+      near |= f[lane].near;
+    }
+    if (__builtin_expect(near, 0)) break;
+    for (int32_t lane = 0; lane < 4; ++lane) result(i + lane, step_of(f[lane]));
+  }
+  return i;
+}
+
+int32_t noxd_large_sines(const double* src, double* dst, int32_t i, int32_t last) {
+  return large_blocks(src, i, last, [=](int32_t at, const Step& step) {
+    in_memory(dst + at) = double(sine_of(uint32_t(step.j), series(step.z)));
+  });
+}
+
+int32_t noxd_large_cosines(const double* src, double* dst, int32_t i, int32_t last) {
+  return large_blocks(src, i, last, [=](int32_t at, const Step& step) {
+    in_memory(dst + at) = double(sine_of(uint32_t(step.j) + 16, series(step.z)));
+  });
+}
+
+int32_t noxd_large_tangents(const double* src, double* dst, int32_t i, int32_t last) {
+  return large_blocks(src, i, last, [=](int32_t at, const Step& step) {
+    in_memory(dst + at) = double(tan_of(step));
+  });
+}
+
+int32_t noxd_large_sincos(const double* src, double* dst_sin, double* dst_cos, int32_t i,
+                          int32_t last) {
+  return large_blocks(src, i, last, [=](int32_t at, const Step& step) {
+    const Series z = series(step.z);
+    in_memory(dst_cos + at) = double(sine_of(uint32_t(step.j) + 16, z));
+    in_memory(dst_sin + at) = double(sine_of(uint32_t(step.j), z));
+  });
 }
 
 Step large_step(const double& x) { return fraction_step(&x); }

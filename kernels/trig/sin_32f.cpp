@@ -25,6 +25,7 @@ static Status sin_a24(const float* src, float* dst, int32_t len) {
   return run_a24(
       {src, src, dst, dst}, len, [](uint32_t x) { return within(x, kBoundA24); },
       [=](int32_t first, int32_t count) { sine_x87(src + first, dst + first, count); },
+      [=](int32_t i, int32_t last) { return noxs_large_sines(src, dst, i, last, kBoundA24); },
       [=](int32_t i, Status* status) { noxsSin_SC_HA(i, src, dst, status); });
 }
 
@@ -37,6 +38,7 @@ static Status sin_a21(const float* src, float* dst, int32_t len) {
         const __m128 sine = sine_polynomial<float>(r, s * s);
         store_lanes(y, _mm_xor_ps(sine, sign_where(bit_mask(shifted, 1))));
       },
+      [=](int32_t i, int32_t last) { return noxs_large_sines(src, dst, i, last, kBoundA21); },
       [=](int32_t i, Status* status) { noxsSin_SC_LA(i, src, dst, status); });
 }
 

@@ -60,6 +60,7 @@ static Status sincos_a24(const float* src, float* dst1, float* dst2, int32_t len
       [=](int32_t first, int32_t count) {
         sine_and_cosine_x87(src + first, dst1 + first, dst2 + first, count);
       },
+      [=](int32_t i, int32_t last) { return noxs_large_sincos(src, dst1, dst2, i, last, kBound); },
       [=](int32_t i, Status* status) { noxsSinCos_SC_HA(i, src, dst1, dst2, status); });
 }
 
@@ -77,6 +78,7 @@ static Status sincos_a21(const float* src, float* dst1, float* dst2, int32_t len
         store_lanes(y1, _mm_xor_ps(sine, sign_where(second)));
         store_lanes(y2, _mm_xor_ps(cosine, sign_where(_mm_xor_ps(second, odd))));
       },
+      [=](int32_t i, int32_t last) { return noxs_large_sincos(src, dst1, dst2, i, last, kBound); },
       [=](int32_t i, Status* status) { noxsSinCos_SC_LA(i, src, dst1, dst2, status); });
 }
 

@@ -181,6 +181,7 @@ static Status sincos_64f(const double* src, double* dst1, double* dst2, int32_t 
   return run_in_range(
       {src, src, dst1, dst2}, len,
       [=](int32_t i, int32_t last) { return sincos_blocks<Grade>(src, dst1, dst2, i, last); },
+      [=](int32_t i, int32_t last) { return noxd_large_sincos(src, dst1, dst2, i, last); },
       [=](int32_t i) { sincos_element<Grade>(src + i, dst1 + i, dst2 + i); },
       [=](int32_t i, Status* status) { noxdSinCos_SC_HA(i, src, dst1, dst2, status); });
 }

@@ -168,6 +168,10 @@ static Status sine_or_cosine(const double* src, double* dst, int32_t len,
   return run_in_range(
       {src, src, dst, dst}, len,
       [=](int32_t i, int32_t last) { return sine_blocks<kCosine>(src, dst, i, last); },
+      [=](int32_t i, int32_t last) {
+        return kCosine ? noxd_large_cosines(src, dst, i, last)
+                       : noxd_large_sines(src, dst, i, last);
+      },
       [=](int32_t i) { sine_element<kCosine>(src, dst, i); },
       [=](int32_t i, Status* status) { handler(i, src, dst, status); });
 }

@@ -36,6 +36,7 @@ static Status tan_a24(const float* src, float* dst, int32_t len) {
   return run_a24(
       {src, src, dst, dst}, len, [](uint32_t x) { return in_range(x, kBoundA24); },
       [=](int32_t first, int32_t count) { tangent_x87(src + first, dst + first, count); },
+      [=](int32_t i, int32_t last) { return noxs_large_tangents(src, dst, i, last, kBoundA24); },
       [=](int32_t i, Status* status) { noxsTan_SC_HA(i, src, dst, status); });
 }
 
@@ -52,6 +53,7 @@ static Status tan_a21(const float* src, float* dst, int32_t len) {
         const __m128 quotient = _mm_xor_ps(numerator, change) / _mm_xor_ps(denominator, change);
         store_lanes(y, _mm_xor_ps(quotient, sign_where(odd)));
       },
+      [=](int32_t i, int32_t last) { return noxs_large_tangents(src, dst, i, last, kBoundA21); },
       [=](int32_t i, Status* status) { noxsTan_SC_LA(i, src, dst, status); });
 }
 

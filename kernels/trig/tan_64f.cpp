@@ -22,42 +22,43 @@ static inline bool all_in_range(const double* x) {
   return in_range(x) && in_range(x + 1) && in_range(x + 2) && in_range(x + 3);
 }
 
-template <class Tangent, class One>
-static inline Status tan_64f(const double* src, double* dst, int32_t len, Tangent tangent,
-                             One one) {
+// Whole blocks with an element out of range go to the handler whole; behind the last whole block each
+// element counts alone.
+template <class Tangent>
+static inline Status tan_64f(const double* src, double* dst, int32_t len, const Tangent& tangent,
+                             void (*handler)(int32_t, const double*, double*, Status*)) {
+  const int32_t whole = len - len % 4;
+  const auto blocks = [&](int32_t i, int32_t last) {
+    for (; i < last && all_in_range(src + i); i += 4) {
+      const Step a = nearest_step(in_memory(src + i)), b = nearest_step(in_memory(src + i + 1));
+      const Step c = nearest_step(in_memory(src + i + 2)), d = nearest_step(in_memory(src + i + 3));
+      in_memory(dst + i) = double(tangent(a));
+      in_memory(dst + i + 1) = double(tangent(b));
+      in_memory(dst + i + 2) = double(tangent(c));
+      in_memory(dst + i + 3) = double(tangent(d));
+    }
+    return i;
+  };
+  const auto large = [&](int32_t i, int32_t last) {
+    return noxd_large_tangents(src, dst, i, last);
+  };
   return run_kernel<X87Nearest<X87_EXTENDED>, 4>(
       Arrays<double>{src, src, dst, dst}, len,
-      [=](int32_t i, int32_t last) {
-        for (; i < last && all_in_range(src + i); i += 4) {
-          const Step a = nearest_step(in_memory(src + i)), b = nearest_step(in_memory(src + i + 1));
-          const Step c = nearest_step(in_memory(src + i + 2)),
-                     d = nearest_step(in_memory(src + i + 3));
-          in_memory(dst + i) = double(tangent(a));
-          in_memory(dst + i + 1) = double(tangent(b));
-          in_memory(dst + i + 2) = double(tangent(c));
-          in_memory(dst + i + 3) = double(tangent(d));
-        }
-        return i;
-      },
-      one);
+      [&](int32_t i, int32_t last) { return alternating(i, last, blocks, large); },
+      [&](int32_t i, Status* status) {
+        if (i >= whole && in_range(src + i))
+          in_memory(dst + i) = double(tangent(nearest_step(in_memory(src + i))));
+        else
+          handler(i, src, dst, status);
+      });
 }
 
-// In range the handler computes the same tangent.
 LUX_KERNEL(Tan, 64f, A53, 1_1) {
   return tan_64f(
-      src, dst, len, [](const Step& step) { return tan_of(step); },
-      [=](int32_t i, Status* status) { noxdTan_SC_HA(i, src, dst, status); });
+      src, dst, len, [](const Step& step) { return tan_of(step); }, noxdTan_SC_HA);
 }
 
-// Whole blocks that come here go to the handler whole; in the tail each element counts alone.
 LUX_KERNEL(Tan, 64f, A50, 1_1) {
-  const int32_t whole = len - len % 4;
   return tan_64f(
-      src, dst, len, [](const Step& step) { return short_tan_of(step); },
-      [=](int32_t i, Status* status) {
-        if (i >= whole && in_range(src + i))
-          in_memory(dst + i) = double(short_tan_of(nearest_step(in_memory(src + i))));
-        else
-          noxdTan_SC_LA(i, src, dst, status);
-      });
+      src, dst, len, [](const Step& step) { return short_tan_of(step); }, noxdTan_SC_LA);
 }

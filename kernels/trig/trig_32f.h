@@ -20,29 +20,70 @@
 // Magnitude at or below a bound, by patterns: doubling drops the sign.
 static inline bool within(uint32_t x, uint32_t bound) { return 2 * x <= 2 * bound; }
 
+// Blocks of NaNs, which come out quiet, or of zeros, where a function leaves them out: the sine and
+// the tangent are the zero itself, the cosine is 1.
+static inline int32_t blocks_alike(const Arrays<float>& a, int32_t i, int32_t last) {
+  for (; i < last; i += 4) {
+    uint32_t x[4], nans = ~0u, any = 0;
+#pragma GCC unroll 4
+    for (int32_t lane = 0; lane < 4; ++lane) {
+      x[lane] = load_bits(a.src1 + i + lane);
+      const uint32_t m = magnitude<float>(x[lane]);
+      nans &= Format<float>::kInf - m;
+      any |= m;
+    }
+    const bool zeros = any == 0;
+    if (!zeros && int32_t(nans) >= 0) break;
+    const uint32_t quiet = zeros ? 0 : Format<float>::kQuiet;
+#pragma GCC unroll 4
+    for (int32_t lane = 0; lane < 4; ++lane) {
+      store_bits(a.dst1 + i + lane, x[lane] | quiet);
+      if (a.dst2 != a.dst1)
+        store_bits(a.dst2 + i + lane, zeros ? Format<float>::kOne : x[lane] | quiet);
+    }
+  }
+  return i;
+}
+
 template <class InRange>
-static inline bool block_in_range(const float* x, InRange in_range) {
+static inline bool block_in_range(const float* x, const InRange& in_range) {
   return in_range(load_bits(x)) && in_range(load_bits(x + 1)) && in_range(load_bits(x + 2)) &&
          in_range(load_bits(x + 3));
 }
 
+// Closures hold others by reference: GCC copies them word by word, in loops.
+//
 // in_range(x)          whether the kernel itself can reduce an element with this pattern
 // blocks(first, last)  the kernel's fast step
-// single(i)            computes an element in range behind the last whole block
-// large(i, status)     any element, through its handler
+// single(i)            computes elements in range behind the last whole block, from i on, and returns
+//                      the first that is left
+// large(first, last)   blocks of large elements only, one of them out of range at least
+// handler(i, status)   any element
 //
-// A block with one element out of range goes to the handler as a whole.
-template <class Control, class InRange, class Blocks, class Single, class Large>
-static inline Status run_trig(const Arrays<float>& a, int32_t len, InRange in_range, Blocks blocks,
-                              Single single, Large large) {
+// Any other block with an element out of range goes to the handler as a whole.
+template <class Control, class InRange, class Blocks, class Single, class Large, class Handler>
+static inline Status run_trig(const Arrays<float>& a, int32_t len, const InRange& in_range,
+                              const Blocks& blocks, const Single& single, const Large& large,
+                              const Handler& handler) {
   const float* const src = a.src1;
   const int32_t whole = len - len % 4;
-  return run_kernel<Control, 4>(a, len, blocks, [=](int32_t i, Status* status) {
-    if (i >= whole && in_range(load_bits(src + i)))
-      single(i);
-    else
-      large(i, status);
-  });
+  int32_t done = 0;  // elements before it, behind the last whole block, are computed
+  return run_kernel<Control, 4>(
+      a, len,
+      [&](int32_t first, int32_t end) {
+        return alternating(first, end, blocks, [&](int32_t i, int32_t last) {
+          const int32_t next = blocks_alike(a, i, last);
+          return next > i || upper_magnitude(src + i) >= Format<float>::kInf ? next
+                                                                             : large(i, last);
+        });
+      },
+      [&](int32_t i, Status* status) {
+        if (i < done) return;
+        if (i >= whole && in_range(load_bits(src + i)))
+          done = single(i);
+        else
+          handler(i, status);
+      });
 }
 
 // r of one element, with high and low on the stack.
@@ -74,13 +115,13 @@ static inline void store_signed(float* to, double value, uint32_t sign) {
 }
 
 // compute(first, count): up to kChunk elements in range.
-template <class InRange, class Compute, class Large>
-static inline Status run_a24(const Arrays<float>& a, int32_t len, InRange in_range, Compute compute,
-                             Large large) {
+template <class InRange, class Compute, class Large, class Handler>
+static inline Status run_a24(const Arrays<float>& a, int32_t len, const InRange& in_range,
+                             const Compute& compute, const Large& large, const Handler& handler) {
   const float* const src = a.src1;
   return run_trig<X87Nearest<X87_DOUBLE>>(
       a, len, in_range,
-      [=](int32_t first, int32_t last) {
+      [&](int32_t first, int32_t last) {
         while (first < last) {
           const int32_t limit = last - first < kChunk ? last : first + kChunk;
           int32_t end = first;
@@ -91,7 +132,13 @@ static inline Status run_a24(const Arrays<float>& a, int32_t len, InRange in_ran
         }
         return first;
       },
-      [=](int32_t i) { compute(i, 1); }, large);
+      [&](int32_t i) {
+        int32_t end = i + 1;
+        while (end < len && in_range(load_bits(src + end))) ++end;
+        compute(i, end - i);
+        return end;
+      },
+      large, handler);
 }
 
 // ---- A21 and A11
@@ -146,14 +193,15 @@ static inline void reduce_block(const float* x, __m128 multiple, Lanes* r, long 
 // smallest                        from here on an element up to the bound is ordinary
 // locate(x)                       n, on the grid of integers, and the multiple of the period
 // finish(shifted, r, s, y1, y2)   stores the results; s stands for r in terms of higher order
-template <class InRange, class Locate, class Finish, class Large>
+template <class InRange, class Locate, class Finish, class Large, class Handler>
 static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& period,
-                             uint32_t smallest, uint32_t bound, InRange in_range, Locate locate,
-                             Finish finish, Large large) {
+                             uint32_t smallest, uint32_t bound, const InRange& in_range,
+                             const Locate& locate, const Finish& finish, const Large& large,
+                             const Handler& handler) {
   constexpr uint32_t kDelay = 8;
   return run_trig<BothNearest<X87_EXTENDED>>(
       a, len, in_range,
-      [=](int32_t first, int32_t last) {
+      [&](int32_t first, int32_t last) {
         Lanes shifted[kDelay], r[kDelay];
         bool small[kDelay];
         const long double high = load_extended(&period.high), low = load_extended(&period.low);
@@ -166,7 +214,7 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
           finish(_mm_load_ps(shifted[slot].lane), reduced, s, a.dst1 + done, a.dst2 + done);
           done += 4;
         };
-        const auto is_ordinary = [=](uint32_t x) { return ordinary(x, smallest, bound); };
+        const auto is_ordinary = [&](uint32_t x) { return ordinary(x, smallest, bound); };
         for (; i < last; i += 4) {
           const bool with_small = !block_in_range(a.src1 + i, is_ordinary);
           if (__builtin_expect(with_small, 0) && !block_in_range(a.src1 + i, in_range)) break;
@@ -182,7 +230,7 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
         while (done < i) finish_one();
         return i;
       },
-      [=](int32_t i) {
+      [&](int32_t i) {
         const long double high = load_extended(&period.high), low = load_extended(&period.low);
         const bool small = !ordinary(load_bits(a.src1 + i), smallest, bound);
         const __m128 x = load_lane(a.src1 + i);
@@ -198,8 +246,9 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
         finish(at.shifted, reduced, small ? unless_tiny(reduced) : reduced, y1.lane, y2.lane);
         store_bits(a.dst1 + i, load_bits(y1.lane));
         if (a.dst2 != a.dst1) store_bits(a.dst2 + i, load_bits(y2.lane));
+        return i + 1;
       },
-      large);
+      large, handler);
 }
 
 #endif

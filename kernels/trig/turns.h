@@ -10,10 +10,14 @@
 static inline uint64_t product(uint32_t a, uint32_t b) { return uint64_t(a) * b; }
 static inline uint32_t high(uint64_t a) { return uint32_t(a >> 32); }
 
-// Word i of the first `count` words of 1/(2 pi) 2^(8 byte) modulo 1, the least significant first.
+// The first `count` words of 1/(2 pi) 2^(8 byte) modulo 1, the least significant first.
+static inline const uint8_t* window_address(int32_t byte, int32_t count) {
+  return kInverseTwoPi + kFirstByte + 1 - byte - 4 * count;
+}
+
 static inline uint32_t window_word(int32_t byte, int32_t count, int32_t i) {
   uint32_t word;
-  __builtin_memcpy(&word, kInverseTwoPi + kFirstByte + 1 - byte - 4 * (count - i), sizeof word);
+  __builtin_memcpy(&word, window_address(byte, count) + 4 * i, sizeof word);
   return word;
 }
 
