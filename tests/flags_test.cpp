@@ -67,6 +67,14 @@ struct Element {
 
 // ---- One call
 
+// The address sanitizer's build copies a double that is an argument by the x87 unit.
+static uint16_t flags_of_passing([[maybe_unused]] const Function& f) {
+#ifdef __SANITIZE_ADDRESS__
+  if (f.shape.scalar && f.type.width == 8) return kInvalid | kDenormal | kUnderflow;
+#endif
+  return 0;
+}
+
 struct Call {
   const Function& f;
   int len;
@@ -137,7 +145,7 @@ class Exceptions : public testing::TestWithParam<Function> {
   // The scalar is that of element `at`.
   void try_one(const std::vector<Element>& elements, int at) {
     Call c(f, int(elements.size()), elements[0]);
-    uint16_t may = 0;
+    uint16_t may = flags_of_passing(f);
     for (int i = 0; i < c.len; ++i) {
       c.put_at(i, elements[i]);
       Call alone(f, 1, elements[i]);
@@ -259,9 +267,10 @@ TEST_P(Exceptions, AreNoneWhereTheCallIsRefused) {
   Arrays arrays = c.arrays();
   set({});
   f.call(arrays, 0);
-  EXPECT_EQ(names(flags().x87 | flags().sse), "") << "length 0";
+  const uint16_t others = uint16_t(~flags_of_passing(f));
+  EXPECT_EQ(names((flags().x87 | flags().sse) & others), "") << "length 0";
   if (f.counts) return;
   arrays.destination[0] = nullptr;
   f.call(arrays, 1);
-  EXPECT_EQ(names(flags().x87 | flags().sse), "") << "null pointer";
+  EXPECT_EQ(names((flags().x87 | flags().sse) & others), "") << "null pointer";
 }

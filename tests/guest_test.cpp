@@ -155,7 +155,11 @@ static void at_exit() {
 
 // ---- Small stacks
 
+#ifdef __SANITIZE_ADDRESS__
+constexpr size_t kStackOfACall = 1 << 16;  // frames with red zones
+#else
 constexpr size_t kStackOfACall = 4096;  // as the reference says
+#endif
 static uint64_t wanted_results;
 static int interrupts = 0;
 static const void* frame_of_handler;
