@@ -12,6 +12,8 @@ SEED = $(shell date +%s)
 SPEED = $(wildcard $(BUILD)/speed/*.json)
 # What to build; empty for everything.
 TARGETS =
+# Which tests `make asan` runs, as an expression; empty for all.
+TESTS =
 # For CMake, at the first build: OPTIONS="-DLUXVM_TOOLS=OFF" builds the libraries alone.
 OPTIONS =
 # What `make install PREFIX=...` installed, for each prefix.
@@ -55,7 +57,7 @@ fuzz: deps   ## try the promises over random patterns for SECONDS (60), from SEE
 
 asan: deps   ## build with the sanitizers and run the tests under them
 	@$(MAKE) --no-print-directory build PRESET=asan-ubsan
-	ctest --preset asan-ubsan --parallel $(JOBS)
+	ctest --preset asan-ubsan --parallel $(JOBS) $(TESTS:%=--tests-regex '%')
 
 coverage: deps  ## how much of the libraries the fast tests run; fails below all lines or 95 % of branches
 	@$(MAKE) --no-print-directory build PRESET=coverage
