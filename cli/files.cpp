@@ -6,15 +6,18 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sched.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <charconv>
 #include <climits>
 #include <csignal>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 struct Closer {
   void operator()(FILE* file) const {
@@ -395,12 +398,19 @@ Input read_input(const InputFile& file, const Function& function) {
 // The file under way, for the signal handler: an interrupted run leaves nothing behind.
 static char unfinished[PATH_MAX];
 
+// Held while a file comes into being and its name is not yet above, and from a signal on for good.
+// The thread that makes the file has its signals blocked, but any other may be the one to get them.
+static std::atomic_flag naming;
+
 static void remove_unfinished(int signal) {
+  while (naming.test_and_set()) sched_yield();
   if (unfinished[0]) unlink(unfinished);
   raise(signal);  // with the default action, which SA_RESETHAND has put back
 }
 
 static void watch_signals() {
+  static bool watched;
+  if (std::exchange(watched, true)) return;
   struct sigaction action {};
   action.sa_handler = remove_unfinished;
   action.sa_flags = int(SA_RESETHAND);
@@ -478,9 +488,10 @@ class Target {
     sigset_t all, signals;
     sigfillset(&all);
     sigprocmask(SIG_SETMASK, &all, &signals);
+    while (naming.test_and_set()) sched_yield();
     const int descriptor = mkstemp(pattern), error = errno;
-    if (descriptor >= 0)
-      strcpy(unfinished, pattern);  // none comes before the file has its name here
+    if (descriptor >= 0) strcpy(unfinished, pattern);
+    naming.clear();
     sigprocmask(SIG_SETMASK, &signals, nullptr);
     if (descriptor < 0) fail(error);
     file.reset(fdopen(descriptor, "wb"));
