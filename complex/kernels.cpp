@@ -4,7 +4,7 @@
 #include "complex/frame.h"
 #include "complex/functions.h"
 #include "complex/hyperbolic_passes.h"
-#include "complex/packed.h"
+#include "complex/packed_inverse.h"
 
 LUX_COMPLEX_BEST(Sqrt, 1_1, sqrt)
 LUX_COMPLEX_PACKED(Sqrt, PackedSqrt)
@@ -22,15 +22,21 @@ LUX_COMPLEX_PASSES(Sin, SinSteps)
 LUX_COMPLEX_PACKED(Sin, PackedHyperbolicSteps<SinSteps>)
 LUX_COMPLEX_PASSES(Tan, TanSteps)
 LUX_COMPLEX_PACKED_A11(Tan, PackedHyperbolicSteps<TanSteps>)
-LUX_COMPLEX_KERNELS(Acos, 1_1, acos)
-LUX_COMPLEX_KERNELS(Asin, 1_1, asin)
-LUX_COMPLEX_KERNELS(Atan, 1_1, atan)
+LUX_COMPLEX_BEST(Acos, 1_1, acos)
+LUX_COMPLEX_PACKED(Acos, PackedAcos)
+LUX_COMPLEX_BEST(Asin, 1_1, asin)
+LUX_COMPLEX_PACKED(Asin, PackedAsin)
+LUX_COMPLEX_BEST(Atan, 1_1, atan)
+LUX_COMPLEX_PACKED(Atan, PackedAtan)
 LUX_COMPLEX_PASSES(Cosh, CoshSteps)
 LUX_COMPLEX_PACKED(Cosh, PackedHyperbolicSteps<CoshSteps>)
 LUX_COMPLEX_PASSES(Sinh, SinhSteps)
 LUX_COMPLEX_PACKED(Sinh, PackedHyperbolicSteps<SinhSteps>)
 LUX_COMPLEX_PASSES(Tanh, TanhSteps)
 LUX_COMPLEX_PACKED_A11(Tanh, PackedHyperbolicSteps<TanhSteps>)
-LUX_COMPLEX_KERNELS(Acosh, 1_1, acosh)
-LUX_COMPLEX_KERNELS(Asinh, 1_1, asinh)
-LUX_COMPLEX_KERNELS(Atanh, 1_1, atanh)
+LUX_COMPLEX_BEST(Acosh, 1_1, acosh)
+LUX_COMPLEX_PACKED(Acosh, PackedAcosh)
+LUX_COMPLEX_BEST(Asinh, 1_1, asinh)
+LUX_COMPLEX_PACKED(Asinh, PackedAsinh)
+LUX_COMPLEX_BEST(Atanh, 1_1, atanh)
+LUX_COMPLEX_PACKED(Atanh, PackedAtanh)

@@ -84,16 +84,24 @@ static inline PackedSineCosine packed_sine_cosine(__m128 y) {
 
 // ---- Logarithm and angle
 
+// x = 2^e m of normal positive numbers, m of 0.707 to 1.414.
+struct PackedPlace {
+  __m128 m, e;
+};
+
+static inline PackedPlace packed_place(__m128 x) {
+  alignas(16) int32_t exponents[4];
+  const __m128 bits = _mm_and_ps(x, all_lanes(Format<float>::kInf));
+  _mm_store_ps(reinterpret_cast<float*>(exponents), bits);
+  const __m128 m = significand_of(x), above = _mm_cmplt_ps(all_lanes(0x1.6a09e6p+0f), m);
+  return {select(above, m * 0.5f, m), (from_integers(exponents) * 0x1p-23f - 127.0f) +
+                                          _mm_and_ps(above, all_lanes(1.0f))};
+}
+
 // Half the logarithm.
 static inline __m128 packed_half_log(__m128 norm) {
-  alignas(16) int32_t exponents[4];
-  const __m128 bits = _mm_and_ps(norm, all_lanes(Format<float>::kInf));
-  _mm_store_ps(reinterpret_cast<float*>(exponents), bits);
-  const __m128 m = significand_of(norm), above = _mm_cmplt_ps(all_lanes(0x1.6a09e6p+0f), m);
-  const __m128 less = select(above, m * 0.5f, m);
-  const __m128 e =
-      (from_integers(exponents) * 0x1p-23f - 127.0f) + _mm_and_ps(above, all_lanes(1.0f));
-  const __m128 s = (less - 1.0f) / (less + 1.0f);
+  const auto [m, e] = packed_place(norm);
+  const __m128 s = (m - 1.0f) / (m + 1.0f);
   return e * (0.5f * kLn2[0]) + (with_tail<kAtanhTail>(s, s * s) + e * (0.5f * kLn2[1]));
 }
 

@@ -34,6 +34,7 @@ EXP_ERROR = header.digits(fits.worst(
 SINH, SINH_ERROR = odd_fit(mpmath.sinh, 1, 4)
 SINE, SINE_ERROR = odd_fit(mpmath.sin, HALF_PI, 5)
 ATANH, ATANH_ERROR = odd_fit(mpmath.atanh, S_BOUND, 3)
+LONG_ATANH, LONG_ATANH_ERROR = odd_fit(mpmath.atanh, mpf(1) / 3, 5)
 ATAN, ATAN_ERROR = odd_fit(mpmath.atan, 1, 9)
 
 
@@ -58,6 +59,8 @@ header.main("complex/generated/complex_32f_table.h", [
     coefficients("kSineTail", SINE),
     f"// atanh s = s + s^3 P(s^2), |s| <= 0.1716: {ATANH_ERROR}.",
     coefficients("kAtanhTail", ATANH),
+    f"// The same, |s| <= 1/3: {LONG_ATANH_ERROR}.",
+    coefficients("kLongAtanhTail", LONG_ATANH),
     f"// atan t = t + t^3 P(t^2), |t| <= 1: {ATAN_ERROR}.",
     coefficients("kAtanTail", ATAN),
     "",
