@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The lower grades of single precision: four elements packed, within 2^-21 in each part; tangents,
-// which come near this bound, in A11 only.
+// The lower grades of single precision: four elements packed, within 2^-21 in each part.
 //
 // An element is packed when both magnitudes lie between bounds of its function, so that nothing on
 // the way overflows, is subnormal or cancels. All others, and those that a step finds to cancel, go
@@ -94,8 +93,8 @@ static inline PackedPlace packed_place(__m128 x) {
   const __m128 bits = _mm_and_ps(x, all_lanes(Format<float>::kInf));
   _mm_store_ps(reinterpret_cast<float*>(exponents), bits);
   const __m128 m = significand_of(x), above = _mm_cmplt_ps(all_lanes(0x1.6a09e6p+0f), m);
-  return {select(above, m * 0.5f, m), (from_integers(exponents) * 0x1p-23f - 127.0f) +
-                                          _mm_and_ps(above, all_lanes(1.0f))};
+  return {select(above, m * 0.5f, m),
+          (from_integers(exponents) * 0x1p-23f - 127.0f) + _mm_and_ps(above, all_lanes(1.0f))};
 }
 
 // Half the logarithm.
@@ -157,6 +156,36 @@ struct PackedHyperbolicSteps : Steps {
     const PackedSineCosine y = packed_sine_cosine(kTurned ? z->re : z->im);
     const PackedFour p = {h.sinh, h.cosh, y.sine, y.cosine};
     *z = {Steps::Parts::re(p), Steps::Parts::im(p)};
+    return 0;
+  }
+};
+
+// (sinh 2x / 2 + i sin 2y / 2) / (sinh^2 x + cos^2 y), each of these by one polynomial or from e^2x:
+// products of sines and exponentials would come too near to 2^-21.
+template <class Steps>
+struct PackedTangentSteps : Steps {
+  static constexpr bool kTurned = Steps::kIsTurned;
+  static constexpr Bounds kRe = PackedHyperbolicSteps<Steps>::kRe;
+  static constexpr Bounds kIm = PackedHyperbolicSteps<Steps>::kIm;
+
+  static int compute(PackedComplex* z) {
+    const __m128 x = kTurned ? z->im : z->re, y = kTurned ? z->re : z->im, a = magnitude_of(x);
+    const __m128 near = _mm_cmplt_ps(a, all_lanes(1.0f));
+    const __m128 sinh = with_tail<kSinhTail>(a, a * a), square = sinh * sinh;
+    const __m128 e = packed_exponential(2.0f * a, -2), inverse = 0.0625f / e;
+    const __m128 product = select(near, sinh * _mm_sqrt_ps(1.0f + square), e - inverse);
+    const __m128 sinh2 = select(near, square, e + (inverse - 0.5f));
+    // y = k pi/2 + r
+    const __m128 k = nearest_whole(y * (2 * kInversePi)), half = k * 0.5f;
+    const __m128 odd = _mm_cmpneq_ps(half, nearest_whole(half));
+    const __m128 first = y - k * (kPi[0] / 2), middle = k * (kPi[1] / 2), rough = first - middle;
+    const __m128 r = rough + (((first - rough) - middle) - k * (kPi[2] / 2)), w = r * r;
+    const __m128 sine2 = with_tail<kSineSquareTail>(w, w);
+    const __m128 norm = sinh2 + select(odd, sine2, 1.0f - sine2);
+    const __m128 size = _mm_or_ps(product / norm, sign_of(x));
+    const __m128 twice = 0.5f * with_tail<kSineTail>(2.0f * r, 4.0f * w) / norm;
+    const __m128 turn = _mm_xor_ps(twice, sign_of(odd));
+    *z = kTurned ? PackedComplex{turn, size} : PackedComplex{size, turn};
     return 0;
   }
 };
@@ -261,10 +290,5 @@ static inline Status run_packed(const Lux32fc* src, Lux32fc* dst, int32_t len) {
 #define LUX_COMPLEX_PACKED(family, steps)                                         \
   LUX_KERNEL(family, 32fc, A21, 1_1) { return run_packed<steps>(src, dst, len); } \
   LUX_KERNEL_ALIAS(family, 32fc, A11, 1_1, A21)
-
-// Tangents, whose quotients come too near to 2^-21.
-#define LUX_COMPLEX_PACKED_A11(family, steps)   \
-  LUX_KERNEL_ALIAS(family, 32fc, A21, 1_1, A24) \
-  LUX_KERNEL(family, 32fc, A11, 1_1) { return run_packed<steps>(src, dst, len); }
 
 #endif

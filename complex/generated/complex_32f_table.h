@@ -20,6 +20,10 @@ inline constexpr float kSinhTail[4] = {
 inline constexpr float kSineTail[5] = {
     -0x1.9ac124p-26f, 0x1.7174b4p-19f, -0x1.a017fcp-13f, 0x1.11110cp-7f, -0x1.555556p-3f,
 };
+// sin^2 r = w + w^2 P(w), w = r^2, |r| <= pi/4: 7.422e-9.
+inline constexpr float kSineSquareTail[4] = {
+    0x1.1ab3aap-13f, -0x1.9fad5ep-9f, 0x1.6c156p-5f, -0x1.555552p-2f,
+};
 // atanh s = s + s^3 P(s^2), |s| <= 0.1716: 8.453e-10.
 inline constexpr float kAtanhTail[3] = {0x1.31ddd8p-3f, 0x1.995efp-3f, 0x1.55557ap-2f};
 // The same, |s| <= 1/3: 5.695e-10.
