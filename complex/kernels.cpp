@@ -4,6 +4,7 @@
 #include "complex/frame.h"
 #include "complex/functions.h"
 #include "complex/hyperbolic_passes.h"
+#include "complex/logarithm_passes.h"
 #include "complex/packed_inverse.h"
 
 LUX_COMPLEX_BEST(Sqrt, 1_1, sqrt)
@@ -12,9 +13,9 @@ LUX_COMPLEX_KERNELS(Pow, 2_1, pow)
 LUX_COMPLEX_KERNELS(Powx, 2_1_1, pow)
 LUX_COMPLEX_PASSES(Exp, ExpSteps)
 LUX_COMPLEX_PACKED(Exp, PackedExp)
-LUX_COMPLEX_BEST(Ln, 1_1, log)
+LUX_COMPLEX_PASSES(Ln, LnSteps)
 LUX_COMPLEX_PACKED(Ln, PackedLn)
-LUX_COMPLEX_BEST(Log10, 1_1, log10)
+LUX_COMPLEX_PASSES(Log10, Log10Steps)
 LUX_COMPLEX_PACKED(Log10, PackedLog10)
 LUX_COMPLEX_PASSES(Cos, CosSteps)
 LUX_COMPLEX_PACKED(Cos, PackedHyperbolicSteps<CosSteps>)

@@ -17,7 +17,7 @@
 #define LUX_COMPLEX_PACKED_H
 
 #include "complex/generated/complex_32f_table.h"
-#include "complex/passes.h"
+#include "complex/logarithm_passes.h"
 #include "kernels/lanes.h"
 
 struct PackedComplex {
@@ -219,8 +219,8 @@ struct PackedLogSteps : Steps {
 };
 
 using PackedSqrt = PackedSqrtSteps<ElementSteps<complex_sqrt>>;
-using PackedLn = PackedLogSteps<ElementSteps<complex_log>, false>;
-using PackedLog10 = PackedLogSteps<ElementSteps<complex_log10>, true>;
+using PackedLn = PackedLogSteps<LnSteps, false>;
+using PackedLog10 = PackedLogSteps<Log10Steps, true>;
 
 // ---- The kernel
 
@@ -231,7 +231,7 @@ __attribute__((noinline, cold)) static void accurate_elements(const Complex32* f
   int32_t count = 0;
   for (int32_t k = 0; k < kPass; ++k)
     if (elements >> k & 1) widen(from[k], &block[count++]);
-  block_passes(block, block, count, Steps::is_ordinary, Steps::element, Steps::passes);
+  block_passes<Steps>(block, block, count);
   for (int32_t k = 0, next = 0; k < kPass; ++k)
     if (elements >> k & 1) to[k] = narrowed(block[next++]);
 }

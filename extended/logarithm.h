@@ -44,10 +44,11 @@ __attribute__((always_inline)) static inline LogPlace log_place(float x) {
 __attribute__((always_inline)) static inline long double log_sum(long double f, const LogCell& cell,
                                                                  int32_t exponent) {
   const long double r = f * cell.c + cell.c1, w = r * r;
-  const double* const s = kLog.series;
+  const ExtendedLog& table = anew(kLog);
+  const double* const s = table.series;
   const long double series = (s[0] + s[1] * r) + w * ((s[2] + s[3] * r) + w * s[4]);
-  const long double high = exponent * (long double)kLog.two_high + cell.high;
-  const long double low = exponent * (long double)kLog.two_low + cell.low;
+  const long double high = exponent * (long double)table.two_high + cell.high;
+  const long double low = exponent * (long double)table.two_low + cell.low;
   return high + (r + (low + w * (series * r - 0.5f)));
 }
 
