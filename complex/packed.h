@@ -44,10 +44,10 @@ static inline __m128 packed_power_of_two(__m128 n) {
   return load_halves(&halves[0], &halves[1]);
 }
 
-// e^x 2^shift, |x| < 80
-static inline __m128 packed_exponential(__m128 x, float shift) {
+// e^x 2^shift, |x| < 80. `low`, if any, is what x does not hold of its number.
+static inline __m128 packed_exponential(__m128 x, float shift, auto... low) {
   const __m128 n = nearest_whole(x * kInverseLn2);
-  const __m128 r = (x - n * kLn2[0]) - n * kLn2[1];
+  const __m128 r = (((x - n * kLn2[0]) - n * kLn2[1]) + ... + low);
   return (1.0f + (r + r * r * polynomial<kExpTail>(r))) * packed_power_of_two(n + shift);
 }
 
@@ -65,8 +65,9 @@ static inline PackedHyperbolic packed_hyperbolic(__m128 x) {
 // ---- Sine and cosine
 
 // sin y with its sign turned for odd m, y near `multiple` times pi.
-static inline __m128 packed_sine_near(__m128 y, __m128 multiple, __m128 m) {
-  const __m128 r = ((y - multiple * kPi[0]) - multiple * kPi[1]) - multiple * kPi[2];
+static inline __m128 packed_sine_near(__m128 y, __m128 multiple, __m128 m, auto... low) {
+  const __m128 r =
+      ((((y - multiple * kPi[0]) - multiple * kPi[1]) - multiple * kPi[2]) + ... + low);
   const __m128 odd = m - 2.0f * nearest_whole(m * 0.5f);  // 0, 1 or -1
   return with_tail<kSineTail>(r, r * r) * (1.0f - 2.0f * (odd * odd));
 }
@@ -76,9 +77,9 @@ struct PackedSineCosine {
 };
 
 // |y| < 128
-static inline PackedSineCosine packed_sine_cosine(__m128 y) {
+static inline PackedSineCosine packed_sine_cosine(__m128 y, auto... low) {
   const __m128 turns = y * kInversePi, m = nearest_whole(turns), k = nearest_whole(turns + 0.5f);
-  return {packed_sine_near(y, m, m), packed_sine_near(y, k - 0.5f, k)};
+  return {packed_sine_near(y, m, m, low...), packed_sine_near(y, k - 0.5f, k, low...)};
 }
 
 // ---- Logarithm and angle
@@ -224,6 +225,29 @@ using PackedLog10 = PackedLogSteps<Log10Steps, true>;
 
 // ---- The kernel
 
+static inline PackedComplex load_four(const Complex32* from) {
+  const float* const parts = &from->re;
+  const __m128 low = load_lanes(parts), high = load_lanes(parts + 4);
+  return {_mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0)),
+          _mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1))};
+}
+
+static inline void store_four(Complex32* to, const PackedComplex& z) {
+  float* const parts = &to->re;
+  store_lanes(parts, _mm_unpacklo_ps(z.re, z.im));
+  store_lanes(parts + 4, _mm_unpackhi_ps(z.re, z.im));
+}
+
+static inline void store_block(Complex32* to, const Complex32* block, int32_t count) {
+  if (__builtin_expect(count == kPass, true)) {
+    const float* const from = &block->re;
+    float* const out = &to->re;
+    for (int32_t k = 0; k < 2 * kPass; k += 4) store_lanes(out + k, load_lanes(from + k));
+  } else {
+    for (int32_t k = 0; k < count; ++k) store_words(&to[k], load_words(&block[k]));
+  }
+}
+
 template <class Steps>
 __attribute__((noinline, cold)) static void accurate_elements(const Complex32* from, Complex32* to,
                                                               uint32_t elements) {
@@ -252,26 +276,16 @@ __attribute__((always_inline)) static inline void packed_block(const Complex32* 
         apart[k] = {1, 1};
     packed = apart;
   }
-  const float* const parts = &packed->re;
-  float* const results = reinterpret_cast<float*>(result);
   uint32_t left = 0;
   for (int32_t k = 0; k < count; k += 4) {
-    const __m128 low = load_lanes(parts + 2 * k), high = load_lanes(parts + 2 * k + 4);
-    PackedComplex z = {_mm_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0)),
-                       _mm_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1))};
+    PackedComplex z = load_four(packed + k);
     left |= uint32_t(Steps::compute(&z)) << k;
-    _mm_store_ps(results + 2 * k, _mm_unpacklo_ps(z.re, z.im));
-    _mm_store_ps(results + 2 * k + 4, _mm_unpackhi_ps(z.re, z.im));
+    store_four(result + k, z);
   }
   _mm_empty();
   accurate |= left & ((1u << count) - 1);
   if (__builtin_expect(accurate, 0)) accurate_elements<Steps>(from, result, accurate);
-  if (__builtin_expect(count == kPass, true)) {
-    float* const out = &to->re;
-    for (int32_t k = 0; k < 2 * kPass; k += 4) store_lanes(out + k, _mm_load_ps(results + k));
-  } else {
-    for (int32_t k = 0; k < count; ++k) store_words(&to[k], load_words(&result[k]));
-  }
+  store_block(to, result, count);
 }
 
 template <class Steps>
