@@ -4,6 +4,7 @@
 #include "complex/frame.h"
 #include "complex/functions.h"
 #include "complex/hyperbolic_passes.h"
+#include "complex/inverse_passes.h"
 #include "complex/logarithm_passes.h"
 #include "complex/packed_inverse.h"
 #include "complex/packed_power.h"
@@ -32,7 +33,7 @@ LUX_COMPLEX_BEST(Acos, 1_1, acos)
 LUX_COMPLEX_PACKED(Acos, PackedAcos)
 LUX_COMPLEX_BEST(Asin, 1_1, asin)
 LUX_COMPLEX_PACKED(Asin, PackedAsin)
-LUX_COMPLEX_BEST(Atan, 1_1, atan)
+LUX_COMPLEX_PASSES(Atan, AtanSteps)
 LUX_COMPLEX_PACKED(Atan, PackedAtan)
 LUX_COMPLEX_PASSES(Cosh, CoshSteps)
 LUX_COMPLEX_PACKED(Cosh, PackedHyperbolicSteps<CoshSteps>)
@@ -44,5 +45,5 @@ LUX_COMPLEX_BEST(Acosh, 1_1, acosh)
 LUX_COMPLEX_PACKED(Acosh, PackedAcosh)
 LUX_COMPLEX_BEST(Asinh, 1_1, asinh)
 LUX_COMPLEX_PACKED(Asinh, PackedAsinh)
-LUX_COMPLEX_BEST(Atanh, 1_1, atanh)
+LUX_COMPLEX_PASSES(Atanh, AtanhSteps)
 LUX_COMPLEX_PACKED(Atanh, PackedAtanh)

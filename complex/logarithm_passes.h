@@ -59,7 +59,7 @@ struct LogSteps {
       const long double size =
           angle_near(parts.octant[k], steps[k], parts.smaller(k), parts.larger(k));
       put(&to[k].im, size * sign_of(from[k].im) * (2 * kHalf));
-      store_words(&to[k].re, load_words(&log[k]));
+      copy_bits(&to[k].re, log[k]);
     }
   }
 };

@@ -13,6 +13,7 @@
 #ifndef LUX_COMPLEX_PACKED_INVERSE_H
 #define LUX_COMPLEX_PACKED_INVERSE_H
 
+#include "complex/inverse_passes.h"
 #include "complex/packed.h"
 
 static inline __m128 packed_atanh(__m128 s, __m128 w) {
@@ -88,8 +89,8 @@ struct PackedAcosSteps : Steps {
   }
 };
 
-using PackedAtan = PackedAtanhSteps<true, ElementSteps<complex_atan>>;
-using PackedAtanh = PackedAtanhSteps<false, ElementSteps<complex_atanh>>;
+using PackedAtan = PackedAtanhSteps<true, AtanSteps>;
+using PackedAtanh = PackedAtanhSteps<false, AtanhSteps>;
 using PackedAsin = PackedAsinSteps<false, ElementSteps<complex_asin>>;
 using PackedAsinh = PackedAsinSteps<true, ElementSteps<complex_asinh>>;
 using PackedAcos = PackedAcosSteps<false, ElementSteps<complex_acos>>;

@@ -24,9 +24,13 @@ struct SplitNumber {
   long double sum() const { return load_extended(&high) + low; }
 };
 
+static inline void copy_bits(DoubleInMemory* to, const DoubleInMemory& from) {
+  store_words(to, load_words(&from));
+}
+
 static inline void copy_bits(Complex64* to, const Complex64& from) {
-  store_words(&to->re, load_words(&from.re));
-  store_words(&to->im, load_words(&from.im));
+  copy_bits(&to->re, from.re);
+  copy_bits(&to->im, from.im);
 }
 
 // A block with special elements: those apart, before anything is stored, the others in passes, as

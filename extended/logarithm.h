@@ -61,12 +61,17 @@ __attribute__((noinline, cold)) static long double log_far(long double x) {
   return log_sum(parts.m * place.scale - 1, *place.cell, place.exponent + parts.exponent);
 }
 
-// log(1 + x), x > -1 and finite.
+// log(1 + x) from the place of 1 + x.
+__attribute__((always_inline)) static inline long double log1p_near(long double x,
+                                                                    const LogPlace& place) {
+  return log_sum(x * place.scale + ((long double)place.scale - 1.0f), *place.cell, place.exponent);
+}
+
+// The same for x > -1, finite.
 static inline long double log1p_core(long double x) {
   const long double sum = 1.0f + x;
   if (__builtin_expect(!is_moderate(sum), false)) return log_far(sum);  // x is the sum
-  const LogPlace place = log_place(store_f32(float(sum)));
-  return log_sum(x * place.scale + ((long double)place.scale - 1.0f), *place.cell, place.exponent);
+  return log1p_near(x, log_place(store_f32(float(sum))));
 }
 
 // ---- With the last bits
