@@ -8,9 +8,10 @@
 #include "complex/functions.h"
 #include "complex/passes.h"
 
-// 0, or so far from the ends of the range that quotients, roots and squares of two parts can be split.
+// 0, or of 2^-300 to 2^kLimit: quotients, roots and squares of such parts can be split.
+template <int kLimit>
 static inline bool may_split(const DoubleInMemory& x) {
-  constexpr uint32_t kLow = 0x2D300000, kHigh = 0x52B00000;  // upper words of 2^-300 and 2^300
+  constexpr uint32_t kLow = uint32_t(1023 - 300) << 20, kHigh = uint32_t(1023 + kLimit) << 20;
   const Words w = load_words(&x);
   const uint32_t upper = w.upper & ~kSignUpper;
   return (upper - kLow < kHigh - kLow) | ((upper | w.lower) == 0);
@@ -56,7 +57,7 @@ struct InverseTangentSteps {
   static bool is_ordinary(const Complex64& z) {
     const uint32_t x = upper_magnitude(kTurned ? &z.im : &z.re);
     const uint32_t y = upper_magnitude(kTurned ? &z.re : &z.im);
-    return may_split(z.re) & may_split(z.im) & ((x != 0x3FF00000) | (y >= 0x3C600000));
+    return may_split<300>(z.re) & may_split<300>(z.im) & ((x != 0x3FF00000) | (y >= 0x3C600000));
   }
   static Complex64 element(const Complex64& z) { return kElement(z); }
 
@@ -89,7 +90,55 @@ struct InverseTangentSteps {
   }
 };
 
+enum class Arcs { kSine, kCosine, kHyperbolicCosine };
+
+// kTurned: asinh, which takes the parts exchanged and gives them so.
+template <Arcs kArc, bool kTurned, Complex64 (*kElement)(const Complex64&)>
+struct ArcSteps {
+  // Up to 2^55 the growth has a logarithm in the moderate range. 1 has no angle.
+  static bool is_ordinary(const Complex64& z) {
+    const DoubleInMemory &x = kTurned ? z.im : z.re, &y = kTurned ? z.re : z.im;
+    return may_split<55>(x) & may_split<55>(y) &
+           ((upper_magnitude(&x) != 0x3FF00000) | (upper_magnitude(&y) != 0));
+  }
+  static Complex64 element(const Complex64& z) { return kElement(z); }
+
+  static void passes(const Complex64* from, Complex64* to, int32_t count) {
+    constexpr bool kUpper = kArc != Arcs::kSine, kCrossed = kArc == Arcs::kHyperbolicCosine;
+    const DoubleInMemory* const re = kTurned ? &from->im : &from->re;
+    const DoubleInMemory* const im = kTurned ? &from->re : &from->im;
+    DoubleInMemory* const to_u = kTurned != kCrossed ? &to->im : &to->re;
+    DoubleInMemory* const to_v = kTurned != kCrossed ? &to->re : &to->im;
+    LogArguments arguments;
+    Points points;
+    double v[kPass];
+    for (int32_t k = 0; k < count; ++k) {
+      const ArcRoots roots = arc_roots(__builtin_fabsl(load_extended(re + 2 * k)),
+                                       __builtin_fabsl(load_extended(im + 2 * k)));
+      arguments.put(k, roots.growth);
+      if (kUpper)
+        points.put(k, roots.cosine, roots.sine, re[2 * k] < 0);
+      else
+        points.put(k, roots.sine, roots.cosine, false);
+    }
+    for (int32_t k = 0; k < count; ++k) {
+      const float sign = kCrossed ? 1 : kUpper ? -sign_of(im[2 * k]) : sign_of(im[2 * k]);
+      put(&v[k], arguments.log1p(k) * (0.5f * sign));
+    }
+    points.find_steps(count);
+    for (int32_t k = 0; k < count; ++k) {
+      const float sign = kCrossed ? sign_of(im[2 * k]) : kUpper ? 1 : sign_of(re[2 * k]);
+      put(to_u + 2 * k, points.angle(k) * sign);
+      copy_bits(to_v + 2 * k, v[k]);
+    }
+  }
+};
+
 using AtanSteps = InverseTangentSteps<true, complex_atan>;
 using AtanhSteps = InverseTangentSteps<false, complex_atanh>;
+using AsinSteps = ArcSteps<Arcs::kSine, false, complex_asin>;
+using AsinhSteps = ArcSteps<Arcs::kSine, true, complex_asinh>;
+using AcosSteps = ArcSteps<Arcs::kCosine, false, complex_acos>;
+using AcoshSteps = ArcSteps<Arcs::kHyperbolicCosine, false, complex_acosh>;
 
 #endif

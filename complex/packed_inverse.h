@@ -91,9 +91,9 @@ struct PackedAcosSteps : Steps {
 
 using PackedAtan = PackedAtanhSteps<true, AtanSteps>;
 using PackedAtanh = PackedAtanhSteps<false, AtanhSteps>;
-using PackedAsin = PackedAsinSteps<false, ElementSteps<complex_asin>>;
-using PackedAsinh = PackedAsinSteps<true, ElementSteps<complex_asinh>>;
-using PackedAcos = PackedAcosSteps<false, ElementSteps<complex_acos>>;
-using PackedAcosh = PackedAcosSteps<true, ElementSteps<complex_acosh>>;
+using PackedAsin = PackedAsinSteps<false, AsinSteps>;
+using PackedAsinh = PackedAsinSteps<true, AsinhSteps>;
+using PackedAcos = PackedAcosSteps<false, AcosSteps>;
+using PackedAcosh = PackedAcosSteps<true, AcoshSteps>;
 
 #endif
