@@ -21,17 +21,27 @@
 #include "extended/angle.h"
 #include "extended/logarithm.h"
 
+struct ArcNorms {
+  long double a, m;
+};
+
+// z is neither infinite nor a NaN, and not 1, where the angle would be that of (0, 0).
+static inline ArcNorms arc_norms(long double x, long double y) {
+  const long double left = x - 1, right = x + 1, yy = y * y;
+  const long double r = processor_root(right * right + yy);
+  const long double s = processor_root(left * left + yy);
+  return {0.5f * (r + s), r * s};
+}
+
 struct ArcRoots {
   long double sine, cosine;  // a multiple of those of u
   long double growth;        // e^2v - 1
 };
 
-// z is neither infinite nor a NaN, and not 1, where the angle would be that of (0, 0).
-__attribute__((always_inline)) static inline ArcRoots arc_roots(long double x, long double y) {
-  const long double left = x - 1, right = x + 1, yy = y * y;
-  const long double r = processor_root(right * right + yy);
-  const long double s = processor_root(left * left + yy);
-  const long double a = 0.5f * (r + s), m = r * s, q = left * right + yy;
+__attribute__((always_inline)) static inline ArcRoots arc_roots(long double x, long double y,
+                                                                const ArcNorms& norms) {
+  const auto [a, m] = norms;
+  const long double q = (x - 1) * (x + 1) + y * y;
   long double sine, cosine, sinh_v;
   if (q >= 0) {
     sinh_v = processor_root(0.5f * (m + q));
@@ -51,7 +61,7 @@ struct Arc {
 };
 
 static inline Arc arc(long double x, long double y) {
-  const ArcRoots roots = arc_roots(x, y);
+  const ArcRoots roots = arc_roots(x, y, arc_norms(x, y));
   return {roots.sine, roots.cosine, 0.5f * log1p_core(roots.growth)};
 }
 

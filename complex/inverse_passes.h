@@ -112,9 +112,16 @@ struct ArcSteps {
     LogArguments arguments;
     Points points;
     double v[kPass];
+    SplitNumber a[kPass], m[kPass];
+    const auto x = [=](int32_t k) { return __builtin_fabsl(load_extended(re + 2 * k)); };
+    const auto y = [=](int32_t k) { return __builtin_fabsl(load_extended(im + 2 * k)); };
     for (int32_t k = 0; k < count; ++k) {
-      const ArcRoots roots = arc_roots(__builtin_fabsl(load_extended(re + 2 * k)),
-                                       __builtin_fabsl(load_extended(im + 2 * k)));
+      const ArcNorms norms = arc_norms(x(k), y(k));
+      a[k].put(norms.a);
+      m[k].put(norms.m);
+    }
+    for (int32_t k = 0; k < count; ++k) {
+      const ArcRoots roots = arc_roots(x(k), y(k), {a[k].sum(), m[k].sum()});
       arguments.put(k, roots.growth);
       if (kUpper)
         points.put(k, roots.cosine, roots.sine, re[2 * k] < 0);
