@@ -11,12 +11,8 @@
 
 LUX_COMPLEX_BEST(Sqrt, 1_1, sqrt)
 LUX_COMPLEX_PACKED(Sqrt, PackedSqrt)
-LUX_COMPLEX_BEST(Pow, 2_1, pow)
-LUX_KERNEL(Pow, 32fc, A21, 2_1) { return run_packed_powers(src1, src2, 1, dst, len); }
-LUX_KERNEL_ALIAS(Pow, 32fc, A11, 2_1, A21)
-LUX_COMPLEX_BEST(Powx, 2_1_1, pow)
-LUX_KERNEL(Powx, 32fc, A21, 2_1_1) { return run_packed_powers(src, &scalar, 0, dst, len); }
-LUX_KERNEL_ALIAS(Powx, 32fc, A11, 2_1_1, A21)
+LUX_COMPLEX_POWERS(Pow, 2_1, src1, src2, 1)
+LUX_COMPLEX_POWERS(Powx, 2_1_1, src, &scalar, 0)
 LUX_COMPLEX_PASSES(Exp, ExpSteps)
 LUX_COMPLEX_PACKED(Exp, PackedExp)
 LUX_COMPLEX_PASSES(Ln, LnSteps)

@@ -16,6 +16,7 @@
 #define LUX_COMPLEX_PACKED_POWER_H
 
 #include "complex/packed.h"
+#include "complex/power_passes.h"
 
 // z by size, its angle counted from that of the nearest step.
 struct alignas(16) PackedPolar {
@@ -62,81 +63,56 @@ struct alignas(16) SinglePairs {
   }
 };
 
-constexpr float kSign[2] = {1, -1};
+struct PackedPowerSteps {
+  static constexpr int32_t kGroup = 4;
 
-// Powers of kPass numbers within the bounds; the bits of the result tell which are not computed.
-static inline uint32_t packed_powers(const Complex32* from, const Complex32* exponents,
-                                     int32_t stride, Complex32* to) {
-  PackedPolar polar;
-  double log[kPass], angle[kPass];
-  SinglePairs growth, turn;
-  for (int32_t k = 0; k < kPass; k += 4) packed_polar(load_four(from + k), k, &polar);
-  _mm_empty();
-  for (int32_t k = 0; k < kPass; ++k)
-    put(&log[k], 0.5f * quick_log(polar.large[k], polar.small[k], polar.norm[k]));
-  for (int32_t k = 0; k < kPass; ++k) {
-    const bool exchanged = upper_magnitude(&from[k].im) > upper_magnitude(&from[k].re);
-    const int octant = exchanged * kExchanged + (upper_word(&from[k].re) >> 31) * kNegative;
-    const long double size =
-        quick_angle(octant, polar.steps[k], polar.large[k], polar.small[k], polar.tangent[k]);
-    put(&angle[k], size * kSign[upper_word(&from[k].im) >> 31]);
+  static bool is_ordinary(const Complex32& z, const Complex32& w) {
+    constexpr uint32_t kExponentBound = bounds(0, 8).bound;
+    return (kPackedPart.holds(&z.re) & kPackedPart.holds(&z.im)) &&
+           (upper_magnitude(&w.re) < kExponentBound) & (upper_magnitude(&w.im) < kExponentBound) &&
+           (upper_magnitude(&w.im) || !(whole_exponent(widened(w)) || upper_magnitude(&w.re) == 0));
   }
-  for (int32_t k = 0; k < kPass; ++k) {
-    const Complex32& w = exponents[k * stride];
-    growth.put(k, w.re * (long double)log[k] - w.im * (long double)angle[k]);
-    turn.put(k, w.re * (long double)angle[k] + w.im * (long double)log[k]);
+  static Complex32 element(const Complex32& z, const Complex32& w) {
+    return narrowed(complex_pow(widened(z), widened(w)));
   }
-  uint32_t left = 0;
-  for (int32_t k = 0; k < kPass; k += 4) {
-    const __m128 t = _mm_load_ps(growth.high + k), a = _mm_load_ps(turn.high + k);
-    const __m128 inside = _mm_and_ps(_mm_cmplt_ps(magnitude_of(t), all_lanes(40.0f)),
-                                     _mm_cmplt_ps(magnitude_of(a), all_lanes(128.0f)));
-    left |= (_mm_movemask_ps(inside) ^ 15) << k;
-    const __m128 size = packed_exponential(_mm_and_ps(t, inside), 0, _mm_load_ps(growth.low + k));
-    const PackedSineCosine y = packed_sine_cosine(_mm_and_ps(a, inside), _mm_load_ps(turn.low + k));
-    store_four(to + k, {size * y.cosine, size * y.sine});
-  }
-  _mm_empty();
-  return left;
-}
 
-static inline bool has_packed_power(const Complex32& z, const Complex32& w) {
-  constexpr uint32_t kExponentBound = bounds(0, 8).bound;
-  return (kPackedPart.holds(&z.re) & kPackedPart.holds(&z.im)) &&
-         (upper_magnitude(&w.re) < kExponentBound) & (upper_magnitude(&w.im) < kExponentBound) &&
-         (upper_magnitude(&w.im) || !(whole_exponent(widened(w)) || upper_magnitude(&w.re) == 0));
-}
-
-__attribute__((noinline, cold)) static void accurate_powers(const Complex32* from,
-                                                            const Complex32* exponents,
-                                                            int32_t stride, Complex32* to,
-                                                            uint32_t elements) {
-  for (; elements; elements &= elements - 1) {
-    const int32_t k = __builtin_ctz(elements);
-    to[k] = narrowed(complex_pow(widened(from[k]), widened(exponents[k * stride])));
-  }
-}
-
-static inline void power_block(const Complex32* from, const Complex32* exponents, int32_t stride,
-                               Complex32* to, int32_t count) {
-  alignas(16) Complex32 bases[kPass], powers[kPass], result[kPass];
-  const uint32_t all = (2u << (count - 1)) - 1;
-  uint32_t accurate = 0;
-  for (int32_t k = 0; k < count; ++k)
-    accurate |= uint32_t(!has_packed_power(from[k], exponents[k * stride])) << k;
-  if (__builtin_expect(accurate == 0 && count == kPass, true)) {
-    accurate = packed_powers(from, exponents, stride, result);
-  } else if (accurate != all) {
-    for (int32_t k = 0; k < kPass; ++k) {
-      const bool packed = k < count && !(accurate >> k & 1);
-      bases[k] = packed ? from[k] : Complex32{1, 1};
-      powers[k] = packed ? exponents[k * stride] : Complex32{1, 1};
+  static uint32_t passes(const PowerBlock<Complex32>& block, Complex32* to) {
+    static const float signs[2] = {1, -1};
+    const Complex32* const from = block.base;
+    PackedPolar polar;
+    double log[kPass], angle[kPass];
+    SinglePairs growth, turn;
+    for (int32_t k = 0; k < block.count; k += 4) packed_polar(load_four(from + k), k, &polar);
+    _mm_empty();
+    for (int32_t k = 0; k < block.count; ++k)
+      put(&log[k], 0.5f * quick_log(polar.large[k], polar.small[k], polar.norm[k]));
+    for (int32_t k = 0; k < block.count; ++k) {
+      const bool exchanged = upper_magnitude(&from[k].im) > upper_magnitude(&from[k].re);
+      const int octant = exchanged * kExchanged + (upper_word(&from[k].re) >> 31) * kNegative;
+      const long double size =
+          quick_angle(octant, polar.steps[k], polar.large[k], polar.small[k], polar.tangent[k]);
+      put(&angle[k], size * signs[upper_word(&from[k].im) >> 31]);
     }
-    accurate |= packed_powers(bases, powers, 1, result) & all;
+    for (int32_t k = 0; k < block.count; ++k) {
+      const Complex32& w = block.w(k);
+      growth.put(k, w.re * (long double)log[k] - w.im * (long double)angle[k]);
+      turn.put(k, w.re * (long double)angle[k] + w.im * (long double)log[k]);
+    }
+    uint32_t left = 0;
+    for (int32_t k = 0; k < block.count; k += 4) {
+      const __m128 t = _mm_load_ps(growth.high + k), a = _mm_load_ps(turn.high + k);
+      const __m128 inside = _mm_and_ps(_mm_cmplt_ps(magnitude_of(t), all_lanes(40.0f)),
+                                       _mm_cmplt_ps(magnitude_of(a), all_lanes(128.0f)));
+      left |= (_mm_movemask_ps(inside) ^ 15) << k;
+      const __m128 size = packed_exponential(_mm_and_ps(t, inside), 0, _mm_load_ps(growth.low + k));
+      const PackedSineCosine y =
+          packed_sine_cosine(_mm_and_ps(a, inside), _mm_load_ps(turn.low + k));
+      store_four(to + k, {size * y.cosine, size * y.sine});
+    }
+    _mm_empty();
+    return left;
   }
-  if (__builtin_expect(accurate, 0)) accurate_powers(from, exponents, stride, result, accurate);
-  store_block(to, result, count);
-}
+};
 
 // The exponents stand beside each other, or there is one.
 static inline Status run_packed_powers(const Lux32fc* src, const Lux32fc* exponents, int32_t stride,
@@ -144,13 +120,23 @@ static inline Status run_packed_powers(const Lux32fc* src, const Lux32fc* expone
   if (len < 1) return LUX_BAD_LENGTH;
   if (!src || !exponents || !dst) return LUX_NULL_POINTER;
   const BothNearest<X87_EXTENDED> control;
-  for (int32_t i = 0, count; i < len; i += count) {
-    count = len - i < kPass ? len - i : kPass;
-    power_block(&in_memory(src + i), &in_memory(exponents + i * stride), stride,
-                &in_memory(dst + i), count);
+  for (int32_t i = 0; i < len; i += kPass) {
+    const int32_t count = len - i < kPass ? len - i : kPass;
+    power_block<PackedPowerSteps, Complex32>(
+        {&in_memory(src + i), &in_memory(exponents + i * stride), stride, count},
+        &in_memory(dst + i));
   }
   control.leave();
   return LUX_OK;
 }
+
+#define LUX_COMPLEX_POWERS(family, shape, bases, exponents, stride)                               \
+  LUX_KERNEL(family, 64fc, A53, shape) { return run_powers(bases, exponents, stride, dst, len); } \
+  LUX_KERNEL_ALIAS(family, 64fc, A50, shape, A53)                                                 \
+  LUX_KERNEL(family, 32fc, A24, shape) { return run_powers(bases, exponents, stride, dst, len); } \
+  LUX_KERNEL(family, 32fc, A21, shape) {                                                          \
+    return run_packed_powers(bases, exponents, stride, dst, len);                                 \
+  }                                                                                               \
+  LUX_KERNEL_ALIAS(family, 32fc, A11, shape, A21)
 
 #endif
