@@ -53,6 +53,8 @@ struct Points {
 // atan takes the parts exchanged and gives them so: each sign that the turn changes is changed back.
 template <bool kTurned, Complex64 (*kElement)(const Complex64&)>
 struct InverseTangentSteps {
+  static constexpr int32_t kFew = 3;
+
   // Also away from the pole, where 4x over the norm becomes large.
   static bool is_ordinary(const Complex64& z) {
     const uint32_t x = upper_magnitude(kTurned ? &z.im : &z.re);
@@ -95,6 +97,8 @@ enum class Arcs { kSine, kCosine, kHyperbolicCosine };
 // kTurned: asinh, which takes the parts exchanged and gives them so.
 template <Arcs kArc, bool kTurned, Complex64 (*kElement)(const Complex64&)>
 struct ArcSteps {
+  static constexpr int32_t kFew = 1;
+
   // Up to 2^55 the growth has a logarithm in the moderate range. 1 has no angle.
   static bool is_ordinary(const Complex64& z) {
     const DoubleInMemory &x = kTurned ? z.im : z.re, &y = kTurned ? z.re : z.im;

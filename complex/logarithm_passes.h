@@ -30,6 +30,8 @@ static inline long double norm_of(const Complex64& z) {
 
 template <Complex64 (*kElement)(const Complex64&), const long double& kHalf>
 struct LogSteps {
+  static constexpr int32_t kFew = 1;
+
   static bool is_ordinary(const Complex64& z) { return has_short_log(z); }
   static Complex64 element(const Complex64& z) { return kElement(z); }
 

@@ -269,7 +269,7 @@ __attribute__((always_inline)) static inline void packed_block(const Complex32* 
     accurate |= uint32_t(!(Steps::kRe.holds(&from[k].re) & Steps::kIm.holds(&from[k].im))) << k;
   const Complex32* packed = from;
   if (__builtin_expect(accurate || count < kPass, false)) {
-    for (int32_t k = 0; k < kPass; ++k)
+    for (int32_t k = 0; k < ((count + 3) & -4); ++k)
       if (k < count && !(accurate >> k & 1))
         store_words(&apart[k], load_words(&from[k]));
       else

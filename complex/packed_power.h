@@ -64,7 +64,7 @@ struct alignas(16) SinglePairs {
 };
 
 struct PackedPowerSteps {
-  static constexpr int32_t kGroup = 4;
+  static constexpr int32_t kGroup = 4, kFew = 0;
 
   static bool is_ordinary(const Complex32& z, const Complex32& w) {
     constexpr uint32_t kExponentBound = bounds(0, 8).bound;

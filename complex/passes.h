@@ -61,10 +61,14 @@ static inline void widen(const Complex32& from, Complex64* to) {
 }
 
 // Steps::is_ordinary tells, without branches, which elements `passes` takes; `element` takes the
-// others.
+// others, and all where there are no more than Steps::kFew: they do not wait for one another long.
 template <class Steps>
 __attribute__((always_inline)) static inline void block_passes(const Complex64* from, Complex64* to,
                                                                int32_t count) {
+  if (__builtin_expect(count <= Steps::kFew, false)) {
+    for (int32_t k = 0; k < count; ++k) to[k] = Steps::element(from[k]);
+    return;
+  }
   bool ordinary = true;
   for (int32_t k = 0; k < count; ++k) ordinary &= Steps::is_ordinary(from[k]);
   if (__builtin_expect(ordinary, true))
@@ -105,6 +109,7 @@ static inline Status run_passes(const Lux32fc* src, Lux32fc* dst, int32_t len) {
 // One element after the other.
 template <Complex64 (*kElement)(const Complex64&)>
 struct ElementSteps {
+  static constexpr int32_t kFew = 0;
   static bool is_ordinary(const Complex64&) { return true; }
   static Complex64 element(const Complex64& z) { return kElement(z); }
   static void passes(const Complex64* from, Complex64* to, int32_t count) {
@@ -112,7 +117,7 @@ struct ElementSteps {
   }
 };
 
-// A family brings is_ordinary, element and passes.
+// A family brings kFew, is_ordinary, element and passes.
 #define LUX_COMPLEX_PASSES(family, steps)                                         \
   LUX_KERNEL(family, 64fc, A53, 1_1) { return run_passes<steps>(src, dst, len); } \
   LUX_KERNEL_ALIAS(family, 64fc, A50, 1_1, A53)                                   \

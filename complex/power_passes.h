@@ -26,6 +26,10 @@ static inline void copy_bits(Complex32* to, const Complex32& from) {
 // those that it leaves to `element` all the same.
 template <class Steps, class Number>
 static inline void power_block(const PowerBlock<Number>& block, Number* to) {
+  if (__builtin_expect(block.count <= Steps::kFew, false)) {
+    for (int32_t k = 0; k < block.count; ++k) to[k] = Steps::element(block.base[k], block.w(k));
+    return;
+  }
   alignas(16) Number base[kPass], exponent[kPass], result[kPass];
   const uint32_t all = (2u << (block.count - 1)) - 1;
   uint32_t apart = 0;
@@ -46,13 +50,13 @@ static inline void power_block(const PowerBlock<Number>& block, Number* to) {
   }
   for (; __builtin_expect(apart, 0); apart &= apart - 1) {
     const int32_t k = __builtin_ctz(apart);
-    copy_bits(&result[k], Steps::element(block.base[k], block.w(k)));
+    result[k] = Steps::element(block.base[k], block.w(k));
   }
   for (int32_t k = 0; k < block.count; ++k) copy_bits(&to[k], result[k]);
 }
 
 struct PowerSteps {
-  static constexpr int32_t kGroup = 1;
+  static constexpr int32_t kGroup = 1, kFew = 2;
 
   // Parts of z are 0 or of 2^-60 to 2^60, those of w 0 or of 2^-60 to 32.
   static bool is_ordinary(const Complex64& z, const Complex64& w) {

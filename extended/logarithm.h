@@ -68,7 +68,7 @@ __attribute__((always_inline)) static inline long double log1p_near(long double 
 }
 
 // The same for x > -1, finite.
-static inline long double log1p_core(long double x) {
+__attribute__((always_inline)) static inline long double log1p_core(long double x) {
   const long double sum = 1.0f + x;
   if (__builtin_expect(!is_moderate(sum), false)) return log_far(sum);  // x is the sum
   return log1p_near(x, log_place(store_f32(float(sum))));
