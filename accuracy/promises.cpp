@@ -24,12 +24,14 @@ constexpr struct {
 
 Accuracy guarantee(const Function& function) {
   if (!function.graded()) return EXACT;
+  const Accuracy lower = function.grade == "A11" ? BITS(11) : BITS(21);
+  const bool is_lower = function.grade == "A11" || function.grade == "A21";
   for (const auto& row : kExceptions)
-    if (function.is(row.family, row.type)) return row.accuracy;
-  if (function.grade == "A11") return BITS(11);
-  if (function.grade == "A21") return BITS(21);
-  if (function.grade == "A50") return ULP(4);
-  return ULP(1);
+    if (function.is(row.family, row.type))
+      return is_lower && row.accuracy.kind == Accuracy::kNormwiseBits ? NORMWISE(lower.value)
+                                                                      : row.accuracy;
+  if (is_lower) return lower;
+  return function.grade == "A50" ? ULP(4) : ULP(1);
 }
 
 bool within(const Statistics& statistics, const Accuracy& bound) {

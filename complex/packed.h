@@ -69,7 +69,10 @@ static inline __m128 packed_sine_near(__m128 y, __m128 multiple, __m128 m, auto.
   const __m128 r =
       ((((y - multiple * kPi[0]) - multiple * kPi[1]) - multiple * kPi[2]) + ... + low);
   const __m128 odd = m - 2.0f * nearest_whole(m * 0.5f);  // 0, 1 or -1
-  return with_tail<kSineTail>(r, r * r) * (1.0f - 2.0f * (odd * odd));
+  // Only with a lower part can r be so small that the tail would be subnormal.
+  const __m128 square = r * r;
+  const __m128 counted = sizeof...(low) ? _mm_max_ps(square, all_lanes(0x1p-60f)) : square;
+  return with_tail<kSineTail>(r, counted) * (1.0f - 2.0f * (odd * odd));
 }
 
 struct PackedSineCosine {

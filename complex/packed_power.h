@@ -53,11 +53,13 @@ static inline long double quick_angle(int octant, int32_t j, long double large, 
   return table.angle[octant][j].high + (s + s * s * s * table.quick[0]);
 }
 
-// x in two singles.
+// x in two singles, as a multiple of 2^-51, |x| < 2048: neither is a subnormal number.
 struct alignas(16) SinglePairs {
   float high[kPass], low[kPass];
 
   void put(int32_t k, long double x) {
+    constexpr float kShifter = 0x1.8p12f;
+    x = (x + kShifter) - kShifter;
     ::put_copy(&high[k], x);
     ::put(&low[k], x - high[k]);
   }
