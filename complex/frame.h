@@ -73,11 +73,6 @@ static inline Complex32 narrowed(Complex64 z) {
   LUX_COMPLEX_KERNEL(family, 32fc, A24, shape,                              \
                      [](const auto&... z) { return narrowed(complex_##name(widened(z)...)); })
 
-#define LUX_COMPLEX_KERNELS(family, shape, name)  \
-  LUX_COMPLEX_BEST(family, shape, name)           \
-  LUX_KERNEL_ALIAS(family, 32fc, A21, shape, A24) \
-  LUX_KERNEL_ALIAS(family, 32fc, A11, shape, A24)
-
 #define LUX_COMPLEX_KERNEL(family, type, grade, shape, ...)         \
   LUX_KERNEL(family, type, grade, shape) {                          \
     return run_complex_##shape(LUX_ARGS_##shape, len, __VA_ARGS__); \
