@@ -9,7 +9,7 @@
 #include "complex/packed_inverse.h"
 #include "complex/packed_power.h"
 
-LUX_COMPLEX_BEST(Sqrt, 1_1, sqrt)
+LUX_COMPLEX_BEST(Sqrt, sqrt)
 LUX_COMPLEX_PACKED(Sqrt, PackedSqrt)
 LUX_COMPLEX_POWERS(Pow, 2_1, src1, src2, 1)
 LUX_COMPLEX_POWERS(Powx, 2_1_1, src, &scalar, 0)
