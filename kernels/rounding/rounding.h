@@ -7,7 +7,8 @@
 //             other directions
 //   doubles   blocks of four on the x87 unit: adding 1.5 2^63 rounds in the direction of the control
 //             word; blocks that hold magnitudes from 2^57 on, infinities or NaNs, and the rest of an
-//             array, one by one on bit patterns
+//             array, one by one on bit patterns; an integer part beside a fraction is cut by a mask,
+//             and the unit subtracts it
 //
 // Every result has the sign bit of its argument.
 #ifndef LUX_KERNELS_ROUNDING_ROUNDING_H
@@ -29,8 +30,7 @@ struct FractionMasks {
   static constexpr int kLast = 57;
   uint64_t of[kLast + 3];
   constexpr FractionMasks() : of{F::kSign - 1, F::kSign - 1} {
-    for (int e = 0; e <= kLast; ++e)
-      of[e + 2] = ((uint64_t(1) << F::kFractionBits) - 1) >> e;
+    for (int e = 0; e <= kLast; ++e) of[e + 2] = ((uint64_t(1) << F::kFractionBits) - 1) >> e;
   }
 
   // Only for magnitudes below 2^57, which have these upper words.
