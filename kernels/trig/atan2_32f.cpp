@@ -50,9 +50,12 @@ __attribute__((noinline, cold)) static float special_angle(uint32_t y, uint32_t 
     u = 1;
   else if (d != Format<float>::kInf && n != 0)
     u = double(smaller) / larger;
-  store_bits(&cell, Grid<512>::kBits + uint32_t(int32_t(u * 512 + 0.5)));
+  store_bits(&cell, Grid<kCells>::kBits + uint32_t(int32_t(u * kCells + 0.5)));
   store_bits(&word, (y & Format<float>::kSign) | uint32_t(swapped) << 30 | (x >> 31) << 29);
-  return store_f32(inverse(kQuadratic, kCases, u, &cell, &word));
+  double result;
+  float nearest;
+  inverse<kCells>(kQuadratic, kCases, u, &cell, &word, &result, &nearest);
+  return nearest;
 }
 
 // What a smaller magnitude may be raised to, beside d, without a change of angles of pi/2 or pi
@@ -103,7 +106,8 @@ static inline void block(const float* y, const float* x, float* dst) {
   const Point p = load_point<kCount>(y, x);
   const __m128 words = _mm_or_ps(sign_of(p.y), _mm_and_ps(is_left(p), all_lanes(kLeftBit)));
   const __m128 n = _mm_max_ps(p.ratio.n, least_beside(p.ratio.d));
-  arctangent_block<kCount>(kCases, p.ratio, n / p.ratio.d, words, dst);
+  double result[kCount];
+  arctangent_block(kCases, p.ratio, n / p.ratio.d, words, result, dst);
 }
 
 template <const auto& kP, int kCount, bool kIsModerate>
