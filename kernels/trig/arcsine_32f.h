@@ -6,7 +6,7 @@
 //   beyond       u = sqrt(z), z = (1 - |x|)/2 exactly, for asin |x| = pi/2 - 2 asin u
 //
 // A24: the root in two parts, packed: s = h + t is the rounded root, h its leading 12 bits, so that
-// r = z - h^2 - 2 h t - t^2 has no rounding, and s + r / (2 s) is sqrt z but for 2^-46. The rest goes
+// r = z - h^2 - 2 h t - t^2 has no rounding, and s + r (1/2 / s) is sqrt z but for 2^-46. The rest goes
 // through the x87 unit. A21 and A11 stay packed, with the plain root; an arcsine below 2^-12 passes as it is,
 // so that nothing depends on how the processor treats subnormal operands.
 #ifndef LUX_KERNELS_TRIG_ARCSINE_32F_H
@@ -38,12 +38,12 @@ static inline void arcsine_block(const float* src, float* dst) {
   double y[kCount];
   const __m128 x = load_elements<kCount>(src);
   const Folded f = fold(x);
+  const __m128 half = all_lanes(0.5f) / _mm_max_ps(f.root, all_lanes(0x1p-60f));  // not 1/0
   const __m128 h = leading_half(f.root), t = f.root - h, ht = h * t;
   const __m128 rest = f.z - h * h - (ht + ht) - t * t;
-  const __m128 twice = _mm_max_ps(f.root + f.root, all_lanes(0x1p-60f));  // no 0/0
   _mm_store_ps(argument, x);
   _mm_store_ps(high, select(f.mask, f.root, f.a));
-  _mm_store_ps(low, _mm_and_ps(f.mask, rest / twice));
+  _mm_store_ps(low, _mm_and_ps(f.mask, rest * half));
   _mm_store_ps(cell, shifted_to_grid<kCells>(select(f.mask, f.root, f.a)));
   _mm_store_ps(word, _mm_or_ps(sign_of(x), _mm_and_ps(f.mask, all_lanes(kFoldedBit))));
 #pragma GCC unroll 4
