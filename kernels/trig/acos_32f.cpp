@@ -23,7 +23,7 @@ static inline __m128 combine(__m128 x, const Folded& f, __m128 y, bool) {
 }
 
 LUX_DOUBLE_KERNEL(Acos);
-static constexpr Listed kListed[] = {{}};
+static constexpr Listed kListed[] = {{0x328885A3, 0x3FC90FDB}, {0x39826222, 0x3FC907B5}, {}};
 
 LUX_KERNEL(Acos, 32f, A24, 1_1) {
   return arcsine_a24<kCases, by_double<_noxomp_luxsAcos_64f_A53, kListed>>(src, dst, len);

@@ -33,7 +33,7 @@ static inline Status arctangent(const float* src, float* dst, int32_t len, Block
 constexpr float kSmallest = 0x1p-30f, kLargest = 0x1p+30f;
 
 LUX_DOUBLE_KERNEL(Atan);
-static constexpr Listed kListed[] = {{}};
+static constexpr Listed kListed[] = {{0x3D8D6B23, 0x3D8D31C3}, {0xBD8D6B23, 0xBD8D31C3}, {}};
 
 template <int kCount>
 static inline void block(const float* src, float* dst) {
