@@ -374,6 +374,34 @@ TEST(Gates, OfAllSinglesNoticeEachFault) {
   EXPECT_EQ(exhaustion.statistics[1].worst[0].argument[0], 0x3F812345u);
 }
 
+// One wrong result among those of two slices: in the last place, where exact values come from a curve,
+// and where a whole block is a NaN.
+TEST(Gates, OfAllSinglesBreakThePromiseOfTheNearestNumber) {
+  const struct {
+    Fault fault;
+    uint64_t not_nearest, mismatches;
+  } rows[] = {
+      {sound, 0, 0},
+      {[](Element& e) { e.result[0] ^= e.argument == 0x3F012345; }, 1, 0},
+      {[](Element& e) { e.result[0] &= e.argument == 0x40012345 ? 0 : ~0u; }, 0, 1},
+  };
+  std::vector<Function> functions;
+  for (const auto& row : rows)
+    functions.push_back(with_fault(int(functions.size()), named("luxsAsin_32f_A24"), row.fault));
+  std::vector<const Function*> all;
+  for (const Function& f : functions) all.push_back(&f);
+  bench::Exhaustion exhaustion;
+  exhaustion.done.assign(bench::Exhaustion::kSlices, true);
+  exhaustion.done[0x3F012345u >> 22] = exhaustion.done[0x40012345u >> 22] = false;
+  bench::exhaust(all, exhaustion, 2, nullptr, nullptr, kGoOn);
+  for (size_t i = 0; i < all.size(); ++i) {
+    const Statistics& s = exhaustion.statistics[i];
+    EXPECT_EQ(s.not_nearest, rows[i].not_nearest) << i;
+    EXPECT_EQ(s.mismatches, rows[i].mismatches) << i;
+    EXPECT_EQ(bench::within(s, bench::guarantee(*all[i])), i == 0) << i;
+  }
+}
+
 // One last place beside the correctly rounded quotients.
 TEST(Gates, CountWhatIsNotTheNearestNumber) {
   const Function& sound = named("luxsDiv_32f_A24");
@@ -396,6 +424,7 @@ TEST(Gates, ComparePromisesOfEachKind) {
     Accuracy bound;
     double ulp, relative, normwise;
     bool within;
+    uint64_t not_nearest = 0;
   } rows[] = {
       {{Accuracy::kUlp, 1}, 1.00004, 9, 9, true},
       {{Accuracy::kUlp, 1}, 1.00006, 0, 0, false},
@@ -403,6 +432,8 @@ TEST(Gates, ComparePromisesOfEachKind) {
       {{Accuracy::kRelativeBits, 21}, 0, above, 0, false},
       {{Accuracy::kNormwiseBits, 21}, 9, 9, 0x1p-21, true},
       {{Accuracy::kNormwiseBits, 21}, 0, 0, above, false},
+      {{Accuracy::kNearest, 0.5}, 0.5, 9, 9, true},
+      {{Accuracy::kNearest, 0.5}, 0.5, 0, 0, false, 1},
       {{Accuracy::kExact, 0}, 0, 9, 9, true},
       {{Accuracy::kExact, 0}, 0x1p-20, 0, 0, false},
   };
@@ -411,6 +442,7 @@ TEST(Gates, ComparePromisesOfEachKind) {
     s.worst = {{{}, 0, 0, row.ulp}};
     s.max_relative = row.relative;
     s.max_normwise = row.normwise;
+    s.not_nearest = row.not_nearest;
     EXPECT_EQ(bench::within(s, row.bound), row.within) << &row - rows;
     s.mismatches = 1;
     EXPECT_FALSE(bench::within(s, row.bound)) << &row - rows;
@@ -418,6 +450,7 @@ TEST(Gates, ComparePromisesOfEachKind) {
   for (const auto& [name, promise] : {std::pair{"luxsExp_32f_A11", "2^-11"},
                                       {"luxsExp_32f_A21", "2^-21"},
                                       {"luxsExp_32f_A24", "1 ulp"},
+                                      {"luxsAsin_32f_A24", "0.5 ulp"},
                                       {"luxsExp_64f_A50", "4 ulp"},
                                       {"luxsExp_64f_A53", "1 ulp"},
                                       {"luxsPow_64fc_A53", "2^-52 normwise"},
