@@ -3,15 +3,18 @@
 // Powers of single-precision arrays: what Pow and Powx share; they differ in where the exponent
 // stands.
 //
-// A24, on the x87 unit at 53-bit precision:
+// A24, correctly rounded, on the x87 unit at 53-bit precision:
 //
-//   x = 2^e m, 1 <= m < 2, i = round(256 (m - 1)), z = m R[i] - 1 exactly, |z| <= 2^-9,
-//   log2 x = z Q(z) + log2(1/R[i]) + e,  t = y log2 x,
-//   k = round(256 t), r = t - k/256, 2^t = 2^floor(k/256) T[k mod 256] ((r + D1) r + D0).
+//   x = 2^e m, 1 <= m < 2, i = round(512 (m - 1)), z = m R[i] - 1 exactly, |z| <= 2^-10,
+//   log2 x = z Q(z) - log2 R[i] + e,  t = y log2 x,
+//   k = round(512 t), r = t - k/512, 2^t = 2^floor(k/512) T[k mod 512] ((r + D1) r + D0).
 //
-//   R[0] = 1 and R[256] = 1/2, so that nothing cancels next to 1 and the logarithm keeps its
-//   relative error, 3.7e-13 by Q. At |t| <= 150 that is 4e-11 of the power; the quadratic adds
-//   1.1e-10, and 2^-33 is 0.002 ulp. Powers of two come out exact.
+//   R[0] = 1, and from sqrt(2) on, cell 212, the table has log2 R + 1 with an exponent of one more,
+//   so that nothing cancels next to 1 and the logarithm keeps its relative error: 2.28e-14 by Q and
+//   four roundings, 2.35e-14. At |t| <= 160 that is 2.6e-12 of the power, t's rounding 1.3e-14; the
+//   quadratic adds 1.294e-11, the last products 4e-16: 1.56e-11 together. kMargin allows 1.68e-11,
+//   so that one power of 1771 is undecided and goes to nearest_power.cpp. Powers of two come out
+//   exact.
 //
 // A21, packed single precision:
 //
@@ -30,18 +33,18 @@
 //                       |t| < 125, since an error of t must not lift a subnormal result. A larger y
 //                       only lets |x| = 1 through, and its products overflow. Signs of negative
 //                       bases with whole exponents are put on the stored results.
-//   others              in every grade by the doubles of A24, for all of a block together, and where
-//                       their error leaves the nearest single open by pow_extended.h
+//   others              in every grade the nearest single, by the doubles of A24 for all of a block
+//                       together
 //
-// Worst errors found: A24 0.5017 ulp at (0x3E6D0512, 0x41270251); relative A21 2^-22.0, A11 2^-15.0
-// (sampled).
+// Worst errors found, relative: A21 2^-22.0, A11 2^-15.0 (sampled).
 #ifndef LUX_KERNELS_EXPLOG_POW_32F_H
 #define LUX_KERNELS_EXPLOG_POW_32F_H
 
 #include "kernels/grid.h"
 #include "kernels/lanes.h"
-#include "kernels/explog/generated/pow_32f_table.h"  // static_const_table
-#include "kernels/explog/pow_extended.h"
+#include "kernels/nearest_32f.h"
+#include "kernels/explog/generated/pow_32f_table.h"  // static_const_table, kHalvedCell
+#include "kernels/explog/nearest_power.h"
 #include "kernels/explog/pow_special.h"
 
 constexpr int32_t kBlock = 8;
@@ -57,17 +60,21 @@ constexpr uint32_t kSurelyBeyond = 0x40640000;   // 160
 
 // ---- x87
 
+// In a power's last places as a double, of which it has at most 2^53.
+constexpr uint32_t kMargin = 0x25000;
+
 // Of m times 2^(exponent field of `bits` - 127); m and `bits` have one fraction.
 static inline double log2_of(float m, uint32_t bits) {
   const auto& table = static_const_table;
-  const auto& cell = table.cell[((bits & Format<float>::kFraction) + 0x4000) >> 15];
+  constexpr uint32_t kHalfCell = 0x2000, kUp = 0x800000 - ((kHalvedCell << 14) - kHalfCell);
+  const auto& cell = table.cell[((bits & Format<float>::kFraction) + kHalfCell) >> 14];
   const double z = m * cell.reciprocal - 1.0f;
   return (((table.q[3] * z + table.q[2]) * z + table.q[1]) * z + table.q[0]) * z +
-         (cell.log2 + table.exponent[bits >> 23]);
+         (cell.log2 + table.exponent[(bits + kUp) >> 23]);
 }
 
 struct Power {
-  double value;  // to be multiplied by 2^floor(k/256)
+  double value;  // to be multiplied by 2^floor(k/512)
   int32_t k;
 };
 
@@ -78,14 +85,13 @@ static inline Power exp2_of(double t) {
   put_copy(&grid, u);
   const int32_t k = int32_t(load_words(&grid).lower);
   const double r = t - (u - table.shifter);
-  return {((r + table.d1) * r + table.d0) * table.power[k & 255], k};
+  return {((r + table.d1) * r + table.d0) * table.power[k & 511], k};
 }
 
 // Powers of magnitudes.
 template <int kCount>
 struct Powers {
   double t[kCount];
-  uint32_t plain[kCount];    // by the table alone, where |t| < 126
   uint32_t nearest[kCount];  // infinity and zero included
 };
 
@@ -95,24 +101,13 @@ struct KnownPower {
   uint32_t operator()(const float*, const float*) const { return power; }
 };
 
-// The nearest single where the doubles leave it open.
-static uint32_t extended_nearest(const float* x, const float* y) {
-  double base, exponent;
-  put(&base, load_extended(x));  // a copy of a subnormal single would trap where underflow does
-  put(&exponent, load_extended(y));
-  const X87Nearest<X87_EXTENDED> control;
-  const float power = store_f32(float(extended_pow(&base, &exponent)));
-  control.leave();
-  return load_bits(&power);
-}
-
 // Where an operand is a NaN, infinite or a base 0, 1 takes its place, and where the power has no real
 // value: what comes out for such an element means nothing, and no flag is raised for it.
 template <int kCount, class Exponent>
 __attribute__((noinline)) static void finite_powers(const float* x, Exponent y, int32_t i,
                                                     Powers<kCount>* powers) {
   constexpr uint32_t kInf = Format<float>::kInf, kOne = Format<float>::kOne;
-  constexpr float kError = 0x1p-32f;  // of a power with |t| <= 160
+  constexpr float kError = kMargin * 0x1p-53f;
   float base[kCount], exponent[kCount], above[kCount], below[kCount];
   for (int lane = 0; lane < kCount; ++lane) {
     const float* const y_lane = y.at(i + lane);
@@ -138,12 +133,10 @@ __attribute__((noinline)) static void finite_powers(const float* x, Exponent y, 
     if (!all_below<1>(&t, kSurelyBeyond)) t = sign_bit(upper_word(&t)) ? -160 : 160;
   for (int lane = 0; lane < kCount; ++lane) {
     const Power power = exp2_of(powers->t[lane]);
-    const int32_t n = power.k >> 8;
+    const int32_t n = power.k >> 9;
     float some, others;
     store_bits(&some, uint32_t((n >> 1) + 127) << 23);
     store_bits(&others, uint32_t(n - (n >> 1) + 127) << 23);
-    const float plain = store_f32(float(power.value));
-    powers->plain[lane] = load_bits(&plain) + (uint32_t(n) << 23);
     const double value = power.value * some * others;
     above[lane] = float(value + value * kError);
     below[lane] = float(value - value * kError);
@@ -152,7 +145,25 @@ __attribute__((noinline)) static void finite_powers(const float* x, Exponent y, 
     const uint32_t nearest = load_bits(above + lane);
     powers->nearest[lane] = nearest == load_bits(below + lane)
                                 ? nearest
-                                : extended_nearest(base + lane, exponent + lane);
+                                : noxs_nearest_power(base + lane, exponent + lane);
+  }
+}
+
+// Powers in [1, 2), rounded, and what is to be added to their patterns.
+struct Rounded {
+  float value;
+  uint32_t addend;
+};
+
+template <uint32_t kMargin, int kCount, class Exponent>
+__attribute__((noinline, cold)) static void settle(const float* x, Exponent y, int32_t i,
+                                                   const uint32_t* sign,
+                                                   const double (&value)[kCount],
+                                                   Rounded (&rounded)[kCount]) {
+  for (int lane = 0; lane < kCount; ++lane) {
+    if (!is_undecided<kMargin>(value + lane)) continue;
+    store_bits(&rounded[lane].value, noxs_nearest_power(x + i + lane, y.at(i + lane)));
+    rounded[lane].addend = sign[lane];
   }
 }
 
@@ -161,7 +172,8 @@ template <int kCount, class Exponent>
 static inline bool x87_ordinary(const float* x, Exponent y, float* dst, int32_t i,
                                 const uint32_t* sign) {
   alignas(16) float m[kBlock];
-  double t[kCount];
+  double t[kCount], value[kCount];
+  Rounded rounded[kCount];
   for (int lane = 0; lane < kCount; lane += 4)
     _mm_store_ps(m + lane,
                  significand_of(kCount == 1 ? load_lane(x + i) : load_lanes(x + i + lane)));
@@ -172,13 +184,18 @@ static inline bool x87_ordinary(const float* x, Exponent y, float* dst, int32_t 
 #pragma GCC unroll 8
   for (int lane = 0; lane < kCount; ++lane) {
     const Power power = exp2_of(t[lane]);
-    const float value = store_f32(float(power.value));
-    store_bits(dst + i + lane, load_bits(&value) + (uint32_t(power.k >> 8) << 23) + sign[lane]);
+    put_copy(value + lane, power.value);
+    put(&rounded[lane].value, power.value);
+    rounded[lane].addend = (uint32_t(power.k >> 9) << 23) + sign[lane];
   }
+  if (any_undecided<kMargin>(value)) settle<kMargin>(x, y, i, sign, value, rounded);
+#pragma GCC unroll 8
+  for (int lane = 0; lane < kCount; ++lane)
+    store_bits(dst + i + lane, load_bits(&rounded[lane].value) + rounded[lane].addend);
   return true;
 }
 
-// The step for one element. ordinary(i, t, plain) stores one that is computed as in a block, perhaps
+// The step for one element. ordinary(i, t, nearest) stores one that is computed as in a block, perhaps
 // with what is known of it; a block that has others is computed once more at its first element,
 // before any is stored.
 template <class Exponent, class Ordinary>
@@ -193,7 +210,7 @@ struct OneElement {
     const int lane = i % kBlock;
     const bool in_block = i < whole;
     if (in_block && lane == 0) finite_powers(arrays.src1, y, i, block);
-    if (ordinary(i, in_block ? block->t + lane : nullptr, block->plain + lane)) return;
+    if (ordinary(i, in_block ? block->t + lane : nullptr, block->nearest + lane)) return;
     Powers<1> alone;
     if (!in_block) finite_powers(arrays.src1, y, i, &alone);
     const uint32_t power = in_block ? block->nearest[lane] : alone.nearest[0];
@@ -226,13 +243,13 @@ static Status pow_x87(const Arrays<float>& arrays, Exponent y, int32_t len) {
   Powers<kBlock> block;
   return run_kernel<X87Nearest<X87_DOUBLE>, kBlock>(
       arrays, len, [=](int32_t i, int32_t last) { return x87_blocks(x, y, dst, i, last); },
-      one_element(arrays, y, len, &block, [=](int32_t i, const double* t, const uint32_t* plain) {
+      one_element(arrays, y, len, &block, [=](int32_t i, const double* t, const uint32_t* nearest) {
         uint32_t own;
         const uint32_t* const sign = signs_in_domain<1, too_large>(x, y, i, &own);
         if (!sign) return false;
         if (!t) return x87_ordinary<1>(x, y, dst, i, sign);
         if (!all_below<1>(t, kNormalResults)) return false;
-        store_bits(dst + i, *plain + *sign);
+        store_bits(dst + i, *nearest + *sign);
         return true;
       }));
 }
