@@ -31,11 +31,11 @@ constexpr uint32_t kFoldedBit = 0x40000000;
 static inline __m128 cells_of(__m128 u) { return shifted_to_grid<512>(u); }
 
 template <class Quadratic>
-static inline float inverse(const Quadratic* table, const Cases& cases, double u, const float* cell,
-                            const float* word) {
+static inline double inverse(const Quadratic* table, const Cases& cases, double u,
+                             const float* cell, const float* word) {
   const Quadratic& q = table[Grid<512>::index(cell)];
   const Case& c = cases[load_bits(word) >> 29];
-  return float(((q.c2 * u + q.c1) * u + q.c0) * u * c.factor + c.constant);
+  return ((q.c2 * u + q.c1) * u + q.c0) * u * c.factor + c.constant;
 }
 
 // u + u^3 P(z), z = u^2.
