@@ -2,9 +2,10 @@
 //
 // The single nearest to a power, where doubles leave it open:
 //
-//   by pow_extended.h   off by at most 2^-61.9 of the power, 2^-60 allowed: one of 2^35 is left open
 //   short powers        which are numbers of 25 bits, among them every middle of two singles: the
-//                       extended power is rounded to it
+//                       double, off by less than 2^-35 of it, is rounded to 26 bits
+//   by pow_extended.h   off by at most 2^-61.9 of the power (sampled), 2^-60 allowed: one of 2^35
+//                       is left open
 //   all others          in integers of 224 bits
 //
 // x^y, x = X 2^a with X odd, is a number of 25 bits only if it is a power of two; or if y = n / 2^k is
@@ -34,11 +35,12 @@ static OddParts odd_parts(uint32_t magnitude) {
   return {significand >> zeros, exponent + zeros};
 }
 
-// Of odd numbers up to 2^24; 0 if it is no whole number.
+// Of whole numbers up to 2^24; 0 if it is none.
 static uint32_t root_of(uint32_t square) {
-  uint32_t root = 1;
-  while (root * root < square) root += 2;
-  return root * root == square ? root : 0;
+  long double root = square;
+  asm("fsqrt" : "+t"(root));
+  const uint32_t whole = uint32_t(nearest_integer(root));
+  return whole * whole == square ? whole : 0;
 }
 
 // Whether the power is a number of 25 bits.
@@ -112,9 +114,14 @@ static long double long_power(uint32_t x, uint32_t y) {
   return on_its_side(exp2_fraction(t)) * power_of_two(whole);
 }
 
-uint32_t noxs_nearest_power(const float* x, const float* y) {
+// At 53-bit precision.
+static inline double rounded_to_26_bits(double x) {
+  const double large = store_f64(x * 0x8000001p+0);
+  return store_f64(large - store_f64(large - x));
+}
+
+static float nearest_long_power(const float* x, const float* y) {
   constexpr float kError = 0x1p-60f;
-  const uint32_t x_bits = load_bits(x), y_bits = load_bits(y);
   double base, exponent;
   float nearest, other;
   put(&base, load_extended(x));
@@ -123,10 +130,17 @@ uint32_t noxs_nearest_power(const float* x, const float* y) {
   const long double power = extended_pow(&base, &exponent), error = power * kError;
   put(&nearest, power + error);
   put(&other, power - error);
-  if (load_bits(&nearest) != load_bits(&other)) {
-    const bool is_short = is_short_power(x_bits, y_bits);
-    put(&nearest, is_short ? store_f64(double(power)) : long_power(x_bits, y_bits));
-  }
+  if (load_bits(&nearest) != load_bits(&other))
+    put(&nearest, long_power(load_bits(x), load_bits(y)));
   control.leave();
+  return nearest;
+}
+
+uint32_t noxs_nearest_power(const float* x, const float* y, double about) {
+  float nearest;
+  if (is_short_power(load_bits(x), load_bits(y)))
+    put(&nearest, rounded_to_26_bits(about));
+  else
+    nearest = nearest_long_power(x, y);
   return load_bits(&nearest);
 }

@@ -109,6 +109,7 @@ __attribute__((noinline)) static void finite_powers(const float* x, Exponent y, 
   constexpr uint32_t kInf = Format<float>::kInf, kOne = Format<float>::kOne;
   constexpr float kError = kMargin * 0x1p-53f;
   float base[kCount], exponent[kCount], above[kCount], below[kCount];
+  double value[kCount];
   for (int lane = 0; lane < kCount; ++lane) {
     const float* const y_lane = y.at(i + lane);
     const uint32_t word = upper_word(x + i + lane), a = word & ~kSignUpper;
@@ -137,15 +138,15 @@ __attribute__((noinline)) static void finite_powers(const float* x, Exponent y, 
     float some, others;
     store_bits(&some, uint32_t((n >> 1) + 127) << 23);
     store_bits(&others, uint32_t(n - (n >> 1) + 127) << 23);
-    const double value = power.value * some * others;
-    above[lane] = float(value + value * kError);
-    below[lane] = float(value - value * kError);
+    value[lane] = power.value * some * others;
+    above[lane] = float(value[lane] + value[lane] * kError);
+    below[lane] = float(value[lane] - value[lane] * kError);
   }
   for (int lane = 0; lane < kCount; ++lane) {
     const uint32_t nearest = load_bits(above + lane);
     powers->nearest[lane] = nearest == load_bits(below + lane)
                                 ? nearest
-                                : noxs_nearest_power(base + lane, exponent + lane);
+                                : noxs_nearest_power(base + lane, exponent + lane, value[lane]);
   }
 }
 
@@ -162,7 +163,9 @@ __attribute__((noinline, cold)) static void settle(const float* x, Exponent y, i
                                                    Rounded (&rounded)[kCount]) {
   for (int lane = 0; lane < kCount; ++lane) {
     if (!is_undecided<kMargin>(value + lane)) continue;
-    store_bits(&rounded[lane].value, noxs_nearest_power(x + i + lane, y.at(i + lane)));
+    double about = value[lane];
+    add_to_upper_word(&about, uint32_t(int32_t(rounded[lane].addend - sign[lane]) >> 3));
+    store_bits(&rounded[lane].value, noxs_nearest_power(x + i + lane, y.at(i + lane), about));
     rounded[lane].addend = sign[lane];
   }
 }
