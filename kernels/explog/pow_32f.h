@@ -191,7 +191,7 @@ static inline bool x87_ordinary(const float* x, Exponent y, float* dst, int32_t 
     put(&rounded[lane].value, power.value);
     rounded[lane].addend = (uint32_t(power.k >> 9) << 23) + sign[lane];
   }
-  if (any_undecided<kMargin>(value)) settle<kMargin>(x, y, i, sign, value, rounded);
+  if (any_undecided_lane<kMargin>(value)) settle<kMargin>(x, y, i, sign, value, rounded);
 #pragma GCC unroll 8
   for (int lane = 0; lane < kCount; ++lane)
     store_bits(dst + i + lane, load_bits(&rounded[lane].value) + rounded[lane].addend);
