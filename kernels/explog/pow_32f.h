@@ -53,6 +53,57 @@ constexpr uint32_t kLargeExponent = 0x4F000000;  // 2^31
 // Of an exponent, in the sign bit: too large, or a NaN.
 static inline uint32_t too_large(const float* y) { return kLargeExponent - 1 - upper_magnitude(y); }
 
+// ---- Screening
+
+// Of magnitudes less their fractions: zero, powers of two and infinity raise no flag where they are
+// compared, and depend on no setting.
+static inline __m128 exponents_of(__m128 x) {
+  return _mm_and_ps(x, all_lanes(Format<float>::kInf));
+}
+
+// Of eight.
+struct Magnitudes {
+  __m128 least, largest;
+};
+
+static inline Magnitudes magnitudes_of(__m128 a, __m128 b) {
+  const __m128 first = exponents_of(a), second = exponents_of(b);
+  return {_mm_min_ps(first, second), _mm_max_ps(first, second)};
+}
+
+// Whether no exponent is too large or a NaN.
+static inline bool none_too_large(EachExponent<float> y, int32_t i) {
+  const Magnitudes sizes = magnitudes_of(load_lanes(y.y + i), load_lanes(y.y + i + 4));
+  return in_all_lanes(_mm_cmplt_ps(sizes.largest, all_lanes(kLargeExponent)));
+}
+static inline bool none_too_large(OneExponent<float> y, int32_t) {
+  return sign_bit(~too_large(y.y));
+}
+
+// Below 2^-40 the power is 1 as it is with 0; the products would be subnormal.
+static inline __m128 zero_if_tiny(__m128 y) {
+  return _mm_and_ps(y, _mm_cmplt_ps(all_lanes(0x1p-40f), magnitude_of(y)));
+}
+
+static inline __m128 four_exponents(EachExponent<float> y, int32_t i) {
+  return load_lanes(y.y + i);
+}
+static inline __m128 four_exponents(OneExponent<float> y, int32_t) { return load_all_lanes(y.y); }
+
+// The signs of the powers; false where one of a negative base may have no real value. Exponents
+// from 2^22 on pass for not whole. A caller's denormals-are-zero makes no subnormal one whole: below
+// 1 it takes a fraction of zeros.
+static inline bool packed_signs(__m128 x, __m128 y, __m128* sign) {
+  const __m128 one = all_lanes(1.0f), a = magnitude_of(y);
+  const __m128 seen = zero_if_tiny(y), half = seen * 0.5f;
+  const __m128 sized =
+      _mm_and_ps(_mm_cmplt_ps(a, all_lanes(0x1p+22f)),
+                 _mm_or_ps(_mm_cmple_ps(one, a), _mm_cmpeq_ps(significand_of(y), one)));
+  const __m128 whole = _mm_and_ps(_mm_cmpeq_ps(to_grid<1>(seen).multiple, y), sized);
+  *sign = sign_of(_mm_and_ps(x, _mm_cmpneq_ps(to_grid<1>(half).multiple, half)));
+  return _mm_movemask_ps(_mm_andnot_ps(whole, x)) == 0;
+}
+
 // Upper words of bounds of |t|.
 constexpr uint32_t kNormalResults = 0x405F8000;  // 126
 constexpr uint32_t kPackedResults = 0x405F6000;  // 125.5, above any that the packed steps take
@@ -110,13 +161,19 @@ __attribute__((noinline)) static void finite_powers(const float* x, Exponent y, 
   constexpr float kError = kMargin * 0x1p-53f;
   float base[kCount], exponent[kCount], above[kCount], below[kCount];
   double value[kCount];
+  bool any_finite = false;
   for (int lane = 0; lane < kCount; ++lane) {
     const float* const y_lane = y.at(i + lane);
     const uint32_t word = upper_word(x + i + lane), a = word & ~kSignUpper;
     const bool real = whole(y_lane).is | !sign_bit(word);
     const bool finite = real & (a - 1 < kInf - 1) & (upper_magnitude(y_lane) < kInf);
+    any_finite |= finite;
     store_bits(base + lane, finite ? a : kOne);
     store_bits(exponent + lane, finite ? load_bits(y_lane) : kOne);
+  }
+  if (!any_finite) {
+    for (double& t : powers->t) t = 0;
+    return;
   }
   for (int lane = 0; lane < kCount; ++lane) {
     float normal, m;
@@ -228,12 +285,33 @@ static inline OneElement<Exponent, Ordinary> one_element(const Arrays<float>& ar
   return {arrays, y, len - len % kBlock, block, ordinary};
 }
 
+// Of eight; null where one of a negative base may have no real value.
+template <class Exponent>
+__attribute__((noinline)) static const uint32_t* signs_of_eight(__m128 first, __m128 second,
+                                                                Exponent y, int32_t i,
+                                                                uint32_t* own) {
+  __m128 sign_a, sign_b;
+  if (!packed_signs(first, four_exponents(y, i), &sign_a) ||
+      !packed_signs(second, four_exponents(y, i + 4), &sign_b))
+    return nullptr;
+  store_lanes(reinterpret_cast<float*>(own), sign_a);
+  store_lanes(reinterpret_cast<float*>(own + 4), sign_b);
+  return own;
+}
+
 // Whole blocks of ordinary elements.
 template <class Exponent>
 static inline int32_t x87_blocks(const float* x, Exponent y, float* dst, int32_t i, int32_t last) {
   uint32_t own[kBlock];
   for (; i < last; i += kBlock) {
-    const uint32_t* const sign = signs_in_domain<kBlock, too_large>(x, y, i, own);
+    const __m128 first = load_lanes(x + i), second = load_lanes(x + i + 4);
+    const Magnitudes sizes = magnitudes_of(first, second);
+    const __m128 normal = _mm_and_ps(_mm_cmplt_ps(_mm_setzero_ps(), sizes.least),
+                                     _mm_cmplt_ps(sizes.largest, all_lanes(Format<float>::kInf)));
+    if (!in_all_lanes(normal) || !none_too_large(y, i)) break;
+    const uint32_t* sign = kNoSigns;
+    if (_mm_movemask_ps(_mm_or_ps(first, second)) != 0)
+      sign = signs_of_eight(first, second, y, i, own);
     if (!sign || !x87_ordinary<kBlock>(x, y, dst, i, sign)) break;
   }
   return i;
@@ -281,6 +359,7 @@ struct Base {
   __m128 e, z;
 };
 
+// Of normal numbers.
 static inline Base reduce(__m128 x) {
   alignas(16) int32_t fields[4];
   _mm_store_ps(reinterpret_cast<float*>(fields), _mm_and_ps(x, all_lanes(Format<float>::kInf)));
@@ -297,8 +376,8 @@ struct Split {
 struct A21 {
   static __m128 fraction_power(__m128 r) { return rising_polynomial(kLongExp, r); }
 
-  static Split product(__m128 x, __m128 y) {
-    const auto [e, z] = reduce(x);
+  static Split product(const Base& x, __m128 y) {
+    const auto [e, z] = x;
     const __m128 inverse = 1.0f / (z + 2.0f);
     const __m128 s_high = leading_half(z * inverse), z_high = leading_half(z);
     const __m128 remainder = ((z - (s_high + s_high)) - s_high * z_high) - s_high * (z - z_high);
@@ -318,8 +397,8 @@ struct A21 {
 struct A11 {
   static __m128 fraction_power(__m128 r) { return rising_polynomial(kShortExp, r); }
 
-  static Split product(__m128 x, __m128 y) {
-    const auto [e, z] = reduce(x);
+  static Split product(const Base& x, __m128 y) {
+    const auto [e, z] = x;
     const __m128 s = z / (z + 2.0f);
     const __m128 t = y * (e + s * rising_polynomial(kShortLog, s * s));
     const __m128 k = to_grid<1>(t).multiple;
@@ -337,43 +416,35 @@ static inline __m128 power(const Split& t) {
   return fraction * powers_of_two(t.k);
 }
 
-// Below 2^-40 the power is 1 as it is with 0; the products would be subnormal.
-static inline __m128 zero_if_tiny(__m128 y) {
-  return _mm_and_ps(y, _mm_cmplt_ps(all_lanes(0x1p-40f), magnitude_of(y)));
-}
-
-static inline __m128 four_exponents(EachExponent<float> y, int32_t i) {
-  return load_lanes(y.y + i);
-}
-static inline __m128 four_exponents(OneExponent<float> y, int32_t) { return load_all_lanes(y.y); }
-
-// The signs of the powers; false where one of a negative base may have no real value. Exponents
-// from 2^22 on pass for not whole. A caller's denormals-are-zero makes no subnormal one whole: below
-// 1 it takes a fraction of zeros.
-static inline bool packed_signs(__m128 x, __m128 y, __m128* sign) {
-  const __m128 one = all_lanes(1.0f), a = magnitude_of(y);
-  const __m128 seen = zero_if_tiny(y), half = seen * 0.5f;
-  const __m128 sized =
-      _mm_and_ps(_mm_cmplt_ps(a, all_lanes(0x1p+22f)),
-                 _mm_or_ps(_mm_cmple_ps(one, a), _mm_cmpeq_ps(significand_of(y), one)));
-  const __m128 whole = _mm_and_ps(_mm_cmpeq_ps(to_grid<1>(seen).multiple, y), sized);
-  *sign = sign_of(_mm_and_ps(x, _mm_cmpneq_ps(to_grid<1>(half).multiple, half)));
-  return _mm_movemask_ps(_mm_andnot_ps(whole, x)) == 0;
-}
+// Four bases as normal numbers, and by how many powers of two each was lifted to one.
+struct Lifted {
+  __m128 x, powers;
+};
 
 template <class Grade>
 static inline Split packed_product(__m128 x, __m128 y) {
-  return Grade::product(x, zero_if_tiny(y));
+  return Grade::product(reduce(x), zero_if_tiny(y));
 }
 
-// A block of bases whose magnitudes are normal numbers. Stores nothing if a power is not ordinary.
-template <class Grade, bool kSigned, class Exponent>
-static inline bool packed_block(const float* x, Exponent y, float* dst, int32_t i) {
-  const __m128 x_a = load_lanes(x + i), x_b = load_lanes(x + i + 4);
+template <class Grade>
+static inline Split packed_product(const Lifted& base, __m128 y) {
+  const Base reduced = reduce(base.x);
+  return Grade::product({reduced.e - base.powers, reduced.z}, zero_if_tiny(y));
+}
+
+static inline __m128 signs_among(__m128 x) { return x; }
+static inline __m128 signs_among(const Lifted& base) { return base.x; }
+
+// Stores nothing if a power is not ordinary.
+template <class Grade, bool kSigned, class Bases, class Exponent>
+static inline bool packed_block(const Bases& x_a, const Bases& x_b, Exponent y, float* dst,
+                                int32_t i) {
   const __m128 y_a = four_exponents(y, i), y_b = four_exponents(y, i + 4);
   __m128 sign_a, sign_b;
   if constexpr (kSigned)
-    if (!packed_signs(x_a, y_a, &sign_a) || !packed_signs(x_b, y_b, &sign_b)) return false;
+    if (!packed_signs(signs_among(x_a), y_a, &sign_a) ||
+        !packed_signs(signs_among(x_b), y_b, &sign_b))
+      return false;
   const Split a = packed_product<Grade>(x_a, y_a), b = packed_product<Grade>(x_b, y_b);
   if (!in_range(a.whole) || !in_range(b.whole)) return false;
   const __m128 first = power<Grade>(a), second = power<Grade>(b);
@@ -382,22 +453,59 @@ static inline bool packed_block(const float* x, Exponent y, float* dst, int32_t 
   return true;
 }
 
+// Four finite numbers other than 0, the subnormal ones lifted on the x87 unit, which knows no
+// denormals-are-zero.
+static inline Lifted lifted(const float* four) {
+  const __m128 subnormal = _mm_cmpeq_ps(exponents_of(load_lanes(four)), _mm_setzero_ps());
+  alignas(16) float factor[4];
+  float normal[4];
+  _mm_store_ps(factor, select(subnormal, all_lanes(0x1p+24f), all_lanes(1.0f)));
+  for (int lane = 0; lane < 4; ++lane)
+    put(normal + lane, load_extended(four + lane) * factor[lane]);
+  // Of four stores a load as a whole would wait for the last.
+  const __m128 low = _mm_unpacklo_ps(load_lane(normal), load_lane(normal + 1));
+  const __m128 high = _mm_unpacklo_ps(load_lane(normal + 2), load_lane(normal + 3));
+  return {_mm_movelh_ps(low, high), _mm_and_ps(subnormal, all_lanes(24.0f))};
+}
+
+static inline uint32_t zero_or_not_finite(const float* x) {
+  return outside(upper_magnitude(x), 1, Format<float>::kInf);
+}
+
+template <class Grade, class Exponent>
+__attribute__((noinline)) static bool packed_with_subnormals(const float* x, Exponent y, float* dst,
+                                                             int32_t i) {
+  if (!none_outside<kBlock>([=](int lane) { return zero_or_not_finite(x + i + lane); }))
+    return false;
+  _mm_empty();
+  const Lifted first = lifted(x + i), second = lifted(x + i + 4);
+  return packed_block<Grade, true>(first, second, y, dst, i);
+}
+
 template <class Grade, class Exponent>
 __attribute__((noinline)) static bool packed_with_negatives(const float* x, Exponent y, float* dst,
                                                             int32_t i) {
-  return !sign_bit(any_not_normal<kBlock>(x + i)) && packed_block<Grade, true>(x, y, dst, i);
+  return packed_block<Grade, true>(load_lanes(x + i), load_lanes(x + i + 4), y, dst, i);
+}
+
+template <class Grade, class Exponent>
+static inline bool packed_or_none(const float* x, Exponent y, float* dst, int32_t i) {
+  const __m128 zero = _mm_setzero_ps(), first = load_lanes(x + i), second = load_lanes(x + i + 4);
+  const Magnitudes sizes = magnitudes_of(first, second);
+  if (!none_too_large(y, i) ||
+      !in_all_lanes(_mm_cmplt_ps(sizes.largest, all_lanes(Format<float>::kInf))))
+    return false;
+  if (!in_all_lanes(_mm_cmplt_ps(zero, sizes.least)))
+    return packed_with_subnormals<Grade>(x, y, dst, i);
+  if (_mm_movemask_ps(_mm_or_ps(first, second)) != 0)
+    return packed_with_negatives<Grade>(x, y, dst, i);
+  return packed_block<Grade, false>(first, second, y, dst, i);
 }
 
 template <class Grade, class Exponent>
 static inline int32_t packed_blocks(const float* x, Exponent y, float* dst, int32_t i,
                                     int32_t last) {
-  for (; i < last; i += kBlock) {
-    const uint32_t exponents = any_outside<kBlock, too_large>(y, i);
-    const bool positive = !sign_bit(exponents | any_not_positive<kBlock>(x + i));
-    if (positive ? !packed_block<Grade, false>(x, y, dst, i)
-                 : sign_bit(exponents) || !packed_with_negatives<Grade>(x, y, dst, i))
-      break;
-  }
+  while (i < last && packed_or_none<Grade>(x, y, dst, i)) i += kBlock;
   _mm_empty();
   return i;
 }
@@ -405,9 +513,15 @@ static inline int32_t packed_blocks(const float* x, Exponent y, float* dst, int3
 // An ordinary element comes out the same whatever stands beside it.
 template <class Grade>
 static inline bool packed_element(const float* x, const float* y, float* dst) {
-  const __m128 bases = load_all_lanes(x), exponents = load_all_lanes(y);
+  const __m128 exponents = load_all_lanes(y);
+  Lifted bases = {load_all_lanes(x), _mm_setzero_ps()};
+  if (upper_magnitude(x) < Format<float>::kSmallestNormal) {
+    float normal;
+    put(&normal, load_extended(x) * 0x1p+24f);
+    bases = {load_all_lanes(&normal), all_lanes(24.0f)};
+  }
   __m128 sign;
-  if (!packed_signs(bases, exponents, &sign)) return false;
+  if (!packed_signs(bases.x, exponents, &sign)) return false;
   const Split t = packed_product<Grade>(bases, exponents);
   const bool ordinary = in_range(t.whole);
   if (ordinary) store_lane(dst, _mm_or_ps(power<Grade>(t), sign));
@@ -437,8 +551,7 @@ __attribute__((noinline)) static bool packed_tail(const float* x, Exponent y, in
       _mm_store_ps(exponents + lane, load_tail(y.y, lane, n));
   }
   if constexpr (__is_same(Exponent, EachExponent<float>)) y = {exponents};
-  const bool ordinary = !sign_bit(any_outside<kBlock, too_large>(y, 0)) &&
-                        packed_with_negatives<Grade>(bases, y, results, 0);
+  const bool ordinary = none_too_large(y, 0) && packed_with_subnormals<Grade>(bases, y, results, 0);
   _mm_empty();
   return ordinary;
 }
@@ -467,7 +580,7 @@ static Status pow_packed(const Arrays<float>& arrays, Exponent y, int32_t len) {
           }
         }
         return !(t && !all_below<1>(t, kPackedResults)) &&
-               !sign_bit(too_large(y.at(i)) | any_not_normal<1>(x + i)) &&
+               !sign_bit(too_large(y.at(i)) | zero_or_not_finite(x + i)) &&
                packed_element<Grade>(x + i, y.at(i), dst + i);
       }));
 }
