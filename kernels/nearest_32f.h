@@ -16,21 +16,33 @@
 #include "kernels/frame.h"
 #include "kernels/lanes.h"
 
-// y has been stored as a double; only its lower word is loaded.
+// The 29 bits fill a word, in which the least undecided number is made 0.
+constexpr int kAbove = 32 - 29;
+
+template <uint32_t kMargin>
+constexpr uint32_t kUndecidedEnd = kMargin << (kAbove + 1);
+
+// Of a stored double; only its lower word is loaded.
+template <uint32_t kMargin>
+static inline uint32_t above_undecided(const double* y) {
+  static_assert(kMargin < 1u << 28);
+  return (load_words(y).lower << kAbove) + (0x80000000u + (kMargin << kAbove));
+}
+
 template <uint32_t kMargin>
 static inline bool is_undecided(const double* y) {
-  static_assert(kMargin < 1u << 28);
-  constexpr int kAbove = 32 - 29;  // the 29 bits fill the word
-  return (load_words(y).lower << kAbove) + (0x80000000u + (kMargin << kAbove)) <
-         kMargin << (kAbove + 1);
+  return above_undecided<kMargin>(y) < kUndecidedEnd<kMargin>;
 }
 
 template <uint32_t kMargin, int kCount>
 static inline bool any_undecided(const double (&y)[kCount]) {
-  uint32_t count = 0;
+  uint32_t least = above_undecided<kMargin>(y);
 #pragma GCC unroll 8
-  for (int lane = 0; lane < kCount; ++lane) count += is_undecided<kMargin>(y + lane);
-  return __builtin_expect(count != 0, 0);
+  for (int lane = 1; lane < kCount; ++lane) {
+    const uint32_t above = above_undecided<kMargin>(y + lane);
+    least = above < least ? above : least;
+  }
+  return __builtin_expect(least < kUndecidedEnd<kMargin>, 0);
 }
 
 // The same of fours of lanes by the packed unit, where integer instructions are what a block has

@@ -61,7 +61,7 @@ class Accuracy(Measured):
     def test_pairs_tell_the_correctly_rounded(self):
         for family in "Pow", "Powx", "Atan2", "Hypot", "Div":
             self.assertIn(b"correctly rounded", luxvm("accuracy", f"luxs{family}_32f_A24", "--pairs", "50000").stdout)
-        self.failed("not the nearest", "accuracy", "luxsPow_32f_A21", "--pairs", "5000")
+        self.fails("not the nearest", "accuracy", "luxsPow_32f_A21", "--pairs", "5000")
 
     def test_figures_hang_together(self):
         document = self.measured("Exp_64f_", "Modf_32f")

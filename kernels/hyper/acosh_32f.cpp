@@ -8,7 +8,11 @@
 // 0x3F811651; A11 2^-13.46, at 0x3F87C3CB.
 #include "kernels/hyper/log1p_32f.h"
 
+LUX_DOUBLE_KERNEL(Acosh);
+static constexpr Listed kListed[] = {{0x655890D3, 0x4254D1F9}, {0x6EB1A8EC, 0x42845A89}, {}};
+
 struct Acosh {
+  static constexpr auto* kAccurate = by_double<_noxomp_luxsAcosh_64f_A53, kListed>;
   static constexpr uint32_t kFirst = Format<float>::kOne, kBeyond = kLarge, kSigned = 0;
   static constexpr float kScale = 1;
 
@@ -33,7 +37,7 @@ struct Acosh {
     } else if (x == Format<float>::kInf) {
       store_bits(y, x);
     } else {
-      in_memory(y) = log_twice(x);
+      in_memory(y) = log_twice<kAccurate>(x);
     }
   }
 };

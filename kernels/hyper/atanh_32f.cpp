@@ -8,7 +8,11 @@
 // at 0x3BAE2B40; A11 2^-13.46, at 0x3E2FB18E.
 #include "kernels/hyper/log1p_32f.h"
 
+LUX_DOUBLE_KERNEL(Atanh);
+static constexpr Listed kListed[] = {{}};
+
 struct Atanh {
+  static constexpr auto* kAccurate = by_double<_noxomp_luxsAtanh_64f_A53, kListed>;
   static constexpr uint32_t kBeyond = Format<float>::kOne, kSigned = kSignUpper;
   static constexpr float kScale = 0.5f;
 

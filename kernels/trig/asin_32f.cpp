@@ -18,6 +18,11 @@ static inline __m128 combine(__m128 x, const Folded& f, __m128 y, bool small) {
   return _mm_or_ps(result, sign_of(x));
 }
 
-LUX_KERNEL(Asin, 32f, A24, 1_1) { return arcsine_a24<kCases>(src, dst, len); }
+LUX_DOUBLE_KERNEL(Asin);
+static constexpr Listed kListed[] = {{}};
+
+LUX_KERNEL(Asin, 32f, A24, 1_1) {
+  return arcsine_a24<kCases, by_double<_noxomp_luxsAsin_64f_A53, kListed>>(src, dst, len);
+}
 LUX_KERNEL(Asin, 32f, A21, 1_1) { return arcsine_packed<kAsin21, combine>(src, dst, len); }
 LUX_KERNEL(Asin, 32f, A11, 1_1) { return arcsine_packed<kAsin11, combine>(src, dst, len); }

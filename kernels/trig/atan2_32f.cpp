@@ -22,9 +22,6 @@
 #include "kernels/trig/arctangent_32f.h"
 #include "kernels/trig/nearest_angle.h"
 
-// In an angle's last places as a double, of which it has at most 2^53.
-constexpr uint32_t kMargin = 0x65000;
-
 constexpr double kBelowOne = 1 - 0x1p-53;
 
 // By sign, swap, and whether x is negative. Constants -0 keep the sign of a zero.
@@ -71,12 +68,12 @@ __attribute__((noinline, cold)) static float special_angle(const float* y_at, co
     u = 1;
   else if (d != Format<float>::kInf && n != 0)
     u = double(smaller) / larger;
-  store_bits(&cell, Grid<512>::kBits + uint32_t(int32_t(u * 512 + 0.5)));
+  store_bits(&cell, Grid<kCells>::kBits + uint32_t(int32_t(u * kCells + 0.5)));
   store_bits(&word, (y & Format<float>::kSign) | uint32_t(swapped) << 30 | (x >> 31) << 29);
   double angle;
-  put(&angle, inverse(kQuadratic, kCases, u, &cell, &word));
-  return u > 0 && u < 1 && is_open(&angle) ? noxs_nearest_angle(y_at, x_at)
-                                           : store_f32(float(angle));
+  float nearest;
+  inverse<kCells>(kQuadratic, kCases, u, &cell, &word, &angle, &nearest);
+  return u > 0 && u < 1 && is_open(&angle) ? noxs_nearest_angle(y_at, x_at) : nearest;
 }
 
 // What a smaller magnitude may be raised to, beside d, without a change of angles of pi/2 or pi
@@ -132,22 +129,12 @@ __attribute__((noinline, cold)) static void settle(const float* y, const float* 
 
 template <int kCount>
 static inline void block(const float* y, const float* x, float* dst) {
-  alignas(16) float n[4], d[4], cell[4], word[4];
   double angle[kCount];
   float nearest[kCount];
   const Point p = load_point<kCount>(y, x);
-  const Ratio& r = p.ratio;
   const __m128 words = _mm_or_ps(sign_of(p.y), _mm_and_ps(is_left(p), all_lanes(kLeftBit)));
-  _mm_store_ps(n, r.n);
-  _mm_store_ps(d, r.d);
-  _mm_store_ps(cell, cells_of(_mm_max_ps(r.n, least_beside(r.d)) / r.d));
-  _mm_store_ps(word, _mm_or_ps(words, _mm_and_ps(r.swapped, all_lanes(kFoldedBit))));
-#pragma GCC unroll 4
-  for (int i = 0; i < kCount; ++i) {
-    const long double result = inverse(kQuadratic, kCases, double(n[i]) / d[i], cell + i, word + i);
-    put_copy(angle + i, result);
-    put(nearest + i, result);
-  }
+  const __m128 n = _mm_max_ps(p.ratio.n, least_beside(p.ratio.d));
+  arctangent_block(kCases, p.ratio, n / p.ratio.d, words, angle, nearest);
   if (any_undecided<kMargin>(angle)) settle(y, x, angle, nearest);
 #pragma GCC unroll 4
   for (int i = 0; i < kCount; ++i) store_bits(dst + i, load_bits(nearest + i));
