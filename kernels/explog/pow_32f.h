@@ -187,10 +187,15 @@ __attribute__((noinline)) static void finite_powers(const float* x, Exponent y, 
     store_bits(&m, (bits & Format<float>::kFraction) | kOne);
     powers->t[lane] = (log2_of(m, bits) - lifted) * exponent[lane];
   }
-  for (double& t : powers->t)
-    if (!all_below<1>(&t, kSurelyBeyond)) t = sign_bit(upper_word(&t)) ? -160 : 160;
   for (int lane = 0; lane < kCount; ++lane) {
-    const Power power = exp2_of(powers->t[lane]);
+    double& t = powers->t[lane];
+    if (!all_below<1>(&t, kSurelyBeyond)) {
+      const bool vanishes = sign_bit(upper_word(&t));
+      store_bits(above + lane, vanishes ? 0 : kInf);
+      store_bits(below + lane, vanishes ? 0 : kInf);
+      continue;
+    }
+    const Power power = exp2_of(t);
     const int32_t n = power.k >> 9;
     float some, others;
     store_bits(&some, uint32_t((n >> 1) + 127) << 23);
@@ -488,7 +493,8 @@ __attribute__((noinline)) static bool packed_with_negatives(const float* x, Expo
   return packed_block<Grade, true>(load_lanes(x + i), load_lanes(x + i + 4), y, dst, i);
 }
 
-template <class Grade, class Exponent>
+// kRare: without a copy of the steps for positive bases.
+template <class Grade, bool kRare, class Exponent>
 static inline bool packed_or_none(const float* x, Exponent y, float* dst, int32_t i) {
   const __m128 zero = _mm_setzero_ps(), first = load_lanes(x + i), second = load_lanes(x + i + 4);
   const Magnitudes sizes = magnitudes_of(first, second);
@@ -497,7 +503,7 @@ static inline bool packed_or_none(const float* x, Exponent y, float* dst, int32_
     return false;
   if (!in_all_lanes(_mm_cmplt_ps(zero, sizes.least)))
     return packed_with_subnormals<Grade>(x, y, dst, i);
-  if (_mm_movemask_ps(_mm_or_ps(first, second)) != 0)
+  if (kRare || _mm_movemask_ps(_mm_or_ps(first, second)) != 0)
     return packed_with_negatives<Grade>(x, y, dst, i);
   return packed_block<Grade, false>(first, second, y, dst, i);
 }
@@ -505,7 +511,7 @@ static inline bool packed_or_none(const float* x, Exponent y, float* dst, int32_
 template <class Grade, class Exponent>
 static inline int32_t packed_blocks(const float* x, Exponent y, float* dst, int32_t i,
                                     int32_t last) {
-  while (i < last && packed_or_none<Grade>(x, y, dst, i)) i += kBlock;
+  while (i < last && packed_or_none<Grade, false>(x, y, dst, i)) i += kBlock;
   _mm_empty();
   return i;
 }
@@ -551,7 +557,7 @@ __attribute__((noinline)) static bool packed_tail(const float* x, Exponent y, in
       _mm_store_ps(exponents + lane, load_tail(y.y, lane, n));
   }
   if constexpr (__is_same(Exponent, EachExponent<float>)) y = {exponents};
-  const bool ordinary = none_too_large(y, 0) && packed_with_subnormals<Grade>(bases, y, results, 0);
+  const bool ordinary = packed_or_none<Grade, true>(bases, y, results, 0);
   _mm_empty();
   return ordinary;
 }
