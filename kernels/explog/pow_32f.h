@@ -29,10 +29,11 @@
 // A11, packed: the same in plain single precision with shorter polynomials; the logarithm's
 // relative error of 2^-21 becomes 2^-14.5 in t, the polynomial adds 2^-17.
 //
-//   ordinary elements   blocks of eight: |x| a normal number, |y| < 2^31, |t| < 126; packed
+//   ordinary elements   blocks of eight: x finite and not 0, |y| < 2^31, |t| < 126; packed
 //                       |t| < 125, since an error of t must not lift a subnormal result. A larger y
-//                       only lets |x| = 1 through, and its products overflow. Signs of negative
-//                       bases with whole exponents are put on the stored results.
+//                       only lets |x| = 1 through, and its products overflow. Subnormal bases are
+//                       multiplied by 2^24, which is taken from e again. Signs of negative bases with
+//                       whole exponents are put on the stored results.
 //   others              in every grade the nearest single, by the doubles of A24 for all of a block
 //                       together
 //
@@ -102,6 +103,35 @@ static inline bool packed_signs(__m128 x, __m128 y, __m128* sign) {
   const __m128 whole = _mm_and_ps(_mm_cmpeq_ps(to_grid<1>(seen).multiple, y), sized);
   *sign = sign_of(_mm_and_ps(x, _mm_cmpneq_ps(to_grid<1>(half).multiple, half)));
   return _mm_movemask_ps(_mm_andnot_ps(whole, x)) == 0;
+}
+
+// Four bases as normal numbers, and by how many powers of two each was lifted to one.
+struct Lifted {
+  __m128 x, powers;
+};
+
+// Four finite numbers other than 0, the subnormal ones lifted on the x87 unit, which knows no
+// denormals-are-zero.
+static inline Lifted lifted(const float* four) {
+  const __m128 subnormal = _mm_cmpeq_ps(exponents_of(load_lanes(four)), _mm_setzero_ps());
+  alignas(16) float factor[4];
+  float normal[4];
+  _mm_store_ps(factor, select(subnormal, all_lanes(0x1p+24f), all_lanes(1.0f)));
+  for (int lane = 0; lane < 4; ++lane)
+    put(normal + lane, load_extended(four + lane) * factor[lane]);
+  // Of four stores a load as a whole would wait for the last.
+  const __m128 low = _mm_unpacklo_ps(load_lane(normal), load_lane(normal + 1));
+  const __m128 high = _mm_unpacklo_ps(load_lane(normal + 2), load_lane(normal + 3));
+  return {_mm_movelh_ps(low, high), _mm_and_ps(subnormal, all_lanes(24.0f))};
+}
+
+static inline uint32_t zero_or_not_finite(const float* x) {
+  return outside(upper_magnitude(x), 1, Format<float>::kInf);
+}
+
+// Of eight.
+static inline bool none_zero_or_not_finite(const float* x) {
+  return none_outside<kBlock>([=](int lane) { return zero_or_not_finite(x + lane); });
 }
 
 // Upper words of bounds of |t|.
@@ -232,19 +262,27 @@ __attribute__((noinline, cold)) static void settle(const float* x, Exponent y, i
   }
 }
 
-// Eight or one whose results are normal numbers. Stores nothing otherwise.
-template <int kCount, class Exponent>
+// Eight bases as normal numbers, and the powers of two that each was lifted by.
+struct Eight {
+  alignas(16) float x[kBlock], powers[kBlock];
+};
+
+// Eight or one whose results are normal numbers; with `lifted` in place of bases of which some are
+// subnormal. Stores nothing otherwise.
+template <int kCount, bool kLifted, class Exponent>
 static inline bool x87_ordinary(const float* x, Exponent y, float* dst, int32_t i,
-                                const uint32_t* sign) {
+                                const uint32_t* sign, const Eight* lifted) {
+  const float* const base = kLifted ? lifted->x : x + i;
   alignas(16) float m[kBlock];
   double t[kCount], value[kCount];
   Rounded rounded[kCount];
   for (int lane = 0; lane < kCount; lane += 4)
-    _mm_store_ps(m + lane,
-                 significand_of(kCount == 1 ? load_lane(x + i) : load_lanes(x + i + lane)));
+    _mm_store_ps(m + lane, significand_of(kCount == 1 ? load_lane(base) : load_lanes(base + lane)));
 #pragma GCC unroll 8
   for (int lane = 0; lane < kCount; ++lane)
-    t[lane] = log2_of(m[lane], upper_magnitude(x + i + lane)) * in_memory(y.at(i + lane));
+    t[lane] =
+        (log2_of(m[lane], upper_magnitude(base + lane)) - (kLifted ? lifted->powers[lane] : 0)) *
+        in_memory(y.at(i + lane));
   if (!all_below<kCount>(t, kNormalResults)) return false;
 #pragma GCC unroll 8
   for (int lane = 0; lane < kCount; ++lane) {
@@ -304,6 +342,19 @@ __attribute__((noinline)) static const uint32_t* signs_of_eight(__m128 first, __
   return own;
 }
 
+template <class Exponent>
+__attribute__((noinline)) static bool x87_with_subnormals(const float* x, Exponent y, float* dst,
+                                                          int32_t i, const uint32_t* sign) {
+  if (!none_zero_or_not_finite(x + i)) return false;
+  Eight bases;
+  for (int lane = 0; lane < kBlock; lane += 4) {
+    const Lifted four = lifted(x + i + lane);
+    _mm_store_ps(bases.x + lane, four.x);
+    _mm_store_ps(bases.powers + lane, four.powers);
+  }
+  return x87_ordinary<kBlock, true>(x, y, dst, i, sign, &bases);
+}
+
 // Whole blocks of ordinary elements.
 template <class Exponent>
 static inline int32_t x87_blocks(const float* x, Exponent y, float* dst, int32_t i, int32_t last) {
@@ -311,13 +362,16 @@ static inline int32_t x87_blocks(const float* x, Exponent y, float* dst, int32_t
   for (; i < last; i += kBlock) {
     const __m128 first = load_lanes(x + i), second = load_lanes(x + i + 4);
     const Magnitudes sizes = magnitudes_of(first, second);
-    const __m128 normal = _mm_and_ps(_mm_cmplt_ps(_mm_setzero_ps(), sizes.least),
-                                     _mm_cmplt_ps(sizes.largest, all_lanes(Format<float>::kInf)));
-    if (!in_all_lanes(normal) || !none_too_large(y, i)) break;
+    const bool finite = in_all_lanes(_mm_cmplt_ps(sizes.largest, all_lanes(Format<float>::kInf)));
+    if (!finite || !none_too_large(y, i)) break;
     const uint32_t* sign = kNoSigns;
     if (_mm_movemask_ps(_mm_or_ps(first, second)) != 0)
       sign = signs_of_eight(first, second, y, i, own);
-    if (!sign || !x87_ordinary<kBlock>(x, y, dst, i, sign)) break;
+    if (!sign) break;
+    const bool normal = in_all_lanes(_mm_cmplt_ps(_mm_setzero_ps(), sizes.least));
+    if (!(__builtin_expect(normal, 1) ? x87_ordinary<kBlock, false>(x, y, dst, i, sign, nullptr)
+                                      : x87_with_subnormals(x, y, dst, i, sign)))
+      break;
   }
   return i;
 }
@@ -333,7 +387,7 @@ static Status pow_x87(const Arrays<float>& arrays, Exponent y, int32_t len) {
         uint32_t own;
         const uint32_t* const sign = signs_in_domain<1, too_large>(x, y, i, &own);
         if (!sign) return false;
-        if (!t) return x87_ordinary<1>(x, y, dst, i, sign);
+        if (!t) return x87_ordinary<1, false>(x, y, dst, i, sign, nullptr);
         if (!all_below<1>(t, kNormalResults)) return false;
         store_bits(dst + i, *nearest + *sign);
         return true;
@@ -421,11 +475,6 @@ static inline __m128 power(const Split& t) {
   return fraction * powers_of_two(t.k);
 }
 
-// Four bases as normal numbers, and by how many powers of two each was lifted to one.
-struct Lifted {
-  __m128 x, powers;
-};
-
 template <class Grade>
 static inline Split packed_product(__m128 x, __m128 y) {
   return Grade::product(reduce(x), zero_if_tiny(y));
@@ -458,30 +507,10 @@ static inline bool packed_block(const Bases& x_a, const Bases& x_b, Exponent y, 
   return true;
 }
 
-// Four finite numbers other than 0, the subnormal ones lifted on the x87 unit, which knows no
-// denormals-are-zero.
-static inline Lifted lifted(const float* four) {
-  const __m128 subnormal = _mm_cmpeq_ps(exponents_of(load_lanes(four)), _mm_setzero_ps());
-  alignas(16) float factor[4];
-  float normal[4];
-  _mm_store_ps(factor, select(subnormal, all_lanes(0x1p+24f), all_lanes(1.0f)));
-  for (int lane = 0; lane < 4; ++lane)
-    put(normal + lane, load_extended(four + lane) * factor[lane]);
-  // Of four stores a load as a whole would wait for the last.
-  const __m128 low = _mm_unpacklo_ps(load_lane(normal), load_lane(normal + 1));
-  const __m128 high = _mm_unpacklo_ps(load_lane(normal + 2), load_lane(normal + 3));
-  return {_mm_movelh_ps(low, high), _mm_and_ps(subnormal, all_lanes(24.0f))};
-}
-
-static inline uint32_t zero_or_not_finite(const float* x) {
-  return outside(upper_magnitude(x), 1, Format<float>::kInf);
-}
-
 template <class Grade, class Exponent>
 __attribute__((noinline)) static bool packed_with_subnormals(const float* x, Exponent y, float* dst,
                                                              int32_t i) {
-  if (!none_outside<kBlock>([=](int lane) { return zero_or_not_finite(x + i + lane); }))
-    return false;
+  if (!none_zero_or_not_finite(x + i)) return false;
   _mm_empty();
   const Lifted first = lifted(x + i), second = lifted(x + i + 4);
   return packed_block<Grade, true>(first, second, y, dst, i);
