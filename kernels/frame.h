@@ -8,23 +8,18 @@
 //                       the block that it stops at.
 //   one(i, status)      computes element i with every special case, and reports it.
 //
-// The elements of a special block go through `one` in order, and so do those of the tail.
+// The elements of a special block go through `one` in order, and so do those of the tail. Where the
+// wide library has a step of the same contract, with_wide_step() makes one `fast` of the two.
 #ifndef LUX_KERNELS_FRAME_H
 #define LUX_KERNELS_FRAME_H
 
 #include "core/bits.h"
 #include "core/control.h"
 #include "core/shapes.h"
+#include "core/wide_walk.h"
 
 // Reports carry no name: each kernel passes its own empty text.
 static const char _NOX_THISFUNC_NAME[1] = "";
-
-// The arrays of one call; one source or one destination stands twice.
-template <class E>
-struct Arrays {
-  const E *src1, *src2;
-  E *dst1, *dst2;
-};
 
 static inline void call_error(const Arrays<float>& a, Status code, int32_t index,
                               const char* name) {

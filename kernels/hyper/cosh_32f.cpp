@@ -6,5 +6,9 @@
 #include "kernels/hyper/hyperbolic_32f.h"
 
 LUX_KERNEL(Cosh, 32f, A24, 1_1) { return hyperbolic_a24<kCosh>(src, dst, len); }
-LUX_KERNEL(Cosh, 32f, A21, 1_1) { return hyperbolic_packed<kCosh, kA21>(src, dst, len); }
-LUX_KERNEL(Cosh, 32f, A11, 1_1) { return hyperbolic_packed<kCosh, kA11>(src, dst, len); }
+LUX_KERNEL(Cosh, 32f, A21, 1_1) {
+  return hyperbolic_packed<kCosh, kA21, &WideLibrary::Cosh_32f_A21>(src, dst, len);
+}
+LUX_KERNEL(Cosh, 32f, A11, 1_1) {
+  return hyperbolic_packed<kCosh, kA11, &WideLibrary::Cosh_32f_A11>(src, dst, len);
+}

@@ -6,5 +6,9 @@
 #include "kernels/hyper/hyperbolic_32f.h"
 
 LUX_KERNEL(Sinh, 32f, A24, 1_1) { return hyperbolic_a24<kSinh>(src, dst, len); }
-LUX_KERNEL(Sinh, 32f, A21, 1_1) { return hyperbolic_packed<kSinh, kA21>(src, dst, len); }
-LUX_KERNEL(Sinh, 32f, A11, 1_1) { return hyperbolic_packed<kSinh, kA11>(src, dst, len); }
+LUX_KERNEL(Sinh, 32f, A21, 1_1) {
+  return hyperbolic_packed<kSinh, kA21, &WideLibrary::Sinh_32f_A21>(src, dst, len);
+}
+LUX_KERNEL(Sinh, 32f, A11, 1_1) {
+  return hyperbolic_packed<kSinh, kA11, &WideLibrary::Sinh_32f_A11>(src, dst, len);
+}
