@@ -69,17 +69,20 @@ static inline bool is_negative(uint32_t x) {
   return x - Format<float>::kSign - 1 < Format<float>::kInf;  // not -0, and no NaN
 }
 
-static inline bool all_quiet_nans(const float* x) {
-  return none_outside<kBlock>(
-      [=](int lane) { return magnitude<float>(load_bits(x + lane)) - kQuietNaN; });
+// Their common bits are those of a quiet NaN.
+static inline bool all_quiet_nans(__m128 a, __m128 b) {
+  const __m128 two = _mm_and_ps(a, b), one = _mm_and_ps(two, _mm_movehl_ps(two, two));
+  float common;
+  store_lane(&common, _mm_and_ps(one, _mm_shuffle_ps(one, one, 1)));
+  return (load_bits(&common) & kQuietNaN) == kQuietNaN;
 }
 
 __attribute__((noinline, cold)) static void special_block(const Arrays<float>& arrays,
                                                           int32_t first, Status* status) {
   const float* const src = arrays.src1 + first;
   float* const dst = arrays.dst1 + first;
-  if (magnitude<float>(load_bits(src)) >= kQuietNaN && all_quiet_nans(src)) {
-    const __m128 a = load_lanes(src), b = load_lanes(src + 4);
+  const __m128 a = load_lanes(src), b = load_lanes(src + 4);
+  if (all_quiet_nans(a, b)) {
     store_lanes(dst, a);
     store_lanes(dst + 4, b);
     return;
