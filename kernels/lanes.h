@@ -91,6 +91,7 @@ static inline Singles smaller(Singles a, Singles b) { return LUX_PACKED(min_ps)(
 static inline Singles larger(Singles a, Singles b) { return LUX_PACKED(max_ps)(a, b); }
 
 static inline Singles square_root(Singles x) { return LUX_PACKED(sqrt_ps)(x); }
+static inline Singles inverse_root_estimate(Singles x) { return LUX_PACKED(rsqrt_ps)(x); }
 
 // `yes` where the mask is set.
 static inline Singles select(Singles mask, Singles yes, Singles no) {
