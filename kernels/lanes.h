@@ -130,6 +130,11 @@ struct PairLanes {
 
 #ifdef LUX_WIDE
 
+// The patterns as integers, rounded to singles.
+static inline Singles pattern_numbers(Singles x) {
+  return _mm256_cvtepi32_ps(_mm256_castps_si256(x));
+}
+
 // The wide library computes no element alone.
 template <int kCount>
 static inline Singles load_elements(const float* from) {
@@ -241,6 +246,13 @@ static inline __m128 from_integers(const int32_t* four) {
   const __m64* const pairs = reinterpret_cast<const __m64*>(four);
   const __m128 low = _mm_cvtpi32_ps(_mm_setzero_ps(), pairs[0]);
   return _mm_movelh_ps(low, _mm_cvtpi32_ps(_mm_setzero_ps(), pairs[1]));
+}
+
+// The patterns as integers, rounded to singles. Leaves the MMX state occupied.
+static inline __m128 pattern_numbers(__m128 x) {
+  alignas(16) int32_t patterns[4];
+  _mm_store_ps(reinterpret_cast<float*>(patterns), x);
+  return from_integers(patterns);
 }
 
 #endif

@@ -36,6 +36,14 @@ static inline bool all_within(Singles x, uint32_t low, uint32_t high) {
                       _mm256_cmpgt_epi32(_mm256_set1_epi32(int32_t(high)), pattern));
 }
 
+// Zeros are none.
+static inline bool none_subnormal(Singles x) {
+  const __m256i a = patterns_of(magnitude_of(x)), zero = _mm256_setzero_si256();
+  const __m256i normal =
+      _mm256_cmpgt_epi32(a, _mm256_set1_epi32(Format<float>::kSmallestNormal - 1));
+  return in_all_lanes(normal | _mm256_cmpeq_epi32(a, zero));
+}
+
 // Whole blocks, from `first` on, that ordinary(x) finds ordinary: block(x, y) computes one.
 template <class E, class Ordinary, class Block>
 static inline int32_t wide_blocks(const Arrays<E>& arrays, int32_t i, int32_t last,
