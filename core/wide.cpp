@@ -53,10 +53,11 @@ __attribute__((constructor)) static void find_wide_library() {
     return;
   }
   WideLibrary* const library = static_cast<WideLibrary*>(dlsym(handle, "luxvmk3_wide"));
-  if (!library || strcmp(library->identity, LUX_WIDE_IDENTITY) != 0 || library->missing()) {
+  if (!library || strcmp(library->head.identity, LUX_WIDE_IDENTITY) != 0 ||
+      library->head.missing()) {
     dlclose(handle);
     return;
   }
-  library->enabled = 1;
+  library->head.enabled = 1;
   __atomic_store_n(&taken_in, library, __ATOMIC_RELEASE);
 }

@@ -6,6 +6,7 @@
 #define LUX_CORE_WIDE_H
 
 #include "core/shapes.h"
+#include "core/wide_head.h"
 
 // The arrays of one call; one source or one destination stands twice.
 template <class E>
@@ -22,19 +23,10 @@ using WideStep = int32_t (*)(const Arrays<E>& arrays, int32_t first, int32_t las
 
 constexpr int32_t kLeastWideBlock = 8;
 
-// Its one name is that of the library's only export.
 struct WideLibrary {
-  // In every build at the beginning. Only where the identity is that of the main library does the
-  // rest have this layout, and do the steps give the bits of its kernels.
-  char identity[48];
-  int32_t enabled;  // 1 from when the main library takes the steps in; the command switches it
-
-  const char* (*missing)();  // what the steps need and this machine lacks; null: nothing
-  const char* exports;       // the functions with a step, each name followed by a space
-#define LUX_WIDE_STEP(family, type, grade) WideStep<LUX_ELEMENT_##type> family##_##type##_##grade;
+  WideHead head;
+#define LUX_WIDE_STEP(step, type, export) WideStep<LUX_ELEMENT_##type> step;
 #include "core/wide.def"
 };
-
-#define LUX_WIDE_LIBRARY_NAME "libluxvmk3-wide.so"
 
 #endif

@@ -31,7 +31,7 @@ class WideWalk {
   WideWalk(const Arrays<E>& arrays, int32_t len, Fast fast) : arrays_(arrays), fast_(fast) {
     if (len < kLeastWideBlock) return;
     const WideLibrary& library = wide_library();
-    if (__atomic_load_n(&library.enabled, __ATOMIC_RELAXED)) step_ = library.*kStep;
+    if (__atomic_load_n(&library.head.enabled, __ATOMIC_RELAXED)) step_ = library.*kStep;
   }
 
   int32_t operator()(int32_t i, int32_t last) {

@@ -91,6 +91,7 @@ static inline Singles smaller(Singles a, Singles b) { return LUX_PACKED(min_ps)(
 static inline Singles larger(Singles a, Singles b) { return LUX_PACKED(max_ps)(a, b); }
 
 static inline Singles square_root(Singles x) { return LUX_PACKED(sqrt_ps)(x); }
+static inline Singles inverse_root_estimate(Singles x) { return LUX_PACKED(rsqrt_ps)(x); }
 
 // `yes` where the mask is set.
 static inline Singles select(Singles mask, Singles yes, Singles no) {
@@ -127,7 +128,16 @@ struct PairLanes {
   Singles first, second;
 };
 
+struct FourLanes {
+  Singles first, second, third, fourth;
+};
+
 #ifdef LUX_WIDE
+
+// The patterns as integers, rounded to singles.
+static inline Singles pattern_numbers(Singles x) {
+  return _mm256_cvtepi32_ps(_mm256_castps_si256(x));
+}
 
 // The wide library computes no element alone.
 template <int kCount>
@@ -158,6 +168,21 @@ static inline PairLanes turned_pairs(Pair pair) {
                 high = load_quarters(pair(2), pair(3), pair(6), pair(7));
   return {_mm256_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0)),
           _mm256_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1))};
+}
+
+// Rows of four singles, row(lane) one for each lane, at multiples of 16, turned.
+template <class Row>
+static inline FourLanes turned_rows(Row row) {
+  const auto both_of = [&](int lane) {
+    return _mm256_set_m128(_mm_load_ps(row(lane + 4)), _mm_load_ps(row(lane)));
+  };
+  const Singles a = both_of(0), b = both_of(1), c = both_of(2), d = both_of(3);
+  const Singles ab = _mm256_unpacklo_ps(a, b), cd = _mm256_unpacklo_ps(c, d);
+  const Singles ab2 = _mm256_unpackhi_ps(a, b), cd2 = _mm256_unpackhi_ps(c, d);
+  return {_mm256_shuffle_ps(ab, cd, _MM_SHUFFLE(1, 0, 1, 0)),
+          _mm256_shuffle_ps(ab, cd, _MM_SHUFFLE(3, 2, 3, 2)),
+          _mm256_shuffle_ps(ab2, cd2, _MM_SHUFFLE(1, 0, 1, 0)),
+          _mm256_shuffle_ps(ab2, cd2, _MM_SHUFFLE(3, 2, 3, 2))};
 }
 
 #else
@@ -233,6 +258,15 @@ static inline PairLanes turned_pairs(Pair pair) {
   return turned(pair(0), pair(1), pair(2), pair(3));
 }
 
+// Four rows of four singles, row(lane) one for each lane, at multiples of 16, turned.
+template <class Row>
+static inline FourLanes turned_rows(Row row) {
+  __m128 a = _mm_load_ps(row(0)), b = _mm_load_ps(row(1));
+  __m128 c = _mm_load_ps(row(2)), d = _mm_load_ps(row(3));
+  _MM_TRANSPOSE4_PS(a, b, c, d);
+  return {a, b, c, d};
+}
+
 // ---- MMX
 
 // Leaves the MMX state occupied.
@@ -240,6 +274,13 @@ static inline __m128 from_integers(const int32_t* four) {
   const __m64* const pairs = reinterpret_cast<const __m64*>(four);
   const __m128 low = _mm_cvtpi32_ps(_mm_setzero_ps(), pairs[0]);
   return _mm_movelh_ps(low, _mm_cvtpi32_ps(_mm_setzero_ps(), pairs[1]));
+}
+
+// The patterns as integers, rounded to singles. Leaves the MMX state occupied.
+static inline __m128 pattern_numbers(__m128 x) {
+  alignas(16) int32_t patterns[4];
+  _mm_store_ps(reinterpret_cast<float*>(patterns), x);
+  return from_integers(patterns);
 }
 
 #endif

@@ -29,12 +29,39 @@ static inline bool all_below(Singles x, uint32_t bound) {
       _mm256_cmpgt_epi32(_mm256_set1_epi32(int32_t(bound)), patterns_of(magnitude_of(x))));
 }
 
+// All patterns in low <= x < high, those of positive numbers.
+static inline bool all_within(Singles x, uint32_t low, uint32_t high) {
+  const __m256i pattern = patterns_of(x);
+  return in_all_lanes(_mm256_cmpgt_epi32(pattern, _mm256_set1_epi32(int32_t(low) - 1)) &
+                      _mm256_cmpgt_epi32(_mm256_set1_epi32(int32_t(high)), pattern));
+}
+
+// Zeros are none.
+static inline bool none_subnormal(Singles x) {
+  const __m256i a = patterns_of(magnitude_of(x)), zero = _mm256_setzero_si256();
+  const __m256i normal =
+      _mm256_cmpgt_epi32(a, _mm256_set1_epi32(Format<float>::kSmallestNormal - 1));
+  return in_all_lanes(normal | _mm256_cmpeq_epi32(a, zero));
+}
+
 // Whole blocks, from `first` on, that ordinary(x) finds ordinary: block(x, y) computes one.
 template <class E, class Ordinary, class Block>
 static inline int32_t wide_blocks(const Arrays<E>& arrays, int32_t i, int32_t last,
                                   Ordinary ordinary, Block block) {
   for (; i + kLanes <= last && ordinary(load_lanes(arrays.src1 + i)); i += kLanes)
     block(arrays.src1 + i, arrays.dst1 + i);
+  return i;
+}
+
+// The same of two sources; compute(x, y) is the result.
+template <class Ordinary, class Compute>
+static inline int32_t wide_pairs(const Arrays<float>& arrays, int32_t i, int32_t last,
+                                 Ordinary ordinary, Compute compute) {
+  for (; i + kLanes <= last; i += kLanes) {
+    const Singles x = load_lanes(arrays.src1 + i), y = load_lanes(arrays.src2 + i);
+    if (!ordinary(x, y)) break;
+    store_lanes(arrays.dst1 + i, compute(x, y));
+  }
   return i;
 }
 

@@ -8,9 +8,8 @@
 
 #include "wide_identity.h"  // made by the build: LUX_WIDE_IDENTITY
 
-#define LUX_WIDE_STEP(family, type, grade)                                           \
-  int32_t wide_##family##_##type##_##grade(const Arrays<LUX_ELEMENT_##type>& arrays, \
-                                           int32_t first, int32_t last);
+#define LUX_WIDE_STEP(step, type, export) \
+  int32_t wide_##step(const Arrays<LUX_ELEMENT_##type>& arrays, int32_t first, int32_t last);
 #include "core/wide.def"
 
 // Both halves of the long registers are saved when the system switches between threads.
@@ -33,13 +32,14 @@ static const char* missing() {
 
 extern "C" {
 __attribute__((visibility("default"))) WideLibrary luxvmk3_wide = {
-    LUX_WIDE_IDENTITY,
-    0,
-    missing,
-#define LUX_WIDE_EXPORT(family, type, grade) "luxs" #family "_" #type "_" #grade " "
+    {
+        LUX_WIDE_IDENTITY,
+        0,
+        missing,
+#define LUX_WIDE_EXPORT(export) #export " "
 #include "core/wide.def"
-    ,
-#define LUX_WIDE_STEP(family, type, grade) wide_##family##_##type##_##grade,
+    },
+#define LUX_WIDE_STEP(step, type, export) wide_##step,
 #include "core/wide.def"
 };
 }

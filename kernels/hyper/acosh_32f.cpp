@@ -8,18 +8,12 @@
 // 0x3F811651; A11 2^-13.46, at 0x3F87C3CB.
 #include "kernels/hyper/log1p_32f.h"
 
-struct Acosh {
-  static constexpr uint32_t kFirst = Format<float>::kOne, kBeyond = kLarge, kSigned = 0;
-  static constexpr float kScale = 1;
+struct Acosh : PackedAcosh {
+  using PackedAcosh::argument;
 
   static long double argument(long double x) {
     const long double d = x - one_in_memory();
     return __builtin_sqrtl((x + one_in_memory()) * d) + d;
-  }
-
-  static __m128 argument(__m128 x) {
-    const __m128 one = all_lanes(1.0f), d = x - one;
-    return _mm_sqrt_ps((x + one) * d) + d;
   }
 
   static void special(const Arrays<float>& arrays, int32_t i, Status* status) {

@@ -11,18 +11,11 @@
 // at 0x3C836017; A11 2^-13.46, at 0x3EB50636.
 #include "kernels/hyper/log1p_32f.h"
 
-struct Asinh {
-  static constexpr uint32_t kBeyond = kLarge, kSigned = kSignUpper;
-  static constexpr float kScale = 1;
+struct Asinh : PackedAsinh {
+  using PackedAsinh::argument;
 
   static long double argument(long double a) {
     return __builtin_sqrtl(a * a + one_in_memory()) - one_in_memory() + a;
-  }
-
-  static __m128 argument(__m128 a) {
-    const __m128 one = all_lanes(1.0f), square = a * a;
-    const __m128 root = _mm_sqrt_ps(square + one);
-    return square / (root + one) + a;
   }
 
   static void special(const Arrays<float>& arrays, int32_t i, Status*) {

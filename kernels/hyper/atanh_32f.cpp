@@ -8,13 +8,10 @@
 // at 0x3BAE2B40; A11 2^-13.46, at 0x3E2FB18E.
 #include "kernels/hyper/log1p_32f.h"
 
-struct Atanh {
-  static constexpr uint32_t kBeyond = Format<float>::kOne, kSigned = kSignUpper;
-  static constexpr float kScale = 0.5f;
+struct Atanh : PackedAtanh {
+  using PackedAtanh::argument;
 
   static long double argument(long double a) { return (a + a) / (1.0f - a); }
-
-  static __m128 argument(__m128 a) { return (a + a) / (1.0f - a); }
 
   static void special(const Arrays<float>& arrays, int32_t i, Status* status) {
     const uint32_t x = load_bits(arrays.src1 + i), a = magnitude<float>(x);

@@ -18,26 +18,6 @@
 // over every input 0.7608 ulp with that of an Intel Xeon 6/207).
 #include "kernels/roots/root_32f.h"
 
-enum Zeros { kNoZeros, kWithZeros };
-
-template <Zeros kZeros>
-static inline __m128 root(__m128 x) {
-  constexpr uint32_t kNineBits = 0x7FFF8000, kLargest = Format<float>::kInf - 1;
-  __m128 y = _mm_rsqrt_ps(x);
-  if constexpr (kZeros == kWithZeros)
-    y = _mm_min_ps(_mm_and_ps(y, all_lanes(kNineBits)), all_lanes(kLargest));
-  else
-    y = nine_bits(y);
-  const __m128 h = nine_bits(x);
-  const __m128 minus_l = h - x;
-  const __m128 hy = h * y, minus_ly = minus_l * y;
-  const __m128 e = (hy * y - 1.0f) - minus_ly * y;
-  const __m128 correction = x * y * e * root_series(e);
-  return (correction - minus_ly) + hy;
-}
-
-constexpr uint32_t kLeast = 0x0C800000;  // 2^-102
-
 static inline bool sixteen_ordinary(const float* x) {
   return all_within(x, kLeast, Format<float>::kInf);
 }
@@ -49,11 +29,18 @@ static inline bool all_finite(__m128 a, __m128 b) {
   return !in_any_lane(_mm_or_ps(_mm_or_ps(a, b), _mm_cmpeq_ps(most, infinity)));
 }
 
+// A subnormal's fraction becomes that of a normal number, which is taken away: 2^26 x, and the
+// processor never meets a subnormal, with which it takes long.
 static inline __m128 scaled_root(__m128 x) {
+  constexpr uint32_t kBelow =
+      0x0D800000;  // 2^-100, whose last place is 2^26 times that of subnormals
   const __m128 one = all_lanes(1.0f), exponents = _mm_and_ps(x, all_lanes(Format<float>::kInf));
+  const __m128 subnormal = _mm_cmpeq_ps(exponents, _mm_setzero_ps());
   const __m128 small = _mm_cmplt_ps(exponents, all_lanes(kLeast));
-  return root<kWithZeros>(x * select(small, all_lanes(0x1p26f), one)) *
-         select(small, all_lanes(0x1p-13f), one);
+  const __m128 below = _mm_and_ps(subnormal, all_lanes(kBelow));
+  const __m128 normal = _mm_or_ps(x, below) - below;
+  const __m128 scale = select(_mm_andnot_ps(subnormal, small), all_lanes(0x1p26f), one);
+  return root<kWithZeros>(normal * scale) * select(small, all_lanes(0x1p-13f), one);
 }
 
 static inline int32_t root_blocks(const float* src, float* dst, int32_t i, int32_t last) {
@@ -100,7 +87,10 @@ static void sqrt_scalar(const Arrays<float>& arrays, int32_t i, Status* status) 
 static Status sqrt_32f(const float* src, float* dst, int32_t len) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<SseNearest, 4>(
-      arrays, len, [=](int32_t first, int32_t last) { return root_blocks(src, dst, first, last); },
+      arrays, len,
+      with_wide_step<Unit::kSse, &WideLibrary::Sqrt_32f_A24>(
+          arrays, len,
+          [=](int32_t first, int32_t last) { return root_blocks(src, dst, first, last); }),
       [&](int32_t i, Status* status) { sqrt_scalar(arrays, i, status); });
 }
 

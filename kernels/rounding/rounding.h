@@ -7,7 +7,8 @@
 //             other directions
 //   doubles   blocks of four on the x87 unit: adding 1.5 2^63 rounds in the direction of the control
 //             word; blocks that hold magnitudes from 2^57 on, infinities or NaNs, and the rest of an
-//             array, one by one on bit patterns
+//             array, one by one on bit patterns; an integer part beside a fraction is cut by a mask,
+//             and the unit subtracts it
 //
 // Every result has the sign bit of its argument.
 #ifndef LUX_KERNELS_ROUNDING_ROUNDING_H
@@ -26,13 +27,13 @@ enum class Direction { kNearestEven, kDown, kUp, kZero, kNearestAway };
 // on this processor class.
 struct FractionMasks {
   using F = Format<double>;
-  uint64_t of[F::kFractionBits + 3];
+  static constexpr int kLast = 57;
+  uint64_t of[kLast + 3];
   constexpr FractionMasks() : of{F::kSign - 1, F::kSign - 1} {
-    for (int e = 0; e <= F::kFractionBits; ++e)
-      of[e + 2] = ((uint64_t(1) << F::kFractionBits) - 1) >> e;
+    for (int e = 0; e <= kLast; ++e) of[e + 2] = ((uint64_t(1) << F::kFractionBits) - 1) >> e;
   }
 
-  // Only for magnitudes below 2^52, which have these upper words.
+  // Only for magnitudes below 2^57, which have these upper words.
   const uint64_t* entry(uint32_t upper) const {
     const int32_t steps = int32_t(upper >> 20) - (F::kBias - 1);
     return &of[steps < 0 ? 1 : steps + 1];
@@ -326,16 +327,25 @@ static inline void split_elements(const float* src, float* whole, float* fractio
 }
 
 static inline void split_block(const double* src, double* whole, double* fraction) {
-  double cut[kBlock], rest[kBlock];
-#pragma GCC unroll 4
-  for (int k = 0; k < kBlock; ++k) {
-    const long double t = shifted<Direction::kZero>(src + k);
-    put_copy(cut + k, t);
-    put(rest + k, in_memory(src + k) - t);
+  alignas(16) double cut[kBlock], rest[kBlock];
+  const auto entry = [=](int k) { return kFractionMasks.entry(upper_word(src + k) & ~kSignUpper); };
+  __m128 signs[kBlock / 2];  // before the results are stored, for src may be either destination
+#pragma GCC unroll 2
+  for (int k = 0; k < kBlock; k += 2) {
+    const __m128 x = load_pair(src + k);
+    signs[k / 2] = _mm_and_ps(sign_bits(), x);
+    store_pair(cut + k, _mm_andnot_ps(load_halves(entry(k), entry(k + 1)), x));
   }
-  const Signs signs = signs_of(src);  // which may be either destination
-  store_with_signs(whole, cut, signs);
-  store_with_signs(fraction, rest, signs);
+#pragma GCC unroll 4
+  for (int k = 0; k < kBlock; ++k)
+    put(rest + k, static_cast<long double>(in_memory(src + k)) - cut[k]);
+#pragma GCC unroll 2
+  for (int k = 0; k < kBlock; k += 2) {
+    store_lanes(reinterpret_cast<float*>(whole + k), load_pair(cut + k));
+    // A zero takes the sign of x from the pattern.
+    store_lanes(reinterpret_cast<float*>(fraction + k),
+                _mm_or_ps(load_halves(rest + k, rest + k + 1), signs[k / 2]));
+  }
 }
 
 static inline void split_element(const double* src, double* whole, double* fraction) {
