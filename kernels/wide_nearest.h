@@ -70,6 +70,15 @@ static inline Doubles fused_polynomial(Doubles x) {
   return sum;
 }
 
+template <const auto& kC>
+static inline Singles fused_polynomial(Singles x) {
+  Singles sum = all_lanes(kC[0]);
+#pragma GCC unroll 8
+  for (size_t k = 1; k < sizeof kC / sizeof kC[0]; ++k)
+    sum = _mm256_fmadd_ps(sum, x, all_lanes(kC[k]));
+  return sum;
+}
+
 // The same from the even powers and the odd ones by themselves: half as long a chain.
 template <const auto& kC>
 static inline Doubles split_polynomial(Doubles x) {
