@@ -17,6 +17,10 @@
   int32_t wide_##family##_##type##_##grade(const Arrays<LUX_ELEMENT_##type>& arrays, \
                                            int32_t first, int32_t last)
 
+#define LUX_WIDE_EXACT(family, type)                                                      \
+  int32_t wide_##family##_##type(const Arrays<LUX_ELEMENT_##type>& arrays, int32_t first, \
+                                 int32_t last)
+
 static inline bool in_all_lanes(__m256i condition) {
   return in_all_lanes(_mm256_castsi256_ps(condition));
 }
