@@ -20,10 +20,20 @@ constexpr struct {
 #include "core/functions.def"
 };
 
+constexpr struct {
+  std::string_view family, type;
+} kNearest[] = {
+#define LUX_NEAREST(F, type) {#F, #type},
+#include "core/functions.def"
+};
+
 }  // namespace
 
 Accuracy guarantee(const Function& function) {
   if (!function.graded()) return EXACT;
+  const bool best = function.grade == "A24" || function.grade == "A53";
+  for (const auto& row : kNearest)
+    if (best && function.is(row.family, row.type)) return NEAREST;
   for (const auto& row : kExceptions)
     if (function.is(row.family, row.type)) return row.accuracy;
   if (function.grade == "A11") return BITS(11);
@@ -38,6 +48,8 @@ bool within(const Statistics& statistics, const Accuracy& bound) {
   switch (bound.kind) {
     case Accuracy::kUlp:
       return statistics.max_ulp() < bound.value + kRounding;
+    case Accuracy::kNearest:
+      return statistics.not_nearest == 0;
     case Accuracy::kRelativeBits:
       return statistics.max_relative <= std::exp2(-bound.value);
     case Accuracy::kNormwiseBits:
@@ -50,6 +62,7 @@ bool within(const Statistics& statistics, const Accuracy& bound) {
 std::string text_of(const Accuracy& accuracy) {
   switch (accuracy.kind) {
     case Accuracy::kUlp:
+    case Accuracy::kNearest:
       return fmt::format("{:g} ulp", accuracy.value);
     case Accuracy::kRelativeBits:
       return fmt::format("2^-{:g}", accuracy.value);

@@ -61,6 +61,12 @@ struct BothNearest {
   }
 };
 
+// Where a wide step that takes the place of a kernel's own raises its flags: where results are rounded.
+template <class Control>
+constexpr Unit kUnitOf = Unit::kX87;
+template <>
+constexpr Unit kUnitOf<SseNearest> = Unit::kSse;
+
 template <class Control, int32_t kBlock, class E, class Fast, class One>
 static inline Status run_kernel(const Arrays<E>& arrays, int32_t len, Fast fast, One one) {
   if (len < 1) return LUX_BAD_LENGTH;

@@ -8,8 +8,13 @@
 // 0x3F811651; A11 2^-13.46, at 0x3F87C3CB.
 #include "kernels/hyper/log1p_32f.h"
 
+LUX_DOUBLE_KERNEL(Acosh);
+static constexpr Listed kListed[] = {{}};
+
 struct Acosh : PackedAcosh {
   using PackedAcosh::argument;
+  static constexpr auto* kAccurate = by_double<_noxomp_luxsAcosh_64f_A53, kListed>;
+  static constexpr auto kWideStep = &WideLibrary::Acosh_32f_A24;
 
   static long double argument(long double x) {
     const long double d = x - one_in_memory();
@@ -27,7 +32,7 @@ struct Acosh : PackedAcosh {
     } else if (x == Format<float>::kInf) {
       store_bits(y, x);
     } else {
-      in_memory(y) = log_twice(x);
+      in_memory(y) = log_twice<kAccurate>(x);
     }
   }
 };

@@ -11,7 +11,13 @@
 static const Cases kCases = {{1, 0},    {}, {-2, kHalfPi}, {},  //
                              {-1, -0.}, {}, {2, -kHalfPi}, {}};
 
-LUX_KERNEL(Asin, 32f, A24, 1_1) { return arcsine_a24<kCases>(src, dst, len); }
+LUX_DOUBLE_KERNEL(Asin);
+static constexpr Listed kListed[] = {{}};
+
+LUX_KERNEL(Asin, 32f, A24, 1_1) {
+  return arcsine_a24<kCases, by_double<_noxomp_luxsAsin_64f_A53, kListed>, &WideLibrary::Asin_32f_A24>(
+      src, dst, len);
+}
 LUX_KERNEL(Asin, 32f, A21, 1_1) {
   return arcsine_packed<kAsin21, combine_asin, &WideLibrary::Asin_32f_A21>(src, dst, len);
 }

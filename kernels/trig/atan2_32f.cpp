@@ -49,19 +49,22 @@ __attribute__((noinline, cold)) static float special_angle(uint32_t y, uint32_t 
     u = 1;
   else if (d != Format<float>::kInf && n != 0)
     u = double(smaller) / larger;
-  store_bits(&cell, Grid<512>::kBits + uint32_t(int32_t(u * 512 + 0.5)));
+  store_bits(&cell, Grid<kCells>::kBits + uint32_t(int32_t(u * kCells + 0.5)));
   store_bits(&word, (y & Format<float>::kSign) | uint32_t(swapped) << 30 | (x >> 31) << 29);
-  return store_f32(inverse(kQuadratic, kCases, u, &cell, &word));
+  double result;
+  float nearest;
+  inverse<kCells>(kQuadratic, kCases, u, &cell, &word, &result, &nearest);
+  return nearest;
 }
 
 // block(y, x, to): whether all of a block are normal numbers, whose angles it then stores.
-template <auto kStep, class Block, class One>
+template <Unit kUnit, auto kStep, class Block, class One>
 static inline Status angle(const float* src1, const float* src2, float* dst, int32_t len,
                            Block block, One element) {
   const Arrays<float> arrays = {src1, src2, dst, dst};
   return run_kernel<BothNearest<X87_DOUBLE>, 4>(
       arrays, len,
-      with_wide_step<Unit::kSse, kStep>(arrays, len,
+      with_wide_step<kUnit, kStep>(arrays, len,
                                         [=](int32_t i, int32_t last) {
                                           while (i < last && block(src1 + i, src2 + i, dst + i))
                                             i += 4;
@@ -85,11 +88,12 @@ static inline void block(const float* y, const float* x, float* dst) {
   const Point p = load_point<kCount>(y, x);
   const __m128 words = _mm_or_ps(sign_of(p.y), _mm_and_ps(is_left(p), all_lanes(kLeftBit)));
   const __m128 n = _mm_max_ps(p.ratio.n, least_beside(p.ratio.d));
-  arctangent_block<kCount>(kCases, p.ratio, n / p.ratio.d, words, dst);
+  double result[kCount];
+  arctangent_block(kCases, p.ratio, n / p.ratio.d, words, result, dst);
 }
 
 LUX_KERNEL(Atan2, 32f, A24, 2_1) {
-  return angle<nullptr>(
+  return angle<Unit::kX87, &WideLibrary::Atan2_32f_A24>(
       src1, src2, dst, len,
       [](const float* y, const float* x, float* to) {
         const bool ordinary = all_normal(y, x);
@@ -101,7 +105,7 @@ LUX_KERNEL(Atan2, 32f, A24, 2_1) {
 
 template <const auto& kP, auto kStep>
 static inline Status packed_angle(const float* src1, const float* src2, float* dst, int32_t len) {
-  return angle<kStep>(
+  return angle<Unit::kSse, kStep>(
       src1, src2, dst, len,
       [](const float* y, const float* x, float* to) {
         if (__builtin_expect(all_moderate(y, x), 1)) {

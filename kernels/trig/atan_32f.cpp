@@ -18,7 +18,7 @@ static inline Status arctangent(const float* src, float* dst, int32_t len, Block
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<Control, 4>(
       arrays, len,
-      with_wide_step<Unit::kSse, kStep>(arrays, len,
+      with_wide_step<kUnitOf<Control>, kStep>(arrays, len,
                                         [=](int32_t i, int32_t last) {
                                           return blocks_below<4>(src, dst, kNaNs, i, last, block);
                                         }),
@@ -31,16 +31,24 @@ static inline Status arctangent(const float* src, float* dst, int32_t len, Block
       });
 }
 
+LUX_DOUBLE_KERNEL(Atan);
+static constexpr Listed kListed[] = {{0x3D8D6B23, 0x3D8D31C3}, {0xBD8D6B23, 0xBD8D31C3}, {}};
+
 template <int kCount>
 static inline void block(const float* src, float* dst) {
+  alignas(16) float argument[4];
+  double y[kCount];
   const __m128 x = load_elements<kCount>(src);
+  _mm_store_ps(argument, x);
   const Ratio r = ratio_of(magnitude_of(x), all_lanes(1.0f));
   const __m128 q = r.n / _mm_min_ps(r.d, all_lanes(kLargest));
-  arctangent_block<kCount>(kCases, r, q, sign_of(x), dst);
+  arctangent_block(kCases, r, q, sign_of(x), y, dst);
+  if (any_undecided<kMargin>(y))
+    settle<kMargin, by_double<_noxomp_luxsAtan_64f_A53, kListed>>(y, argument, dst);
 }
 
 LUX_KERNEL(Atan, 32f, A24, 1_1) {
-  return arctangent<BothNearest<X87_DOUBLE>, nullptr>(
+  return arctangent<BothNearest<X87_DOUBLE>, &WideLibrary::Atan_32f_A24>(
       src, dst, len, [](const float* x, float* y) { block<4>(x, y); },
       [](const float* x, float* y) { block<1>(x, y); });
 }
