@@ -62,30 +62,22 @@ static inline Doubles look_up(const double* table, const Indices& at) {
   return {half(0), half(4)};
 }
 
-// Rows of four doubles, index[lane] one for each lane, turned. Halves of a row are joined in loads.
-struct FourDoubles {
-  Doubles first, second, third, fourth;
+// Rows of four doubles, offset[lane] bytes behind the first one, for each of four lanes, turned. Halves of a row are joined in loads.
+struct FourRows {
+  __m256d first, second, third, fourth;
 };
 
-static inline FourDoubles look_up_rows(const double (*table)[4], const Indices& at) {
-  FourDoubles c;
-  const int32_t* const index = at.lane;
-  const auto half = [=](int lane, __m256d& first, __m256d& second, __m256d& third,
-                        __m256d& fourth) {
-    const double *const r0 = table[index[lane]], *const r1 = table[index[lane + 1]];
-    const double *const r2 = table[index[lane + 2]], *const r3 = table[index[lane + 3]];
-    const __m256d a = _mm256_set_m128d(_mm_load_pd(r2), _mm_load_pd(r0));
-    const __m256d b = _mm256_set_m128d(_mm_load_pd(r3), _mm_load_pd(r1));
-    const __m256d d = _mm256_set_m128d(_mm_load_pd(r2 + 2), _mm_load_pd(r0 + 2));
-    const __m256d e = _mm256_set_m128d(_mm_load_pd(r3 + 2), _mm_load_pd(r1 + 2));
-    first = _mm256_unpacklo_pd(a, b);
-    second = _mm256_unpackhi_pd(a, b);
-    third = _mm256_unpacklo_pd(d, e);
-    fourth = _mm256_unpackhi_pd(d, e);
+static inline FourRows look_up_rows(const void* rows, const int32_t* offset) {
+  const auto row = [=](int lane) {
+    return reinterpret_cast<const double*>(static_cast<const char*>(rows) + offset[lane]);
   };
-  half(0, c.first.low, c.second.low, c.third.low, c.fourth.low);
-  half(4, c.first.high, c.second.high, c.third.high, c.fourth.high);
-  return c;
+  const double *const r0 = row(0), *const r1 = row(1), *const r2 = row(2), *const r3 = row(3);
+  const __m256d a = _mm256_set_m128d(_mm_load_pd(r2), _mm_load_pd(r0));
+  const __m256d b = _mm256_set_m128d(_mm_load_pd(r3), _mm_load_pd(r1));
+  const __m256d c = _mm256_set_m128d(_mm_load_pd(r2 + 2), _mm_load_pd(r0 + 2));
+  const __m256d d = _mm256_set_m128d(_mm_load_pd(r3 + 2), _mm_load_pd(r1 + 2));
+  return {_mm256_unpacklo_pd(a, b), _mm256_unpackhi_pd(a, b), _mm256_unpacklo_pd(c, d),
+          _mm256_unpackhi_pd(c, d)};
 }
 
 // Of integers.

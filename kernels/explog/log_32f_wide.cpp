@@ -10,18 +10,25 @@ struct LogTwo {
   double high, low;
 };
 
+// Four at a time: with eight the coefficients would not stay in registers.
 template <const LogTable& kTable, const LogTwo& kTwo>
-static inline void log_block(const float* src, float* dst) {
+static inline __m128 log_half(__m128 significands, __m128i exponents, const int32_t* cell) {
+  const FourRows c = look_up_rows(kTable.cubic, cell);
+  const __m256d z = _mm256_cvtps_pd(significands), e = _mm256_cvtepi32_pd(exponents);
+  const __m256d multiple = _mm256_fmadd_pd(e, _mm256_set1_pd(kTwo.high), e * _mm256_set1_pd(kTwo.low));
+  return _mm256_cvtpd_ps(((c.first * z + c.second) * z + c.third) * z + c.fourth + multiple);
+}
+
+template <const LogTable& kTable, const LogTwo& kTwo>
+__attribute__((always_inline)) static inline void log_block(const float* src, float* dst) {
   const Singles x = load_lanes(src);
   const __m256i bits = patterns_of(x);
-  const Indices cell(_mm256_srli_epi32(bits, 15) & _mm256_set1_epi32(255));
-  const FourDoubles c = look_up_rows(reinterpret_cast<const double(*)[4]>(kTable.cubic), cell);
-  const Doubles z = as_doubles(significand_of(x));
-  const Doubles e =
-      as_doubles(_mm256_sub_epi32(_mm256_srli_epi32(bits, 23), _mm256_set1_epi32(127)));
-  const Doubles multiple = fused(e, all_doubles(kTwo.high), e * kTwo.low);
-  const Doubles y = ((c.first * z + c.second) * z + c.third) * z + c.fourth + multiple;
-  store_lanes(dst, rounded(y));
+  const Indices cell(_mm256_srli_epi32(bits, 10) & _mm256_set1_epi32(255 * 32));
+  const Singles z = significand_of(x);
+  const __m256i e = _mm256_sub_epi32(_mm256_srli_epi32(bits, 23), _mm256_set1_epi32(127));
+  const __m128 low = log_half<kTable, kTwo>(_mm256_castps256_ps128(z), _mm256_castsi256_si128(e), cell.lane);
+  const __m128 high = log_half<kTable, kTwo>(_mm256_extractf128_ps(z, 1), _mm256_extracti128_si256(e, 1), cell.lane + 4);
+  store_lanes(dst, _mm256_set_m128(high, low));
 }
 
 template <const LogTable& kTable, const LogTwo& kTwo>
