@@ -15,7 +15,8 @@ template <const LogTable& kTable, const LogTwo& kTwo>
 static inline __m128 log_half(__m128 significands, __m128i exponents, const int32_t* cell) {
   const FourRows c = look_up_rows(kTable.cubic, cell);
   const __m256d z = _mm256_cvtps_pd(significands), e = _mm256_cvtepi32_pd(exponents);
-  const __m256d multiple = _mm256_fmadd_pd(e, _mm256_set1_pd(kTwo.high), e * _mm256_set1_pd(kTwo.low));
+  const __m256d multiple =
+      _mm256_fmadd_pd(e, _mm256_set1_pd(kTwo.high), e * _mm256_set1_pd(kTwo.low));
   return _mm256_cvtpd_ps(((c.first * z + c.second) * z + c.third) * z + c.fourth + multiple);
 }
 
@@ -26,8 +27,10 @@ __attribute__((always_inline)) static inline void log_block(const float* src, fl
   const Indices cell(_mm256_srli_epi32(bits, 10) & _mm256_set1_epi32(255 * 32));
   const Singles z = significand_of(x);
   const __m256i e = _mm256_sub_epi32(_mm256_srli_epi32(bits, 23), _mm256_set1_epi32(127));
-  const __m128 low = log_half<kTable, kTwo>(_mm256_castps256_ps128(z), _mm256_castsi256_si128(e), cell.lane);
-  const __m128 high = log_half<kTable, kTwo>(_mm256_extractf128_ps(z, 1), _mm256_extracti128_si256(e, 1), cell.lane + 4);
+  const __m128 low =
+      log_half<kTable, kTwo>(_mm256_castps256_ps128(z), _mm256_castsi256_si128(e), cell.lane);
+  const __m128 high = log_half<kTable, kTwo>(_mm256_extractf128_ps(z, 1),
+                                             _mm256_extracti128_si256(e, 1), cell.lane + 4);
   store_lanes(dst, _mm256_set_m128(high, low));
 }
 
