@@ -17,9 +17,12 @@ struct Arrays {
 
 // Computes whole wide blocks from element `first` on and returns the index of the first block that
 // holds a special element, or one that it cannot decide, or the end of the last whole block below
-// `last`. It stores nothing of the block that it stops at.
+// `last`. It stores nothing of the block that it stops at. Flags that its kernel raises on the SSE unit it
+// raises there, those of the x87 unit too where the kernel computes on that alone; where the kernel
+// computes on both, they are added to *x87_flags.
 template <class E>
-using WideStep = int32_t (*)(const Arrays<E>& arrays, int32_t first, int32_t last);
+using WideStep = int32_t (*)(const Arrays<E>& arrays, int32_t first, int32_t last,
+                             uint32_t* x87_flags);
 
 constexpr int32_t kLeastWideBlock = 8;
 

@@ -15,6 +15,11 @@ bool wide_fits_control<Unit::kX87>() {
   return (x87_control() & kX87Flags) == kX87Flags;
 }
 
+template <>
+bool wide_fits_control<Unit::kBoth>() {
+  return wide_fits_control<Unit::kX87>() && wide_fits_control<Unit::kSse>();
+}
+
 // The flag of an inexact result is the one that nearly every step raises, and needs no more than an
 // operation.
 static void raise_on_x87(uint32_t flags) {
@@ -26,18 +31,24 @@ static void raise_on_x87(uint32_t flags) {
 
 template <Unit kUnit, class E>
 int32_t take_wide_step(WideStep<E> step, const Arrays<E>& arrays, int32_t i, int32_t last) {
-  if constexpr (kUnit == Unit::kSse) return step(arrays, i, last);
-  const uint32_t caller = sse_control();
-  sse_load(kSseMasks);
-  i = step(arrays, i, last);
-  const uint32_t flags = sse_control() & kSseFlags;
-  sse_load(caller);
-  if (flags) raise_on_x87(flags);
+  uint32_t flags = 0;
+  if constexpr (kUnit == Unit::kX87) {
+    const uint32_t caller = sse_control();
+    sse_load(kSseMasks);
+    i = step(arrays, i, last, &flags);
+    flags = sse_control() & kSseFlags;
+    sse_load(caller);
+  } else {
+    i = step(arrays, i, last, &flags);
+  }
+  if (kUnit != Unit::kSse && flags) raise_on_x87(flags);
   return i;
 }
 
 template int32_t take_wide_step<Unit::kSse>(WideStep<float>, const Arrays<float>&, int32_t,
                                             int32_t);
+template int32_t take_wide_step<Unit::kBoth>(WideStep<float>, const Arrays<float>&, int32_t,
+                                             int32_t);
 template int32_t take_wide_step<Unit::kX87>(WideStep<float>, const Arrays<float>&, int32_t,
                                             int32_t);
 template int32_t take_wide_step<Unit::kX87>(WideStep<double>, const Arrays<double>&, int32_t,

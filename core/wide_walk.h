@@ -11,16 +11,16 @@
 const WideLibrary& wide_library();
 
 // The unit in which a kernel's own step computes, and raises flags.
-enum class Unit { kSse, kX87 };
+enum class Unit { kSse, kX87, kBoth };
 
 // Whether a wide step may do a kernel's work under the caller's control words: an exception that the
 // caller has unmasked is to trap where the kernel's own step traps, and on that unit.
 template <Unit kUnit>
 bool wide_fits_control();
 
-// Takes the step from element i on. On the SSE unit under the control word that the kernel has set,
-// so that flags are raised as the kernel raises them. Otherwise under one of its own, and its flags go
-// to the x87 unit.
+// Takes the step from element i on. Where its kernel uses the SSE unit, under the control word that the
+// kernel has set, so that flags are raised as the kernel raises them. Otherwise under one of its own, and
+// its flags go to the x87 unit.
 template <Unit kUnit, class E>
 int32_t take_wide_step(WideStep<E> step, const Arrays<E>& arrays, int32_t i, int32_t last);
 

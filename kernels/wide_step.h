@@ -13,13 +13,14 @@
 #error "the wide library's, which is compiled for AVX2"
 #endif
 
-#define LUX_WIDE_KERNEL(family, type, grade)                                         \
-  int32_t wide_##family##_##type##_##grade(const Arrays<LUX_ELEMENT_##type>& arrays, \
-                                           int32_t first, int32_t last)
-
 #define LUX_WIDE_EXACT(family, type)                                                      \
   int32_t wide_##family##_##type(const Arrays<LUX_ELEMENT_##type>& arrays, int32_t first, \
-                                 int32_t last)
+                                 int32_t last, [[maybe_unused]] uint32_t* x87_flags)
+#define LUX_WIDE_KERNEL(family, type, grade) LUX_WIDE_EXACT(family, type##_##grade)
+#define LUX_ELEMENT_32f_A24 float
+#define LUX_ELEMENT_32f_A21 float
+#define LUX_ELEMENT_32f_A11 float
+#define LUX_ELEMENT_64f_A53 double
 
 static inline bool in_all_lanes(__m256i condition) {
   return in_all_lanes(_mm256_castsi256_ps(condition));

@@ -8,8 +8,9 @@
 
 #include "wide_identity.h"  // made by the build: LUX_WIDE_IDENTITY
 
-#define LUX_WIDE_STEP(step, type, export) \
-  int32_t wide_##step(const Arrays<LUX_ELEMENT_##type>& arrays, int32_t first, int32_t last);
+#define LUX_WIDE_STEP(step, type, export)                                                    \
+  int32_t wide_##step(const Arrays<LUX_ELEMENT_##type>& arrays, int32_t first, int32_t last, \
+                      uint32_t* x87_flags);
 #include "core/wide.def"
 
 // Both halves of the long registers are saved when the system switches between threads.

@@ -90,16 +90,18 @@ __attribute__((noinline, cold)) static void hypot_special(const E* x, const E* y
   }
 }
 
-template <class E>
+template <auto kStep, class E>
 static Status hypot(const E* x, const E* y, E* dst, int32_t len) {
   const Arrays<E> arrays = {x, y, dst, dst};
   return run_kernel<X87Nearest<X87_DOUBLE>, kBlock>(
       arrays, len,
-      [=](int32_t i, int32_t last) {
-        for (; i < last && all_ordinary(x + i, y + i); i += kBlock)
-          hypot_ordinary<kBlock>(x + i, y + i, dst + i);
-        return i;
-      },
+      with_wide_step<Unit::kX87, kStep>(arrays, len,
+                                        [=](int32_t i, int32_t last) {
+                                          for (; i < last && all_ordinary(x + i, y + i);
+                                               i += kBlock)
+                                            hypot_ordinary<kBlock>(x + i, y + i, dst + i);
+                                          return i;
+                                        }),
       [=](int32_t i, Status*) {
         if (is_ordinary(x + i, y + i))
           hypot_ordinary<1>(x + i, y + i, dst + i);

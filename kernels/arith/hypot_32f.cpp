@@ -16,4 +16,4 @@ void hypot_extreme(const float* x, const float* y, float* dst) {
   hypot_ordinary<1>(x, y, dst);
 }  // not counted: no single is finite and not ordinary
 
-LUX_KERNELS_32F(Hypot, 2_1, hypot<float>)
+LUX_KERNELS_32F(Hypot, 2_1, hypot<&WideLibrary::Hypot_32f_A24>)

@@ -46,4 +46,4 @@ void hypot_extreme(const double* x, const double* y, double* dst) {
   in_memory(dst) = double(root(m) * power_of_two((exponent - parity) / 2 - (tiny ? 1000 : 0)));
 }
 
-LUX_KERNELS_64F(Hypot, 2_1, hypot<double>)
+LUX_KERNELS_64F(Hypot, 2_1, hypot<&WideLibrary::Hypot_64f_A53>)

@@ -17,7 +17,7 @@ static inline void exp_block(const float* src, float* dst) {
   const Doubles r = u - as_doubles(single);
   const __m256i k = patterns_of(single);
   const Indices index(k & _mm256_set1_epi32(63));
-  const Doubles y = ((r + table.d2) * r + table.d1) * look_up(table.power, index.lane);
+  const Doubles y = ((r + table.d2) * r + table.d1) * look_up(table.power, index);
   // The index vanishes when k / 64 is shifted into the exponent field.
   const __m256i scale = _mm256_slli_epi32(k & _mm256_set1_epi32(-64), 17);
   const __m256i sum = _mm256_add_epi32(patterns_of(rounded(y)), scale);

@@ -287,7 +287,8 @@ template <class E>
 __attribute__((noinline)) static int32_t step_widely(WideStep<E> step, const Arrays<E>& arrays,
                                                      int32_t len) {
   const SilentSse sse;
-  return step(arrays, 0, len);
+  uint32_t flags = 0;
+  return step(arrays, 0, len, &flags);
 }
 
 template <auto kStep, class E>
