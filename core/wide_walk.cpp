@@ -4,6 +4,7 @@
 #include "core/control.h"
 
 constexpr uint32_t kSseMasks = 0x1F80, kDenormalsAreZero = 0x40;
+constexpr uint16_t kInexact = 0x20;  // on both units
 
 template <>
 bool wide_fits_control<Unit::kSse>() {
@@ -20,10 +21,19 @@ bool wide_fits_control<Unit::kBoth>() {
   return wide_fits_control<Unit::kX87>() && wide_fits_control<Unit::kSse>();
 }
 
+template <>
+bool inexact_is_raised<Unit::kX87>() {
+  return x87_status() & kInexact;
+}
+
+template <>
+bool inexact_is_raised<Unit::kBoth>() {
+  return inexact_is_raised<Unit::kX87>() && (sse_control() & kInexact);
+}
+
 // The flag of an inexact result is the one that nearly every step raises, and needs no more than an
 // operation.
 static void raise_on_x87(uint32_t flags) {
-  constexpr uint16_t kInexact = 0x20;
   const uint16_t missing = uint16_t(flags) & ~x87_status();
   if (missing & kInexact) asm volatile("fld1\n\tfldpi\n\tfdivrp\n\tfstp %%st" : : : "st", "st(1)");
   if (missing & ~kInexact) x87_raise(missing & ~kInexact);

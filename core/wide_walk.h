@@ -18,14 +18,20 @@ enum class Unit { kSse, kX87, kBoth };
 template <Unit kUnit>
 bool wide_fits_control();
 
+// Whether the flag of an inexact result is raised on the unit, or on both.
+template <Unit kUnit>
+bool inexact_is_raised();
+
 // Takes the step from element i on. Where its kernel uses the SSE unit, under the control word that the
 // kernel has set, so that flags are raised as the kernel raises them. Otherwise under one of its own, and
 // its flags go to the x87 unit.
 template <Unit kUnit, class E>
 int32_t take_wide_step(WideStep<E> step, const Arrays<E>& arrays, int32_t i, int32_t last);
 
-// Takes the place of a kernel's `fast`. kStep is a member of the library's.
-template <Unit kUnit, auto kStep, class E, class Fast>
+// Takes the place of a kernel's `fast`. kStep is a member of the library's. kOnceInexact: its method is
+// another than the kernel's, and so are the exact ones of its operations. Since nothing but an inexact
+// result is raised by either, the kernel's own step goes first until that has been.
+template <Unit kUnit, auto kStep, bool kOnceInexact, class E, class Fast>
 class WideWalk {
  public:
   WideWalk(const Arrays<E>& arrays, int32_t len, Fast fast) : arrays_(arrays), fast_(fast) {
@@ -53,7 +59,8 @@ class WideWalk {
     }
     int32_t i = first;
     if (i >= next_ && last - i >= kLeastWideBlock) {
-      i = take_wide_step<kUnit>(step_, arrays_, i, last);
+      if (!kOnceInexact || inexact_is_raised<kUnit>())
+        i = take_wide_step<kUnit>(step_, arrays_, i, last);
       stretch_ = i > first ? kLeastStretch : stretch_ < kLongest ? 2 * stretch_ : stretch_;
       next_ = i + stretch_;
     }
@@ -71,12 +78,12 @@ class WideWalk {
 };
 
 // The kernel's `fast` itself where there is no step.
-template <Unit kUnit, auto kStep, class E, class Fast>
+template <Unit kUnit, auto kStep, bool kOnceInexact = false, class E, class Fast>
 static inline auto with_wide_step(const Arrays<E>& arrays, int32_t len, Fast fast) {
   if constexpr (__is_same(decltype(kStep), decltype(nullptr)))
     return fast;
   else
-    return WideWalk<kUnit, kStep, E, Fast>(arrays, len, fast);
+    return WideWalk<kUnit, kStep, kOnceInexact, E, Fast>(arrays, len, fast);
 }
 
 #endif

@@ -45,6 +45,29 @@ static inline bool any_undecided(const double (&y)[kCount]) {
   return __builtin_expect(least < kUndecidedEnd<kMargin>, 0);
 }
 
+// The same of fours of lanes by the packed unit, where integer instructions are what a block has
+// most of. With another bit the 29 bits are patterns of normal singles, which compare as they do
+// and touch neither flags nor settings.
+template <uint32_t kMargin>
+static inline __m128 undecided_lanes(const double* four) {
+  constexpr uint32_t kLost = 0x1FFFFFFF, kNormal = 0x20000000, kMiddle = kNormal + 0x10000000;
+  const auto pair = [=](int lane) { return reinterpret_cast<const float*>(four + lane); };
+  const __m128 lower = turned(pair(0), pair(1), pair(2), pair(3)).first;
+  const __m128 lost = _mm_or_ps(_mm_and_ps(lower, all_lanes(kLost)), all_lanes(kNormal));
+  return _mm_and_ps(_mm_cmplt_ps(all_lanes(kMiddle - kMargin), lost),
+                    _mm_cmplt_ps(lost, all_lanes(kMiddle + kMargin)));
+}
+
+template <uint32_t kMargin, int kCount>
+static inline bool any_undecided_lane(const double (&y)[kCount]) {
+  if constexpr (kCount % 4 != 0) return any_undecided<kMargin>(y);
+  __m128 any = _mm_setzero_ps();
+#pragma GCC unroll 2
+  for (int lane = 0; lane + 4 <= kCount; lane += 4)
+    any = _mm_or_ps(any, undecided_lanes<kMargin>(y + lane));
+  return __builtin_expect(in_any_lane(any), 0);
+}
+
 // Gives the undecided results of a block anew, once the others are stored; kAccurate(x) is the
 // nearest single for one argument.
 template <uint32_t kMargin, float (*kAccurate)(float), int kCount>

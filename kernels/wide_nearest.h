@@ -8,6 +8,9 @@
 // not have, are further than the margin from 2^28. The step stops at a block that has another one, a
 // share of kMargin 2^-28 of the elements, and leaves that to the kernel. Subnormal results are rounded
 // at a higher place, and are not decided so.
+//
+// No operation on an ordinary element may raise more than the flag of an inexact result, which is raised
+// before (core/wide_walk.h).
 #ifndef LUX_KERNELS_WIDE_NEAREST_H
 #define LUX_KERNELS_WIDE_NEAREST_H
 
@@ -39,6 +42,20 @@ static inline int32_t nearest_blocks(const Arrays<float>& arrays, int32_t i, int
     const Doubles y = compute(x);
     if (__builtin_expect(!all_decided<kMargin>(y), 0)) break;
     store_lanes(dst + i, finish(rounded(y), x));
+  }
+  return i;
+}
+
+// The same of two sources.
+template <uint32_t kMargin, class Ordinary, class Compute, class Finish>
+static inline int32_t nearest_pairs(const Arrays<float>& arrays, int32_t i, int32_t last,
+                                    Ordinary ordinary, Compute compute, Finish finish) {
+  for (; i + kLanes <= last; i += kLanes) {
+    const Singles a = load_lanes(arrays.src1 + i), b = load_lanes(arrays.src2 + i);
+    if (__builtin_expect(!ordinary(a, b), 0)) break;
+    const Doubles y = compute(a, b);
+    if (__builtin_expect(!all_decided<kMargin>(y), 0)) break;
+    store_lanes(arrays.dst1 + i, finish(rounded(y), a));
   }
   return i;
 }
@@ -128,8 +145,12 @@ static inline Doubles kept(DoubleMask mask, Doubles x) {
   return {_mm256_and_pd(mask.low, x.low), _mm256_and_pd(mask.high, x.high)};
 }
 
-static inline Doubles square_root(Doubles x) {
-  return {_mm256_sqrt_pd(x.low), _mm256_sqrt_pd(x.high)};
+static inline Doubles smaller(Doubles a, Doubles b) {
+  return {_mm256_min_pd(a.low, b.low), _mm256_min_pd(a.high, b.high)};
+}
+
+static inline Doubles larger(Doubles a, Doubles b) {
+  return {_mm256_max_pd(a.low, b.low), _mm256_max_pd(a.high, b.high)};
 }
 
 #endif

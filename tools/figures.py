@@ -78,6 +78,8 @@ CLAUSES = rf"{CLAUSE}(?:[,;]{CLAUSE})*"
 
 def clause(computation, names):
     found, promise = computation.largest(), computation.promise
+    if promise == "0.5 ulp":
+        return f"{names}correctly rounded"
     bound = {"ulp": "at most " + promise, "relative": "relative " + promise,
              "normwise": "at most " + promise.split()[0] + " of the magnitude"}[computation.kind]
     return f"{names}{bound} (largest found {error_text(found)})"

@@ -57,7 +57,7 @@ static inline Status erf_32f(const float* src, float* dst, int32_t len, InBlocks
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<BothNearest<X87_DOUBLE>, 4>(
       arrays, len,
-      with_wide_step<kUnit, kStep>(arrays, len,
+      with_wide_step<kUnit, kStep, kUnit != Unit::kSse>(arrays, len,
                                         [=](int32_t i, int32_t last) {
                                           for (; i < last && in_blocks(src + i); i += 4)
                                             block(src + i, dst + i);
@@ -95,7 +95,7 @@ static inline Status packed_erf(const float* src, float* dst, int32_t len) {
 }
 
 LUX_KERNEL(Erf, 32f, A24, 1_1) {
-  return erf_32f<Unit::kX87, &WideLibrary::Erf_32f_A24>(
+  return erf_32f<Unit::kBoth, &WideLibrary::Erf_32f_A24>(
       src, dst, len, [](const float* x) { return all_below<4>(x, kNaNs); },
       [](const float* x, float* y) { extended_block<4>(x, y); },
       [](const float* x, float* y) { extended_block<1>(x, y); });

@@ -1,44 +1,30 @@
 // SPDX-License-Identifier: MIT
 //
-// Error functions of single-precision arrays: erf x = x P(x^2 - 8) for |x| up to 4, where the result
-// is 1 already, and erfc a = e^(-a^2) Q(t) / (a + 3), t = (a - 3) / (a + 3), erfc -a = 2 - erfc a. The
-// polynomials are off by 2^-38.7 and 2^-39.1 at most, the exponential by 2^-39.7, all steps together by
-// less than 2^-46.
-#include "kernels/erf/generated/wide_erf_32f_table.h"  // kWideErf, kWideErfc
-#include "kernels/explog/wide_powers.h"
+// Error function of single-precision arrays, by the cubics of kernels/erf/erf_32f.cpp, off by 2^-38.3 at
+// most; the steps add less than 2^-50.
+#include "kernels/erf/erf_32f_step.h"  // kCubic, kSaturated
+#include "kernels/wide_nearest.h"
 
-constexpr uint32_t kMargin = 1 << 15;  // 2^-38
-constexpr float kErfIsOne = 4;
-constexpr uint32_t kUnderflow = 0x41131CE0;  // 9.194550: erfc is subnormal from there on
+constexpr uint32_t kMargin = 0x7000;  // 2^-38.2
 
-static inline Doubles error_function(Singles x) {
-  const Doubles a = as_doubles(smaller(magnitude_of(x), all_lanes(kErfIsOne)));
-  return a * split_polynomial<kWideErf>(fused(a, a, all_doubles(-8)));
+static inline __m256d product(const FourRows& c, __m256d a) {
+  const __m256d quadratic = _mm256_fmadd_pd(_mm256_fmadd_pd(c.first, a, c.second), a, c.third);
+  return _mm256_fmadd_pd(quadratic, a, c.fourth) * a;
 }
 
-static inline Doubles complement(Singles x) {
-  const Doubles a = as_doubles(smaller(magnitude_of(x), all_lanes(9.19455f)));
-  const Doubles w = all_doubles(1) / (a + 3);
-  const Doubles power = exp2(split(a * a, -kLog2E));
-  const Doubles y = power * split_polynomial<kWideErfc>(fused(w, all_doubles(-6), all_doubles(1))) * w;
-  const DoubleMask negative = is_less(as_doubles(x), all_doubles(0));
-  return select(negative, all_doubles(2) - y, y);
+static inline Doubles error_function(Singles x) {
+  const Singles a = smaller(magnitude_of(x), all_lanes(kSaturated));
+  const __m256i cell = _mm256_sub_epi32(patterns_of(shifted_to_grid<128>(a)),
+                                        _mm256_set1_epi32(Grid<128>::kBits));
+  static_assert(sizeof kCubic[0] == 1 << 5);
+  const Indices offset(_mm256_slli_epi32(cell, 5));
+  const Doubles wide = as_doubles(a);
+  return {product(look_up_rows(kCubic, offset.lane), wide.low),
+          product(look_up_rows(kCubic, offset.lane + 4), wide.high)};
 }
 
 LUX_WIDE_KERNEL(Erf, 32f, A24) {
   return nearest_blocks<kMargin>(
       arrays, first, last, all_within<Format<float>::kSmallestNormal, Format<float>::kInf>,
       error_function, with_sign);
-}
-
-// erfc 0 is exact.
-LUX_WIDE_KERNEL(Erfc, 32f, A24) {
-  return nearest_blocks<kMargin>(
-      arrays, first, last,
-      [](Singles x) {
-        return all_within<1, Format<float>::kInf>(x) &&
-               in_all_lanes(
-                   _mm256_cmpgt_epi32(_mm256_set1_epi32(int32_t(kUnderflow)), patterns_of(x)));
-      },
-      complement, as_it_is);
 }

@@ -67,7 +67,7 @@ static inline Status erfc_32f(const float* src, float* dst, int32_t len, Block b
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<BothNearest<X87_DOUBLE>, 4>(
       arrays, len,
-      with_wide_step<kUnit, kStep>(arrays, len,
+      with_wide_step<kUnit, kStep, kUnit != Unit::kSse>(arrays, len,
                                         [=](int32_t i, int32_t last) {
                                           return blocks_below<4>(src, dst, kBound, i, last, block);
                                         }),
@@ -100,7 +100,7 @@ static inline Status packed_erfc(const float* src, float* dst, int32_t len) {
 }
 
 LUX_KERNEL(Erfc, 32f, A24, 1_1) {
-  return erfc_32f<kNormal, Unit::kX87, &WideLibrary::Erfc_32f_A24>(
+  return erfc_32f<kNormal, Unit::kBoth, &WideLibrary::Erfc_32f_A24>(
       src, dst, len, [](const float* x, float* y) { extended_block<4, false>(x, y); },
       [](const float* x, float* y) { extended_block<1, true>(x, y); });
 }

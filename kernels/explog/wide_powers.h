@@ -20,11 +20,6 @@ struct LongWords {
 static inline LongWords words_of(Doubles x) { return {FourWords(x.low), FourWords(x.high)}; }
 static inline Doubles doubles_of(LongWords x) { return {__m256d(x.low), __m256d(x.high)}; }
 
-static inline Doubles as_doubles(__m256i integers) {
-  return {_mm256_cvtepi32_pd(_mm256_castsi256_si128(integers)),
-          _mm256_cvtepi32_pd(_mm256_extracti128_si256(integers, 1))};
-}
-
 // ---- Powers
 
 // t is the sum of an integer k and a rest r, |r| <= 1/2; k stands in the lower bits of `shifted`.

@@ -73,7 +73,7 @@ static inline Status hyperbolic(const float* src, float* dst, int32_t len, Block
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<Control, 4>(
       arrays, len,
-      with_wide_step<kUnitOf<Control>, kStep>(arrays, len,
+      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(arrays, len,
                                         [=](int32_t i, int32_t last) {
                                           return blocks_below<4>(src, dst, kOverflow, i, last,
                                                                  block);

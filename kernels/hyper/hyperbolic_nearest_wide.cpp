@@ -32,9 +32,9 @@ static inline Doubles hyperbolic_sine(Singles x) {
 }
 
 LUX_WIDE_KERNEL(Cosh, 32f, A24) {
-  return nearest_blocks<kMargin>(
-      arrays, first, last, [](Singles x) { return all_below(x, kOverflow); }, hyperbolic_cosine,
-      as_it_is);
+  return nearest_blocks<kMargin>(arrays, first, last,
+                                 all_within<Format<float>::kSmallestNormal, kOverflow>,
+                                 hyperbolic_cosine, as_it_is);
 }
 
 LUX_WIDE_KERNEL(Sinh, 32f, A24) {

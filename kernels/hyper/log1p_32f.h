@@ -35,7 +35,7 @@ static inline Status log1p_32f(const float* src, float* dst, int32_t len, Block 
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<Control, kBlock>(
       arrays, len,
-      with_wide_step<kUnitOf<Control>, kStep>(arrays, len,
+      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(arrays, len,
                                         [=](int32_t i, int32_t last) {
                                           for (; i < last; i += kBlock) {
                                             if (!all_ordinary<Family, kBlock>(src + i)) break;

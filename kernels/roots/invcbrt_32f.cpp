@@ -118,7 +118,7 @@ static Status table_driven(const float* src, float* dst, int32_t len) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<X87Nearest<X87_DOUBLE>, 4>(
       arrays, len,
-      with_wide_step<Unit::kX87, &WideLibrary::InvCbrt_32f_A24>(
+      with_wide_step<Unit::kX87, &WideLibrary::InvCbrt_32f_A24, true>(
           arrays, len, [=](int32_t i, int32_t last) { return table_blocks(src, dst, i, last); }),
       [&](int32_t i, Status* status) {
         inverse_cube_root(arrays, i, status, [](uint32_t x, float* y) {

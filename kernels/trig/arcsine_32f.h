@@ -44,7 +44,7 @@ template <class Control, auto kStep, class Block, class One>
 static inline Status arcsine(const float* src, float* dst, int32_t len, Block block, One element) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<Control, 4>(arrays, len,
-                                with_wide_step<kUnitOf<Control>, kStep>(
+                                with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(
                                     arrays, len,
                                     [=](int32_t i, int32_t last) {
                                       return blocks_below<4>(src, dst, kBeyondOne, i, last, block);

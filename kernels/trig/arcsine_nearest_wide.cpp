@@ -47,6 +47,7 @@ LUX_WIDE_KERNEL(Asin, 32f, A24) {
 }
 
 LUX_WIDE_KERNEL(Acos, 32f, A24) {
-  return nearest_blocks<kMargin>(
-      arrays, first, last, [](Singles x) { return all_below(x, kBeyond); }, arccosine, as_it_is);
+  return nearest_blocks<kMargin>(arrays, first, last,
+                                 all_within<Format<float>::kSmallestNormal, kBeyond>, arccosine,
+                                 as_it_is);
 }
