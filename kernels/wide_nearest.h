@@ -121,9 +121,15 @@ static inline DoubleMask is_less(Doubles a, Doubles b) {
   return {_mm256_cmp_pd(a.low, b.low, _CMP_LT_OS), _mm256_cmp_pd(a.high, b.high, _CMP_LT_OS)};
 }
 
+// By one instruction, for which the compiler would compare the mask with 0 first.
+static inline __m256d select(__m256d mask, __m256d yes, __m256d no) {
+  __m256d selected;
+  asm("vblendvpd %3, %2, %1, %0" : "=x"(selected) : "x"(no), "xm"(yes), "x"(mask));
+  return selected;
+}
+
 static inline Doubles select(DoubleMask mask, Doubles yes, Doubles no) {
-  return {_mm256_blendv_pd(no.low, yes.low, mask.low),
-          _mm256_blendv_pd(no.high, yes.high, mask.high)};
+  return {select(mask.low, yes.low, no.low), select(mask.high, yes.high, no.high)};
 }
 
 // By bits.

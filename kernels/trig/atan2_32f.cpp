@@ -111,7 +111,6 @@ __attribute__((noinline, cold)) static void settle(const float* y, const float* 
 
 template <int kCount>
 static inline void block(const float* y, const float* x, float* dst) {
-  alignas(16) float n[4], d[4], cell[4], word[4];
   double angle[kCount];
   float nearest[kCount];
   const Point p = load_point<kCount>(y, x);

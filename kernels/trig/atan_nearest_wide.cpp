@@ -11,8 +11,9 @@ constexpr uint32_t kMargin = 1 << 15;  // 2^-38
 static inline Doubles arctangent(Singles x) {
   const Doubles one = all_doubles(1), a = as_doubles(magnitude_of(x));
   const DoubleMask beyond = is_less(one, a);
-  const Doubles u = select(beyond, all_doubles(-1), a) / select(beyond, a, one);
-  return fused(u, split_polynomial<kWideAtan>(u * u), kept(beyond, all_doubles(kHalfPi)));
+  const Doubles u = smaller(a, one) / larger(a, one);
+  return fused(differing(u, kept(beyond, all_doubles(-0.0))), split_polynomial<kWideAtan>(u * u),
+               kept(beyond, all_doubles(kHalfPi)));
 }
 
 LUX_WIDE_KERNEL(Atan, 32f, A24) {
