@@ -4,7 +4,7 @@
 // t = (a - 3) / (a + 3), erfc -a = 2 - erfc a. Q is off by 2^-39.1 at most, the exponential by 2^-39.7,
 // all steps together by less than 2^-46.
 #include "kernels/erf/generated/wide_erfc_32f_table.h"  // kWideErfc
-#include "kernels/explog/wide_powers.h"
+#include "kernels/wide_powers.h"
 
 constexpr uint32_t kMargin = 1 << 15;  // 2^-38
 constexpr uint32_t kUnderflow = 0x41131CE0;  // 9.194550: results are subnormal from there on

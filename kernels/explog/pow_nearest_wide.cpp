@@ -3,7 +3,7 @@
 // Powers of single-precision arrays, x^y = 2^(y log2 x): x = 2^k m, m from sqrt 1/2 to sqrt 2,
 // log2 x = k + s P(s^2), s = (m - 1) / (m + 1). P is off by 2^-45.0 at most, which results up to 2^126
 // have as 2^-38.5, the power by 2^-39.7.
-#include "kernels/explog/wide_powers.h"
+#include "kernels/wide_powers.h"
 
 constexpr uint32_t kMargin = 3 << 14;  // 2^-37.4
 constexpr uint32_t kLeast = Format<float>::kSmallestNormal, kInf = Format<float>::kInf;

@@ -6,7 +6,7 @@
 //   cosh x = (h + l) c + (h - l) s,   sinh x = (h - l) c + (h + l) s,   h = 2^(k-1), l = 2^(-k-1).
 //
 // c is off by 2^-46, s by 2^-37.6 at most; what cancels at |k| = 1 makes four times the roundings.
-#include "kernels/explog/wide_powers.h"
+#include "kernels/wide_powers.h"
 #include "kernels/hyper/hyperbolic_32f_step.h"  // kOverflow
 
 constexpr uint32_t kMargin = 3 << 14;  // 2^-37.4

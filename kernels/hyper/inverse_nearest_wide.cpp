@@ -8,7 +8,7 @@
 //   Atanh   y = (1 + |x|) / (1 - |x|), half of its logarithm: s = |x|
 //
 // The logarithm is off by 2^-37.7 at most, all else by less than 2^-49 of the result.
-#include "kernels/explog/wide_powers.h"
+#include "kernels/wide_powers.h"
 
 constexpr uint32_t kMargin = 3 << 14;  // 2^-37.4
 

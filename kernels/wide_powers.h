@@ -2,10 +2,10 @@
 //
 // Powers of two and logarithms in doubles, to about 2^-38, for wide steps of kernels whose results
 // are the nearest singles.
-#ifndef LUX_KERNELS_EXPLOG_WIDE_POWERS_H
-#define LUX_KERNELS_EXPLOG_WIDE_POWERS_H
+#ifndef LUX_KERNELS_WIDE_POWERS_H
+#define LUX_KERNELS_WIDE_POWERS_H
 
-#include "kernels/explog/generated/wide_powers_32f_table.h"
+#include "core/generated/wide_powers_table.h"
 #include "kernels/wide_nearest.h"
 
 constexpr double kLn2 = 0x1.62e42fefa39efp-1;   // 0.6931471805599453

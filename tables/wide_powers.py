@@ -34,4 +34,4 @@ for name, function, text, low, high, count in (
     body += [f"// {text}, from {mpmath.nstr(low, 4)} to {mpmath.nstr(high, 4)}, highest power first. Relative error",
              f"// at most {header.digits(error)}.",
              f"inline constexpr double {name}[{count}] = {header.doubles(terms[::-1])};"]
-header.main("kernels/explog/generated/wide_powers_32f_table.h", body)
+header.main("core/generated/wide_powers_table.h", body)
