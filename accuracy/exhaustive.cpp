@@ -81,7 +81,11 @@ struct Scale {
 class Classes {
  public:
   Classes() {
-    for (int i = 0; i < kBelowOne; ++i) edges_[i] = int32_t(kHistogram[i] * 0x1p24);
+    int c = 0;
+    for (int i = 0; i <= 1 << (24 - kStepBits); ++i) {
+      if (edge(c) < i << kStepBits) ++c;
+      parts_[i] = {c, edge(c)};
+    }
   }
   int of(Wide ulp) const {
     if (ulp <= 1) return of_steps(int32_t(lrintl(ulp * 0x1p24L)));
@@ -90,15 +94,23 @@ class Classes {
     return c;
   }
   int of_steps(int32_t steps) const {
-    int c = 0;
-    for (const int32_t edge : edges_) c += steps > edge;
-    return c;
+    const Part& part = parts_[steps >> kStepBits];
+    return part.first + (steps > part.edge);
   }
 
  private:
   static constexpr int kBelowOne =
       int(std::find(std::begin(kHistogram), std::end(kHistogram), 1) - std::begin(kHistogram)) + 1;
-  int32_t edges_[kBelowOne];
+  // So narrow that none has more than one class's end inside.
+  static constexpr int kStepBits = 17;
+  struct Part {
+    int first;
+    int32_t edge;  // where the first class ends
+  };
+
+  static int32_t edge(int c) { return int32_t(kHistogram[c] * 0x1p24); }
+
+  Part parts_[(1 << (24 - kStepBits)) + 1];
 };
 
 // The tenth worst error of a grade as far as any thread knows it: only what reaches it needs MPFR.
@@ -336,11 +348,11 @@ class Exhauster {
     constexpr int32_t kHalf = 1 << 23, kDoubt = 3;  // twice the margin, and a rounding
     const auto steps_of = [](double ulp) { return int32_t(std::min(ulp, 2.0) * 0x1p24); };
     const Curve& curve = curve_[k];
-    uint64_t* const classes = sums.statistics.classes;
     const auto bound = [&] {
       return std::min({steps_of(sums.floor) - kDoubt, steps_of(sums.relative_step), 1 << 24});
     };
     int32_t usual = bound(), largest = 0;
+    uint32_t one_by_one = 0, not_nearest = 0, counts[2][kClasses] = {};
     double sum = 0;
     for (uint32_t i = 0; i < kBlock; ++i) {
       const uint32_t bits = got[i], field = bits >> 23 & 0xFF, fraction = bits & 0x7FFFFF;
@@ -352,9 +364,8 @@ class Exhauster {
           fraction - 1 < 0x7FFFFE || (fraction == 0 && fabsl(exact) >= scale_.binade[field]);
       if (inside & (field - 1 < 254) & (steps < usual) & (abs(steps - kHalf) > kDoubt)) {
         sum += ulp;
-        ++classes[classes_.of_steps(steps)];
-        ++sums.part.count;
-        sums.statistics.not_nearest += steps > kHalf;
+        ++counts[i & 1][classes_.of_steps(steps)];
+        not_nearest += steps > kHalf;
         if (steps > largest) {
           largest = steps;
           if (ulp > sums.largest) {
@@ -365,9 +376,13 @@ class Exhauster {
       } else {
         compare_one(g, k, i, bits, exact, sums);
         usual = bound();
+        ++one_by_one;
       }
     }
     sums.sum += sum;
+    sums.part.count += kBlock - one_by_one;
+    sums.statistics.not_nearest += not_nearest;
+    for (int c = 0; c < kClasses; ++c) sums.statistics.classes[c] += counts[0][c] + counts[1][c];
   }
 
   void compare_one(size_t g, int k, uint32_t i, uint32_t got, Wide exact, Sums& sums) {

@@ -32,7 +32,7 @@ struct Side {
 static const Side kSides[2] = {{1, 0}, {-1, 2}};
 
 LUX_DOUBLE_KERNEL(Erfc);
-static constexpr Listed kListed[] = {{}};
+static constexpr Listed kListed[] = {{0xB76C9F62, 0x3F800085}, {}};
 
 // kAnySize: or subnormal results. They are rounded where those of the least normal binade are, and
 // stand there when 2^-126 is added: less than half of the sum is off, by 2^-33.97 of that.

@@ -14,7 +14,11 @@
 #include "kernels/hyper/log1p_32f.h"
 
 LUX_DOUBLE_KERNEL(Asinh);
-static constexpr Listed kListed[] = {{}};
+static constexpr Listed kListed[] = {{0x4BDD65A5, 0x418F034B},
+                                     {0xCBDD65A5, 0xC18F034B},
+                                     {0x655890D3, 0x4254D1F9},  // of log_twice, magnitudes
+                                     {0x6EB1A8EC, 0x42845A89},
+                                     {}};
 
 struct Asinh : PackedAsinh {
   using PackedAsinh::argument;
