@@ -28,62 +28,104 @@ bool inexact_is_raised();
 template <Unit kUnit, class E>
 int32_t take_wide_step(WideStep<E> step, const Arrays<E>& arrays, int32_t i, int32_t last);
 
-// Takes the place of a kernel's `fast`. kStep is a member of the library's. kOnceInexact: its method is
-// another than the kernel's, and so are the exact ones of its operations. Since nothing but an inexact
-// result is raised by either, the kernel's own step goes first until that has been.
-template <Unit kUnit, auto kStep, bool kOnceInexact, class E, class Fast>
-class WideWalk {
- public:
-  WideWalk(const Arrays<E>& arrays, int32_t len, Fast fast) : arrays_(arrays), fast_(fast) {
-    if (len < kLeastWideBlock) return;
-    const WideLibrary& library = wide_library();
-    if (__atomic_load_n(&library.head.enabled, __ATOMIC_RELAXED)) step_ = library.*kStep;
-  }
-
-  int32_t operator()(int32_t i, int32_t last) {
-    for (;;) {
-      int32_t end = last;
-      if (step_) i = widely(i, last, &end);
-      i = fast_(i, end);
-      if (i < end || end == last) return i;
-    }
-  }
-
- private:
-  // Where the wide step gets nowhere, the kernel's own is left alone for twice as long each time.
-  __attribute__((noinline)) int32_t widely(int32_t first, int32_t last, int32_t* end) {
-    if (stretch_ == 0) {
-      stretch_ = kLeastStretch;
-      if (!wide_fits_control<kUnit>()) step_ = nullptr;
-      if (!step_) return first;
-    }
-    int32_t i = first;
-    if (i >= next_ && last - i >= kLeastWideBlock) {
-      if (!kOnceInexact || inexact_is_raised<kUnit>())
-        i = take_wide_step<kUnit>(step_, arrays_, i, last);
-      stretch_ = i > first ? kLeastStretch : stretch_ < kLongest ? 2 * stretch_ : stretch_;
-      next_ = i + stretch_;
-    }
-    if (i < next_ && next_ < last) *end = next_;
-    return i;
-  }
-
-  // A wide block has at most sixteen elements, and a kernel's own block divides it.
-  static constexpr int32_t kLeastStretch = 16, kLongest = 1 << 20;
-
-  const Arrays<E>& arrays_;
-  Fast fast_;
-  WideStep<E> step_ = nullptr;
-  int32_t stretch_ = 0, next_ = 0;
+// A kernel's `fast` and the wide step that goes before it. It stands for itself: what changes during the walk
+// is kept apart, where the compiler need not expect changes of what the step refers to.
+//
+// kOnceInexact: the step's method is another than the kernel's, and so are the exact ones among its
+// operations. Since neither raises anything but the flag of an inexact result, the kernel's own step goes
+// first until that has been.
+template <Unit kUnit, auto kStep, bool kOnceInexact, class Fast>
+struct WithWideStep {
+  const Fast& fast;
 };
 
-// The kernel's `fast` itself where there is no step.
+// kStep is a member of the library's, or null where there is none.
 template <Unit kUnit, auto kStep, bool kOnceInexact = false, class E, class Fast>
-static inline auto with_wide_step(const Arrays<E>& arrays, int32_t len, Fast fast) {
-  if constexpr (__is_same(decltype(kStep), decltype(nullptr)))
-    return fast;
-  else
-    return WideWalk<kUnit, kStep, kOnceInexact, E, Fast>(arrays, len, fast);
+static inline auto with_wide_step(const Arrays<E>&, int32_t, const Fast& fast) {
+  return WithWideStep<kUnit, kStep, kOnceInexact, Fast>{fast};
+}
+
+template <class E>
+struct WideWalk {
+  WideStep<E> step = nullptr;
+  int32_t stretch = 0, next = 0;
+};
+
+// Of a step alone.
+struct NoWalk {};
+template <class Fast, class E>
+static inline NoWalk wide_walk(const Fast&, const Arrays<E>&, int32_t) {
+  return {};
+}
+
+template <Unit kUnit, auto kStep, bool kOnceInexact, class Fast, class E>
+static inline auto wide_walk(const WithWideStep<kUnit, kStep, kOnceInexact, Fast>&, const Arrays<E>&,
+                             int32_t len) {
+  if constexpr (__is_same(decltype(kStep), decltype(nullptr))) {
+    return NoWalk();
+  } else {
+    WideWalk<E> walk;
+    if (len >= kLeastWideBlock) {
+      const WideLibrary& library = wide_library();
+      if (__atomic_load_n(&library.head.enabled, __ATOMIC_RELAXED)) walk.step = library.*kStep;
+    }
+    return walk;
+  }
+}
+
+// Where the wide step gets nowhere, the kernel's own is left alone for twice as long each time. A wide
+// block has at most sixteen elements, and a kernel's own block divides it.
+template <Unit kUnit, bool kOnceInexact, class E>
+__attribute__((noinline)) static int32_t step_widely(WideWalk<E>* walk, const Arrays<E>& arrays,
+                                                     int32_t first, int32_t last, int32_t* end) {
+  constexpr int32_t kLeastStretch = 16, kLongest = 1 << 20;
+  if (walk->stretch == 0) {
+    walk->stretch = kLeastStretch;
+    if (!wide_fits_control<kUnit>()) walk->step = nullptr;
+    if (!walk->step) return first;
+  }
+  int32_t i = first;
+  if (i >= walk->next && last - i >= kLeastWideBlock) {
+    if (!kOnceInexact || inexact_is_raised<kUnit>())
+      i = take_wide_step<kUnit>(walk->step, arrays, i, last);
+    if (i > first)
+      walk->stretch = kLeastStretch;
+    else if (walk->stretch < kLongest)
+      walk->stretch *= 2;
+    walk->next = i + walk->stretch;
+  }
+  if (i < walk->next && walk->next < last) *end = walk->next;
+  return i;
+}
+
+template <class Fast>
+static inline const Fast& own_step(const Fast& fast) {
+  return fast;
+}
+template <Unit kUnit, auto kStep, bool kOnceInexact, class Fast>
+static inline const Fast& own_step(const WithWideStep<kUnit, kStep, kOnceInexact, Fast>& both) {
+  return both.fast;
+}
+
+// From element i on up to the first block that holds a special element.
+template <class Fast, class E>
+static inline int32_t take_step(const Fast& fast, NoWalk*, const Arrays<E>&, int32_t i,
+                                int32_t last) {
+  return own_step(fast)(i, last);
+}
+
+template <Unit kUnit, auto kStep, bool kOnceInexact, class Fast, class E>
+static inline int32_t take_step(const WithWideStep<kUnit, kStep, kOnceInexact, Fast>& both, WideWalk<E>* walk,
+                                const Arrays<E>& arrays, int32_t i, int32_t last) {
+  for (;;) {
+    int32_t end = last;
+    if (walk->step) {
+      const Arrays<E> copy = arrays;  // the kernel's own may stay in registers
+      i = step_widely<kUnit, kOnceInexact>(walk, copy, i, last, &end);
+    }
+    i = both.fast(i, end);
+    if (i < end || end == last) return i;
+  }
 }
 
 #endif

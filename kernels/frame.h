@@ -75,11 +75,12 @@ static inline Status run_kernel(const Arrays<E>& arrays, int32_t len, Fast fast,
   if (!arrays.src1 || !arrays.src2 || !arrays.dst1 || !arrays.dst2) return LUX_NULL_POINTER;
 
   const Control control;
+  auto walk = wide_walk(fast, arrays, len);
   Status status = LUX_OK;
   const int32_t whole = len - len % kBlock;
   int32_t i = 0;
   while (i < len) {
-    if (i < whole) i = fast(i, whole);
+    if (i < whole) i = take_step(fast, &walk, arrays, i, whole);
     const int32_t end = i < whole ? i + kBlock : len;
     for (; i < end; ++i) one(i, &status);
   }

@@ -139,6 +139,11 @@ static inline Singles pattern_numbers(Singles x) {
   return _mm256_cvtepi32_ps(_mm256_castps_si256(x));
 }
 
+// Numbers rounded to integers, as patterns.
+static inline Singles numbers_as_patterns(Singles x) {
+  return _mm256_castsi256_ps(_mm256_cvtps_epi32(x));
+}
+
 // The wide library computes no element alone.
 template <int kCount>
 static inline Singles load_elements(const float* from) {
@@ -274,6 +279,13 @@ static inline __m128 from_integers(const int32_t* four) {
   const __m64* const pairs = reinterpret_cast<const __m64*>(four);
   const __m128 low = _mm_cvtpi32_ps(_mm_setzero_ps(), pairs[0]);
   return _mm_movelh_ps(low, _mm_cvtpi32_ps(_mm_setzero_ps(), pairs[1]));
+}
+
+// Numbers rounded to integers, as patterns. Leaves the MMX state occupied.
+static inline __m128 numbers_as_patterns(__m128 x) {
+  __m64 pairs[2] = {_mm_cvtps_pi32(x), _mm_cvtps_pi32(_mm_movehl_ps(x, x))};
+  asm("" : "+m"(pairs));
+  return load_halves(pairs, pairs + 1);
 }
 
 // The patterns as integers, rounded to singles. Leaves the MMX state occupied.

@@ -29,10 +29,11 @@
 // A11, packed: the same in plain single precision with shorter polynomials; the logarithm's
 // relative error of 2^-21 becomes 2^-14.5 in t, the polynomial adds 2^-17.
 //
-//   ordinary elements   blocks of eight: |x| a normal number, |y| < 2^31, |t| < 126; packed
+//   ordinary elements   blocks of eight: x finite and not 0, |y| < 2^31, |t| < 126; packed
 //                       |t| < 125, since an error of t must not lift a subnormal result. A larger y
-//                       only lets |x| = 1 through, and its products overflow. Signs of negative
-//                       bases with whole exponents are put on the stored results.
+//                       only lets |x| = 1 through, and its products overflow. Subnormal bases are
+//                       multiplied by 2^24, which is taken from e again. Signs of negative bases with
+//                       whole exponents are put on the stored results.
 //   others              in every grade the nearest single, by the doubles of A24 for all of a block
 //                       together
 //
@@ -40,15 +41,12 @@
 #ifndef LUX_KERNELS_EXPLOG_POW_32F_H
 #define LUX_KERNELS_EXPLOG_POW_32F_H
 
-#include "kernels/grid.h"
-#include "kernels/lanes.h"
 #include "kernels/nearest_32f.h"
-#include "kernels/explog/generated/pow_32f_table.h"  // static_const_table, kHalvedCell
 #include "kernels/explog/nearest_power.h"
+#include "kernels/explog/pow_32f_step.h"
 #include "kernels/explog/pow_special.h"
 
 constexpr int32_t kBlock = 8;
-constexpr uint32_t kLargeExponent = 0x4F000000;  // 2^31
 
 // Of an exponent, in the sign bit: too large, or a NaN.
 static inline uint32_t too_large(const float* y) { return kLargeExponent - 1 - upper_magnitude(y); }
@@ -80,28 +78,38 @@ static inline bool none_too_large(OneExponent<float> y, int32_t) {
   return sign_bit(~too_large(y.y));
 }
 
-// Below 2^-40 the power is 1 as it is with 0; the products would be subnormal.
-static inline __m128 zero_if_tiny(__m128 y) {
-  return _mm_and_ps(y, _mm_cmplt_ps(all_lanes(0x1p-40f), magnitude_of(y)));
-}
-
 static inline __m128 four_exponents(EachExponent<float> y, int32_t i) {
   return load_lanes(y.y + i);
 }
 static inline __m128 four_exponents(OneExponent<float> y, int32_t) { return load_all_lanes(y.y); }
 
-// The signs of the powers; false where one of a negative base may have no real value. Exponents
-// from 2^22 on pass for not whole. A caller's denormals-are-zero makes no subnormal one whole: below
-// 1 it takes a fraction of zeros.
-static inline bool packed_signs(__m128 x, __m128 y, __m128* sign) {
-  const __m128 one = all_lanes(1.0f), a = magnitude_of(y);
-  const __m128 seen = zero_if_tiny(y), half = seen * 0.5f;
-  const __m128 sized =
-      _mm_and_ps(_mm_cmplt_ps(a, all_lanes(0x1p+22f)),
-                 _mm_or_ps(_mm_cmple_ps(one, a), _mm_cmpeq_ps(significand_of(y), one)));
-  const __m128 whole = _mm_and_ps(_mm_cmpeq_ps(to_grid<1>(seen).multiple, y), sized);
-  *sign = sign_of(_mm_and_ps(x, _mm_cmpneq_ps(to_grid<1>(half).multiple, half)));
-  return _mm_movemask_ps(_mm_andnot_ps(whole, x)) == 0;
+// Four bases as normal numbers, and by how many powers of two each was lifted to one.
+struct Lifted {
+  __m128 x, powers;
+};
+
+// Four finite numbers other than 0, the subnormal ones lifted on the x87 unit, which knows no
+// denormals-are-zero.
+static inline Lifted lifted(const float* four) {
+  const __m128 subnormal = _mm_cmpeq_ps(exponents_of(load_lanes(four)), _mm_setzero_ps());
+  alignas(16) float factor[4];
+  float normal[4];
+  _mm_store_ps(factor, select(subnormal, all_lanes(0x1p+24f), all_lanes(1.0f)));
+  for (int lane = 0; lane < 4; ++lane)
+    put(normal + lane, load_extended(four + lane) * factor[lane]);
+  // Of four stores a load as a whole would wait for the last.
+  const __m128 low = _mm_unpacklo_ps(load_lane(normal), load_lane(normal + 1));
+  const __m128 high = _mm_unpacklo_ps(load_lane(normal + 2), load_lane(normal + 3));
+  return {_mm_movelh_ps(low, high), _mm_and_ps(subnormal, all_lanes(24.0f))};
+}
+
+static inline uint32_t zero_or_not_finite(const float* x) {
+  return outside(upper_magnitude(x), 1, Format<float>::kInf);
+}
+
+// Of eight.
+static inline bool none_zero_or_not_finite(const float* x) {
+  return none_outside<kBlock>([=](int lane) { return zero_or_not_finite(x + lane); });
 }
 
 // Upper words of bounds of |t|.
@@ -187,10 +195,15 @@ __attribute__((noinline)) static void finite_powers(const float* x, Exponent y, 
     store_bits(&m, (bits & Format<float>::kFraction) | kOne);
     powers->t[lane] = (log2_of(m, bits) - lifted) * exponent[lane];
   }
-  for (double& t : powers->t)
-    if (!all_below<1>(&t, kSurelyBeyond)) t = sign_bit(upper_word(&t)) ? -160 : 160;
   for (int lane = 0; lane < kCount; ++lane) {
-    const Power power = exp2_of(powers->t[lane]);
+    double& t = powers->t[lane];
+    if (!all_below<1>(&t, kSurelyBeyond)) {
+      const bool vanishes = sign_bit(upper_word(&t));
+      store_bits(above + lane, vanishes ? 0 : kInf);
+      store_bits(below + lane, vanishes ? 0 : kInf);
+      continue;
+    }
+    const Power power = exp2_of(t);
     const int32_t n = power.k >> 9;
     float some, others;
     store_bits(&some, uint32_t((n >> 1) + 127) << 23);
@@ -227,19 +240,27 @@ __attribute__((noinline, cold)) static void settle(const float* x, Exponent y, i
   }
 }
 
-// Eight or one whose results are normal numbers. Stores nothing otherwise.
-template <int kCount, class Exponent>
+// Eight bases as normal numbers, and the powers of two that each was lifted by.
+struct Eight {
+  alignas(16) float x[kBlock], powers[kBlock];
+};
+
+// Eight or one whose results are normal numbers; with `lifted` in place of bases of which some are
+// subnormal. Stores nothing otherwise.
+template <int kCount, bool kLifted, class Exponent>
 static inline bool x87_ordinary(const float* x, Exponent y, float* dst, int32_t i,
-                                const uint32_t* sign) {
+                                const uint32_t* sign, const Eight* lifted) {
+  const float* const base = kLifted ? lifted->x : x + i;
   alignas(16) float m[kBlock];
   double t[kCount], value[kCount];
   Rounded rounded[kCount];
   for (int lane = 0; lane < kCount; lane += 4)
-    _mm_store_ps(m + lane,
-                 significand_of(kCount == 1 ? load_lane(x + i) : load_lanes(x + i + lane)));
+    _mm_store_ps(m + lane, significand_of(kCount == 1 ? load_lane(base) : load_lanes(base + lane)));
 #pragma GCC unroll 8
   for (int lane = 0; lane < kCount; ++lane)
-    t[lane] = log2_of(m[lane], upper_magnitude(x + i + lane)) * in_memory(y.at(i + lane));
+    t[lane] =
+        (log2_of(m[lane], upper_magnitude(base + lane)) - (kLifted ? lifted->powers[lane] : 0)) *
+        in_memory(y.at(i + lane));
   if (!all_below<kCount>(t, kNormalResults)) return false;
 #pragma GCC unroll 8
   for (int lane = 0; lane < kCount; ++lane) {
@@ -299,6 +320,19 @@ __attribute__((noinline)) static const uint32_t* signs_of_eight(__m128 first, __
   return own;
 }
 
+template <class Exponent>
+__attribute__((noinline)) static bool x87_with_subnormals(const float* x, Exponent y, float* dst,
+                                                          int32_t i, const uint32_t* sign) {
+  if (!none_zero_or_not_finite(x + i)) return false;
+  Eight bases;
+  for (int lane = 0; lane < kBlock; lane += 4) {
+    const Lifted four = lifted(x + i + lane);
+    _mm_store_ps(bases.x + lane, four.x);
+    _mm_store_ps(bases.powers + lane, four.powers);
+  }
+  return x87_ordinary<kBlock, true>(x, y, dst, i, sign, &bases);
+}
+
 // Whole blocks of ordinary elements.
 template <class Exponent>
 static inline int32_t x87_blocks(const float* x, Exponent y, float* dst, int32_t i, int32_t last) {
@@ -306,13 +340,16 @@ static inline int32_t x87_blocks(const float* x, Exponent y, float* dst, int32_t
   for (; i < last; i += kBlock) {
     const __m128 first = load_lanes(x + i), second = load_lanes(x + i + 4);
     const Magnitudes sizes = magnitudes_of(first, second);
-    const __m128 normal = _mm_and_ps(_mm_cmplt_ps(_mm_setzero_ps(), sizes.least),
-                                     _mm_cmplt_ps(sizes.largest, all_lanes(Format<float>::kInf)));
-    if (!in_all_lanes(normal) || !none_too_large(y, i)) break;
+    const bool finite = in_all_lanes(_mm_cmplt_ps(sizes.largest, all_lanes(Format<float>::kInf)));
+    if (!finite || !none_too_large(y, i)) break;
     const uint32_t* sign = kNoSigns;
     if (_mm_movemask_ps(_mm_or_ps(first, second)) != 0)
       sign = signs_of_eight(first, second, y, i, own);
-    if (!sign || !x87_ordinary<kBlock>(x, y, dst, i, sign)) break;
+    if (!sign) break;
+    const bool normal = in_all_lanes(_mm_cmplt_ps(_mm_setzero_ps(), sizes.least));
+    if (!(__builtin_expect(normal, 1) ? x87_ordinary<kBlock, false>(x, y, dst, i, sign, nullptr)
+                                      : x87_with_subnormals(x, y, dst, i, sign)))
+      break;
   }
   return i;
 }
@@ -330,7 +367,7 @@ static Status pow_x87(const Arrays<float>& arrays, Exponent y, int32_t len) {
         uint32_t own;
         const uint32_t* const sign = signs_in_domain<1, too_large>(x, y, i, &own);
         if (!sign) return false;
-        if (!t) return x87_ordinary<1>(x, y, dst, i, sign);
+        if (!t) return x87_ordinary<1, false>(x, y, dst, i, sign, nullptr);
         if (!all_below<1>(t, kNormalResults)) return false;
         store_bits(dst + i, *nearest + *sign);
         return true;
@@ -338,95 +375,6 @@ static Status pow_x87(const Arrays<float>& arrays, Exponent y, int32_t len) {
 }
 
 // ---- Packed
-
-// The lowest power first.
-template <int kTerms>
-static inline __m128 rising_polynomial(const float (&c)[kTerms], __m128 x) {
-  __m128 sum = all_lanes(c[kTerms - 1]);
-#pragma GCC unroll 8
-  for (int i = kTerms - 2; i >= 0; --i) sum = sum * x + c[i];
-  return sum;
-}
-
-// 2^k of integers from -126 to 127: k is put into the exponent field as an integer.
-static inline __m128 powers_of_two(__m128 k) {
-  const __m128 field = k * 0x1p23f + 0x1.fcp29f;  // 127 2^23
-  __m64 pairs[2] = {_mm_cvtps_pi32(field), _mm_cvtps_pi32(_mm_movehl_ps(field, field))};
-  asm("" : "+m"(pairs));
-  return load_halves(pairs, pairs + 1);
-}
-
-// x = 2^e (z + 1), sqrt(1/2) <= z + 1 < sqrt(2)
-struct Base {
-  __m128 e, z;
-};
-
-// Of normal numbers.
-static inline Base reduce(__m128 x) {
-  alignas(16) int32_t fields[4];
-  _mm_store_ps(reinterpret_cast<float*>(fields), _mm_and_ps(x, all_lanes(Format<float>::kInf)));
-  const __m128 m = significand_of(x), above = _mm_cmplt_ps(all_lanes(0x1.6a09e6p+0f), m);
-  const __m128 bias = 127.0f - _mm_and_ps(above, all_lanes(1.0f));
-  return {from_integers(fields) * 0x1p-23f - bias, m - _mm_and_ps(above, m * 0.5f) - 1.0f};
-}
-
-// 2^(k + r)
-struct Split {
-  __m128 k, r, whole;  // `whole` to be tested against the range
-};
-
-struct A21 {
-  static __m128 fraction_power(__m128 r) { return rising_polynomial(kLongExp, r); }
-
-  static Split product(const Base& x, __m128 y) {
-    const auto [e, z] = x;
-    const __m128 inverse = 1.0f / (z + 2.0f);
-    const __m128 s_high = leading_half(z * inverse), z_high = leading_half(z);
-    const __m128 remainder = ((z - (s_high + s_high)) - s_high * z_high) - s_high * (z - z_high);
-    const __m128 s_low = remainder * inverse, s = s_high + s_low, s2 = s * s;
-    const __m128 tail = s_low * kLogHigh + s * (s2 * rising_polynomial(kLogTail, s2) + kLogLow);
-    const __m128 head = s_high * kLogHigh, sum = e + head;
-    const __m128 lost = head - (sum - e);
-    const __m128 l_high = leading_half(sum), l_low = (sum - l_high) + (lost + tail);
-    const __m128 y_high = leading_half(y);
-    const __m128 t_high = y_high * l_high;
-    const __m128 t_low = (y - y_high) * l_high + y * l_low;
-    const __m128 t = t_high + t_low, k = to_grid<1>(t).multiple;
-    return {k, (t_high - k) + t_low, t};
-  }
-};
-
-struct A11 {
-  static __m128 fraction_power(__m128 r) { return rising_polynomial(kShortExp, r); }
-
-  static Split product(const Base& x, __m128 y) {
-    const auto [e, z] = x;
-    const __m128 s = z / (z + 2.0f);
-    const __m128 t = y * (e + s * rising_polynomial(kShortLog, s * s));
-    const __m128 k = to_grid<1>(t).multiple;
-    return {k, t - k, t};
-  }
-};
-
-static inline bool in_range(__m128 t) {
-  return in_all_lanes(_mm_cmplt_ps(magnitude_of(t), all_lanes(125.0f)));
-}
-
-template <class Grade>
-static inline __m128 power(const Split& t) {
-  const __m128 fraction = Grade::fraction_power(t.r) * t.r + 1.0f;
-  return fraction * powers_of_two(t.k);
-}
-
-// Four bases as normal numbers, and by how many powers of two each was lifted to one.
-struct Lifted {
-  __m128 x, powers;
-};
-
-template <class Grade>
-static inline Split packed_product(__m128 x, __m128 y) {
-  return Grade::product(reduce(x), zero_if_tiny(y));
-}
 
 template <class Grade>
 static inline Split packed_product(const Lifted& base, __m128 y) {
@@ -455,30 +403,10 @@ static inline bool packed_block(const Bases& x_a, const Bases& x_b, Exponent y, 
   return true;
 }
 
-// Four finite numbers other than 0, the subnormal ones lifted on the x87 unit, which knows no
-// denormals-are-zero.
-static inline Lifted lifted(const float* four) {
-  const __m128 subnormal = _mm_cmpeq_ps(exponents_of(load_lanes(four)), _mm_setzero_ps());
-  alignas(16) float factor[4];
-  float normal[4];
-  _mm_store_ps(factor, select(subnormal, all_lanes(0x1p+24f), all_lanes(1.0f)));
-  for (int lane = 0; lane < 4; ++lane)
-    put(normal + lane, load_extended(four + lane) * factor[lane]);
-  // Of four stores a load as a whole would wait for the last.
-  const __m128 low = _mm_unpacklo_ps(load_lane(normal), load_lane(normal + 1));
-  const __m128 high = _mm_unpacklo_ps(load_lane(normal + 2), load_lane(normal + 3));
-  return {_mm_movelh_ps(low, high), _mm_and_ps(subnormal, all_lanes(24.0f))};
-}
-
-static inline uint32_t zero_or_not_finite(const float* x) {
-  return outside(upper_magnitude(x), 1, Format<float>::kInf);
-}
-
 template <class Grade, class Exponent>
 __attribute__((noinline)) static bool packed_with_subnormals(const float* x, Exponent y, float* dst,
                                                              int32_t i) {
-  if (!none_outside<kBlock>([=](int lane) { return zero_or_not_finite(x + i + lane); }))
-    return false;
+  if (!none_zero_or_not_finite(x + i)) return false;
   _mm_empty();
   const Lifted first = lifted(x + i), second = lifted(x + i + 4);
   return packed_block<Grade, true>(first, second, y, dst, i);
@@ -490,7 +418,8 @@ __attribute__((noinline)) static bool packed_with_negatives(const float* x, Expo
   return packed_block<Grade, true>(load_lanes(x + i), load_lanes(x + i + 4), y, dst, i);
 }
 
-template <class Grade, class Exponent>
+// kRare: without a copy of the steps for positive bases.
+template <class Grade, bool kRare, class Exponent>
 static inline bool packed_or_none(const float* x, Exponent y, float* dst, int32_t i) {
   const __m128 zero = _mm_setzero_ps(), first = load_lanes(x + i), second = load_lanes(x + i + 4);
   const Magnitudes sizes = magnitudes_of(first, second);
@@ -499,7 +428,7 @@ static inline bool packed_or_none(const float* x, Exponent y, float* dst, int32_
     return false;
   if (!in_all_lanes(_mm_cmplt_ps(zero, sizes.least)))
     return packed_with_subnormals<Grade>(x, y, dst, i);
-  if (_mm_movemask_ps(_mm_or_ps(first, second)) != 0)
+  if (kRare || _mm_movemask_ps(_mm_or_ps(first, second)) != 0)
     return packed_with_negatives<Grade>(x, y, dst, i);
   return packed_block<Grade, false>(first, second, y, dst, i);
 }
@@ -507,7 +436,7 @@ static inline bool packed_or_none(const float* x, Exponent y, float* dst, int32_
 template <class Grade, class Exponent>
 static inline int32_t packed_blocks(const float* x, Exponent y, float* dst, int32_t i,
                                     int32_t last) {
-  while (i < last && packed_or_none<Grade>(x, y, dst, i)) i += kBlock;
+  while (i < last && packed_or_none<Grade, false>(x, y, dst, i)) i += kBlock;
   _mm_empty();
   return i;
 }
@@ -553,12 +482,12 @@ __attribute__((noinline)) static bool packed_tail(const float* x, Exponent y, in
       _mm_store_ps(exponents + lane, load_tail(y.y, lane, n));
   }
   if constexpr (__is_same(Exponent, EachExponent<float>)) y = {exponents};
-  const bool ordinary = none_too_large(y, 0) && packed_with_subnormals<Grade>(bases, y, results, 0);
+  const bool ordinary = packed_or_none<Grade, true>(bases, y, results, 0);
   _mm_empty();
   return ordinary;
 }
 
-template <class Grade, class Exponent>
+template <class Grade, auto kStep, class Exponent>
 static Status pow_packed(const Arrays<float>& arrays, Exponent y, int32_t len) {
   const float* const x = arrays.src1;
   float* const dst = arrays.dst1;
@@ -568,7 +497,9 @@ static Status pow_packed(const Arrays<float>& arrays, Exponent y, int32_t len) {
   bool tail_is_known = false;
   return run_kernel<BothNearest<X87_DOUBLE>, kBlock>(
       arrays, len,
-      [=](int32_t i, int32_t last) { return packed_blocks<Grade>(x, y, dst, i, last); },
+      with_wide_step<Unit::kSse, kStep>(
+          arrays, len,
+          [=](int32_t i, int32_t last) { return packed_blocks<Grade>(x, y, dst, i, last); }),
       one_element(arrays, y, len, &block, [&](int32_t i, const double* t, const uint32_t*) {
         if (n >= kLongTail && i >= whole) {
           if (i == whole) {

@@ -35,7 +35,7 @@ static Status cos_a24(const float* src, float* dst, int32_t len) {
 static Status cos_a21(const float* src, float* dst, int32_t len) {
   return run_a21<&WideLibrary::Cos_32f_A21>(
       {src, src, dst, dst}, len, kPi, 0, kCosineA21,
-      [](uint32_t x) { return within(x, kCosineA21); }, locate_cosine,
+      [](uint32_t x) { return within(x, kCosineA21); }, [](__m128 x) { return locate_cosine(x); },
       [](__m128 shifted, __m128 r, __m128, float* y, float*) {
         store_lanes(y, sine_of(shifted, r, r));
       },

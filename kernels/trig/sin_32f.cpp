@@ -29,7 +29,7 @@ static Status sin_a24(const float* src, float* dst, int32_t len) {
 static Status sin_a21(const float* src, float* dst, int32_t len) {
   return run_a21<&WideLibrary::Sin_32f_A21>(
       {src, src, dst, dst}, len, kPi, kSmall, kSineA21,
-      [](uint32_t x) { return within(x, kSineA21); }, locate_sine,
+      [](uint32_t x) { return within(x, kSineA21); }, [](__m128 x) { return locate_sine(x); },
       [](__m128 shifted, __m128 r, __m128 s, float* y, float*) {
         store_lanes(y, sine_of(shifted, r, s));
       },

@@ -56,7 +56,7 @@ static Status sincos_a24(const float* src, float* dst1, float* dst2, int32_t len
 static Status sincos_a21(const float* src, float* dst1, float* dst2, int32_t len) {
   return run_a21<&WideLibrary::SinCos_32f_A21>(
       {src, src, dst1, dst2}, len, kHalfPi, kSmall, kSinCosBound,
-      [](uint32_t x) { return in_range(x); }, locate_quadrant,
+      [](uint32_t x) { return in_range(x); }, [](__m128 x) { return locate_quadrant(x); },
       [](__m128 shifted, __m128 r, __m128 s, float* y1, float* y2) {
         const auto [sine, cosine] = sine_and_cosine_of(shifted, r, s);
         store_lanes(y1, sine);

@@ -41,7 +41,8 @@ static Status tan_a24(const float* src, float* dst, int32_t len) {
 static Status tan_a21(const float* src, float* dst, int32_t len) {
   return run_a21<&WideLibrary::Tan_32f_A21>(
       {src, src, dst, dst}, len, kHalfPi, kSmall, kTangentA21,
-      [](uint32_t x) { return in_range(x, kTangentA21); }, locate_quadrant,
+      [](uint32_t x) { return in_range(x, kTangentA21); },
+      [](__m128 x) { return locate_quadrant(x); },
       [](__m128 shifted, __m128 r, __m128 s, float* y, float*) {
         store_lanes(y, tangent_of(shifted, r, s));
       },

@@ -174,6 +174,8 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
   return run_trig<BothNearest<X87_EXTENDED>, Unit::kBoth, kStep>(
       a, len, in_range,
       [&](int32_t first, int32_t last) {
+        const float* const src = a.src1;
+        float *const dst1 = a.dst1, *const dst2 = a.dst2;
         Lanes shifted[kDelay], r[kDelay];
         bool small[kDelay];
         const long double high = load_extended(&period.high), low = load_extended(&period.low);
@@ -183,21 +185,21 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
           const __m128 reduced = _mm_load_ps(r[slot].lane);
           __m128 s = reduced;
           if (__builtin_expect(small[slot], 0)) s = unless_tiny(s);
-          finish(_mm_load_ps(shifted[slot].lane), reduced, s, a.dst1 + done, a.dst2 + done);
+          finish(_mm_load_ps(shifted[slot].lane), reduced, s, dst1 + done, dst2 + done);
           done += 4;
         };
         const auto is_ordinary = [&](uint32_t x) { return ordinary(x, smallest, bound); };
         for (; i < last; i += 4) {
-          const bool with_small = !block_in_range(a.src1 + i, is_ordinary);
-          if (__builtin_expect(with_small, 0) && !block_in_range(a.src1 + i, in_range)) break;
+          const bool with_small = !block_in_range(src + i, is_ordinary);
+          if (__builtin_expect(with_small, 0) && !block_in_range(src + i, in_range)) break;
           if (i - done == 4 * kDelay) finish_one();
           const uint32_t slot = uint32_t(i) / 4 % kDelay;
-          __m128 x = load_lanes(a.src1 + i);
+          __m128 x = load_lanes(src + i);
           if (__builtin_expect(with_small, 0)) x = nudged(x);
           small[slot] = with_small;
           const OnGrid at = locate(x);
           _mm_store_ps(shifted[slot].lane, at.shifted);
-          reduce_block(a.src1 + i, at.multiple, &r[slot], high, low);
+          reduce_block(src + i, at.multiple, &r[slot], high, low);
         }
         while (done < i) finish_one();
         return i;
