@@ -114,10 +114,9 @@ static inline void block(const float* y, const float* x, float* dst) {
   double angle[kCount];
   float nearest[kCount];
   const Point p = load_point<kCount>(y, x);
-  const Ratio& r = p.ratio;
   const __m128 words = _mm_or_ps(sign_of(p.y), _mm_and_ps(is_left(p), all_lanes(kLeftBit)));
-  const __m128 n = _mm_max_ps(r.n, least_beside(r.d));
-  arctangent_block(kCases, r, n / r.d, words, angle, nearest);
+  const __m128 n = _mm_max_ps(p.ratio.n, least_beside(p.ratio.d));
+  arctangent_block(kCases, p.ratio, n / p.ratio.d, words, angle, nearest);
   if (any_undecided<kMargin>(angle)) settle(y, x, angle, nearest);
 #pragma GCC unroll 4
   for (int i = 0; i < kCount; ++i) store_bits(dst + i, load_bits(nearest + i));
