@@ -37,13 +37,12 @@ constexpr int32_t kChunk = 4096;
 struct Left {
   Status status = 0;
   uint32_t flags = 0;  // of the x87 unit, and above those of the SSE unit
-  Reports reports;
+  uint64_t reports = 0;
 };
 
 // Both units' flags are clear before.
-static Left call(const Function& f, const Arrays& arrays, int32_t n, Path path, size_t reports) {
+static Left call(const Function& f, const Arrays& arrays, int32_t n, Path path) {
   bench::take_path(path);
-  if (reports) start_reports(reports);
   Left left;
   uint32_t mxcsr = 0x1F80;
   uint16_t x87;
@@ -51,15 +50,8 @@ static Left call(const Function& f, const Arrays& arrays, int32_t n, Path path, 
   left.status = f.call(arrays, n);
   asm volatile("fnstsw %0\n\tstmxcsr %1" : "=m"(x87), "=m"(mxcsr) : : "memory");
   left.flags = (x87 & 0x3Fu) | (mxcsr & 0x3Fu) << 8;
-  if (reports) left.reports = take_reports();
+  left.reports = take_sum_of_reports();
   return left;
-}
-
-static bool same_reports(const Reports& a, const Reports& b) {
-  return a.by_code == b.by_code && std::equal(a.kept.begin(), a.kept.end(), b.kept.begin(),
-                                              b.kept.end(), [](const Report& x, const Report& y) {
-                                                return x.code == y.code && x.index == y.index;
-                                              });
 }
 
 // What one worker found, where the others see it.
@@ -98,9 +90,10 @@ class Comparison {
       arrays.destination[i] = to.data() + i * f_.type.bytes();
     }
     f_.call(arrays, 1);
+    take_sum_of_reports();
   }
 
-  void compare(int32_t n, size_t reports) {
+  void compare(int32_t n) {
     const size_t size = size_t(n) * f_.type.bytes();
     std::vector<unsigned char>* const results[] = {narrow_, wide_};
     Left left[2];
@@ -114,7 +107,7 @@ class Comparison {
         to.assign(size + 16, 0xA5);
         arrays.destination[d] = to.data() + offset_ % 16;
       }
-      left[int(path)] = call(f_, arrays, n, path, reports);
+      left[int(path)] = call(f_, arrays, n, path);
     }
     found_.compared += uint64_t(n);
     for (int d = 0; d < f_.shape.destinations; ++d)
@@ -122,7 +115,7 @@ class Comparison {
     const char* what = nullptr;
     if (left[0].status != left[1].status) what = "status";
     if (left[0].flags != left[1].flags) what = "flags";
-    if (!same_reports(left[0].reports, left[1].reports)) what = "reports";
+    if (left[0].reports != left[1].reports) what = "reports";
     if (what)
       found_.add(fmt::format(
           "{} of {} elements from ({}{}) on: {:#x}, wide {:#x}", what, n, hex(pattern(0, 0)),
@@ -193,7 +186,7 @@ static void compare_mixed(const Function& f, Comparison& c, Random& random) {
     for (int source = 0; source < 2; ++source)
       for (int32_t i = 0; i < n; ++i)
         c.set(source, i, some_pattern(f, source, random, random.below(256) >= others));
-    c.compare(n, size_t(n));
+    c.compare(n);
   }
   c.set_offset(0);
 }
@@ -205,7 +198,7 @@ static void compare_alone(const Function& f, Comparison& c, Random& random) {
       const uint64_t x = some_pattern(f, source, random, k % 4 == 0);
       for (int32_t i = 0; i < 16; ++i) c.set(source, i, x);
     }
-    c.compare(16, 16);
+    c.compare(16);
   }
 }
 
@@ -213,8 +206,10 @@ static void compare_alone(const Function& f, Comparison& c, Random& random) {
 static void compare_neighbours(Comparison& c, uint64_t stride, uint64_t worker, uint64_t workers) {
   constexpr uint64_t kChunks = (uint64_t(1) << 32) / kChunk;
   for (uint64_t chunk = worker * stride; chunk < kChunks; chunk += workers * stride) {
-    for (int32_t i = 0; i < kChunk; ++i) c.set(0, i, chunk * kChunk + uint64_t(i));
-    c.compare(kChunk, 0);
+    uint32_t patterns[kChunk];
+    for (int32_t i = 0; i < kChunk; ++i) patterns[i] = uint32_t(chunk * kChunk) + uint32_t(i);
+    memcpy(c.source(0), patterns, sizeof patterns);
+    c.compare(kChunk);
   }
 }
 
@@ -224,7 +219,7 @@ static void compare_pairs(const Function& f, Comparison& c, uint64_t pairs, Rand
     for (int source = 0; source < 2; ++source)
       for (int32_t i = 0; i < kChunk; ++i)
         c.set(source, i, some_pattern(f, source, random, typical));
-    c.compare(kChunk, 0);
+    c.compare(kChunk);
   }
 }
 
@@ -239,12 +234,12 @@ constexpr uint64_t kSampleStride = 256;
 static void work(const Function& f, const PathsOptions& options, Found& found, uint64_t worker,
                  uint64_t workers) {
   bench::set_thread_count(1);
+  sum_reports();
   Comparison c(f, found);
   Random random{0x5EED + worker * 0x1234567};
   c.compute_once();  // the first call finds out from which length to split, on the x87 unit
   compare_mixed(f, c, random);
   compare_alone(f, c, random);
-  leave_reports_to_the_library();
   if (of_one_single(f))
     compare_neighbours(c, options.exhaustive ? 1 : kSampleStride, worker, workers);
   else
