@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The walk of a kernel over its blocks where there is a wide step for it: the wide step goes as far as
-// it can, the kernel's own step takes the block that it stops at.
+// The walk of a kernel over its blocks where there is a wide step for it: the wide step goes as far
+// as it can, the kernel's own step takes the block that it stops at.
 #ifndef LUX_CORE_WIDE_WALK_H
 #define LUX_CORE_WIDE_WALK_H
 
@@ -13,8 +13,8 @@ const WideLibrary& wide_library();
 // The unit in which a kernel's own step computes, and raises flags.
 enum class Unit { kSse, kX87, kBoth };
 
-// Whether a wide step may do a kernel's work under the caller's control words: an exception that the
-// caller has unmasked is to trap where the kernel's own step traps, and on that unit.
+// Whether a wide step may do a kernel's work under the caller's control words: an exception that
+// the caller has unmasked is to trap where the kernel's own step traps, and on that unit.
 template <Unit kUnit>
 bool wide_fits_control();
 
@@ -22,18 +22,19 @@ bool wide_fits_control();
 template <Unit kUnit>
 bool inexact_is_raised();
 
-// Takes the step from element i on. Where its kernel uses the SSE unit, under the control word that the
-// kernel has set, so that flags are raised as the kernel raises them. Otherwise under one of its own, and
-// its flags go to the x87 unit.
+// Takes the step from element i on. Where its kernel uses the SSE unit, under the control word that
+// the kernel has set, so that flags are raised as the kernel raises them. Otherwise under one of
+// its own, and its flags go to the x87 unit.
 template <Unit kUnit, class E>
 int32_t take_wide_step(WideStep<E> step, const Arrays<E>& arrays, int32_t i, int32_t last);
 
-// A kernel's `fast` and the wide step that goes before it. It stands for itself: what changes during the walk
-// is kept apart, where the compiler need not expect changes of what the step refers to.
+// A kernel's `fast` and the wide step that goes before it. It stands for itself: what changes
+// during the walk is kept apart, where the compiler need not expect changes of what the step refers
+// to.
 //
 // kOnceInexact: the step's method is another than the kernel's, and so are the exact ones among its
-// operations. Since neither raises anything but the flag of an inexact result, the kernel's own step goes
-// first until that has been.
+// operations. Since neither raises anything but the flag of an inexact result, the kernel's own
+// step goes first until that has been.
 template <Unit kUnit, auto kStep, bool kOnceInexact, class Fast>
 struct WithWideStep {
   const Fast& fast;
@@ -59,8 +60,8 @@ static inline NoWalk wide_walk(const Fast&, const Arrays<E>&, int32_t) {
 }
 
 template <Unit kUnit, auto kStep, bool kOnceInexact, class Fast, class E>
-static inline auto wide_walk(const WithWideStep<kUnit, kStep, kOnceInexact, Fast>&, const Arrays<E>&,
-                             int32_t len) {
+static inline auto wide_walk(const WithWideStep<kUnit, kStep, kOnceInexact, Fast>&,
+                             const Arrays<E>&, int32_t len) {
   if constexpr (__is_same(decltype(kStep), decltype(nullptr))) {
     return NoWalk();
   } else {
@@ -73,8 +74,8 @@ static inline auto wide_walk(const WithWideStep<kUnit, kStep, kOnceInexact, Fast
   }
 }
 
-// Where the wide step gets nowhere, the kernel's own is left alone for twice as long each time. A wide
-// block has at most sixteen elements, and a kernel's own block divides it.
+// Where the wide step gets nowhere, the kernel's own is left alone for twice as long each time. A
+// wide block has at most sixteen elements, and a kernel's own block divides it.
 template <Unit kUnit, bool kOnceInexact, class E>
 __attribute__((noinline)) static int32_t step_widely(WideWalk<E>* walk, const Arrays<E>& arrays,
                                                      int32_t first, int32_t last, int32_t* end) {
@@ -115,8 +116,9 @@ static inline int32_t take_step(const Fast& fast, NoWalk*, const Arrays<E>&, int
 }
 
 template <Unit kUnit, auto kStep, bool kOnceInexact, class Fast, class E>
-static inline int32_t take_step(const WithWideStep<kUnit, kStep, kOnceInexact, Fast>& both, WideWalk<E>* walk,
-                                const Arrays<E>& arrays, int32_t i, int32_t last) {
+static inline int32_t take_step(const WithWideStep<kUnit, kStep, kOnceInexact, Fast>& both,
+                                WideWalk<E>* walk, const Arrays<E>& arrays, int32_t i,
+                                int32_t last) {
   for (;;) {
     int32_t end = last;
     if (walk->step) {

@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: MIT
 //
-// Wide steps of kernels whose results are the nearest singles: a method of its own gives each result as
-// a double, and where its error cannot change which single is the nearest, that single is the kernel's.
+// Wide steps of kernels whose results are the nearest singles: a method of its own gives each
+// result as a double, and where its error cannot change which single is the nearest, that single is
+// the kernel's.
 //
-// A result that is off by less than kMargin of its last places, of which a double has at most 2^53 (a
-// relative error e takes a margin of 2^53 e), is decided where its lower 29 bits, which a single does
-// not have, are further than the margin from 2^28. The step stops at a block that has another one, a
-// share of kMargin 2^-28 of the elements, and leaves that to the kernel. Subnormal results are rounded
-// at a higher place, and are not decided so.
+// A result that is off by less than kMargin of its last places, of which a double has at most 2^53
+// (a relative error e takes a margin of 2^53 e), is decided where its lower 29 bits, which a single
+// does not have, are further than the margin from 2^28. The step stops at a block that has another
+// one, a share of kMargin 2^-28 of the elements, and leaves that to the kernel. Subnormal results
+// are rounded at a higher place, and are not decided so.
 //
-// No operation on an ordinary element may raise more than the flag of an inexact result, which is raised
-// before (core/wide_walk.h).
+// No operation on an ordinary element may raise more than the flag of an inexact result, which is
+// raised before (core/wide_walk.h).
 #ifndef LUX_KERNELS_WIDE_NEAREST_H
 #define LUX_KERNELS_WIDE_NEAREST_H
 
@@ -22,15 +23,15 @@ static inline bool all_decided(Doubles y) {
   constexpr int kAbove = 32 - 29;  // the 29 bits fill the word
   const __m256i words = patterns_of(_mm256_shuffle_ps(
       _mm256_castpd_ps(y.low), _mm256_castpd_ps(y.high), _MM_SHUFFLE(2, 0, 2, 0)));
-  const __m256i moved = _mm256_add_epi32(_mm256_slli_epi32(words, kAbove),
-                                         _mm256_set1_epi32(kMargin << kAbove));
+  const __m256i moved =
+      _mm256_add_epi32(_mm256_slli_epi32(words, kAbove), _mm256_set1_epi32(kMargin << kAbove));
   // Signed, the middle between two singles is the least of all words.
   const int32_t bound = int32_t(0x80000000u + (kMargin << (kAbove + 1)) - 1);
   return in_all_lanes(_mm256_cmpgt_epi32(moved, _mm256_set1_epi32(bound)));
 }
 
-// Whole blocks while ordinary(x...) finds them ordinary and compute(x...) decides them; finish(y, x...)
-// puts on the rounded results what rounding is indifferent to.
+// Whole blocks while ordinary(x...) finds them ordinary and compute(x...) decides them; finish(y,
+// x...) puts on the rounded results what rounding is indifferent to.
 template <uint32_t kMargin, class Ordinary, class Compute, class Finish>
 static inline int32_t nearest_blocks(const Arrays<float>& arrays, int32_t i, int32_t last,
                                      Ordinary ordinary, Compute compute, Finish finish) {
@@ -78,7 +79,8 @@ static inline bool all_within(Singles x) {
   return all_from<kLeast, kBound>(magnitude_of(x));
 }
 
-// Horner's scheme in fused operations; the coefficients, highest power first, are a template's argument.
+// Horner's scheme in fused operations; the coefficients, highest power first, are a template's
+// argument.
 template <const auto& kC>
 static inline Doubles fused_polynomial(Doubles x) {
   Doubles sum = all_doubles(kC[0]);
@@ -107,7 +109,8 @@ static inline Doubles split_polynomial(Doubles x) {
     a = fused(a, square, all_doubles(kC[k]));
     b = fused(b, square, all_doubles(kC[k + 1]));
   }
-  if constexpr (kCount % 2) return fused(fused(a, square, all_doubles(kC[kCount - 1])), all_doubles(1), b * x);
+  if constexpr (kCount % 2)
+    return fused(fused(a, square, all_doubles(kC[kCount - 1])), all_doubles(1), b * x);
   return fused(a, x, b);
 }
 

@@ -8,7 +8,7 @@
 #include "core/generated/wide_powers_table.h"
 #include "kernels/wide_nearest.h"
 
-constexpr double kLn2 = 0x1.62e42fefa39efp-1;   // 0.6931471805599453
+constexpr double kLn2 = 0x1.62e42fefa39efp-1;    // 0.6931471805599453
 constexpr double kLog2E = 0x1.71547652b82fep+0;  // 1.4426950408889634
 
 typedef long long FourWords __attribute__((vector_size(32)));

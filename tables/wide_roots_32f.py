@@ -31,15 +31,21 @@ def reach(offset):
 low, high = mpf("0.05"), mpf("0.09")
 for _ in range(24):
     thirds = (high - low) / 3
-    low, high = (low + thirds, high) if reach(low + thirds) > reach(high - thirds) else (low, high - thirds)
+    if reach(low + thirds) > reach(high - thirds):
+        low += thirds
+    else:
+        high -= thirds
 start = header.rounded((mpf(4 * BIAS) / 3 - low) * UNIT, 24)
 last = reach(mpf(4 * BIAS) / 3 - start / UNIT) * mpf("1.001")
 terms = fits.stored(fits.fit(series, -last, last, COUNT), 24)
-error = fits.worst(lambda e: (1 + e * fits.value(terms, e)) / (1 + e * series(e)) - 1, -last, last, 400)
+error = fits.worst(lambda e: (1 + e * fits.value(terms, e)) / (1 + e * series(e)) - 1, -last, last,
+                   400)
 body = [
-    f"// The pattern of x^(-1/3) is about this less a third of the pattern of x: 1 - x y^3 is at most {header.digits(last)}.",
+    "// The pattern of x^(-1/3) is about this less a third of the pattern of x: 1 - x y^3 is at most",
+    f"// {header.digits(last)}.",
     f"inline constexpr float kWideInvCbrtStart = {header.single(start)};",
-    f"// ((1 - e)^(-1/3) - 1) / e for such e, highest power first. The root is off by at most {header.digits(error)}.",
+    "// ((1 - e)^(-1/3) - 1) / e for such e, highest power first. The root is off by at most",
+    f"// {header.digits(error)}.",
     f"inline constexpr float kWideInvCbrt[{COUNT}] = {header.singles(terms[::-1])};",
 ]
 header.main("kernels/roots/generated/wide_roots_32f_table.h", body)

@@ -21,7 +21,7 @@ for name, function, text, last, count in (
     ratio = of_root(function)
     terms = fits.stored(fits.fit(ratio, mpf(0), last, count), 53)
     error = fits.worst(lambda z: fits.value(terms, z) / ratio(z) - 1, mpf(0), last, 400)
-    body += [f"// {text}(u) / u in z = u^2 <= {mpmath.nstr(last, 4)}, highest power first. Relative error at"
-             f" most {header.digits(error)}.",
+    body += [f"// {text}(u) / u in z = u^2 <= {mpmath.nstr(last, 4)}, highest power first. Relative"
+             f" error at most {header.digits(error)}.",
              f"inline constexpr double {name}[{count}] = {header.doubles(terms[::-1])};"]
 header.main("kernels/trig/generated/wide_trig_32f_table.h", body)

@@ -6,38 +6,38 @@
 
 inline namespace table_wide_powers {
 
-// atanh(s) / s in z = s^2, from 0.0 to 0.02961, highest power first. Relative error
-// at most 4.375e-12.
+// atanh(s) / s in z = s^2, from 0.0 to 0.02961, highest power first.
+// Relative error at most 4.375e-12.
 inline constexpr double kWideAtanh[5] = {
     0x1.e3d76e2e57da8p-4, 0x1.2431bea9763dap-3, 0x1.999aa084ed484p-3, 0x1.555554d86d63dp-2,
     0x1.0000000004bcbp+0,
 };
-// ln((1 + s) / (1 - s)) / s in z = s^2, from 0.0 to 0.02961, highest power first. Relative error
-// at most 4.375e-12.
+// ln((1 + s) / (1 - s)) / s in z = s^2, from 0.0 to 0.02961, highest power first.
+// Relative error at most 4.375e-12.
 inline constexpr double kWideLog[5] = {
     0x1.e3d76e2e57da8p-3, 0x1.2431bea9763dap-2, 0x1.999aa084ed484p-2, 0x1.555554d86d63dp-1,
     0x1.0000000004bcbp+1,
 };
-// log2((1 + s) / (1 - s)) / s in z = s^2, from 0.0 to 0.02961, highest power first. Relative error
-// at most 2.785e-14.
+// log2((1 + s) / (1 - s)) / s in z = s^2, from 0.0 to 0.02961, highest power first.
+// Relative error at most 2.785e-14.
 inline constexpr double kWideLog2[6] = {
     0x1.21ce95412b2cfp-2, 0x1.479364dcea26dp-2, 0x1.a61a3a00c9615p-2, 0x1.2776c2864fe61p-1,
     0x1.ec709dc54689fp-1, 0x1.71547652b824cp+1,
 };
-// 2^r, from -0.5 to 0.5, highest power first. Relative error
-// at most 1.064e-12.
+// 2^r, from -0.5 to 0.5, highest power first.
+// Relative error at most 1.064e-12.
 inline constexpr double kWideExp2[9] = {
     0x1.63d136366db24p-20, 0x1.00dc4a532fb8ep-16, 0x1.4308ac85aa947p-13, 0x1.5d8745a728441p-10,
     0x1.3b2ab7181b755p-7, 0x1.c6b08dd6fd234p-5, 0x1.ebfbdff823cedp-3, 0x1.62e42fef84cfp-1, 0x1p+0,
 };
-// (2^r + 2^-r) / 2 in z = r^2, from 0.0 to 0.25, highest power first. Relative error
-// at most 1.354e-14.
+// (2^r + 2^-r) / 2 in z = r^2, from 0.0 to 0.25, highest power first.
+// Relative error at most 1.354e-14.
 inline constexpr double kWideCosh[5] = {
     0x1.63ef969a64d3cp-20, 0x1.43088e257f341p-13, 0x1.3b2ab72b175eep-7, 0x1.ebfbdff8149f2p-3,
     0x1.000000000003dp+0,
 };
-// (2^r - 2^-r) / 2r in z = r^2, from 0.0 to 0.25, highest power first. Relative error
-// at most 4.491e-12.
+// (2^r - 2^-r) / 2r in z = r^2, from 0.0 to 0.25, highest power first.
+// Relative error at most 4.491e-12.
 inline constexpr double kWideSinh[4] = {
     0x1.00c0e4e15189cp-16, 0x1.5d877598350dep-10, 0x1.c6b08da70cce3p-5, 0x1.62e42fef9cc69p-1,
 };

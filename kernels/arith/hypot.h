@@ -88,13 +88,13 @@ static Status hypot(const E* x, const E* y, E* dst, int32_t len) {
   const Arrays<E> arrays = {x, y, dst, dst};
   return run_kernel<X87Nearest<X87_DOUBLE>, kBlock>(
       arrays, len,
-      with_wide_step<Unit::kX87, kStep>(arrays, len,
-                                        [=](int32_t i, int32_t last) {
-                                          for (; i < last && all_ordinary(x + i, y + i);
-                                               i += kBlock)
-                                            Ordinary<E>::template compute<kBlock>(x + i, y + i, dst + i);
-                                          return i;
-                                        }),
+      with_wide_step<Unit::kX87, kStep>(
+          arrays, len,
+          [=](int32_t i, int32_t last) {
+            for (; i < last && all_ordinary(x + i, y + i); i += kBlock)
+              Ordinary<E>::template compute<kBlock>(x + i, y + i, dst + i);
+            return i;
+          }),
       [=](int32_t i, Status*) {
         if (is_ordinary(x + i, y + i))
           Ordinary<E>::template compute<1>(x + i, y + i, dst + i);

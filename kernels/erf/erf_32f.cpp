@@ -55,21 +55,21 @@ template <Unit kUnit, auto kStep, class InBlocks, class Block, class Element>
 static inline Status erf_32f(const float* src, float* dst, int32_t len, InBlocks in_blocks,
                              Block block, Element element) {
   const Arrays<float> arrays = {src, src, dst, dst};
-  return run_kernel<BothNearest<X87_DOUBLE>, 4>(
-      arrays, len,
-      with_wide_step<kUnit, kStep, kUnit != Unit::kSse>(arrays, len,
-                                        [=](int32_t i, int32_t last) {
-                                          for (; i < last && in_blocks(src + i); i += 4)
-                                            block(src + i, dst + i);
-                                          return i;
-                                        }),
-      [=](int32_t i, Status*) {
-        const uint32_t x = load_bits(src + i);
-        if (magnitude<float>(x) < kNaNs)
-          element(src + i, dst + i);
-        else
-          store_bits(dst + i, quieted<float>(x));
-      });
+  return run_kernel<BothNearest<X87_DOUBLE>, 4>(arrays, len,
+                                                with_wide_step<kUnit, kStep, kUnit != Unit::kSse>(
+                                                    arrays, len,
+                                                    [=](int32_t i, int32_t last) {
+                                                      for (; i < last && in_blocks(src + i); i += 4)
+                                                        block(src + i, dst + i);
+                                                      return i;
+                                                    }),
+                                                [=](int32_t i, Status*) {
+                                                  const uint32_t x = load_bits(src + i);
+                                                  if (magnitude<float>(x) < kNaNs)
+                                                    element(src + i, dst + i);
+                                                  else
+                                                    store_bits(dst + i, quieted<float>(x));
+                                                });
 }
 
 // Infinities are computed in blocks too.

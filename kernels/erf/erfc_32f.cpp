@@ -68,9 +68,10 @@ static inline Status erfc_32f(const float* src, float* dst, int32_t len, Block b
   return run_kernel<BothNearest<X87_DOUBLE>, 4>(
       arrays, len,
       with_wide_step<kUnit, kStep, kUnit != Unit::kSse>(arrays, len,
-                                        [=](int32_t i, int32_t last) {
-                                          return blocks_below<4>(src, dst, kBound, i, last, block);
-                                        }),
+                                                        [=](int32_t i, int32_t last) {
+                                                          return blocks_below<4>(src, dst, kBound,
+                                                                                 i, last, block);
+                                                        }),
       [&](int32_t i, Status* status) {
         constexpr uint32_t kTwo = 0x40000000;
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);

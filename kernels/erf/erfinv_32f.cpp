@@ -23,7 +23,6 @@
 
 constexpr uint32_t kMargin = 0x5000;  // 2^-38.7 and 2^-48
 
-
 LUX_DOUBLE_KERNEL(ErfInv);
 static constexpr Listed kListed[] = {{}};
 
@@ -78,12 +77,12 @@ static inline Status erfinv(const float* src, float* dst, int32_t len, Screened 
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<Control, 4>(
       arrays, len,
-      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(arrays, len,
-                                        [=](int32_t i, int32_t last) {
-                                          for (; i < last && screened(src + i); i += 4)
-                                            block(src + i, dst + i);
-                                          return i;
-                                        }),
+      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(
+          arrays, len,
+          [=](int32_t i, int32_t last) {
+            for (; i < last && screened(src + i); i += 4) block(src + i, dst + i);
+            return i;
+          }),
       [&](int32_t i, Status* status) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
         if (a < kOne) {

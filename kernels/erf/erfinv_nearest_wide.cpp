@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Inverse error function of single-precision arrays, by the quintics of kernels/erf/erfinv_32f.cpp, off
-// by 2^-38.7 at most; the steps add less than 2^-48.
+// Inverse error function of single-precision arrays, by the quintics of kernels/erf/erfinv_32f.cpp,
+// off by 2^-38.7 at most; the steps add less than 2^-48.
 #include "kernels/erf/erfinv_32f_step.h"
 #include "kernels/wide_nearest.h"
 
@@ -35,6 +35,5 @@ static inline Doubles inverse(Singles x) {
 }
 
 LUX_WIDE_KERNEL(ErfInv, 32f, A24) {
-  return nearest_blocks<kMargin>(arrays, first, last, all_within<kLeast, kOne>, inverse,
-                                 with_sign);
+  return nearest_blocks<kMargin>(arrays, first, last, all_within<kLeast, kOne>, inverse, with_sign);
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Powers of single-precision arrays, x^y = 2^(y log2 x): x = 2^k m, m from sqrt 1/2 to sqrt 2,
-// log2 x = k + s P(s^2), s = (m - 1) / (m + 1). P is off by 2^-45.0 at most, which results up to 2^126
+// Powers of single-precision arrays, x^y = 2^(y log2 x): x = 2^k m, m from sqrt 1/2 to sqrt 2, log2
+// x = k + s P(s^2), s = (m - 1) / (m + 1). P is off by 2^-45.0 at most, which results up to 2^126
 // have as 2^-38.5, the power by 2^-39.7.
 #include "kernels/wide_powers.h"
 
@@ -20,8 +20,8 @@ static inline Doubles log2(Singles x) {
 
 // Whether all powers are from 2^-126 to 2^126.
 static inline bool all_normal(Doubles t) {
-  const Singles upper = _mm256_shuffle_ps(_mm256_castpd_ps(t.low), _mm256_castpd_ps(t.high),
-                                          _MM_SHUFFLE(3, 1, 3, 1));
+  const Singles upper =
+      _mm256_shuffle_ps(_mm256_castpd_ps(t.low), _mm256_castpd_ps(t.high), _MM_SHUFFLE(3, 1, 3, 1));
   return all_below(upper, 0x405F8000);  // of 126
 }
 
@@ -44,8 +44,8 @@ LUX_WIDE_KERNEL(Pow, 32f, A24) {
   return powers(arrays, first, last, [&](int32_t i) { return load_lanes(arrays.src2 + i); });
 }
 
-// As if from memory each time: a conversion before the loop would raise flags although there may be no
-// ordinary block.
+// As if from memory each time: a conversion before the loop would raise flags although there may be
+// no ordinary block.
 LUX_WIDE_KERNEL(Powx, 32f, A24) {
   return powers(arrays, first, last, [&](int32_t) {
     Singles y = all_lanes(in_memory(arrays.src2));

@@ -73,11 +73,11 @@ static inline Status hyperbolic(const float* src, float* dst, int32_t len, Block
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<Control, 4>(
       arrays, len,
-      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(arrays, len,
-                                        [=](int32_t i, int32_t last) {
-                                          return blocks_below<4>(src, dst, kOverflow, i, last,
-                                                                 block);
-                                        }),
+      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(
+          arrays, len,
+          [=](int32_t i, int32_t last) {
+            return blocks_below<4>(src, dst, kOverflow, i, last, block);
+          }),
       [&](int32_t i, Status* status) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
         if (a < kOverflow) {

@@ -43,18 +43,18 @@ static inline Doubles inverse_tangent(Singles argument) {
 
 LUX_WIDE_KERNEL(Acosh, 32f, A24) {
   return nearest_blocks<kMargin>(arrays, first, last,
-                                 all_from<Format<float>::kOne, Format<float>::kInf>,
-                                 inverse_cosine, as_it_is);
+                                 all_from<Format<float>::kOne, Format<float>::kInf>, inverse_cosine,
+                                 as_it_is);
 }
 
 LUX_WIDE_KERNEL(Asinh, 32f, A24) {
-  return nearest_blocks<kMargin>(
-      arrays, first, last, all_within<Format<float>::kSmallestNormal, Format<float>::kInf>,
-      inverse_sine, with_sign);
+  return nearest_blocks<kMargin>(arrays, first, last,
+                                 all_within<Format<float>::kSmallestNormal, Format<float>::kInf>,
+                                 inverse_sine, with_sign);
 }
 
 LUX_WIDE_KERNEL(Atanh, 32f, A24) {
-  return nearest_blocks<kMargin>(
-      arrays, first, last, all_within<Format<float>::kSmallestNormal, Format<float>::kOne>,
-      inverse_tangent, with_sign);
+  return nearest_blocks<kMargin>(arrays, first, last,
+                                 all_within<Format<float>::kSmallestNormal, Format<float>::kOne>,
+                                 inverse_tangent, with_sign);
 }

@@ -35,15 +35,16 @@ static inline Status log1p_32f(const float* src, float* dst, int32_t len, Block 
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<Control, kBlock>(
       arrays, len,
-      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(arrays, len,
-                                        [=](int32_t i, int32_t last) {
-                                          for (; i < last; i += kBlock) {
-                                            if (!all_ordinary<Family, kBlock>(src + i)) break;
-                                            block(src + i, dst + i);
-                                          }
-                                          _mm_empty();  // after the packed conversions
-                                          return i;
-                                        }),
+      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(
+          arrays, len,
+          [=](int32_t i, int32_t last) {
+            for (; i < last; i += kBlock) {
+              if (!all_ordinary<Family, kBlock>(src + i)) break;
+              block(src + i, dst + i);
+            }
+            _mm_empty();  // after the packed conversions
+            return i;
+          }),
       [&](int32_t i, Status* status) {
         if (all_ordinary<Family, 1>(src + i)) {
           element(src + i, dst + i);

@@ -56,8 +56,7 @@ static Status cbrt_32f(const float* src, float* dst, int32_t len) {
   return run_kernel<X87Nearest<X87_DOUBLE>, 4>(
       arrays, len,
       with_wide_step<Unit::kX87, &WideLibrary::Cbrt_32f_A24>(
-          arrays, len,
-          [=](int32_t i, int32_t last) { return cbrt_blocks(src, dst, i, last); }),
+          arrays, len, [=](int32_t i, int32_t last) { return cbrt_blocks(src, dst, i, last); }),
       [=](int32_t i, Status*) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
         if (a >= Format<float>::kInf || a == 0) {

@@ -17,8 +17,8 @@ LUX_DOUBLE_KERNEL(Acos);
 static constexpr Listed kListed[] = {{0x328885A3, 0x3FC90FDB}, {0x39826222, 0x3FC907B5}, {}};
 
 LUX_KERNEL(Acos, 32f, A24, 1_1) {
-  return arcsine_a24<kCases, by_double<_noxomp_luxsAcos_64f_A53, kListed>, &WideLibrary::Acos_32f_A24>(
-      src, dst, len);
+  return arcsine_a24<kCases, by_double<_noxomp_luxsAcos_64f_A53, kListed>,
+                     &WideLibrary::Acos_32f_A24>(src, dst, len);
 }
 LUX_KERNEL(Acos, 32f, A21, 1_1) {
   return arcsine_packed<kAsin21, combine_acos, &WideLibrary::Acos_32f_A21>(src, dst, len);

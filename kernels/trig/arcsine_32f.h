@@ -43,23 +43,24 @@ static inline void arcsine_block(const float* src, float* dst) {
 template <class Control, auto kStep, class Block, class One>
 static inline Status arcsine(const float* src, float* dst, int32_t len, Block block, One element) {
   const Arrays<float> arrays = {src, src, dst, dst};
-  return run_kernel<Control, 4>(arrays, len,
-                                with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(
-                                    arrays, len,
-                                    [=](int32_t i, int32_t last) {
-                                      return blocks_below<4>(src, dst, kBeyondOne, i, last, block);
-                                    }),
-                                [&](int32_t i, Status* status) {
-                                  const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
-                                  if (a < kBeyondOne) {
-                                    element(src + i, dst + i);
-                                  } else if (a > Format<float>::kInf) {
-                                    store_bits(dst + i, quieted<float>(x));
-                                  } else {
-                                    store_bits(dst + i, Format<float>::kDefaultNaN);
-                                    _ErrorCall(arrays, LUX_DOMAIN, i, status);
-                                  }
-                                });
+  return run_kernel<Control, 4>(
+      arrays, len,
+      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(
+          arrays, len,
+          [=](int32_t i, int32_t last) {
+            return blocks_below<4>(src, dst, kBeyondOne, i, last, block);
+          }),
+      [&](int32_t i, Status* status) {
+        const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
+        if (a < kBeyondOne) {
+          element(src + i, dst + i);
+        } else if (a > Format<float>::kInf) {
+          store_bits(dst + i, quieted<float>(x));
+        } else {
+          store_bits(dst + i, Format<float>::kDefaultNaN);
+          _ErrorCall(arrays, LUX_DOMAIN, i, status);
+        }
+      });
 }
 
 template <const Cases& kCases, float (*kAccurate)(float), auto kStep>

@@ -41,9 +41,8 @@ static inline Doubles arccosine(Singles x) {
 constexpr uint32_t kBeyond = Format<float>::kOne + 1;
 
 LUX_WIDE_KERNEL(Asin, 32f, A24) {
-  return nearest_blocks<kMargin>(arrays, first, last,
-                                 all_within<Format<float>::kSmallestNormal, kBeyond>, arcsine,
-                                 with_sign);
+  return nearest_blocks<kMargin>(
+      arrays, first, last, all_within<Format<float>::kSmallestNormal, kBeyond>, arcsine, with_sign);
 }
 
 LUX_WIDE_KERNEL(Acos, 32f, A24) {

@@ -15,8 +15,8 @@ LUX_DOUBLE_KERNEL(Asin);
 static constexpr Listed kListed[] = {{}};
 
 LUX_KERNEL(Asin, 32f, A24, 1_1) {
-  return arcsine_a24<kCases, by_double<_noxomp_luxsAsin_64f_A53, kListed>, &WideLibrary::Asin_32f_A24>(
-      src, dst, len);
+  return arcsine_a24<kCases, by_double<_noxomp_luxsAsin_64f_A53, kListed>,
+                     &WideLibrary::Asin_32f_A24>(src, dst, len);
 }
 LUX_KERNEL(Asin, 32f, A21, 1_1) {
   return arcsine_packed<kAsin21, combine_asin, &WideLibrary::Asin_32f_A21>(src, dst, len);

@@ -83,11 +83,12 @@ static inline Status angle(const float* src1, const float* src2, float* dst, int
   return run_kernel<BothNearest<X87_DOUBLE>, 4>(
       arrays, len,
       with_wide_step<kUnit, kStep, kUnit != Unit::kSse>(arrays, len,
-                                        [=](int32_t i, int32_t last) {
-                                          while (i < last && block(src1 + i, src2 + i, dst + i))
-                                            i += 4;
-                                          return i;
-                                        }),
+                                                        [=](int32_t i, int32_t last) {
+                                                          while (i < last &&
+                                                                 block(src1 + i, src2 + i, dst + i))
+                                                            i += 4;
+                                                          return i;
+                                                        }),
       [=](int32_t i, Status*) {
         const uint32_t y = load_bits(src1 + i), x = load_bits(src2 + i);
         if (is_normal(src1 + i) && is_normal(src2 + i))

@@ -18,10 +18,11 @@ static inline Status arctangent(const float* src, float* dst, int32_t len, Block
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<Control, 4>(
       arrays, len,
-      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(arrays, len,
-                                        [=](int32_t i, int32_t last) {
-                                          return blocks_below<4>(src, dst, kNaNs, i, last, block);
-                                        }),
+      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(
+          arrays, len,
+          [=](int32_t i, int32_t last) {
+            return blocks_below<4>(src, dst, kNaNs, i, last, block);
+          }),
       [=](int32_t i, Status*) {
         const uint32_t x = load_bits(src + i);
         if (magnitude<float>(x) < kNaNs)

@@ -17,7 +17,7 @@ static inline Doubles arctangent(Singles x) {
 }
 
 LUX_WIDE_KERNEL(Atan, 32f, A24) {
-  return nearest_blocks<kMargin>(
-      arrays, first, last, all_within<Format<float>::kSmallestNormal, Format<float>::kInf>,
-      arctangent, with_sign);
+  return nearest_blocks<kMargin>(arrays, first, last,
+                                 all_within<Format<float>::kSmallestNormal, Format<float>::kInf>,
+                                 arctangent, with_sign);
 }

@@ -6,9 +6,11 @@
 
 inline namespace table_wide_roots_32f {
 
-// The pattern of x^(-1/3) is about this less a third of the pattern of x: 1 - x y^3 is at most 0.1021.
+// The pattern of x^(-1/3) is about this less a third of the pattern of x: 1 - x y^3 is at most
+// 0.1021.
 inline constexpr float kWideInvCbrtStart = 0x1.5287d6p+30f;
-// ((1 - e)^(-1/3) - 1) / e for such e, highest power first. The root is off by at most 1.861e-7.
+// ((1 - e)^(-1/3) - 1) / e for such e, highest power first. The root is off by at most
+// 1.861e-7.
 inline constexpr float kWideInvCbrt[4] = {
     0x1.295ep-3f, 0x1.64a932p-3f, 0x1.c71ba6p-3f, 0x1.5554e2p-2f,
 };
