@@ -1,22 +1,18 @@
 // SPDX-License-Identifier: MIT
 //
 // Hypotenuse in the steps of kernels/arith/hypot.h.
-#include "kernels/wide_nearest.h"
-
-// The roundings of the sum and of the root: 1.5.
-constexpr uint32_t kMargin = 2;
+#include "kernels/wide_doubles.h"
 
 LUX_WIDE_KERNEL(Hypot, 32f, A24) {
-  return nearest_pairs<kMargin>(
+  return wide_pairs(
       arrays, first, last,
       [](Singles x, Singles y) {
         return all_below(x, Format<float>::kInf) && all_below(y, Format<float>::kInf);
       },
       [](Singles x, Singles y) {
         const Doubles a = as_doubles(x), b = as_doubles(y);
-        return square_root(a * a + b * b);
-      },
-      as_it_is);
+        return rounded(square_root(a * a + b * b));
+      });
 }
 
 // Upper words, as in kernels/arith/hypot_64f.cpp.
