@@ -2,6 +2,7 @@
 //
 // luxvm bench: core cycles per element, beside the goals and other implementations.
 #include "bench/arguments.h"
+#include "catalog/paths.h"
 #include "catalog/thread_count.h"
 #include "cli/bench_child.h"
 #include "cli/bench_cliffs.h"
@@ -32,7 +33,7 @@ struct BenchOptions {
   std::string special, json, plot, from;
   bool large = false, compare = false, without_sse2 = false, resume = false;
   bool cliffs = false;
-  std::string csv;
+  std::string csv, path = "both";
   int32_t milliseconds = 60, passes = 1;
 };
 
@@ -170,6 +171,11 @@ static BenchRow measure_point(const Function& function, int32_t threads, int32_t
   };
   row.element = calls(arguments.arrays, n);
   if (row.goal() > 0) row.one_call = calls(arguments.arrays, 1);
+  if (options.path == "both" && bench::has_wide_step(function)) {
+    bench::take_path(bench::Path::wide);
+    row.wide = calls(arguments.arrays, n);
+    bench::take_path(bench::Path::narrow);
+  }
   if (share.special) {
     const bench::Arguments plain(function, {n, offset, {}, false});
     row.plain = calls(plain.arrays, n);
@@ -180,6 +186,10 @@ static BenchRow measure_point(const Function& function, int32_t threads, int32_t
   return row;
 }
 
+static void start_on(const BenchOptions& options) {
+  bench::take_path(options.path == "wide" ? bench::Path::wide : bench::Path::narrow);
+}
+
 using TakeRow = std::function<void(const BenchRow& row)>;
 
 static void measure_in_child(const Function& function, int32_t threads, const BenchOptions& options,
@@ -188,6 +198,7 @@ static void measure_in_child(const Function& function, int32_t threads, const Be
       function,
       [&](const SendLine& send) {
         bench::set_thread_count(threads);
+        start_on(options);
         for (int32_t offset : options.offsets)
           for (int32_t n : lengths_for(options, function, threads))
             send(row_json(measure_point(function, threads, n, offset, options)));
@@ -217,7 +228,7 @@ static std::string ratio_text(const BenchRow& row, const std::optional<Figure>& 
 }
 
 struct Shown {
-  bool goals;
+  bool goals, wide;
   std::vector<const Alternative*> alternatives;
 };
 
@@ -232,7 +243,10 @@ static Shown shown_by(const BenchOptions& options, const std::vector<const Funct
   row.n = options.lengths.size() == 1 && lengths.size() == 1 ? lengths[0] : 0;
   row.special_elements = !options.special.empty();
   row.large = options.large;
-  Shown shown{any([&](const Function* f) { return row.function = f, row.goal() > 0; }), {}};
+  Shown shown{
+      any([&](const Function* f) { return row.function = f, row.goal() > 0; }),
+      options.path == "both" && any([](const Function* f) { return bench::has_wide_step(*f); }),
+      {}};
   for (const Alternative& alternative : kAlternatives)
     if (options.compare && any([&](const Function* f) { return !!alternative.find(*f).run; }))
       shown.alternatives.push_back(&alternative);
@@ -254,6 +268,10 @@ static std::vector<Column> columns_for(const BenchOptions& options, Shown shown)
   add(options.offsets.size() > 1, "offset", [](Row r) { return std::to_string(r.offset); });
   add(true, "minimum", [](Row r) { return cycles(r.element.minimum); });
   add(true, "median", [](Row r) { return cycles(r.element.median); });
+  add(shown.wide, "wide", [](Row r) { return optional_cycles(r.wide); });
+  add(shown.wide, "times", [](Row r) {
+    return r.wide ? fmt::format("{:.2f}", r.element.minimum / r.wide->minimum) : "-";
+  });
   add(shown.goals, "goal",
       [](Row r) { return r.goal() > 0 ? fmt::format("{:g}", r.goal()) : "-"; });
   add(shown.goals, "call+",
@@ -334,6 +352,8 @@ static void print_legend(const BenchOptions& options, Shown shown) {
     fmt::print(
         "call+    cycles of a call with one element beyond that element's work (goal {:g})\n",
         bench::call_goal());
+  if (shown.wide)
+    fmt::print("wide     with the wide steps; the other figures are those of the kernels alone\n");
   if (!options.special.empty())
     fmt::print(
         "plain    the same without special elements; special: cycles that each of them adds\n");
@@ -355,11 +375,17 @@ static void print_summary(const BenchSummary& summary) {
 // ---- The file --------------------------------------------------------------------------------
 
 static Json settings_json(const BenchOptions& options) {
-  return {{"patterns", options.patterns},         {"n", options.lengths},
-          {"threads", options.threads},           {"offset", options.offsets},
-          {"special", options.special},           {"large", options.large},
-          {"compare", options.compare},           {"without_sse2", options.without_sse2},
-          {"milliseconds", options.milliseconds}, {"passes", options.passes}};
+  return {{"patterns", options.patterns},
+          {"n", options.lengths},
+          {"threads", options.threads},
+          {"offset", options.offsets},
+          {"special", options.special},
+          {"large", options.large},
+          {"compare", options.compare},
+          {"without_sse2", options.without_sse2},
+          {"milliseconds", options.milliseconds},
+          {"passes", options.passes},
+          {"path", options.path}};
 }
 
 static Json document_for(const BenchOptions& options) {
@@ -400,6 +426,7 @@ static void take_settings(BenchOptions& options, const Json& document) {
   options.special = text_in(settings, "special");
   options.large = flag_in(settings, "large");
   options.compare = flag_in(settings, "compare");
+  options.path = settings.contains("path") ? text_in(settings, "path") : "narrow";
   if (settings.contains("without_sse2")) options.without_sse2 = flag_in(settings, "without_sse2");
   check(options);
 }
@@ -492,6 +519,7 @@ std::vector<BenchRow> measure_lengths(const std::vector<const Function*>& functi
   options.lengths = lengths;
   options.milliseconds = milliseconds;
   options.compare = true;
+  options.path = "narrow";
   bench::leave_out_sse2_variants();
   std::vector<BenchRow> rows;
   for (const Function* function : functions)
@@ -580,6 +608,7 @@ static void show_earlier(BenchOptions options) {
   if (options.json != "-") {
     Shown shown = shown_by(options, chosen);
     shown.alternatives.clear();
+    shown.wide = std::any_of(rows.begin(), rows.end(), [](const auto& r) { return !!r.wide; });
     for (const Alternative& a : kAlternatives)
       if (std::any_of(rows.begin(), rows.end(), [&](const auto& r) { return !!(r.*a.figure); }))
         shown.alternatives.push_back(&a);
@@ -606,8 +635,10 @@ static void measure_cliffs(const BenchOptions& options) {
   document["settings"] = {{"patterns", options.patterns},
                           {"cliffs", true},
                           {"milliseconds", options.milliseconds},
-                          {"passes", options.passes}};
+                          {"passes", options.passes},
+                          {"path", options.path}};
   std::vector<CliffRow> rows;
+  start_on(options);
   for (int32_t pass = 1; pass <= options.passes; ++pass)
     for (size_t i = 0; i < chosen.size(); ++i) {
       show_pass(*chosen[i], pass, options);
@@ -654,6 +685,13 @@ void add_bench(Program& program) {
                    "Bytes of every array beyond a cache line's start; 0 by default")
       ->delimited_by_commas()
       ->transform(whole_number(0, 4096));
+  command
+      ->add_option(
+          "--path", options->path,
+          "narrow: the kernels alone, wide: with the wide steps, where there are any, both: "
+          "these beside the other figures")
+      ->capture_default_str()
+      ->check_is_member({"narrow", "wide", "both"});
   command->add_flag("--large", options->large,
                     "Arguments that all miss the fast reduction of sine, cosine and tangent");
   command->add_flag("--compare", options->compare,

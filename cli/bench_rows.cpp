@@ -67,7 +67,8 @@ struct OptionalFigure {
 };
 
 static std::vector<OptionalFigure> optional_figures() {
-  std::vector<OptionalFigure> all{{"plain", &BenchRow::plain}, {"one_call", &BenchRow::one_call}};
+  std::vector<OptionalFigure> all{
+      {"wide", &BenchRow::wide}, {"plain", &BenchRow::plain}, {"one_call", &BenchRow::one_call}};
   for (const Alternative& a : kAlternatives) all.push_back({a.name, a.figure});
   return all;
 }

@@ -24,6 +24,7 @@ struct BenchRow {
   bool split = false;             // over threads
   Json reports = Json::object();  // how many of each code one call gave
   Figure element;
+  std::optional<Figure> wide;             // with the wide step, where `element` is without
   std::optional<Figure> plain;            // without the special elements
   std::optional<Figure> one_call;         // cycles of a call with one element
   std::optional<Figure> libm, libm_sse2;  // plain loops as compiled by default and for SSE2

@@ -5,6 +5,7 @@
 #include "conformance/special_values.h"
 #include "catalog/thread_count.h"
 #include "catalog/lookup.h"
+#include "cli/check_paths.h"
 #include "cli/cli.h"
 #include "cli/command_line.h"
 #include "cli/files.h"
@@ -24,6 +25,8 @@ struct CheckOptions {
   std::vector<std::string> patterns;
   std::string publish;
   bool verbose = false, json = false;
+  bool paths = false;
+  PathsOptions of_paths;
 };
 
 // How the results compare with the published ones.
@@ -300,7 +303,12 @@ static void publish(const Summary& summary, const std::string& path) {
   say(fmt::format("{} hashes written\n", summary.functions.size()));
 }
 
-static void check(const CheckOptions& options) {
+static void check(CheckOptions options) {
+  if (options.paths) {
+    options.of_paths.patterns = options.patterns;
+    options.of_paths.json = options.json;
+    return check_paths(options.of_paths);
+  }
   if (!options.publish.empty()) require_writable(options.publish);
   const Summary summary = check_all(options.patterns);
   if (!options.publish.empty()) publish(summary, options.publish);
@@ -326,6 +334,15 @@ void add_check(Program& program) {
                    "Write the hashes of all functions to this file, for a release")
       ->type_name("FILE")
       ->excludes(pattern);
+  command->add_flag("--paths", options->paths,
+                    "Compare instead what the library's own kernels and the wide steps give");
+  command->add_flag("--exhaustive", options->of_paths.exhaustive,
+                    "With --paths: every single of the functions of one, minutes each");
+  command
+      ->add_option("--pairs", options->of_paths.pairs,
+                   "With --paths: so many pairs of the functions of two")
+      ->capture_default_str()
+      ->transform(whole_number(1, UINT64_MAX));
   command->footer(
       std::string(kPatternHelp) +
       "Takes a few seconds and ends with exit code 0 when everything passed, 1 when not.\n"
@@ -336,6 +353,7 @@ void add_check(Program& program) {
       "Examples:\n"
       "  luxvm check\n"
       "  luxvm check Exp --verbose\n"
+      "  luxvm check --paths Exp --exhaustive\n"
       "  LD_LIBRARY_PATH=/opt/luxvm/lib luxvm check --json");
   command->callback([options] { check(*options); });
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // luxvm env: what the library's results and its use of threads depend on.
+#include "catalog/paths.h"
 #include "catalog/thread_count.h"
 #include "cli/cli.h"
 #include "cli/command_line.h"
@@ -10,6 +11,8 @@
 
 #include <dlfcn.h>
 #include <fmt/format.h>
+
+#include <algorithm>
 
 struct Flag {
   uint32_t bit;
@@ -151,6 +154,24 @@ static void print_threads() {
       source ? fmt::format("from {}", source) : "and the core library does not tell from where");
 }
 
+static Json wide_json() {
+  const bench::WidePath& path = bench::wide_path();
+  return {{"taken", path.taken},
+          {"file", path.file},
+          {"why", path.taken ? Json() : Json(path.why)},
+          {"exports", std::count_if(std::begin(kFunctions), std::end(kFunctions),
+                                    [](const Function& f) { return bench::has_wide_step(f); })}};
+}
+
+static void print_wide() {
+  const Json wide = wide_json();
+  const std::string file = wide["file"];
+  fmt::print("{}: {}\n", paint(Colour::strong, "wide steps"),
+             wide["taken"]
+                 ? fmt::format("for {} functions, from {}", wide["exports"].get<int>(), file)
+                 : fmt::format("none: {} ({})", wide["why"].get<std::string>(), file));
+}
+
 static void env(bool json) {
   const Controls controls = read_controls();
   const Machine machine = probe_machine();
@@ -159,12 +180,14 @@ static void env(bool json) {
     return print_json({{"format", format_json("luxvm-env")},
                        {"library", version_json()},
                        {"processor", processor_json(machine)},
+                       {"wide", wide_json()},
                        {"threads", bench::thread_count()},
                        {"threads_source", source ? Json(source) : Json()},
                        {"controls", controls_json(controls)}});
   }
   print_library();
   print_processor(machine);
+  print_wide();
   print_threads();
   print_controls(controls);
 }

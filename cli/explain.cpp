@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// luxvm explain: whether a call would be split over threads, and why.
+// luxvm explain: whether a call would be split over threads, which path its kernel takes, and why.
+#include "catalog/paths.h"
 #include "catalog/thread_count.h"
 #include "catalog/lookup.h"
 #include "cli/cli.h"
@@ -64,6 +65,22 @@ static std::string why_never(const Function& f, const Decision& d, const Machine
   return "the cost exceeds every length";
 }
 
+constexpr int32_t kLeastWideBlock = 8;
+
+static std::string why_not_wide(const Function& f, int32_t n) {
+  if (!bench::wide_path().taken) return bench::wide_path().why;
+  if (!bench::has_wide_step(f)) return "there is no wide step for it";
+  if (n < kLeastWideBlock) return "there is no whole wide block of 8";
+  return "";
+}
+
+static void print_path(const Function& f, int32_t n) {
+  const std::string why = why_not_wide(f, n);
+  fmt::print("path\n  {}\n",
+             why.empty() ? "wide: whole blocks of 8 by the step of " + bench::wide_path().file
+                         : "the kernel alone: " + why);
+}
+
 static Json decision_json(const Function& f, const Decision& d, const Machine& m) {
   Json document{{"format", format_json("luxvm-explain")},
                 {"function", f.name},
@@ -87,7 +104,9 @@ static Json decision_json(const Function& f, const Decision& d, const Machine& m
                   {"P", m.packages},
                   {"hyperthreading", m.hyperthreading},
                   {"clamped", m.clamped}}},
-                {"start_cost", m.start_cost}};
+                {"start_cost", m.start_cost},
+                {"path", why_not_wide(f, d.n).empty() ? "wide" : "narrow"}};
+  if (const std::string why = why_not_wide(f, d.n); !why.empty()) document["narrow_because"] = why;
   if (d.threshold != kNever)
     document["threshold"] = d.threshold;
   else
@@ -181,12 +200,13 @@ static void explain(ExplainOptions options) {
   }
   print_threshold(function, decision, machine);
   print_decision(decision);
+  print_path(function, options.n);
 }
 
 void add_explain(Program& program) {
   auto options = std::make_shared<ExplainOptions>();
-  Command* command =
-      program.add_subcommand("explain", "Show whether a call would be split over threads, and why");
+  Command* command = program.add_subcommand(
+      "explain", "Show whether a call would be split over threads, which path it takes, and why");
   command->add_option("name", options->name, "The function")->required();
   command->add_option("--n", options->n, "Number of elements")
       ->required()

@@ -6,6 +6,7 @@
 #include <dlfcn.h>
 
 #include <mutex>
+#include <utility>
 
 static std::mutex guard;
 static Reports reports;
@@ -31,6 +32,19 @@ static int32_t take(int32_t code, int32_t index, const char* name) noexcept {
   return code;
 }
 
+static uint64_t sum = 0;
+
+static int32_t add_single(int32_t code, int32_t index, const float*, const float*, const float*,
+                          const float*, const char*) {
+  sum = sum * 0x9E3779B97F4A7C15u + uint32_t(code) * 65537u + uint32_t(index);
+  return code;
+}
+
+static int32_t add_double(int32_t code, int32_t index, const double*, const double*, const double*,
+                          const double*, const char* name) {
+  return add_single(code, index, nullptr, nullptr, nullptr, nullptr, name);
+}
+
 static int32_t take_single(int32_t code, int32_t index, const float*, const float*, const float*,
                            const float*, const char* name) {
   return take(code, index, name);
@@ -53,6 +67,13 @@ int32_t noxdError(int32_t code, int32_t index, const double* src1, const double*
                   const double* dst1, const double* dst2, const char* name) {
   return double_handler(code, index, src1, src2, dst1, dst2, name);
 }
+
+void sum_reports() {
+  single_handler = add_single;
+  double_handler = add_double;
+}
+
+uint64_t take_sum_of_reports() { return std::exchange(sum, 0); }
 
 void leave_reports_to_the_library() {
   if (void* const next = dlsym(RTLD_NEXT, "noxsError"))

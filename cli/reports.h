@@ -24,6 +24,11 @@ struct Reports {
 void start_reports(size_t most);
 Reports take_reports();
 
+// From now on only their sum is taken, quickly and by one thread: a number that reports of other codes, or of
+// the same elements in another order, change.
+void sum_reports();
+uint64_t take_sum_of_reports();
+
 // From now on reports go where they go in a program that does not take them, at the cost of a jump:
 // measurements are to show what the library's own handling costs.
 void leave_reports_to_the_library();

@@ -1,10 +1,13 @@
 # SPDX-License-Identifier: MIT
-# What is installed, in three components: Runtime is what a linked program needs, Development what
-# linking one needs, Tools the command.
+# What is installed, in four components: Runtime is what a linked program needs, Wide what makes it faster on
+# processors with AVX2, Development what linking one needs, Tools the command.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS luxvmk3 luxcore EXPORT luxvm
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Runtime NAMELINK_COMPONENT Development)
+if(LUXVM_WIDE)
+  install(TARGETS luxvmk3-wide LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Wide)
+endif()
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT Development
         FILES_MATCHING PATTERN *.h PATTERN *.hpp PATTERN *.f90)
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# What every object of the two shared libraries is compiled and linked with.
+# What every object of the shared libraries is compiled and linked with.
 #
 # The processor class is the promise: x87, MMX and SSE, nothing later. Old callers align the stack to
 # 4 bytes only, hence -mstackrealign. Vectorised code would bring SSE arithmetic into functions that
@@ -10,6 +10,10 @@ set(LUX_LIBRARY_COMPILE_OPTIONS
     -march=pentium3 -mfpmath=387 -mstackrealign -fno-tree-vectorize -fno-tree-slp-vectorize
     -ffp-contract=off -fvisibility=hidden -fno-math-errno
     $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
+# The wide library is compiled with these and for AVX2; nothing that counts or checks at run time has a place
+# in it, since it calls no function of another library.
+set(LUX_WIDE_COMPILE_OPTIONS ${LUX_LIBRARY_COMPILE_OPTIONS} -mavx2 -mfma -mfpmath=sse -fno-stack-protector
+                             -U_FORTIFY_SOURCE -fno-sanitize=all)
 if(LUX_SANITIZE)
   # The address sanitizer marks the stack in units of 8 bytes, and -mstackrealign leaves a frame that
   # holds no packed numbers where a caller put it: at multiples of 4.

@@ -8,23 +8,18 @@
 //                       the block that it stops at.
 //   one(i, status)      computes element i with every special case, and reports it.
 //
-// The elements of a special block go through `one` in order, and so do those of the tail.
+// The elements of a special block go through `one` in order, and so do those of the tail. Where the
+// wide library has a step of the same contract, with_wide_step() makes one `fast` of the two.
 #ifndef LUX_KERNELS_FRAME_H
 #define LUX_KERNELS_FRAME_H
 
 #include "core/bits.h"
 #include "core/control.h"
 #include "core/shapes.h"
+#include "core/wide_walk.h"
 
 // Reports carry no name: each kernel passes its own empty text.
 static const char _NOX_THISFUNC_NAME[1] = "";
-
-// The arrays of one call; one source or one destination stands twice.
-template <class E>
-struct Arrays {
-  const E *src1, *src2;
-  E *dst1, *dst2;
-};
 
 static inline void call_error(const Arrays<float>& a, Status code, int32_t index,
                               const char* name) {
@@ -66,17 +61,26 @@ struct BothNearest {
   }
 };
 
+// What computes under them.
+template <class Control>
+constexpr Unit kUnitOf = Unit::kX87;
+template <>
+constexpr Unit kUnitOf<SseNearest> = Unit::kSse;
+template <X87Precision kPrecision>
+constexpr Unit kUnitOf<BothNearest<kPrecision>> = Unit::kBoth;
+
 template <class Control, int32_t kBlock, class E, class Fast, class One>
 static inline Status run_kernel(const Arrays<E>& arrays, int32_t len, Fast fast, One one) {
   if (len < 1) return LUX_BAD_LENGTH;
   if (!arrays.src1 || !arrays.src2 || !arrays.dst1 || !arrays.dst2) return LUX_NULL_POINTER;
 
   const Control control;
+  auto walk = wide_walk(fast, arrays, len);
   Status status = LUX_OK;
   const int32_t whole = len - len % kBlock;
   int32_t i = 0;
   while (i < len) {
-    if (i < whole) i = fast(i, whole);
+    if (i < whole) i = take_step(fast, &walk, arrays, i, whole);
     const int32_t end = i < whole ? i + kBlock : len;
     for (; i < end; ++i) one(i, &status);
   }

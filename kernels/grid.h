@@ -16,26 +16,28 @@ struct Grid {
 
   static uint32_t index(const float* shifted) { return load_bits(shifted) - kBits; }
 
+#ifndef LUX_WIDE
   // By the x87 unit.
   static uint32_t index(long double x) {
     const float shifted = store_f32(float(x + kShifter));
     return index(&shifted);
   }
+#endif
 };
 
 // x is the multiple and a rest; the multiple's number is in the low bits of `shifted`.
 struct OnGrid {
-  __m128 shifted, multiple;
+  Singles shifted, multiple;
 };
 
 template <int kSteps>
-static inline __m128 shifted_to_grid(__m128 x) {
+static inline Singles shifted_to_grid(Singles x) {
   return x + Grid<kSteps>::kShifter;
 }
 
 template <int kSteps>
-static inline OnGrid to_grid(__m128 x) {
-  const __m128 shifted = shifted_to_grid<kSteps>(x);
+static inline OnGrid to_grid(Singles x) {
+  const Singles shifted = shifted_to_grid<kSteps>(x);
   return {shifted, shifted - Grid<kSteps>::kShifter};
 }
 

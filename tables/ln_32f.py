@@ -12,7 +12,7 @@ from mpmath import mpf
 from shared import header
 
 STEPS = 256
-FRAME = "kernels/explog/log_32f.h"  # has the table's type
+FRAME = "kernels/explog/log_32f_table.h"  # has the table's type
 
 
 def error_at(c, z, scale):

@@ -3,7 +3,7 @@
 """The shared libraries as binaries: names, needed libraries, sections, instruction set; where they
 are looked for, in the build tree and installed.
 
-binary_test.py <source dir> <libluxvmk3> <libluxcore> <build dir> <cmake>
+binary_test.py <source dir> <libluxvmk3> <libluxcore> <build dir> <cmake> <libluxvmk3-wide>
 """
 import os
 import re
@@ -13,9 +13,9 @@ import tempfile
 import unittest
 from pathlib import Path
 
-if len(sys.argv) < 6:
+if len(sys.argv) < 7:
     sys.exit(__doc__)
-SOURCE, VMATH, CORE, BUILD, CMAKE = (sys.argv.pop(1) for _ in range(5))
+SOURCE, VMATH, CORE, BUILD, CMAKE, WIDE = (sys.argv.pop(1) for _ in range(6))
 sys.path.append(f"{SOURCE}/abi")
 import abilist
 
@@ -23,7 +23,8 @@ RELEASE = ".".join(re.search(r"project\(luxvm VERSION (\d+)\.(\d+)",
                              Path(SOURCE, "CMakeLists.txt").read_text()).groups())
 LIBC = {"memcmp", "memcpy", "memset", "sched_getaffinity", "sysconf", "__errno_location",
         "__sched_cpucount", "__sched_cpualloc", "__sched_cpufree", "malloc", "free",
-        "__stack_chk_fail", "clock_gettime", "getenv", "strtol", "strtoul",
+        "__stack_chk_fail", "clock_gettime", "dladdr", "dlclose", "dlerror", "dlopen", "dlsym", "getauxval",
+        "secure_getenv", "strcmp", "strrchr", "getenv", "strtol", "strtoul",
         "sigfillset", "__register_atfork", "pthread_create", "pthread_join", "pthread_sigmask",
         "pthread_setcancelstate",
         "pthread_mutex_lock", "pthread_mutex_unlock", "pthread_attr_init", "pthread_attr_destroy",
@@ -198,17 +199,26 @@ class Sections(unittest.TestCase):
         for library, soname, needed in (
                 (VMATH, f"libluxvmk3.so.{RELEASE}",
                  {f"libluxcore.so.{RELEASE}", "libgomp.so.1", "libc.so.6"}),
-                (CORE, f"libluxcore.so.{RELEASE}", {"libc.so.6"})):
+                (CORE, f"libluxcore.so.{RELEASE}", {"libc.so.6"}),
+                (WIDE, f"libluxvmk3-wide.so.{RELEASE}", set())):
             text = run("readelf", "-dW", library)
             self.assertEqual(set(re.findall(r"\(NEEDED\).*\[(.*)\]", text)), needed)
             self.assertEqual(re.findall(r"\(SONAME\).*\[(.*)\]", text), [soname])
             self.assertNotIn("TEXTREL", text)
             # What constructors fill in is missing in calls before them: there is none but the
-            # compiler's and that for forks, or for the thread count.
-            self.assertRegex(text, r"\(INIT_ARRAYSZ\) +8 \(bytes\)")
+            # compiler's, that for forks and that for the wide library, or that for the thread count.
+            sizes = re.findall(r"\(INIT_ARRAYSZ\) +(\d+) \(bytes\)", text)
+            self.assertEqual(sizes, {VMATH: ["12"], CORE: ["8"], WIDE: []}[library])
+
+    def test_nothing_is_both_written_and_run(self):
+        for library in VMATH, CORE, WIDE:
+            segments = re.findall(r"^ +LOAD .* ([R ][W ][E ]) ", run("readelf", "-lW", library), re.M)
+            self.assertGreater(len(segments), 2)
+            self.assertNotIn("RWE", segments)
+            self.assertIn("GNU_RELRO", run("readelf", "-lW", library))
 
     def test_stack_is_not_executable(self):
-        for library in VMATH, CORE:
+        for library in VMATH, CORE, WIDE:
             stack = [l for l in run("readelf", "-lW", library).split("\n") if "GNU_STACK" in l]
             self.assertEqual(len(stack), 1)
             self.assertEqual(stack[0].split()[-2], "RW")
@@ -220,7 +230,7 @@ class Sections(unittest.TestCase):
         self.assertEqual({name for name in found if not name.startswith("_")} -
                          {"Core_count", "HHTs_count", "Proc_count", "logic_A_const", "logic_MaxThreads",
                           "in_forked_child", "credit", "refused", "pause_end", "pool_size", "version",
-                          "nox_clock", "nox_cpuid", "completed"}, set())
+                          "nox_clock", "nox_cpuid", "completed", "taken_in"}, set())
         self.assertFalse([name for name in found if name.startswith("_Z")])
 
     def test_build_date_can_be_set(self):
@@ -327,6 +337,17 @@ class SearchPaths(unittest.TestCase):
 
 
 class Instructions(unittest.TestCase):
+    def test_wide_steps_stand_alone(self):
+        """They need nobody, no register of 512 bits, and clear the upper halves before they return."""
+        self.assertEqual(dynamic_names(WIDE, False), set())
+        self.assertEqual(dynamic_names(WIDE, True), {"luxvmk3_wide"})
+        bodies = re.split(r"\n[0-9a-f]+ <(\w+)>:\n", run("objdump", "-d", "-M", "intel", "--no-show-raw-insn", WIDE))
+        steps = {name: body for name, body in zip(bodies[1::2], bodies[2::2]) if re.match(r"_Z\d+wide_", name)}
+        self.assertGreater(len(steps), 50)
+        for name, body in steps.items():
+            self.assertIn("vzeroupper", body, name)
+            self.assertNotRegex(body, r"zmm|%?k[1-7]\b|\bmm[0-7]\b|\bst\(", name)
+
     def test_nothing_later_than_the_first_sse(self):
         for library in VMATH, CORE:
             found = list(instructions(library))

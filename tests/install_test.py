@@ -86,7 +86,7 @@ class Installed(Stranger):
     def install(cls):
         """One component after the other, and to another place than where it is used."""
         cls.files, seen = {}, set()
-        for component in "Runtime", "Development", "Tools":
+        for component in "Runtime", "Wide", "Development", "Tools":
             run(CMAKE, "--install", BUILD, "--prefix", cls.dir / "first", "--component", component)
             files = {str(path.relative_to(cls.dir / "first")) for path in (cls.dir / "first").rglob("*")
                      if not path.is_dir()}
@@ -97,6 +97,7 @@ class Installed(Stranger):
     def test_components(self):
         self.assertEqual(sorted(self.files["Runtime"]),
                          [f"lib/lib{name}.so.{RELEASE}" for name in ("luxcore", "luxvmk3")])
+        self.assertEqual(self.files["Wide"], {f"lib/libluxvmk3-wide.so.{RELEASE}"})
         headers = {f"include/{path.name}" for path in (SOURCE / "include").iterdir()}
         self.assertLessEqual(headers | {"lib/libluxvmk3.so", "lib/libluxcore.so", "lib/pkgconfig/luxvm.pc"},
                              self.files["Development"])

@@ -38,7 +38,7 @@ installed | comm -13 "$work/before" - >"$work/added"
 cat "$work/added"
 purge() { DEBIAN_FRONTEND=noninteractive xargs apt-get purge -q -y <"$work/added" >"$work/apt.log"; }
 trap 'purge; rm -rf "$work"' EXIT
-ours="libluxcore5.2:i386 libluxvmk3-5.2:i386 libluxvm-dev:i386 luxvm-tools:i386"
+ours="libluxcore5.2:i386 libluxvmk3-5.2:i386 libluxvmk3-wide-5.2:i386 libluxvm-dev:i386 luxvm-tools:i386"
 # shellcheck disable=SC2086  # a list of packages
 dpkg -L $ours | while read -r path; do [ -d "$path" ] || echo "$path"; done >"$work/files"
 echo "$(wc -l <"$work/files") files"

@@ -17,8 +17,8 @@
 // So many that the screening of the next block runs beside the roots of this one.
 constexpr int32_t kBlock = 8;
 
-// An ordinary element has the upper word of its larger magnitude in kLow <= word < kHigh, whose lower
-// 23 bits are zero. compute<kCount>(x, y, dst) gives the results of one or a block.
+// An ordinary element has the upper word of its larger magnitude in low <= word < high. The lower 23
+// bits are zero.
 template <class E>
 struct Ordinary;
 
@@ -62,6 +62,13 @@ static inline long double root(long double x) {
 // Squares and their sum may leave the range of doubles in a register.
 static inline long double sum_of_squares(long double x, long double y) { return x * x + y * y; }
 
+template <int kCount, class E>
+static inline void hypot_ordinary(const E* x, const E* y, E* dst) {
+#pragma GCC unroll 8
+  for (int i = 0; i < kCount; ++i)
+    in_memory(dst + i) = E(root(sum_of_squares(in_memory(x + i), in_memory(y + i))));
+}
+
 // Finite and not ordinary.
 template <class E>
 static void hypot_extreme(const E* x, const E* y, E* dst);
@@ -83,19 +90,21 @@ __attribute__((noinline, cold)) static void hypot_special(const E* x, const E* y
   }
 }
 
-template <class E>
+template <auto kStep, class E>
 static Status hypot(const E* x, const E* y, E* dst, int32_t len) {
   const Arrays<E> arrays = {x, y, dst, dst};
   return run_kernel<X87Nearest<X87_DOUBLE>, kBlock>(
       arrays, len,
-      [=](int32_t i, int32_t last) {
-        for (; i < last && all_ordinary(x + i, y + i); i += kBlock)
-          Ordinary<E>::template compute<kBlock>(x + i, y + i, dst + i);
-        return i;
-      },
+      with_wide_step<Unit::kX87, kStep>(arrays, len,
+                                        [=](int32_t i, int32_t last) {
+                                          for (; i < last && all_ordinary(x + i, y + i);
+                                               i += kBlock)
+                                            hypot_ordinary<kBlock>(x + i, y + i, dst + i);
+                                          return i;
+                                        }),
       [=](int32_t i, Status*) {
         if (is_ordinary(x + i, y + i))
-          Ordinary<E>::template compute<1>(x + i, y + i, dst + i);
+          hypot_ordinary<1>(x + i, y + i, dst + i);
         else
           hypot_special(x + i, y + i, dst + i);
       });

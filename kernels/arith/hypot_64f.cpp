@@ -12,13 +12,6 @@ template <>
 struct Ordinary<double> {
   static constexpr uint32_t kLow = 0x20000000;   // 2^-511: sums are at least 2^-1022
   static constexpr uint32_t kHigh = 0x5F800000;  // 2^505: sums are finite
-
-  template <int kCount>
-  static void compute(const double* x, const double* y, double* dst) {
-#pragma GCC unroll 8
-    for (int i = 0; i < kCount; ++i)
-      in_memory(dst + i) = double(root(sum_of_squares(in_memory(x + i), in_memory(y + i))));
-  }
 };
 
 // The double that a store would give, out of the range of normal doubles too, without the overflow
@@ -53,4 +46,4 @@ void hypot_extreme(const double* x, const double* y, double* dst) {
   in_memory(dst) = double(root(m) * power_of_two((exponent - parity) / 2 - (tiny ? 1000 : 0)));
 }
 
-LUX_KERNELS_64F(Hypot, 2_1, hypot<double>)
+LUX_KERNELS_64F(Hypot, 2_1, hypot<&WideLibrary::Hypot_64f_A53>)

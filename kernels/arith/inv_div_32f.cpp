@@ -36,28 +36,32 @@ static inline void divide_one(const float* numerator, const float* divisor, floa
 
 static Status inv_32f(const float* src, float* dst, int32_t len) {
   const Arrays<float> arrays = {src, src, dst, dst};
-  return run_kernel<SseNearest, 4>(
-      arrays, len,
-      [=](int32_t first, int32_t last) {
-        const __m128 ones = all_lanes(1.0f);
-        return divide_blocks([=](int32_t) { return ones; }, src, dst, first, last);
-      },
-      [&](int32_t i, Status* status) {
-        static const float one = 1.0f;
-        const uint32_t x = load_bits(src + i);
-        divide_one(&one, src + i, dst + i);
-        if (is_zero<float>(x)) _ErrorCall(arrays, LUX_POLE, i, status);
-      });
+  return run_kernel<SseNearest, 4>(arrays, len,
+                                   with_wide_step<Unit::kSse, &WideLibrary::Inv_32f_A24>(
+                                       arrays, len,
+                                       [=](int32_t first, int32_t last) {
+                                         const __m128 ones = all_lanes(1.0f);
+                                         return divide_blocks([=](int32_t) { return ones; }, src,
+                                                              dst, first, last);
+                                       }),
+                                   [&](int32_t i, Status* status) {
+                                     static const float one = 1.0f;
+                                     const uint32_t x = load_bits(src + i);
+                                     divide_one(&one, src + i, dst + i);
+                                     if (is_zero<float>(x)) _ErrorCall(arrays, LUX_POLE, i, status);
+                                   });
 }
 
 static Status div_32f(const float* src1, const float* src2, float* dst, int32_t len) {
   const Arrays<float> arrays = {src1, src2, dst, dst};
   return run_kernel<SseNearest, 4>(
       arrays, len,
-      [=](int32_t first, int32_t last) {
-        return divide_blocks([=](int32_t i) { return load_lanes(src1 + i); }, src2, dst, first,
-                             last);
-      },
+      with_wide_step<Unit::kSse, &WideLibrary::Div_32f_A24>(
+          arrays, len,
+          [=](int32_t first, int32_t last) {
+            return divide_blocks([=](int32_t i) { return load_lanes(src1 + i); }, src2, dst, first,
+                                 last);
+          }),
       [&](int32_t i, Status* status) {
         const uint32_t a = load_bits(src1 + i), b = load_bits(src2 + i);
         divide_one(src1 + i, src2 + i, dst + i);

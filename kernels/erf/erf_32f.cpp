@@ -16,13 +16,11 @@
 //
 // Worst errors (every positive input to 4.5): A24 0.5000 ulp, at 0x3940EAD6; A21
 // 2^-22.47 of the result, at 0x3EF776D2; A11 2^-13.58, at 0x3C7FFFE1.
-#include "kernels/erf/rows_32f.h"
+#include "kernels/erf/erf_32f_step.h"
 #include "kernels/nearest_32f.h"
-#include "kernels/erf/generated/erf_32f_table.h"  // kCubic, kRow
+#include "kernels/screens.h"
 
-constexpr float kSaturated = 4.0f;
 constexpr uint32_t kMargin = 0x7000;  // 2^-38.2
-constexpr uint32_t kNaNs = Format<float>::kInf + 1;
 
 // By selection: a minimum may take subnormals for zeros.
 static inline __m128 saturated(__m128 a) {
@@ -52,34 +50,26 @@ static inline void extended_block(const float* src, float* dst) {
     settle<kMargin, by_double<_noxomp_luxsErf_64f_A53, kListed>>(y, signed_a, dst);
 }
 
-template <int kTerms, int kCount>
-static inline void packed_block(const float* src, float* dst) {
-  const __m128 x = load_elements<kCount>(src),
-               a = _mm_min_ps(magnitude_of(x), all_lanes(kSaturated));
-  // Below 2^-40 the ratio is that at 0, and terms in a would be subnormal.
-  const Reduced reduced = reduce(_mm_max_ps(a, all_lanes(0x1p-40f)));
-  const __m128 ratio = row_polynomial(look_up<kTerms>(kRow, reduced.shifted), reduced.r);
-  const __m128 y = _mm_min_ps(ratio * a, all_lanes(1.0f));
-  store_elements<kCount>(dst, _mm_or_ps(y, sign_of(x)));
-}
-
 // in_blocks(x): whether four elements are for `block`; element(x, y): one that is no NaN.
-template <class InBlocks, class Block, class Element>
+template <Unit kUnit, auto kStep, class InBlocks, class Block, class Element>
 static inline Status erf_32f(const float* src, float* dst, int32_t len, InBlocks in_blocks,
                              Block block, Element element) {
-  return run_kernel<BothNearest<X87_DOUBLE>, 4>(
-      Arrays<float>{src, src, dst, dst}, len,
-      [=](int32_t i, int32_t last) {
-        for (; i < last && in_blocks(src + i); i += 4) block(src + i, dst + i);
-        return i;
-      },
-      [=](int32_t i, Status*) {
-        const uint32_t x = load_bits(src + i);
-        if (magnitude<float>(x) < kNaNs)
-          element(src + i, dst + i);
-        else
-          store_bits(dst + i, quieted<float>(x));
-      });
+  const Arrays<float> arrays = {src, src, dst, dst};
+  return run_kernel<BothNearest<X87_DOUBLE>, 4>(arrays, len,
+                                                with_wide_step<kUnit, kStep, kUnit != Unit::kSse>(
+                                                    arrays, len,
+                                                    [=](int32_t i, int32_t last) {
+                                                      for (; i < last && in_blocks(src + i); i += 4)
+                                                        block(src + i, dst + i);
+                                                      return i;
+                                                    }),
+                                                [=](int32_t i, Status*) {
+                                                  const uint32_t x = load_bits(src + i);
+                                                  if (magnitude<float>(x) < kNaNs)
+                                                    element(src + i, dst + i);
+                                                  else
+                                                    store_bits(dst + i, quieted<float>(x));
+                                                });
 }
 
 // Infinities are computed in blocks too.
@@ -92,9 +82,9 @@ static inline bool all_packed(const float* x) {
   return is_packed(x) & is_packed(x + 1) & is_packed(x + 2) & is_packed(x + 3);
 }
 
-template <int kTerms>
+template <int kTerms, auto kStep>
 static inline Status packed_erf(const float* src, float* dst, int32_t len) {
-  return erf_32f(
+  return erf_32f<Unit::kSse, kStep>(
       src, dst, len, all_packed, [](const float* x, float* y) { packed_block<kTerms, 4>(x, y); },
       [](const float* x, float* y) {
         if (is_packed(x))
@@ -105,11 +95,11 @@ static inline Status packed_erf(const float* src, float* dst, int32_t len) {
 }
 
 LUX_KERNEL(Erf, 32f, A24, 1_1) {
-  return erf_32f(
+  return erf_32f<Unit::kBoth, &WideLibrary::Erf_32f_A24>(
       src, dst, len, [](const float* x) { return all_below<4>(x, kNaNs); },
       [](const float* x, float* y) { extended_block<4>(x, y); },
       [](const float* x, float* y) { extended_block<1>(x, y); });
 }
 
-LUX_KERNEL(Erf, 32f, A21, 1_1) { return packed_erf<4>(src, dst, len); }
-LUX_KERNEL(Erf, 32f, A11, 1_1) { return packed_erf<2>(src, dst, len); }
+LUX_KERNEL(Erf, 32f, A21, 1_1) { return packed_erf<4, &WideLibrary::Erf_32f_A21>(src, dst, len); }
+LUX_KERNEL(Erf, 32f, A11, 1_1) { return packed_erf<2, &WideLibrary::Erf_32f_A11>(src, dst, len); }

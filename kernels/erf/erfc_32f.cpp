@@ -17,12 +17,11 @@
 //
 // Worst errors (every input from -4.5 on): A24 0.5000 ulp, at 0xB76C9F62; A21
 // 2^-21.77 of the result, at 0x40E282BB; A11 2^-11.99, at 0x3C7FFF7C.
-#include "kernels/erf/rows_32f.h"
+#include "kernels/erf/erfc_32f_step.h"
 #include "kernels/nearest_32f.h"
-#include "kernels/erf/generated/erfc_32f_table.h"  // kSeptic, kRow, kPower21, kPower11
+#include "kernels/screens.h"
 
 constexpr uint32_t kUnderflow = 0x4120DDFC;  // 10.0541954: half the smallest subnormal
-constexpr uint32_t kNormal = 0x41130000;     // 9.1875: results are normal below
 
 constexpr uint32_t kMargin = 0x4A000;  // 2^-34.8
 
@@ -31,11 +30,6 @@ struct Side {
   double factor, constant;
 };
 static const Side kSides[2] = {{1, 0}, {-1, 2}};
-
-// Below 2^-40 every grade gives 1, and terms in |x| would be subnormal.
-static inline __m128 magnitude_from_least(__m128 x) {
-  return _mm_max_ps(magnitude_of(x), all_lanes(0x1p-40f));
-}
 
 LUX_DOUBLE_KERNEL(Erfc);
 static constexpr Listed kListed[] = {{0xB76C9F62, 0x3F800085}, {}};
@@ -66,29 +60,18 @@ static inline void extended_block(const float* src, float* dst) {
     settle<kMargin, by_double<_noxomp_luxsErfc_64f_A53, kListed>>(y, x, dst);
 }
 
-template <int kTerms, const auto& kPower, int kCount>
-static inline void packed_block(const float* src, float* dst) {
-  const __m128 x = load_elements<kCount>(src), a = magnitude_from_least(x);
-  const Reduced reduced = reduce(a);
-  const __m128 r = reduced.r;
-  const Coefficients<kTerms> row = look_up<kTerms>(kRow, reduced.shifted);
-  const __m128 w = r * (a + (a - r));
-  const __m128 power = polynomial<kPower>(w) * w + 1.0f;
-  const __m128 rest = row_polynomial(row, r, 1) * r + 1.0f;
-  const __m128 y = row.c[0] * power * rest;
-  const __m128 negative = _mm_cmplt_ps(x, _mm_setzero_ps());
-  store_elements<kCount>(dst,
-                         _mm_xor_ps(y, sign_of(negative)) + _mm_and_ps(negative, all_lanes(2.0f)));
-}
-
 // Blocks below the bound; element(x, y): one below kUnderflow, both in magnitude.
-template <uint32_t kBound, class Block, class Element>
+template <uint32_t kBound, Unit kUnit, auto kStep, class Block, class Element>
 static inline Status erfc_32f(const float* src, float* dst, int32_t len, Block block,
                               Element element) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<BothNearest<X87_DOUBLE>, 4>(
       arrays, len,
-      [=](int32_t i, int32_t last) { return blocks_below<4>(src, dst, kBound, i, last, block); },
+      with_wide_step<kUnit, kStep, kUnit != Unit::kSse>(arrays, len,
+                                                        [=](int32_t i, int32_t last) {
+                                                          return blocks_below<4>(src, dst, kBound,
+                                                                                 i, last, block);
+                                                        }),
       [&](int32_t i, Status* status) {
         constexpr uint32_t kTwo = 0x40000000;
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
@@ -105,9 +88,9 @@ static inline Status erfc_32f(const float* src, float* dst, int32_t len, Block b
       });
 }
 
-template <int kTerms, const auto& kPower>
+template <int kTerms, const auto& kPower, auto kStep>
 static inline Status packed_erfc(const float* src, float* dst, int32_t len) {
-  return erfc_32f<kNormal>(
+  return erfc_32f<kNormal, Unit::kSse, kStep>(
       src, dst, len, [](const float* x, float* y) { packed_block<kTerms, kPower, 4>(x, y); },
       [](const float* x, float* y) {
         if (magnitude<float>(load_bits(x)) < kNormal)
@@ -118,10 +101,14 @@ static inline Status packed_erfc(const float* src, float* dst, int32_t len) {
 }
 
 LUX_KERNEL(Erfc, 32f, A24, 1_1) {
-  return erfc_32f<kNormal>(
+  return erfc_32f<kNormal, Unit::kBoth, &WideLibrary::Erfc_32f_A24>(
       src, dst, len, [](const float* x, float* y) { extended_block<4, false>(x, y); },
       [](const float* x, float* y) { extended_block<1, true>(x, y); });
 }
 
-LUX_KERNEL(Erfc, 32f, A21, 1_1) { return packed_erfc<4, kPower21>(src, dst, len); }
-LUX_KERNEL(Erfc, 32f, A11, 1_1) { return packed_erfc<2, kPower11>(src, dst, len); }
+LUX_KERNEL(Erfc, 32f, A21, 1_1) {
+  return packed_erfc<4, kPower21, &WideLibrary::Erfc_32f_A21>(src, dst, len);
+}
+LUX_KERNEL(Erfc, 32f, A11, 1_1) {
+  return packed_erfc<2, kPower11, &WideLibrary::Erfc_32f_A11>(src, dst, len);
+}

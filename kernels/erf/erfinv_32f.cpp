@@ -17,32 +17,11 @@
 // Worst errors (every positive input): A24 0.50000 ulp, at 0x3BBA61FD; A21
 // 2^-21.42 of the result, at 0xBF02382D; A11 2^-12.60, at 0x3C800014.
 #include "kernels/frame.h"
-#include "kernels/lanes.h"
+#include "kernels/erf/erfinv_32f_step.h"
 #include "kernels/nearest_32f.h"
 #include "kernels/screens.h"
-#include "kernels/erf/generated/erfinv_32f_table.h"  // kQuintic, kCubic, kLinear
-
-constexpr uint32_t kOne = Format<float>::kOne;
-constexpr int kCellShift = Format<float>::kFractionBits - kCellBits;
-constexpr uint32_t kHalfCell = 1u << (kCellShift - 1);
-constexpr uint32_t kFirstCell = uint32_t(kFirstBinade + Format<float>::kBias) << kCellBits;
 
 constexpr uint32_t kMargin = 0x5000;  // 2^-38.7 and 2^-48
-
-constexpr float kCentral = 0.5f - 0x1p-7f;  // lower end, in w, of the cell around 1/2
-
-struct Reduced {
-  __m128 u, w;
-};
-
-static inline Reduced reduce(__m128 x) {
-  const __m128 a = magnitude_of(x), w = 1.0f - a;
-  return {select(_mm_cmple_ps(all_lanes(kCentral), w), a, w), w};
-}
-
-static inline uint32_t cell_of(const float* w) {
-  return ((load_bits(w) + kHalfCell) >> kCellShift) - kFirstCell;
-}
 
 LUX_DOUBLE_KERNEL(ErfInv);
 static constexpr Listed kListed[] = {{}};
@@ -70,37 +49,6 @@ static inline void quintic_block(const float* src, float* dst) {
     settle<kMargin, by_double<_noxomp_luxsErfInv_64f_A53, kListed>>(y, argument, dst);
 }
 
-// The coefficients of four cells, turned so that each lane holds those of its element.
-static inline __m128 cubic(const uint32_t (&cell)[4], __m128 u) {
-  __m128 c3 = _mm_load_ps(kCubic[cell[0]]), c2 = _mm_load_ps(kCubic[cell[1]]);
-  __m128 c1 = _mm_load_ps(kCubic[cell[2]]), c0 = _mm_load_ps(kCubic[cell[3]]);
-  _MM_TRANSPOSE4_PS(c3, c2, c1, c0);
-  // Below 2^-40 that is c1, and smaller products would be subnormal.
-  const __m128 v = _mm_max_ps(u, all_lanes(0x1p-40f));
-  const __m128 quadratic = (c3 * v + c2) * v + c1;
-  return quadratic * u + c0;
-}
-
-static inline __m128 linear(const uint32_t (&cell)[4], __m128 u) {
-  const PairLanes c =
-      turned(kLinear[cell[0]], kLinear[cell[1]], kLinear[cell[2]], kLinear[cell[3]]);
-  return c.first * u + c.second;
-}
-
-template <auto kPolynomial, int kCount>
-static inline void packed_block(const float* src, float* dst) {
-  alignas(16) float w[4];
-  const __m128 x = load_elements<kCount>(src);
-  const Reduced r = reduce(x);
-  _mm_store_ps(w, r.w);
-  const uint32_t cell[4] = {cell_of(w), cell_of(w + 1), cell_of(w + 2), cell_of(w + 3)};
-  store_elements<kCount>(dst, _mm_or_ps(kPolynomial(cell, r.u), sign_of(x)));
-}
-
-// From here on results are normal and smaller products add nothing to them, so that in the packed
-// grades nothing depends on how the processor treats subnormal operands.
-constexpr uint32_t kLeast = 0x01000000;  // 2^-125
-
 static inline bool all_packed(const float* x) {
   return none_outside<4>(
       [=](int lane) { return outside(upper_magnitude(x + lane), kLeast, kOne); });
@@ -123,16 +71,18 @@ static inline void packed_element(const float* src, float* dst) {
 
 // screened(x): whether block(x, y) computes the four elements from x on; element(x, y) computes any
 // below 1 in magnitude.
-template <class Control, class Screened, class Block, class Element>
+template <class Control, auto kStep, class Screened, class Block, class Element>
 static inline Status erfinv(const float* src, float* dst, int32_t len, Screened screened,
                             Block block, Element element) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<Control, 4>(
       arrays, len,
-      [=](int32_t i, int32_t last) {
-        for (; i < last && screened(src + i); i += 4) block(src + i, dst + i);
-        return i;
-      },
+      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(
+          arrays, len,
+          [=](int32_t i, int32_t last) {
+            for (; i < last && screened(src + i); i += 4) block(src + i, dst + i);
+            return i;
+          }),
       [&](int32_t i, Status* status) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
         if (a < kOne) {
@@ -149,19 +99,23 @@ static inline Status erfinv(const float* src, float* dst, int32_t len, Screened 
       });
 }
 
-template <auto kPolynomial>
+template <auto kPolynomial, auto kStep>
 static inline Status packed_erfinv(const float* src, float* dst, int32_t len) {
-  return erfinv<SseNearest>(
+  return erfinv<SseNearest, kStep>(
       src, dst, len, all_packed,
       [](const float* x, float* y) { packed_block<kPolynomial, 4>(x, y); },
       packed_element<kPolynomial>);
 }
 
 LUX_KERNEL(ErfInv, 32f, A24, 1_1) {
-  return erfinv<BothNearest<X87_DOUBLE>>(
+  return erfinv<BothNearest<X87_DOUBLE>, &WideLibrary::ErfInv_32f_A24>(
       src, dst, len, [](const float* x) { return all_below<4>(x, kOne); },
       [](const float* x, float* y) { quintic_block<4>(x, y); },
       [](const float* x, float* y) { quintic_block<1>(x, y); });
 }
-LUX_KERNEL(ErfInv, 32f, A21, 1_1) { return packed_erfinv<cubic>(src, dst, len); }
-LUX_KERNEL(ErfInv, 32f, A11, 1_1) { return packed_erfinv<linear>(src, dst, len); }
+LUX_KERNEL(ErfInv, 32f, A21, 1_1) {
+  return packed_erfinv<cubic, &WideLibrary::ErfInv_32f_A21>(src, dst, len);
+}
+LUX_KERNEL(ErfInv, 32f, A11, 1_1) {
+  return packed_erfinv<linear, &WideLibrary::ErfInv_32f_A11>(src, dst, len);
+}

@@ -98,9 +98,11 @@ static Status exp_32f(const float* src, float* dst, int32_t len) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<X87Nearest<X87_DOUBLE>, 4>(
       arrays, len,
-      [=](int32_t i, int32_t last) {
-        return blocks_below<4>(src, dst, kPackedBound, i, last, exp_block);
-      },
+      with_wide_step<Unit::kX87, &WideLibrary::Exp_32f_A24>(
+          arrays, len,
+          [=](int32_t i, int32_t last) {
+            return blocks_below<4>(src, dst, kPackedBound, i, last, exp_block);
+          }),
       [&](int32_t i, Status* status) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
         const bool negative = x != a, infinite = a == Format<float>::kInf;

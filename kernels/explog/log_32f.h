@@ -12,16 +12,9 @@
 #define LUX_KERNELS_EXPLOG_LOG_32F_H
 
 #include "kernels/frame.h"
+#include "kernels/explog/log_32f_table.h"
 #include "kernels/explog/times_log2.h"
 #include "kernels/lanes.h"
-
-struct LogTable {
-  struct {
-    double c3, c2, c1, c0;
-  } cubic[256];
-  double exponent[256];  // (field - 127) log 2, since a memory operand costs nothing
-  long double two;       // log 2
-};
 
 constexpr uint32_t kMinusInf = Format<float>::kSign | Format<float>::kInf;
 
@@ -105,10 +98,14 @@ __attribute__((no_sanitize("address", "undefined"), noinline)) static void log_e
       : "cc", LUX_X87_STACK);
 }
 
+template <auto kStep>
 static inline Status log_32f(const LogTable& table, const float* src, float* dst, int32_t len) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<X87Nearest<X87_DOUBLE>, 2>(
-      arrays, len, [&](int32_t i, int32_t last) { return log_pairs(table, src, dst, i, last); },
+      arrays, len,
+      with_wide_step<Unit::kX87, kStep>(
+          arrays, len,
+          [&](int32_t i, int32_t last) { return log_pairs(table, src, dst, i, last); }),
       [&](int32_t i, Status* status) {
         const uint32_t x = load_bits(src + i);
         // Of the ordinary elements that come here, only an odd last one has no special neighbour.

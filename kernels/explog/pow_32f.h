@@ -41,15 +41,12 @@
 #ifndef LUX_KERNELS_EXPLOG_POW_32F_H
 #define LUX_KERNELS_EXPLOG_POW_32F_H
 
-#include "kernels/grid.h"
-#include "kernels/lanes.h"
 #include "kernels/nearest_32f.h"
-#include "kernels/explog/generated/pow_32f_table.h"  // static_const_table, kHalvedCell
 #include "kernels/explog/nearest_power.h"
+#include "kernels/explog/pow_32f_step.h"
 #include "kernels/explog/pow_special.h"
 
 constexpr int32_t kBlock = 8;
-constexpr uint32_t kLargeExponent = 0x4F000000;  // 2^31
 
 // Of an exponent, in the sign bit: too large, or a NaN.
 static inline uint32_t too_large(const float* y) { return kLargeExponent - 1 - upper_magnitude(y); }
@@ -81,29 +78,10 @@ static inline bool none_too_large(OneExponent<float> y, int32_t) {
   return sign_bit(~too_large(y.y));
 }
 
-// Below 2^-40 the power is 1 as it is with 0; the products would be subnormal.
-static inline __m128 zero_if_tiny(__m128 y) {
-  return _mm_and_ps(y, _mm_cmplt_ps(all_lanes(0x1p-40f), magnitude_of(y)));
-}
-
 static inline __m128 four_exponents(EachExponent<float> y, int32_t i) {
   return load_lanes(y.y + i);
 }
 static inline __m128 four_exponents(OneExponent<float> y, int32_t) { return load_all_lanes(y.y); }
-
-// The signs of the powers; false where one of a negative base may have no real value. Exponents
-// from 2^22 on pass for not whole. A caller's denormals-are-zero makes no subnormal one whole: below
-// 1 it takes a fraction of zeros.
-static inline bool packed_signs(__m128 x, __m128 y, __m128* sign) {
-  const __m128 one = all_lanes(1.0f), a = magnitude_of(y);
-  const __m128 seen = zero_if_tiny(y), half = seen * 0.5f;
-  const __m128 sized =
-      _mm_and_ps(_mm_cmplt_ps(a, all_lanes(0x1p+22f)),
-                 _mm_or_ps(_mm_cmple_ps(one, a), _mm_cmpeq_ps(significand_of(y), one)));
-  const __m128 whole = _mm_and_ps(_mm_cmpeq_ps(to_grid<1>(seen).multiple, y), sized);
-  *sign = sign_of(_mm_and_ps(x, _mm_cmpneq_ps(to_grid<1>(half).multiple, half)));
-  return _mm_movemask_ps(_mm_andnot_ps(whole, x)) == 0;
-}
 
 // Four bases as normal numbers, and by how many powers of two each was lifted to one.
 struct Lifted {
@@ -376,13 +354,15 @@ static inline int32_t x87_blocks(const float* x, Exponent y, float* dst, int32_t
   return i;
 }
 
-template <class Exponent>
+template <auto kStep, class Exponent>
 static Status pow_x87(const Arrays<float>& arrays, Exponent y, int32_t len) {
   const float* const x = arrays.src1;
   float* const dst = arrays.dst1;
   Powers<kBlock> block;
   return run_kernel<X87Nearest<X87_DOUBLE>, kBlock>(
-      arrays, len, [=](int32_t i, int32_t last) { return x87_blocks(x, y, dst, i, last); },
+      arrays, len,
+      with_wide_step<Unit::kX87, kStep, true>(
+          arrays, len, [=](int32_t i, int32_t last) { return x87_blocks(x, y, dst, i, last); }),
       one_element(arrays, y, len, &block, [=](int32_t i, const double* t, const uint32_t* nearest) {
         uint32_t own;
         const uint32_t* const sign = signs_in_domain<1, too_large>(x, y, i, &own);
@@ -395,90 +375,6 @@ static Status pow_x87(const Arrays<float>& arrays, Exponent y, int32_t len) {
 }
 
 // ---- Packed
-
-// The lowest power first.
-template <int kTerms>
-static inline __m128 rising_polynomial(const float (&c)[kTerms], __m128 x) {
-  __m128 sum = all_lanes(c[kTerms - 1]);
-#pragma GCC unroll 8
-  for (int i = kTerms - 2; i >= 0; --i) sum = sum * x + c[i];
-  return sum;
-}
-
-// 2^k of integers from -126 to 127: k is put into the exponent field as an integer.
-static inline __m128 powers_of_two(__m128 k) {
-  const __m128 field = k * 0x1p23f + 0x1.fcp29f;  // 127 2^23
-  __m64 pairs[2] = {_mm_cvtps_pi32(field), _mm_cvtps_pi32(_mm_movehl_ps(field, field))};
-  asm("" : "+m"(pairs));
-  return load_halves(pairs, pairs + 1);
-}
-
-// x = 2^e (z + 1), sqrt(1/2) <= z + 1 < sqrt(2)
-struct Base {
-  __m128 e, z;
-};
-
-// Of normal numbers.
-static inline Base reduce(__m128 x) {
-  alignas(16) int32_t fields[4];
-  _mm_store_ps(reinterpret_cast<float*>(fields), _mm_and_ps(x, all_lanes(Format<float>::kInf)));
-  const __m128 m = significand_of(x), above = _mm_cmplt_ps(all_lanes(0x1.6a09e6p+0f), m);
-  const __m128 bias = 127.0f - _mm_and_ps(above, all_lanes(1.0f));
-  return {from_integers(fields) * 0x1p-23f - bias, m - _mm_and_ps(above, m * 0.5f) - 1.0f};
-}
-
-// 2^(k + r)
-struct Split {
-  __m128 k, r, whole;  // `whole` to be tested against the range
-};
-
-struct A21 {
-  static __m128 fraction_power(__m128 r) { return rising_polynomial(kLongExp, r); }
-
-  static Split product(const Base& x, __m128 y) {
-    const auto [e, z] = x;
-    const __m128 inverse = 1.0f / (z + 2.0f);
-    const __m128 s_high = leading_half(z * inverse), z_high = leading_half(z);
-    const __m128 remainder = ((z - (s_high + s_high)) - s_high * z_high) - s_high * (z - z_high);
-    const __m128 s_low = remainder * inverse, s = s_high + s_low, s2 = s * s;
-    const __m128 tail = s_low * kLogHigh + s * (s2 * rising_polynomial(kLogTail, s2) + kLogLow);
-    const __m128 head = s_high * kLogHigh, sum = e + head;
-    const __m128 lost = head - (sum - e);
-    const __m128 l_high = leading_half(sum), l_low = (sum - l_high) + (lost + tail);
-    const __m128 y_high = leading_half(y);
-    const __m128 t_high = y_high * l_high;
-    const __m128 t_low = (y - y_high) * l_high + y * l_low;
-    const __m128 t = t_high + t_low, k = to_grid<1>(t).multiple;
-    return {k, (t_high - k) + t_low, t};
-  }
-};
-
-struct A11 {
-  static __m128 fraction_power(__m128 r) { return rising_polynomial(kShortExp, r); }
-
-  static Split product(const Base& x, __m128 y) {
-    const auto [e, z] = x;
-    const __m128 s = z / (z + 2.0f);
-    const __m128 t = y * (e + s * rising_polynomial(kShortLog, s * s));
-    const __m128 k = to_grid<1>(t).multiple;
-    return {k, t - k, t};
-  }
-};
-
-static inline bool in_range(__m128 t) {
-  return in_all_lanes(_mm_cmplt_ps(magnitude_of(t), all_lanes(125.0f)));
-}
-
-template <class Grade>
-static inline __m128 power(const Split& t) {
-  const __m128 fraction = Grade::fraction_power(t.r) * t.r + 1.0f;
-  return fraction * powers_of_two(t.k);
-}
-
-template <class Grade>
-static inline Split packed_product(__m128 x, __m128 y) {
-  return Grade::product(reduce(x), zero_if_tiny(y));
-}
 
 template <class Grade>
 static inline Split packed_product(const Lifted& base, __m128 y) {
@@ -600,7 +496,7 @@ __attribute__((noinline)) static bool packed_tail(const float* x, Exponent y, in
   return ordinary;
 }
 
-template <class Grade, class Exponent>
+template <class Grade, auto kStep, class Exponent>
 static Status pow_packed(const Arrays<float>& arrays, Exponent y, int32_t len) {
   const float* const x = arrays.src1;
   float* const dst = arrays.dst1;
@@ -610,7 +506,9 @@ static Status pow_packed(const Arrays<float>& arrays, Exponent y, int32_t len) {
   bool tail_is_known = false;
   return run_kernel<BothNearest<X87_DOUBLE>, kBlock>(
       arrays, len,
-      [=](int32_t i, int32_t last) { return packed_blocks<Grade>(x, y, dst, i, last); },
+      with_wide_step<Unit::kSse, kStep>(
+          arrays, len,
+          [=](int32_t i, int32_t last) { return packed_blocks<Grade>(x, y, dst, i, last); }),
       one_element(arrays, y, len, &block, [&](int32_t i, const double* t, const uint32_t*) {
         if (n >= kLongTail && i >= whole) {
           if (i == whole) {

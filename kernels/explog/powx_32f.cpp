@@ -30,15 +30,18 @@ struct Packed {
 
 LUX_KERNEL(Powx, 32f, A24, 2_1_1) {
   const Arrays<float> arrays = {src, &scalar, dst, dst};
-  return powx<Nearest>(arrays, len, Special(), [&](auto y) { return pow_x87(arrays, y, len); });
+  return powx<Nearest>(arrays, len, Special(),
+                       [&](auto y) { return pow_x87<&WideLibrary::Powx_32f_A24>(arrays, y, len); });
 }
 LUX_KERNEL(Powx, 32f, A21, 2_1_1) {
   const Arrays<float> arrays = {src, &scalar, dst, dst};
-  return powx<Packed>(arrays, len, Special(),
-                      [&](auto y) { return pow_packed<A21>(arrays, y, len); });
+  return powx<Packed>(arrays, len, Special(), [&](auto y) {
+    return pow_packed<A21, &WideLibrary::Powx_32f_A21>(arrays, y, len);
+  });
 }
 LUX_KERNEL(Powx, 32f, A11, 2_1_1) {
   const Arrays<float> arrays = {src, &scalar, dst, dst};
-  return powx<Packed>(arrays, len, Special(),
-                      [&](auto y) { return pow_packed<A11>(arrays, y, len); });
+  return powx<Packed>(arrays, len, Special(), [&](auto y) {
+    return pow_packed<A11, &WideLibrary::Powx_32f_A11>(arrays, y, len);
+  });
 }

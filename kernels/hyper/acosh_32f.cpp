@@ -11,19 +11,14 @@
 LUX_DOUBLE_KERNEL(Acosh);
 static constexpr Listed kListed[] = {{0x655890D3, 0x4254D1F9}, {0x6EB1A8EC, 0x42845A89}, {}};
 
-struct Acosh {
+struct Acosh : PackedAcosh {
+  using PackedAcosh::argument;
   static constexpr auto* kAccurate = by_double<_noxomp_luxsAcosh_64f_A53, kListed>;
-  static constexpr uint32_t kFirst = Format<float>::kOne, kBeyond = kLarge, kSigned = 0;
-  static constexpr float kScale = 1;
+  static constexpr auto kWideStep = &WideLibrary::Acosh_32f_A24;
 
   static long double argument(long double x) {
     const long double d = x - one_in_memory();
     return __builtin_sqrtl((x + one_in_memory()) * d) + d;
-  }
-
-  static __m128 argument(__m128 x) {
-    const __m128 one = all_lanes(1.0f), d = x - one;
-    return _mm_sqrt_ps((x + one) * d) + d;
   }
 
   static void special(const Arrays<float>& arrays, int32_t i, Status* status) {

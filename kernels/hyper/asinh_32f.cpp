@@ -20,19 +20,13 @@ static constexpr Listed kListed[] = {{0x4BDD65A5, 0x418F034B},
                                      {0x6EB1A8EC, 0x42845A89},
                                      {}};
 
-struct Asinh {
+struct Asinh : PackedAsinh {
+  using PackedAsinh::argument;
   static constexpr auto* kAccurate = by_double<_noxomp_luxsAsinh_64f_A53, kListed>;
-  static constexpr uint32_t kBeyond = kLarge, kSigned = kSignUpper;
-  static constexpr float kScale = 1;
+  static constexpr auto kWideStep = &WideLibrary::Asinh_32f_A24;
 
   static long double argument(long double a) {
     return __builtin_sqrtl(a * a + one_in_memory()) - one_in_memory() + a;
-  }
-
-  static __m128 argument(__m128 a) {
-    const __m128 one = all_lanes(1.0f), square = a * a;
-    const __m128 root = _mm_sqrt_ps(square + one);
-    return square / (root + one) + a;
   }
 
   static void special(const Arrays<float>& arrays, int32_t i, Status*) {

@@ -11,14 +11,12 @@
 LUX_DOUBLE_KERNEL(Atanh);
 static constexpr Listed kListed[] = {{}};
 
-struct Atanh {
+struct Atanh : PackedAtanh {
+  using PackedAtanh::argument;
   static constexpr auto* kAccurate = by_double<_noxomp_luxsAtanh_64f_A53, kListed>;
-  static constexpr uint32_t kBeyond = Format<float>::kOne, kSigned = kSignUpper;
-  static constexpr float kScale = 0.5f;
+  static constexpr auto kWideStep = &WideLibrary::Atanh_32f_A24;
 
   static long double argument(long double a) { return (a + a) / (1.0f - a); }
-
-  static __m128 argument(__m128 a) { return (a + a) / (1.0f - a); }
 
   static void special(const Arrays<float>& arrays, int32_t i, Status* status) {
     const uint32_t x = load_bits(arrays.src1 + i), a = magnitude<float>(x);

@@ -9,7 +9,12 @@ LUX_DOUBLE_KERNEL(Cosh);
 static constexpr Listed kListed[] = {{}};
 
 LUX_KERNEL(Cosh, 32f, A24, 1_1) {
-  return hyperbolic_a24<kCosh, by_double<_noxomp_luxsCosh_64f_A53, kListed>>(src, dst, len);
+  return hyperbolic_a24<kCosh, by_double<_noxomp_luxsCosh_64f_A53, kListed>,
+                        &WideLibrary::Cosh_32f_A24>(src, dst, len);
 }
-LUX_KERNEL(Cosh, 32f, A21, 1_1) { return hyperbolic_packed<kCosh, kA21>(src, dst, len); }
-LUX_KERNEL(Cosh, 32f, A11, 1_1) { return hyperbolic_packed<kCosh, kA11>(src, dst, len); }
+LUX_KERNEL(Cosh, 32f, A21, 1_1) {
+  return hyperbolic_packed<kCosh, kA21, &WideLibrary::Cosh_32f_A21>(src, dst, len);
+}
+LUX_KERNEL(Cosh, 32f, A11, 1_1) {
+  return hyperbolic_packed<kCosh, kA11, &WideLibrary::Cosh_32f_A11>(src, dst, len);
+}

@@ -24,27 +24,9 @@
 #define LUX_KERNELS_HYPER_HYPERBOLIC_32F_H
 
 #include "kernels/frame.h"
-#include "kernels/grid.h"
 #include "kernels/nearest_32f.h"
 #include "kernels/screens.h"
-#include "kernels/hyper/generated/hyperbolic_32f_table.h"  // kSingleCell, kSingleHalves, kC2, ...
-
-constexpr uint32_t kOverflow = 0x42B2D4FD;  // 89.41599: both functions round to infinity
-
-enum Function { kCosh, kSinh };
-
-// a = |x|
-struct Reduced {
-  OnGrid at;
-  __m128 r;
-};
-
-static inline __m128 from_least(__m128 a) { return _mm_max_ps(a, all_lanes(0x1p-20f)); }
-
-static inline Reduced reduce(__m128 a) {
-  const OnGrid at = to_grid<32>(a);
-  return {at, a - at.multiple};
-}
+#include "kernels/hyper/hyperbolic_32f_step.h"
 
 // ---- A24
 
@@ -83,58 +65,19 @@ static inline void x87_block(const float* src, float* dst) {
   if (any_undecided<kMargin<kFunction>>(y)) settle<kMargin<kFunction>, kAccurate>(y, argument, dst);
 }
 
-// ---- A21, A11
-
-enum Grade { kA21, kA11 };
-
-struct Entries {
-  __m128 leading, other;
-};
-
-template <Function kFunction, int kCount>
-static inline Entries entries_of(__m128 shifted) {
-  alignas(16) float word[4];
-  _mm_store_ps(word, shifted);
-  const auto pair = [&](int lane) {
-    return reinterpret_cast<const float*>(kSingleHalves + Grid<32>::index(word + lane % kCount));
-  };
-  const PairLanes halves = turned(pair(0), pair(1), pair(2), pair(3));
-  const __m128 cosh = halves.first, sinh = halves.second;
-  return kFunction == kCosh ? Entries{cosh, sinh} : Entries{sinh, cosh};
-}
-
-template <Function kFunction, Grade kGrade, int kCount>
-static inline void packed_block(const float* src, float* dst) {
-  const __m128 x = load_elements<kCount>(src), a = magnitude_of(x);
-  const Reduced reduced = reduce(from_least(a));
-  const Entries entries = entries_of<kFunction, kCount>(reduced.at.shifted);
-  __m128 r = reduced.r, rest;
-  if (kGrade == kA21) {
-    const __m128 z = r * r * all_lanes(kC2);
-    r = r + r * (z * all_lanes(kS3OverC2));
-    rest = entries.leading * z + entries.other * r;
-  } else {
-    rest = entries.other * r;
-  }
-  const __m128 half = entries.leading + rest, y = half + half;
-  if (kFunction == kCosh) {
-    store_elements<kCount>(dst, y);
-  } else {
-    // Small arguments pass, so that nothing depends on how the processor treats subnormals.
-    const __m128 passes = _mm_cmplt_ps(a, all_lanes(0x1p-12f));
-    store_elements<kCount>(dst, _mm_or_ps(select(passes, a, y), sign_of(x)));
-  }
-}
-
 // ---- Arrays
 
-template <class Control, Function kFunction, class Block, class One>
+template <class Control, Function kFunction, auto kStep, class Block, class One>
 static inline Status hyperbolic(const float* src, float* dst, int32_t len, Block block,
                                 One element) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<Control, 4>(
       arrays, len,
-      [=](int32_t i, int32_t last) { return blocks_below<4>(src, dst, kOverflow, i, last, block); },
+      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(
+          arrays, len,
+          [=](int32_t i, int32_t last) {
+            return blocks_below<4>(src, dst, kOverflow, i, last, block);
+          }),
       [&](int32_t i, Status* status) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
         if (a < kOverflow) {
@@ -148,16 +91,16 @@ static inline Status hyperbolic(const float* src, float* dst, int32_t len, Block
       });
 }
 
-template <Function kFunction, float (*kAccurate)(float)>
+template <Function kFunction, float (*kAccurate)(float), auto kStep>
 static inline Status hyperbolic_a24(const float* src, float* dst, int32_t len) {
-  return hyperbolic<BothNearest<X87_DOUBLE>, kFunction>(
+  return hyperbolic<BothNearest<X87_DOUBLE>, kFunction, kStep>(
       src, dst, len, [](const float* x, float* y) { x87_block<kFunction, kAccurate, 4>(x, y); },
       [](const float* x, float* y) { x87_block<kFunction, kAccurate, 1>(x, y); });
 }
 
-template <Function kFunction, Grade kGrade>
+template <Function kFunction, Grade kGrade, auto kStep>
 static inline Status hyperbolic_packed(const float* src, float* dst, int32_t len) {
-  return hyperbolic<SseNearest, kFunction>(
+  return hyperbolic<SseNearest, kFunction, kStep>(
       src, dst, len, [](const float* x, float* y) { packed_block<kFunction, kGrade, 4>(x, y); },
       [](const float* x, float* y) { packed_block<kFunction, kGrade, 1>(x, y); });
 }

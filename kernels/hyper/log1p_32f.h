@@ -24,27 +24,27 @@
 
 #include "kernels/frame.h"
 #include "kernels/nearest_32f.h"
+#include "kernels/hyper/log1p_32f_step.h"
 #include "kernels/hyper/log1p_domain.h"
-#include "kernels/hyper/generated/log1p_32f_table.h"  // kCubic, kExponent, kLn2, kLong, kShort
-
-constexpr uint32_t kLarge = 0x5E800000;  // 2^62
 
 // A family has its domain, kScale, argument(x) for a magnitude, which is s, as an extended number
-// and packed, special(arrays, i, status) for what is out of bounds, and kAccurate(x).
-template <class Family, class Control, int32_t kBlock, class Block, class One>
+// and packed, special(arrays, i, status) for what is out of bounds, kAccurate(x), and kWideStep of A24.
+template <class Family, class Control, int32_t kBlock, auto kStep, class Block, class One>
 static inline Status log1p_32f(const float* src, float* dst, int32_t len, Block block,
                                One element) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<Control, kBlock>(
       arrays, len,
-      [=](int32_t i, int32_t last) {
-        for (; i < last; i += kBlock) {
-          if (!all_ordinary<Family, kBlock>(src + i)) break;
-          block(src + i, dst + i);
-        }
-        _mm_empty();  // after the packed conversions
-        return i;
-      },
+      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(
+          arrays, len,
+          [=](int32_t i, int32_t last) {
+            for (; i < last; i += kBlock) {
+              if (!all_ordinary<Family, kBlock>(src + i)) break;
+              block(src + i, dst + i);
+            }
+            _mm_empty();  // after the packed conversions
+            return i;
+          }),
       [&](int32_t i, Status* status) {
         if (all_ordinary<Family, 1>(src + i)) {
           element(src + i, dst + i);
@@ -110,7 +110,7 @@ static inline void log1p_block(const float* src, float* dst) {
 
 template <class Family>
 static inline Status log1p_a24(const float* src, float* dst, int32_t len) {
-  return log1p_32f<Family, X87Nearest<X87_EXTENDED>, 8>(
+  return log1p_32f<Family, X87Nearest<X87_EXTENDED>, 8, Family::kWideStep>(
       src, dst, len, [](const float* x, float* y) { log1p_block<Family, 8>(x, y); },
       [](const float* x, float* y) { log1p_block<Family, 1>(x, y); });
 }
@@ -136,40 +136,20 @@ static inline float log_twice(uint32_t a) {
 
 // ---- Packed
 
-template <const auto& kP>
-static inline __m128 packed_log1p(__m128 s) {
-  const __m128 one = all_lanes(1.0f), raised = all_lanes(0x1.6a09e6p+0f);  // sqrt(2)
-  const __m128 power = _mm_and_ps((s + one) * raised, all_lanes(Format<float>::kInf));
-  alignas(16) int32_t fields[4];
-  _mm_store_ps(reinterpret_cast<float*>(fields), power);
-  const __m128 t = (s + (one - power)) / (s + (one + power));
-  const __m128 square = t * t;
-  const __m128 e = from_integers(fields) - all_lanes(127 * 0x1p23f);
-  return t + t + t * square * polynomial<kP>(square) + e * all_lanes(float(kLn2 * 0x1p-23));
-}
-
-template <class Family, const auto& kP, int kCount>
-static inline void packed_block(const float* src, float* dst) {
-  const __m128 x = load_elements<kCount>(src), sign = _mm_and_ps(x, all_lanes(Family::kSigned)),
-               a = _mm_xor_ps(x, sign);
-  // Those that pass are computed too, as 2^-20: their squares are subnormal.
-  const __m128 used = Family::kSigned ? _mm_max_ps(a, all_lanes(0x1p-20f)) : a;
-  __m128 y = packed_log1p<kP>(Family::argument(used));
-  if (Family::kScale != 1) y = y * all_lanes(Family::kScale);
-  if (Family::kSigned) y = _mm_or_ps(select(_mm_cmplt_ps(a, all_lanes(0x1p-12f)), a, y), sign);
-  store_elements<kCount>(dst, y);
-}
-
-template <class Family, const auto& kP>
+template <class Family, const auto& kP, auto kStep>
 static inline Status log1p_packed(const float* src, float* dst, int32_t len) {
-  return log1p_32f<Family, SseNearest, 4>(
+  return log1p_32f<Family, SseNearest, 4, kStep>(
       src, dst, len, [](const float* x, float* y) { packed_block<Family, kP, 4>(x, y); },
       [](const float* x, float* y) { packed_block<Family, kP, 1>(x, y); });
 }
 
-#define LOG1P_KERNELS_32F(family)                                                          \
-  LUX_KERNEL(family, 32f, A24, 1_1) { return log1p_a24<family>(src, dst, len); }           \
-  LUX_KERNEL(family, 32f, A21, 1_1) { return log1p_packed<family, kLong>(src, dst, len); } \
-  LUX_KERNEL(family, 32f, A11, 1_1) { return log1p_packed<family, kShort>(src, dst, len); }
+#define LOG1P_KERNELS_32F(family)                                                       \
+  LUX_KERNEL(family, 32f, A24, 1_1) { return log1p_a24<family>(src, dst, len); }        \
+  LUX_KERNEL(family, 32f, A21, 1_1) {                                                   \
+    return log1p_packed<family, kLong, &WideLibrary::family##_32f_A21>(src, dst, len);  \
+  }                                                                                     \
+  LUX_KERNEL(family, 32f, A11, 1_1) {                                                   \
+    return log1p_packed<family, kShort, &WideLibrary::family##_32f_A11>(src, dst, len); \
+  }
 
 #endif

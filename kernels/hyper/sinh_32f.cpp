@@ -9,7 +9,12 @@ LUX_DOUBLE_KERNEL(Sinh);
 static constexpr Listed kListed[] = {{0x3A1285FF, 0x3A1285FF}, {0xBA1285FF, 0xBA1285FF}, {}};
 
 LUX_KERNEL(Sinh, 32f, A24, 1_1) {
-  return hyperbolic_a24<kSinh, by_double<_noxomp_luxsSinh_64f_A53, kListed>>(src, dst, len);
+  return hyperbolic_a24<kSinh, by_double<_noxomp_luxsSinh_64f_A53, kListed>,
+                        &WideLibrary::Sinh_32f_A24>(src, dst, len);
 }
-LUX_KERNEL(Sinh, 32f, A21, 1_1) { return hyperbolic_packed<kSinh, kA21>(src, dst, len); }
-LUX_KERNEL(Sinh, 32f, A11, 1_1) { return hyperbolic_packed<kSinh, kA11>(src, dst, len); }
+LUX_KERNEL(Sinh, 32f, A21, 1_1) {
+  return hyperbolic_packed<kSinh, kA21, &WideLibrary::Sinh_32f_A21>(src, dst, len);
+}
+LUX_KERNEL(Sinh, 32f, A11, 1_1) {
+  return hyperbolic_packed<kSinh, kA11, &WideLibrary::Sinh_32f_A11>(src, dst, len);
+}

@@ -109,10 +109,13 @@ static Status tanh_32f(const float* src, float* dst, int32_t len) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<X87Nearest<X87_DOUBLE>, 4>(
       arrays, len,
-      [=](int32_t i, int32_t last) {
-        while (i < last && tanh_block(src + i, dst + i)) i += 4;
-        return i;
-      },
+      with_wide_step<Unit::kX87, &WideLibrary::Tanh_32f_A24>(arrays, len,
+                                                             [=](int32_t i, int32_t last) {
+                                                               while (i < last &&
+                                                                      tanh_block(src + i, dst + i))
+                                                                 i += 4;
+                                                               return i;
+                                                             }),
       [=](int32_t i, Status*) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x), sign = x ^ a;
         if (a <= Format<float>::kSmallestNormal || a > kInf) {

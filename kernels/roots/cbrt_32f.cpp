@@ -54,7 +54,9 @@ static inline int32_t cbrt_blocks(const float* src, float* dst, int32_t i, int32
 static Status cbrt_32f(const float* src, float* dst, int32_t len) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<X87Nearest<X87_DOUBLE>, 4>(
-      arrays, len, [=](int32_t i, int32_t last) { return cbrt_blocks(src, dst, i, last); },
+      arrays, len,
+      with_wide_step<Unit::kX87, &WideLibrary::Cbrt_32f_A24>(
+          arrays, len, [=](int32_t i, int32_t last) { return cbrt_blocks(src, dst, i, last); }),
       [=](int32_t i, Status*) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
         if (a >= Format<float>::kInf || a == 0) {

@@ -18,9 +18,7 @@
 // 0x007CE41F; A11 2^-14.93, at 0x007D613C.
 #include "kernels/nearest_32f.h"
 #include "kernels/roots/cbrt_32f.h"
-#include "kernels/roots/generated/invcbrt_32f_table.h"  // static_const_table, kStart, kStep
-
-constexpr uint32_t kThirds = 0x5555;  // in 2^-16
+#include "kernels/roots/invcbrt_32f_step.h"
 
 typedef __m64 __attribute__((may_alias, aligned(1))) HalfLanes;
 
@@ -34,19 +32,6 @@ static inline __m64 start(__m64 x) {
 static inline uint32_t start(uint32_t x) {
   const uint32_t a = magnitude<float>(x);
   return kStart - ((a >> 16) * kThirds & 0xFFFF0000) - ((a & 0xFFFF) * kThirds >> 16);
-}
-
-// From the first estimate y, which has the sign of x.
-template <bool kRefined>
-static inline __m128 corrected(__m128 x, __m128 y) {
-  const __m128 c = x * y * (y * y);
-  __m128 step = all_lanes(kStep[2]) * c + all_lanes(kStep[1]);
-  step = step * c + all_lanes(kStep[0]);
-  y = y * step;
-  if (!kRefined) return y;
-  const __m128 cube = x * y * (y * y);
-  const __m128 rest = 1.0f - cube;
-  return y + y * all_lanes(1.0f / 3) * rest;
 }
 
 template <bool kRefined>
@@ -132,7 +117,9 @@ static inline int32_t table_blocks(const float* src, float* dst, int32_t i, int3
 static Status table_driven(const float* src, float* dst, int32_t len) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<X87Nearest<X87_DOUBLE>, 4>(
-      arrays, len, [=](int32_t i, int32_t last) { return table_blocks(src, dst, i, last); },
+      arrays, len,
+      with_wide_step<Unit::kX87, &WideLibrary::InvCbrt_32f_A24, true>(
+          arrays, len, [=](int32_t i, int32_t last) { return table_blocks(src, dst, i, last); }),
       [&](int32_t i, Status* status) {
         inverse_cube_root(arrays, i, status, [](uint32_t x, float* y) {
           float normal;
@@ -144,17 +131,23 @@ static Status table_driven(const float* src, float* dst, int32_t len) {
       });
 }
 
-template <bool kRefined>
+template <bool kRefined, auto kStep>
 static inline Status packed(const float* src, float* dst, int32_t len) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<SseNearest, 4>(
       arrays, len,
-      [=](int32_t i, int32_t last) { return packed_blocks<kRefined>(src, dst, i, last); },
+      with_wide_step<Unit::kSse, kStep>(
+          arrays, len,
+          [=](int32_t i, int32_t last) { return packed_blocks<kRefined>(src, dst, i, last); }),
       [&](int32_t i, Status* status) {
         inverse_cube_root(arrays, i, status, packed_normal<kRefined>);
       });
 }
 
 LUX_KERNEL(InvCbrt, 32f, A24, 1_1) { return table_driven(src, dst, len); }
-LUX_KERNEL(InvCbrt, 32f, A21, 1_1) { return packed<true>(src, dst, len); }
-LUX_KERNEL(InvCbrt, 32f, A11, 1_1) { return packed<false>(src, dst, len); }
+LUX_KERNEL(InvCbrt, 32f, A21, 1_1) {
+  return packed<true, &WideLibrary::InvCbrt_32f_A21>(src, dst, len);
+}
+LUX_KERNEL(InvCbrt, 32f, A11, 1_1) {
+  return packed<false, &WideLibrary::InvCbrt_32f_A11>(src, dst, len);
+}

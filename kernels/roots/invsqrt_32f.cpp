@@ -22,19 +22,6 @@
 
 constexpr int32_t kBlock = 8;
 
-// The estimate y, and y s with s a power of two, x / s^2.
-static inline __m128 corrected(__m128 y, __m128 ys, __m128 x) {
-  const __m128 e = x * (ys * ys) - 1.0f;
-  return y + y * (e * root_series(e));
-}
-
-static inline __m128 estimate(__m128 x) { return nine_bits(_mm_rsqrt_ps(x)); }
-
-static inline __m128 inverse_root(__m128 x) {
-  const __m128 y = estimate(x);
-  return corrected(y, y, x);
-}
-
 // Any positive normal number.
 static inline __m128 inverse_root_scaled(__m128 x) {
   const __m128 y = estimate(x), one = all_lanes(1.0f);
@@ -104,7 +91,6 @@ static void special_element(const Arrays<float>& arrays, int32_t i, Status* stat
 }
 
 static inline bool sixteen_ordinary(const float* x) {
-  constexpr uint32_t kLarge = 0x7E800000;  // 2^126
   return all_within(x, Format<float>::kSmallestNormal, kLarge);
 }
 
@@ -153,7 +139,9 @@ static Status invsqrt_32f(const float* src, float* dst, int32_t len) {
   Status blocks = LUX_OK;
   const Status tail = run_kernel<SseNearest, 4>(
       arrays, len,
-      [&](int32_t i, int32_t last) { return inverse_root_blocks(arrays, i, last, &blocks); },
+      with_wide_step<Unit::kSse, &WideLibrary::InvSqrt_32f_A24>(
+          arrays, len,
+          [&](int32_t i, int32_t last) { return inverse_root_blocks(arrays, i, last, &blocks); }),
       [&](int32_t i, Status* status) {
         if (is_positive_normal(src + i))
           store_lane(dst + i, inverse_root_scaled(load_all_lanes(src + i)));

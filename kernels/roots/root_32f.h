@@ -1,21 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
-// What the packed square root and reciprocal square root share: the processor's estimate of
-// 1/sqrt(x) cut to nine bits, so that its square is exact, and the series that corrects it.
+// What the packed square root and reciprocal square root share beside their steps: the screening.
 #ifndef LUX_KERNELS_ROOTS_ROOT_32F_H
 #define LUX_KERNELS_ROOTS_ROOT_32F_H
 
 #include "kernels/frame.h"
-#include "kernels/lanes.h"
+#include "kernels/roots/root_32f_step.h"
 #include "kernels/screens.h"
-
-static inline __m128 nine_bits(__m128 x) { return _mm_and_ps(x, all_lanes(0xFFFF8000)); }
-
-// ((1 + e)^(-1/2) - 1) / e to third order.
-static inline __m128 root_series(__m128 e) {
-  const __m128 inner = -0.3125f * e + 0.375f;
-  return inner * e - 0.5f;
-}
 
 // Whether all of sixteen numbers lie in low <= x < high, powers of two. Compares powers of two,
 // zeros and infinities only: no special element raises a flag. The numbers are loaded for this

@@ -18,26 +18,6 @@
 // over every input 0.7608 ulp with that of an Intel Xeon 6/207).
 #include "kernels/roots/root_32f.h"
 
-enum Zeros { kNoZeros, kWithZeros };
-
-template <Zeros kZeros>
-static inline __m128 root(__m128 x) {
-  constexpr uint32_t kNineBits = 0x7FFF8000, kLargest = Format<float>::kInf - 1;
-  __m128 y = _mm_rsqrt_ps(x);
-  if constexpr (kZeros == kWithZeros)
-    y = _mm_min_ps(_mm_and_ps(y, all_lanes(kNineBits)), all_lanes(kLargest));
-  else
-    y = nine_bits(y);
-  const __m128 h = nine_bits(x);
-  const __m128 minus_l = h - x;
-  const __m128 hy = h * y, minus_ly = minus_l * y;
-  const __m128 e = (hy * y - 1.0f) - minus_ly * y;
-  const __m128 correction = x * y * e * root_series(e);
-  return (correction - minus_ly) + hy;
-}
-
-constexpr uint32_t kLeast = 0x0C800000;  // 2^-102
-
 static inline bool sixteen_ordinary(const float* x) {
   return all_within(x, kLeast, Format<float>::kInf);
 }
@@ -107,7 +87,10 @@ static void sqrt_scalar(const Arrays<float>& arrays, int32_t i, Status* status) 
 static Status sqrt_32f(const float* src, float* dst, int32_t len) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<SseNearest, 4>(
-      arrays, len, [=](int32_t first, int32_t last) { return root_blocks(src, dst, first, last); },
+      arrays, len,
+      with_wide_step<Unit::kSse, &WideLibrary::Sqrt_32f_A24>(
+          arrays, len,
+          [=](int32_t first, int32_t last) { return root_blocks(src, dst, first, last); }),
       [&](int32_t i, Status* status) { sqrt_scalar(arrays, i, status); });
 }
 

@@ -16,6 +16,7 @@
 
 #include "core/bits.h"
 #include "core/control.h"
+#include "core/wide_walk.h"
 #include "kernels/lanes.h"
 #include "luxvmk3.h"
 
@@ -280,11 +281,51 @@ static inline void round_elements(const float* src, float* dst, int32_t len) {
 
 // ---- Arrays
 
+// Whole blocks by the wide library, where there is one; returns where they end. Its steps know no special
+// elements. They raise flags that are put back, as all of these functions do.
+template <class E>
+__attribute__((noinline)) static int32_t step_widely(WideStep<E> step, const Arrays<E>& arrays,
+                                                     int32_t len) {
+  const SilentSse sse;
+  uint32_t flags = 0;
+  return step(arrays, 0, len, &flags);
+}
+
+template <auto kStep, class E>
+static inline int32_t begin_widely(const Arrays<E>& arrays, int32_t len) {
+  if (len < kLeastWideBlock) return 0;
+  const WideLibrary& library = wide_library();
+  if (!__atomic_load_n(&library.head.enabled, __ATOMIC_RELAXED)) return 0;
+  return step_widely(library.*kStep, arrays, len);
+}
+
+template <class E>
+struct WideSteps {
+  WideStep<E> WideLibrary::*toward[5];  // by direction
+};
+template <class E>
+constexpr WideSteps<E> kWideSteps;
+template <>
+constexpr WideSteps<float> kWideSteps<float> = {{&WideLibrary::Rint_32f, &WideLibrary::Floor_32f,
+                                                 &WideLibrary::Ceil_32f, &WideLibrary::Trunc_32f,
+                                                 &WideLibrary::Round_32f}};
+template <>
+constexpr WideSteps<double> kWideSteps<double> = {{&WideLibrary::Rint_64f, &WideLibrary::Floor_64f,
+                                                   &WideLibrary::Ceil_64f, &WideLibrary::Trunc_64f,
+                                                   &WideLibrary::Round_64f}};
+
+template <Direction kDirection, class E>
+static inline void round_all(const E* src, E* dst, int32_t len) {
+  constexpr auto kStep = kWideSteps<E>.toward[int(kDirection)];
+  const int32_t done = begin_widely<kStep>(Arrays<E>{src, src, dst, dst}, len);
+  if (done < len) round_elements<kDirection>(src + done, dst + done, len - done);
+}
+
 template <Direction kDirection, class E>
 static inline Status round_array(const E* src, E* dst, int32_t len) {
   if (len < 1) return LUX_BAD_LENGTH;
   if (!src || !dst) return LUX_NULL_POINTER;
-  round_elements<kDirection>(src, dst, len);
+  round_all<kDirection>(src, dst, len);
   return LUX_OK;
 }
 
@@ -294,16 +335,16 @@ static inline Status round_as_caller(const E* src, E* dst, int32_t len) {
   if (len < 1) return 0;
   switch (Direction(x87_control() >> 10 & 3)) {
     case Direction::kDown:
-      round_elements<Direction::kDown>(src, dst, len);
+      round_all<Direction::kDown>(src, dst, len);
       break;
     case Direction::kUp:
-      round_elements<Direction::kUp>(src, dst, len);
+      round_all<Direction::kUp>(src, dst, len);
       break;
     case Direction::kZero:
-      round_elements<Direction::kZero>(src, dst, len);
+      round_all<Direction::kZero>(src, dst, len);
       break;
     default:
-      round_elements<Direction::kNearestEven>(src, dst, len);
+      round_all<Direction::kNearestEven>(src, dst, len);
   }
   return len;
 }
@@ -374,11 +415,12 @@ static inline void split_elements(const double* src, double* whole, double* frac
   x87.leave();
 }
 
-template <class E>
+template <auto kStep, class E>
 static inline Status split_array(const E* src, E* whole, E* fraction, int32_t len) {
   if (len < 1) return LUX_BAD_LENGTH;
   if (!src || !whole || !fraction) return LUX_NULL_POINTER;
-  split_elements(src, whole, fraction, len);
+  const int32_t done = begin_widely<kStep>(Arrays<E>{src, src, whole, fraction}, len);
+  if (done < len) split_elements(src + done, whole + done, fraction + done, len - done);
   return LUX_OK;
 }
 

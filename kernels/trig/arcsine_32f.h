@@ -12,25 +12,12 @@
 #ifndef LUX_KERNELS_TRIG_ARCSINE_32F_H
 #define LUX_KERNELS_TRIG_ARCSINE_32F_H
 
-#include "kernels/trig/generated/asin_32f_table.h"  // kCells, kQuadratic, kAsin21, kAsin11
 #include "kernels/screens.h"
+#include "kernels/trig/arcsine_32f_step.h"
 #include "kernels/trig/inverse_32f.h"
-
-constexpr uint32_t kBeyondOne = Format<float>::kOne + 1;
-constexpr float kPasses = 0x1p-12f;
 
 // The quadratics are off by 2^-36.6 and u by 2^-46; a difference from pi/2 makes at most twice of it.
 constexpr uint32_t kMargin = 0x18000;
-
-struct Folded {
-  __m128 a, mask, z, root;  // a = |x|, and the lanes where it is above 1/2
-};
-
-static inline Folded fold(__m128 x) {
-  const __m128 half = all_lanes(0.5f), a = magnitude_of(x);
-  const __m128 z = (1.0f - a) * half;
-  return {a, _mm_cmplt_ps(half, a), z, _mm_sqrt_ps(z)};
-}
 
 template <const Cases& kCases, float (*kAccurate)(float), int kCount>
 static inline void arcsine_block(const float* src, float* dst) {
@@ -53,25 +40,16 @@ static inline void arcsine_block(const float* src, float* dst) {
   if (any_undecided<kMargin>(y)) settle<kMargin, kAccurate>(y, argument, dst);
 }
 
-static inline __m128 passes(const Folded& f) { return _mm_cmplt_ps(f.a, all_lanes(kPasses)); }
-
-// asin |x|, or asin of the folded u. Below 2^-30 something else decides the result, and a larger
-// argument keeps products from underflowing: `small` says whether any is below kPasses.
-template <const auto& kP>
-static inline __m128 packed_arcsine(const Folded& f, bool small) {
-  __m128 a = f.a;
-  if (small) a = _mm_max_ps(a, all_lanes(0x1p-30f));
-  return odd_polynomial<kP>(select(f.mask, f.root, a), select(f.mask, f.z, a * a));
-}
-
-template <class Control, class Block, class One>
+template <class Control, auto kStep, class Block, class One>
 static inline Status arcsine(const float* src, float* dst, int32_t len, Block block, One element) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<Control, 4>(
       arrays, len,
-      [=](int32_t i, int32_t last) {
-        return blocks_below<4>(src, dst, kBeyondOne, i, last, block);
-      },
+      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(
+          arrays, len,
+          [=](int32_t i, int32_t last) {
+            return blocks_below<4>(src, dst, kBeyondOne, i, last, block);
+          }),
       [&](int32_t i, Status* status) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
         if (a < kBeyondOne) {
@@ -85,25 +63,16 @@ static inline Status arcsine(const float* src, float* dst, int32_t len, Block bl
       });
 }
 
-template <const Cases& kCases, float (*kAccurate)(float)>
+template <const Cases& kCases, float (*kAccurate)(float), auto kStep>
 static inline Status arcsine_a24(const float* src, float* dst, int32_t len) {
-  return arcsine<BothNearest<X87_DOUBLE>>(
+  return arcsine<BothNearest<X87_DOUBLE>, kStep>(
       src, dst, len, [](const float* x, float* y) { arcsine_block<kCases, kAccurate, 4>(x, y); },
       [](const float* x, float* y) { arcsine_block<kCases, kAccurate, 1>(x, y); });
 }
 
-// kCombine(x, f, y, small): the result from the packed arcsine y.
-template <const auto& kP, auto kCombine, int kCount>
-static inline void packed_block(const float* src, float* dst) {
-  const __m128 x = load_elements<kCount>(src);
-  const Folded f = fold(x);
-  const bool small = __builtin_expect(in_any_lane(passes(f)), 0);
-  store_elements<kCount>(dst, kCombine(x, f, packed_arcsine<kP>(f, small), small));
-}
-
-template <const auto& kP, auto kCombine>
+template <const auto& kP, auto kCombine, auto kStep>
 static inline Status arcsine_packed(const float* src, float* dst, int32_t len) {
-  return arcsine<SseNearest>(
+  return arcsine<SseNearest, kStep>(
       src, dst, len, [](const float* x, float* y) { packed_block<kP, kCombine, 4>(x, y); },
       [](const float* x, float* y) { packed_block<kP, kCombine, 1>(x, y); });
 }

@@ -9,20 +9,11 @@
 #ifndef LUX_KERNELS_TRIG_ARCTANGENT_32F_H
 #define LUX_KERNELS_TRIG_ARCTANGENT_32F_H
 
-#include "kernels/trig/generated/atan_32f_table.h"  // kCells, kQuadratic, kAtan21, kAtan11
+#include "kernels/trig/arctangent_32f_step.h"
 #include "kernels/trig/inverse_32f.h"
 
 // The quadratics are off by 2^-34.34; where pi/2 or pi has a part in the result, it is less of that.
 constexpr uint32_t kMargin = 0x65000;
-
-struct Ratio {
-  __m128 n, d, swapped;  // n <= d, the lanes where n is not the first source
-};
-
-static inline Ratio ratio_of(__m128 a, __m128 b) {
-  const __m128 swapped = _mm_cmplt_ps(b, a);
-  return {select(swapped, b, a), select(swapped, a, b), swapped};
-}
 
 // q is n/d, or any other quotient of the same cell. y: a copy of the results before rounding.
 template <int kCount>
@@ -36,19 +27,6 @@ static inline void arctangent_block(const Cases& cases, const Ratio& r, __m128 q
 #pragma GCC unroll 4
   for (int i = 0; i < kCount; ++i)
     inverse<kCells>(kQuadratic, cases, double(n[i]) / d[i], cell + i, word + i, y + i, dst + i);
-}
-
-// Where the result is the argument or the quotient itself.
-static inline __m128 is_tiny(__m128 x) { return _mm_cmplt_ps(x, all_lanes(0x1p-12f)); }
-
-template <const auto& kP>
-static inline __m128 packed_arctangent(__m128 q) {
-  return odd_polynomial<kP>(q, q * q);
-}
-
-// The angle in the first quadrant from y, the angle between the point and the nearer axis.
-static inline __m128 from_axis(const Ratio& r, __m128 y) {
-  return select(r.swapped, all_lanes(float(kHalfPi)) - y, y);
 }
 
 #endif

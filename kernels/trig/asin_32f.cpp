@@ -11,18 +11,16 @@
 static const Cases kCases = {{1, 0},    {}, {-2, kHalfPi}, {},  //
                              {-1, -0.}, {}, {2, -kHalfPi}, {}};
 
-static inline __m128 combine(__m128 x, const Folded& f, __m128 y, bool small) {
-  const __m128 folded = all_lanes(float(kHalfPi)) - (y + y);
-  __m128 result = select(f.mask, folded, y);
-  if (small) result = select(passes(f), f.a, result);
-  return _mm_or_ps(result, sign_of(x));
-}
-
 LUX_DOUBLE_KERNEL(Asin);
 static constexpr Listed kListed[] = {{}};
 
 LUX_KERNEL(Asin, 32f, A24, 1_1) {
-  return arcsine_a24<kCases, by_double<_noxomp_luxsAsin_64f_A53, kListed>>(src, dst, len);
+  return arcsine_a24<kCases, by_double<_noxomp_luxsAsin_64f_A53, kListed>,
+                     &WideLibrary::Asin_32f_A24>(src, dst, len);
 }
-LUX_KERNEL(Asin, 32f, A21, 1_1) { return arcsine_packed<kAsin21, combine>(src, dst, len); }
-LUX_KERNEL(Asin, 32f, A11, 1_1) { return arcsine_packed<kAsin11, combine>(src, dst, len); }
+LUX_KERNEL(Asin, 32f, A21, 1_1) {
+  return arcsine_packed<kAsin21, combine_asin, &WideLibrary::Asin_32f_A21>(src, dst, len);
+}
+LUX_KERNEL(Asin, 32f, A11, 1_1) {
+  return arcsine_packed<kAsin11, combine_asin, &WideLibrary::Asin_32f_A11>(src, dst, len);
+}

@@ -43,9 +43,8 @@ static inline bool all_normal(const float* y, const float* x) {
   return all_between(y, x, 0, __builtin_inff());
 }
 
-// No quotient is below 2^-30, and no step of the packed computation underflows.
 static inline bool all_moderate(const float* y, const float* x) {
-  return all_between(y, x, 0x1p-17f, 0x1p+13f);
+  return all_between(y, x, kModerateLow, kModerateHigh);
 }
 
 // Of angles that are not zero.
@@ -76,36 +75,20 @@ __attribute__((noinline, cold)) static float special_angle(const float* y_at, co
   return u > 0 && u < 1 && is_open(&angle) ? noxs_nearest_angle(y_at, x_at) : nearest;
 }
 
-// What a smaller magnitude may be raised to, beside d, without a change of angles of pi/2 or pi
-// that it is taken from, nor of the cell: at most 2^-36 d, and no more than the smallest normal
-// number where that underflows. The quotient does not underflow then.
-static inline __m128 least_beside(__m128 d) {
-  return _mm_max_ps(d, all_lanes(0x1p-90f)) * 0x1p-36f;
-}
-
-struct Point {
-  __m128 x, y;
-  Ratio ratio;
-};
-
-static inline __m128 is_left(const Point& p) { return _mm_cmplt_ps(p.x, _mm_setzero_ps()); }
-
-template <int kCount>
-static inline Point load_point(const float* y, const float* x) {
-  const __m128 a = load_elements<kCount>(y), b = load_elements<kCount>(x);
-  return {b, a, ratio_of(magnitude_of(a), magnitude_of(b))};
-}
-
 // block(y, x, to): whether all of a block are normal numbers, whose angles it then stores.
-template <class Block, class One>
+template <Unit kUnit, auto kStep, class Block, class One>
 static inline Status angle(const float* src1, const float* src2, float* dst, int32_t len,
                            Block block, One element) {
+  const Arrays<float> arrays = {src1, src2, dst, dst};
   return run_kernel<BothNearest<X87_DOUBLE>, 4>(
-      Arrays<float>{src1, src2, dst, dst}, len,
-      [=](int32_t i, int32_t last) {
-        while (i < last && block(src1 + i, src2 + i, dst + i)) i += 4;
-        return i;
-      },
+      arrays, len,
+      with_wide_step<kUnit, kStep, kUnit != Unit::kSse>(arrays, len,
+                                                        [=](int32_t i, int32_t last) {
+                                                          while (i < last &&
+                                                                 block(src1 + i, src2 + i, dst + i))
+                                                            i += 4;
+                                                          return i;
+                                                        }),
       [=](int32_t i, Status*) {
         const uint32_t y = load_bits(src1 + i), x = load_bits(src2 + i);
         if (is_normal(src1 + i) && is_normal(src2 + i))
@@ -140,23 +123,8 @@ static inline void block(const float* y, const float* x, float* dst) {
   for (int i = 0; i < kCount; ++i) store_bits(dst + i, load_bits(nearest + i));
 }
 
-template <const auto& kP, int kCount, bool kIsModerate>
-static inline void packed(const float* y, const float* x, float* dst) {
-  const Point p = load_point<kCount>(y, x);
-  const Ratio& r = p.ratio;
-  const __m128 left = is_left(p);
-  // Only an angle that is the quotient itself may be lost in underflow.
-  __m128 n = r.n;
-  if (!kIsModerate) n = _mm_max_ps(n, _mm_and_ps(_mm_or_ps(left, r.swapped), least_beside(r.d)));
-  const __m128 q = n / r.d;
-  const __m128 u = kIsModerate ? q : _mm_max_ps(q, all_lanes(0x1p-30f));
-  const __m128 t = from_axis(r, select(is_tiny(q), q, packed_arctangent<kP>(u)));
-  const __m128 reflected = kSinglePi - t;
-  store_elements<kCount>(dst, _mm_or_ps(select(left, reflected, t), sign_of(p.y)));
-}
-
 LUX_KERNEL(Atan2, 32f, A24, 2_1) {
-  return angle(
+  return angle<Unit::kBoth, &WideLibrary::Atan2_32f_A24>(
       src1, src2, dst, len,
       [](const float* y, const float* x, float* to) {
         const bool ordinary = all_normal(y, x);
@@ -166,21 +134,25 @@ LUX_KERNEL(Atan2, 32f, A24, 2_1) {
       [](const float* y, const float* x, float* to) { block<1>(y, x, to); });
 }
 
-template <const auto& kP>
+template <const auto& kP, auto kStep>
 static inline Status packed_angle(const float* src1, const float* src2, float* dst, int32_t len) {
-  return angle(
+  return angle<Unit::kSse, kStep>(
       src1, src2, dst, len,
       [](const float* y, const float* x, float* to) {
         if (__builtin_expect(all_moderate(y, x), 1)) {
-          packed<kP, 4, true>(y, x, to);
+          angle_block<kP, 4, true>(y, x, to);
           return true;
         }
         const bool ordinary = all_normal(y, x);
-        if (ordinary) packed<kP, 4, false>(y, x, to);
+        if (ordinary) angle_block<kP, 4, false>(y, x, to);
         return ordinary;
       },
-      [](const float* y, const float* x, float* to) { packed<kP, 1, false>(y, x, to); });
+      [](const float* y, const float* x, float* to) { angle_block<kP, 1, false>(y, x, to); });
 }
 
-LUX_KERNEL(Atan2, 32f, A21, 2_1) { return packed_angle<kAtan21>(src1, src2, dst, len); }
-LUX_KERNEL(Atan2, 32f, A11, 2_1) { return packed_angle<kAtan11>(src1, src2, dst, len); }
+LUX_KERNEL(Atan2, 32f, A21, 2_1) {
+  return packed_angle<kAtan21, &WideLibrary::Atan2_32f_A21>(src1, src2, dst, len);
+}
+LUX_KERNEL(Atan2, 32f, A11, 2_1) {
+  return packed_angle<kAtan11, &WideLibrary::Atan2_32f_A11>(src1, src2, dst, len);
+}

@@ -12,13 +12,17 @@
 static const Cases kCases = {{1, 0},    {}, {-1, kHalfPi}, {},  //
                              {-1, -0.}, {}, {1, -kHalfPi}, {}};
 
-template <class Control, class Block, class One>
+template <class Control, auto kStep, class Block, class One>
 static inline Status arctangent(const float* src, float* dst, int32_t len, Block block,
                                 One element) {
-  constexpr uint32_t kNaNs = Format<float>::kInf + 1;
+  const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<Control, 4>(
-      Arrays<float>{src, src, dst, dst}, len,
-      [=](int32_t i, int32_t last) { return blocks_below<4>(src, dst, kNaNs, i, last, block); },
+      arrays, len,
+      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(
+          arrays, len,
+          [=](int32_t i, int32_t last) {
+            return blocks_below<4>(src, dst, kNaNs, i, last, block);
+          }),
       [=](int32_t i, Status*) {
         const uint32_t x = load_bits(src + i);
         if (magnitude<float>(x) < kNaNs)
@@ -27,10 +31,6 @@ static inline Status arctangent(const float* src, float* dst, int32_t len, Block
           store_bits(dst + i, quieted<float>(x));
       });
 }
-
-// Beyond these the arctangent is the argument, or rounds to pi/2. Clamped to them, neither
-// quotients nor products underflow.
-constexpr float kSmallest = 0x1p-30f, kLargest = 0x1p+30f;
 
 LUX_DOUBLE_KERNEL(Atan);
 static constexpr Listed kListed[] = {{0x3D8D6B23, 0x3D8D31C3}, {0xBD8D6B23, 0xBD8D31C3}, {}};
@@ -48,32 +48,22 @@ static inline void block(const float* src, float* dst) {
     settle<kMargin, by_double<_noxomp_luxsAtan_64f_A53, kListed>>(y, argument, dst);
 }
 
-template <const auto& kP, int kCount>
-static inline void packed(const float* src, float* dst) {
-  const __m128 x = load_elements<kCount>(src);
-  const __m128 a = magnitude_of(x), tiny = is_tiny(a);
-  const __m128 smallest = all_lanes(kSmallest), largest = all_lanes(kLargest);
-  const bool extreme = __builtin_expect(in_any_lane(_mm_or_ps(tiny, _mm_cmplt_ps(largest, a))), 0);
-  __m128 clamped = a;
-  if (extreme) clamped = _mm_min_ps(_mm_max_ps(a, smallest), largest);
-  const Ratio r = ratio_of(clamped, all_lanes(1.0f));
-  __m128 y = from_axis(r, packed_arctangent<kP>(r.n / r.d));
-  if (extreme) y = select(tiny, a, y);
-  store_elements<kCount>(dst, _mm_or_ps(y, sign_of(x)));
-}
-
 LUX_KERNEL(Atan, 32f, A24, 1_1) {
-  return arctangent<BothNearest<X87_DOUBLE>>(
+  return arctangent<BothNearest<X87_DOUBLE>, &WideLibrary::Atan_32f_A24>(
       src, dst, len, [](const float* x, float* y) { block<4>(x, y); },
       [](const float* x, float* y) { block<1>(x, y); });
 }
 
-template <const auto& kP>
+template <const auto& kP, auto kStep>
 static inline Status packed_atan(const float* src, float* dst, int32_t len) {
-  return arctangent<SseNearest>(
-      src, dst, len, [](const float* x, float* y) { packed<kP, 4>(x, y); },
-      [](const float* x, float* y) { packed<kP, 1>(x, y); });
+  return arctangent<SseNearest, kStep>(
+      src, dst, len, [](const float* x, float* y) { atan_block<kP, 4>(x, y); },
+      [](const float* x, float* y) { atan_block<kP, 1>(x, y); });
 }
 
-LUX_KERNEL(Atan, 32f, A21, 1_1) { return packed_atan<kAtan21>(src, dst, len); }
-LUX_KERNEL(Atan, 32f, A11, 1_1) { return packed_atan<kAtan11>(src, dst, len); }
+LUX_KERNEL(Atan, 32f, A21, 1_1) {
+  return packed_atan<kAtan21, &WideLibrary::Atan_32f_A21>(src, dst, len);
+}
+LUX_KERNEL(Atan, 32f, A11, 1_1) {
+  return packed_atan<kAtan11, &WideLibrary::Atan_32f_A11>(src, dst, len);
+}

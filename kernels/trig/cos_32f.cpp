@@ -8,11 +8,8 @@
 //   beyond                      the handlers of large arguments
 //
 // pi/2 rounded to single makes the A21 cosine of 0 one place larger than 1.
-#include "kernels/trig/sine_polynomial_32f.h"
+#include "kernels/trig/sine_32f_step.h"
 #include "kernels/trig/trig_32f.h"
-
-constexpr uint32_t kBoundA24 = 0x48F42400;  // 500000
-constexpr uint32_t kBoundA21 = 0x461D0000;  // 10048
 
 // m = 2n - 1 halves of pi.
 static void cosine_x87(const float* src, float* dst, int32_t count) {
@@ -28,26 +25,21 @@ static void cosine_x87(const float* src, float* dst, int32_t count) {
 }
 
 static Status cos_a24(const float* src, float* dst, int32_t len) {
-  return run_a24(
-      {src, src, dst, dst}, len, [](uint32_t x) { return within(x, kBoundA24); },
+  return run_a24<&WideLibrary::Cos_32f_A24>(
+      {src, src, dst, dst}, len, [](uint32_t x) { return within(x, kCosineA24); },
       [=](int32_t first, int32_t count) { cosine_x87(src + first, dst + first, count); },
-      [=](int32_t i, int32_t last) { return noxs_large_cosines(src, dst, i, last, kBoundA24); },
+      [=](int32_t i, int32_t last) { return noxs_large_cosines(src, dst, i, last, kCosineA24); },
       [=](int32_t i, Status* status) { noxsCos_SC_HA(i, src, dst, status); });
 }
 
 static Status cos_a21(const float* src, float* dst, int32_t len) {
-  return run_a21(
-      {src, src, dst, dst}, len, kPi, 0, kBoundA21, [](uint32_t x) { return within(x, kBoundA21); },
-      [](__m128 x) {
-        OnGrid at = to_grid<1>((x + float(kPiOver2)) * float(kPi.inverse));
-        at.multiple -= 0.5f;
-        return at;
-      },
+  return run_a21<&WideLibrary::Cos_32f_A21>(
+      {src, src, dst, dst}, len, kPi, 0, kCosineA21,
+      [](uint32_t x) { return within(x, kCosineA21); }, [](__m128 x) { return locate_cosine(x); },
       [](__m128 shifted, __m128 r, __m128, float* y, float*) {
-        const __m128 sine = sine_polynomial<float>(r, r * r);
-        store_lanes(y, _mm_xor_ps(sine, sign_where(bit_mask(shifted, 1))));
+        store_lanes(y, sine_of(shifted, r, r));
       },
-      [=](int32_t i, int32_t last) { return noxs_large_cosines(src, dst, i, last, kBoundA21); },
+      [=](int32_t i, int32_t last) { return noxs_large_cosines(src, dst, i, last, kCosineA21); },
       [=](int32_t i, Status* status) { noxsCos_SC_LA(i, src, dst, status); });
 }
 

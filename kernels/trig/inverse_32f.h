@@ -15,10 +15,8 @@
 #include "kernels/frame.h"
 #include "kernels/grid.h"
 #include "kernels/nearest_32f.h"
+#include "kernels/trig/inverse_32f_step.h"
 
-constexpr double kPi = 0x1.921fb54442d18p+1;  // 3.141592653589793
-constexpr double kHalfPi = kPi / 2;
-constexpr float kSinglePi = 0x1.921fb6p+1f;
 // The upper three bits of an element's case word: the sign of the result, whether the argument was
 // folded to the other side of the octant, and a further one of the function's own.
 struct Case {
@@ -36,12 +34,6 @@ static inline void inverse(const Quadratic* table, const Cases& cases, double u,
   const long double result = ((q.c2 * u + q.c1) * u + q.c0) * u * c.factor + c.constant;
   put_copy(y, result);
   put(dst, result);
-}
-
-// u + u^3 P(z), z = u^2.
-template <const auto& kP>
-static inline __m128 odd_polynomial(__m128 u, __m128 z) {
-  return u + u * z * polynomial<kP>(z);
 }
 
 #endif

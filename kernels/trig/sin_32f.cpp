@@ -6,11 +6,8 @@
 //   A24        |x| <= 500000     53-bit precision; worst error 0.8011 ulp, at 0x412F2EA3
 //   A21, A11   |x| <= 1000000    single precision; worst error 3.9007 ulp, at 0x496A4649
 //   beyond                       the handlers of large arguments
-#include "kernels/trig/sine_polynomial_32f.h"
+#include "kernels/trig/sine_32f_step.h"
 #include "kernels/trig/trig_32f.h"
-
-constexpr uint32_t kBoundA24 = 0x48F42400;  // 500000
-constexpr uint32_t kBoundA21 = 0x49742400;  // 1000000
 
 static void sine_x87(const float* src, float* dst, int32_t count) {
   int32_t n[kChunk];
@@ -22,23 +19,21 @@ static void sine_x87(const float* src, float* dst, int32_t count) {
 }
 
 static Status sin_a24(const float* src, float* dst, int32_t len) {
-  return run_a24(
-      {src, src, dst, dst}, len, [](uint32_t x) { return within(x, kBoundA24); },
+  return run_a24<&WideLibrary::Sin_32f_A24>(
+      {src, src, dst, dst}, len, [](uint32_t x) { return within(x, kSineA24); },
       [=](int32_t first, int32_t count) { sine_x87(src + first, dst + first, count); },
-      [=](int32_t i, int32_t last) { return noxs_large_sines(src, dst, i, last, kBoundA24); },
+      [=](int32_t i, int32_t last) { return noxs_large_sines(src, dst, i, last, kSineA24); },
       [=](int32_t i, Status* status) { noxsSin_SC_HA(i, src, dst, status); });
 }
 
 static Status sin_a21(const float* src, float* dst, int32_t len) {
-  return run_a21(
-      {src, src, dst, dst}, len, kPi, kSmall, kBoundA21,
-      [](uint32_t x) { return within(x, kBoundA21); },
-      [](__m128 x) { return to_grid<1>(x * float(kPi.inverse)); },
+  return run_a21<&WideLibrary::Sin_32f_A21>(
+      {src, src, dst, dst}, len, kPi, kSmall, kSineA21,
+      [](uint32_t x) { return within(x, kSineA21); }, [](__m128 x) { return locate_sine(x); },
       [](__m128 shifted, __m128 r, __m128 s, float* y, float*) {
-        const __m128 sine = sine_polynomial<float>(r, s * s);
-        store_lanes(y, _mm_xor_ps(sine, sign_where(bit_mask(shifted, 1))));
+        store_lanes(y, sine_of(shifted, r, s));
       },
-      [=](int32_t i, int32_t last) { return noxs_large_sines(src, dst, i, last, kBoundA21); },
+      [=](int32_t i, int32_t last) { return noxs_large_sines(src, dst, i, last, kSineA21); },
       [=](int32_t i, Status* status) { noxsSin_SC_LA(i, src, dst, status); });
 }
 

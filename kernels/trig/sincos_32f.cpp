@@ -6,28 +6,15 @@
 //   A24        |x| <= 1000000    53-bit precision; worst error 0.5630 ulp, at 0x46A350D2 (sine)
 //   A21, A11   |x| <= 1000000    single precision; worst error 1.9321 ulp, at 0x496A1A41 (sine)
 //   beyond                       the handlers of large arguments
+#include "kernels/trig/sincos_32f_step.h"
 #include "kernels/trig/trig_32f.h"
 
-constexpr uint32_t kBound = 0x49742400;         // 1000000
-constexpr uint32_t kTwoPartBound = 0x49000000;  // 2^19
-
 // -0 goes to the handler: the sum of the sine would lose its sign.
-static inline bool in_range(uint32_t x) { return within(x, kBound) && x != Format<float>::kSign; }
-
-// s is r, or 0 where r alone counts. V is double, or four packed singles with coefficients rounded
-// to C = float.
-template <class C, class V>
-static inline void polynomials(V r, V s, V& sine, V& cosine) {
-  const V r2 = s * s;
-  sine = r + (s * r2) * (C(kShortSine[0]) + r2 * (C(kShortSine[1]) + r2 * C(kShortSine[2])));
-  cosine = (C(1) - C(0.5) * r2) +
-           (r2 * r2) * (C(kShortCosine[0]) + r2 * (C(kShortCosine[1]) + r2 * C(kShortCosine[2])));
+static inline bool in_range(uint32_t x) {
+  return within(x, kSinCosBound) && x != Format<float>::kSign;
 }
 
-// Beyond 2^19 n high no longer fits 53 bits: with high in two pieces every product and difference
-// but the last is exact again. Below, the result is the same as in two parts.
 static inline double reduced_in_three(float x, int32_t n) {
-  constexpr double kTop = 0x1.921fb5p+0, kRest = kHalfPi.high - kTop;
   const double multiple = n;
   return ((x - multiple * kTop) - multiple * kRest) - multiple * kHalfPi.low;
 }
@@ -55,30 +42,29 @@ static void sine_and_cosine_x87(const float* src, float* dst1, float* dst2, int3
 }
 
 static Status sincos_a24(const float* src, float* dst1, float* dst2, int32_t len) {
-  return run_a24(
+  return run_a24<&WideLibrary::SinCos_32f_A24>(
       {src, src, dst1, dst2}, len, [](uint32_t x) { return in_range(x); },
       [=](int32_t first, int32_t count) {
         sine_and_cosine_x87(src + first, dst1 + first, dst2 + first, count);
       },
-      [=](int32_t i, int32_t last) { return noxs_large_sincos(src, dst1, dst2, i, last, kBound); },
+      [=](int32_t i, int32_t last) {
+        return noxs_large_sincos(src, dst1, dst2, i, last, kSinCosBound);
+      },
       [=](int32_t i, Status* status) { noxsSinCos_SC_HA(i, src, dst1, dst2, status); });
 }
 
 static Status sincos_a21(const float* src, float* dst1, float* dst2, int32_t len) {
-  return run_a21(
-      {src, src, dst1, dst2}, len, kHalfPi, kSmall, kBound, [](uint32_t x) { return in_range(x); },
-      [](__m128 x) { return to_grid<1>(x * float(kHalfPi.inverse)); },
+  return run_a21<&WideLibrary::SinCos_32f_A21>(
+      {src, src, dst1, dst2}, len, kHalfPi, kSmall, kSinCosBound,
+      [](uint32_t x) { return in_range(x); }, [](__m128 x) { return locate_quadrant(x); },
       [](__m128 shifted, __m128 r, __m128 s, float* y1, float* y2) {
-        __m128 sine, cosine;
-        polynomials<float>(r, s, sine, cosine);
-        const __m128 odd = bit_mask(shifted, 1), second = bit_mask(shifted, 2);
-        const __m128 change = _mm_and_ps(odd, _mm_xor_ps(sine, cosine));
-        sine = _mm_xor_ps(sine, change);
-        cosine = _mm_xor_ps(cosine, change);
-        store_lanes(y1, _mm_xor_ps(sine, sign_where(second)));
-        store_lanes(y2, _mm_xor_ps(cosine, sign_where(_mm_xor_ps(second, odd))));
+        const auto [sine, cosine] = sine_and_cosine_of(shifted, r, s);
+        store_lanes(y1, sine);
+        store_lanes(y2, cosine);
       },
-      [=](int32_t i, int32_t last) { return noxs_large_sincos(src, dst1, dst2, i, last, kBound); },
+      [=](int32_t i, int32_t last) {
+        return noxs_large_sincos(src, dst1, dst2, i, last, kSinCosBound);
+      },
       [=](int32_t i, Status* status) { noxsSinCos_SC_LA(i, src, dst1, dst2, status); });
 }
 

@@ -6,7 +6,7 @@
 
 #include "kernels/trig/generated/trig_32f_table.h"  // kSine
 
-// r2 = r^2. V is double, or four packed singles with coefficients rounded to C = float.
+// r2 = r^2. V is double or several, or packed singles with coefficients rounded to C = float.
 template <class C, class V>
 static inline V sine_polynomial(V r, V r2) {
   return r * (C(kSine[0]) +

@@ -9,10 +9,8 @@
 //   A24        |x| <= 128000    53-bit precision; worst error 0.9356 ulp, at 0x4078225B
 //   A21, A11   |x| <= 500000    single precision; worst error 3.8720 ulp, at 0x4017F616
 //   beyond                      the handlers of large arguments
+#include "kernels/trig/tan_32f_step.h"
 #include "kernels/trig/trig_32f.h"
-
-constexpr uint32_t kBoundA24 = 0x47FA0000;  // 128000
-constexpr uint32_t kBoundA21 = 0x48F42400;  // 500000
 
 // Zeros go to the handler: the sum of the numerator would lose the sign of -0.
 static inline bool in_range(uint32_t x, uint32_t bound) { return 2 * x - 2 <= 2 * bound - 2; }
@@ -33,27 +31,22 @@ static void tangent_x87(const float* src, float* dst, int32_t count) {
 }
 
 static Status tan_a24(const float* src, float* dst, int32_t len) {
-  return run_a24(
-      {src, src, dst, dst}, len, [](uint32_t x) { return in_range(x, kBoundA24); },
+  return run_a24<&WideLibrary::Tan_32f_A24>(
+      {src, src, dst, dst}, len, [](uint32_t x) { return in_range(x, kTangentA24); },
       [=](int32_t first, int32_t count) { tangent_x87(src + first, dst + first, count); },
-      [=](int32_t i, int32_t last) { return noxs_large_tangents(src, dst, i, last, kBoundA24); },
+      [=](int32_t i, int32_t last) { return noxs_large_tangents(src, dst, i, last, kTangentA24); },
       [=](int32_t i, Status* status) { noxsTan_SC_HA(i, src, dst, status); });
 }
 
 static Status tan_a21(const float* src, float* dst, int32_t len) {
-  return run_a21(
-      {src, src, dst, dst}, len, kHalfPi, kSmall, kBoundA21,
-      [](uint32_t x) { return in_range(x, kBoundA21); },
-      [](__m128 x) { return to_grid<1>(x * float(kHalfPi.inverse)); },
+  return run_a21<&WideLibrary::Tan_32f_A21>(
+      {src, src, dst, dst}, len, kHalfPi, kSmall, kTangentA21,
+      [](uint32_t x) { return in_range(x, kTangentA21); },
+      [](__m128 x) { return locate_quadrant(x); },
       [](__m128 shifted, __m128 r, __m128 s, float* y, float*) {
-        const __m128 r2 = s * s, odd = bit_mask(shifted, 1);
-        const __m128 numerator = r + float(kT[0]) * s * r2;
-        const __m128 denominator = 1.0f + float(kU[0]) * r2 + float(kU[1]) * r2 * r2;
-        const __m128 change = _mm_and_ps(odd, _mm_xor_ps(numerator, denominator));
-        const __m128 quotient = _mm_xor_ps(numerator, change) / _mm_xor_ps(denominator, change);
-        store_lanes(y, _mm_xor_ps(quotient, sign_where(odd)));
+        store_lanes(y, tangent_of(shifted, r, s));
       },
-      [=](int32_t i, int32_t last) { return noxs_large_tangents(src, dst, i, last, kBoundA21); },
+      [=](int32_t i, int32_t last) { return noxs_large_tangents(src, dst, i, last, kTangentA21); },
       [=](int32_t i, Status* status) { noxsTan_SC_LA(i, src, dst, status); });
 }
 

@@ -12,13 +12,8 @@
 #define LUX_KERNELS_TRIG_TRIG_32F_H
 
 #include "kernels/frame.h"
-#include "kernels/grid.h"
-#include "kernels/lanes.h"
-#include "kernels/trig/generated/trig_32f_table.h"  // kPi, kHalfPi, kPiOver2
 #include "kernels/trig/large_argument.h"
-
-// Magnitude at or below a bound, by patterns: doubling drops the sign.
-static inline bool within(uint32_t x, uint32_t bound) { return 2 * x <= 2 * bound; }
+#include "kernels/trig/trig_32f_step.h"
 
 // Blocks of NaNs, which come out quiet, or of zeros, where a function leaves them out: the sine and
 // the tangent are the zero itself, the cosine is 1.
@@ -61,7 +56,8 @@ static inline bool block_in_range(const float* x, const InRange& in_range) {
 // handler(i, status)   any element
 //
 // Any other block with an element out of range goes to the handler as a whole.
-template <class Control, class InRange, class Blocks, class Single, class Large, class Handler>
+template <class Control, Unit kUnit, auto kStep, class InRange, class Blocks, class Single,
+          class Large, class Handler>
 static inline Status run_trig(const Arrays<float>& a, int32_t len, const InRange& in_range,
                               const Blocks& blocks, const Single& single, const Large& large,
                               const Handler& handler) {
@@ -70,13 +66,15 @@ static inline Status run_trig(const Arrays<float>& a, int32_t len, const InRange
   int32_t done = 0;  // elements before it, behind the last whole block, are computed
   return run_kernel<Control, 4>(
       a, len,
-      [&](int32_t first, int32_t end) {
-        return alternating(first, end, blocks, [&](int32_t i, int32_t last) {
-          const int32_t next = blocks_alike(a, i, last);
-          return next > i || upper_magnitude(src + i) >= Format<float>::kInf ? next
-                                                                             : large(i, last);
-        });
-      },
+      with_wide_step<kUnit, kStep>(
+          a, len,
+          [&](int32_t first, int32_t end) {
+            return alternating(first, end, blocks, [&](int32_t i, int32_t last) {
+              const int32_t next = blocks_alike(a, i, last);
+              return next > i || upper_magnitude(src + i) >= Format<float>::kInf ? next
+                                                                                 : large(i, last);
+            });
+          }),
       [&](int32_t i, Status* status) {
         if (i < done) return;
         if (i >= whole && in_range(load_bits(src + i)))
@@ -115,11 +113,11 @@ static inline void store_signed(float* to, double value, uint32_t sign) {
 }
 
 // compute(first, count): up to kChunk elements in range.
-template <class InRange, class Compute, class Large, class Handler>
+template <auto kStep, class InRange, class Compute, class Large, class Handler>
 static inline Status run_a24(const Arrays<float>& a, int32_t len, const InRange& in_range,
                              const Compute& compute, const Large& large, const Handler& handler) {
   const float* const src = a.src1;
-  return run_trig<X87Nearest<X87_DOUBLE>>(
+  return run_trig<X87Nearest<X87_DOUBLE>, Unit::kX87, kStep>(
       a, len, in_range,
       [&](int32_t first, int32_t last) {
         while (first < last) {
@@ -143,34 +141,8 @@ static inline Status run_a24(const Arrays<float>& a, int32_t len, const InRange&
 
 // ---- A21 and A11
 
-// Below this magnitude, products of an argument or of its powers may underflow where the result
-// does not. Blocks with such an element take two more steps; others never have so small an r.
-constexpr uint32_t kSmall = 0x35800000;  // 2^-20
-
 static inline bool ordinary(uint32_t x, uint32_t smallest, uint32_t bound) {
   return 2 * x - 2 * smallest <= 2 * (bound - smallest);
-}
-
-// Takes the place of x in its product with 1/period: numbers from 1/2 on do not feel the addition,
-// and below n is 0 either way.
-static inline __m128 nudged(__m128 x) { return x + 0x1p-26f; }
-
-// Takes the place of r in the terms of higher order, which are lost in the sum below 2^-20. A zero
-// keeps its sign: a caller's denormals-are-zero makes one of r too.
-static inline __m128 unless_tiny(__m128 r) {
-  const __m128 counts = _mm_cmple_ps(all_lanes(0x1p-20f), magnitude_of(r));
-  return _mm_and_ps(r, _mm_or_ps(counts, all_lanes(Format<float>::kSign)));
-}
-
-// All ones in the lanes where that bit of n is set. The exponent of the sum stays in place, so that
-// normal numbers are compared; its pattern is no NaN, which would not survive an unoptimised build.
-static inline __m128 bit_mask(__m128 shifted, uint32_t bit) {
-  const __m128 mask = all_lanes(0x4B000000 | bit);
-  return _mm_cmpeq_ps(_mm_and_ps(shifted, mask), mask);
-}
-
-static inline __m128 sign_where(__m128 mask) {
-  return _mm_and_ps(mask, all_lanes(Format<float>::kSign));
 }
 
 #define REDUCE_LANE(lane) \
@@ -193,15 +165,17 @@ static inline void reduce_block(const float* x, __m128 multiple, Lanes* r, long 
 // smallest                        from here on an element up to the bound is ordinary
 // locate(x)                       n, on the grid of integers, and the multiple of the period
 // finish(shifted, r, s, y1, y2)   stores the results; s stands for r in terms of higher order
-template <class InRange, class Locate, class Finish, class Large, class Handler>
+template <auto kStep, class InRange, class Locate, class Finish, class Large, class Handler>
 static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& period,
                              uint32_t smallest, uint32_t bound, const InRange& in_range,
                              const Locate& locate, const Finish& finish, const Large& large,
                              const Handler& handler) {
   constexpr uint32_t kDelay = 8;
-  return run_trig<BothNearest<X87_EXTENDED>>(
+  return run_trig<BothNearest<X87_EXTENDED>, Unit::kBoth, kStep>(
       a, len, in_range,
       [&](int32_t first, int32_t last) {
+        const float* const src = a.src1;
+        float *const dst1 = a.dst1, *const dst2 = a.dst2;
         Lanes shifted[kDelay], r[kDelay];
         bool small[kDelay];
         const long double high = load_extended(&period.high), low = load_extended(&period.low);
@@ -211,21 +185,21 @@ static inline Status run_a21(const Arrays<float>& a, int32_t len, const Period& 
           const __m128 reduced = _mm_load_ps(r[slot].lane);
           __m128 s = reduced;
           if (__builtin_expect(small[slot], 0)) s = unless_tiny(s);
-          finish(_mm_load_ps(shifted[slot].lane), reduced, s, a.dst1 + done, a.dst2 + done);
+          finish(_mm_load_ps(shifted[slot].lane), reduced, s, dst1 + done, dst2 + done);
           done += 4;
         };
         const auto is_ordinary = [&](uint32_t x) { return ordinary(x, smallest, bound); };
         for (; i < last; i += 4) {
-          const bool with_small = !block_in_range(a.src1 + i, is_ordinary);
-          if (__builtin_expect(with_small, 0) && !block_in_range(a.src1 + i, in_range)) break;
+          const bool with_small = !block_in_range(src + i, is_ordinary);
+          if (__builtin_expect(with_small, 0) && !block_in_range(src + i, in_range)) break;
           if (i - done == 4 * kDelay) finish_one();
           const uint32_t slot = uint32_t(i) / 4 % kDelay;
-          __m128 x = load_lanes(a.src1 + i);
+          __m128 x = load_lanes(src + i);
           if (__builtin_expect(with_small, 0)) x = nudged(x);
           small[slot] = with_small;
           const OnGrid at = locate(x);
           _mm_store_ps(shifted[slot].lane, at.shifted);
-          reduce_block(a.src1 + i, at.multiple, &r[slot], high, low);
+          reduce_block(src + i, at.multiple, &r[slot], high, low);
         }
         while (done < i) finish_one();
         return i;

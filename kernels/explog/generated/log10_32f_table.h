@@ -4,7 +4,7 @@
 #ifndef LUX_KERNELS_EXPLOG_GENERATED_LOG10_32F_TABLE_H
 #define LUX_KERNELS_EXPLOG_GENERATED_LOG10_32F_TABLE_H
 
-#include "kernels/explog/log_32f.h"
+#include "kernels/explog/log_32f_table.h"
 
 inline namespace table_log10_32f {
 
