@@ -114,8 +114,7 @@ static inline Doubles split_polynomial(Doubles x) {
     a = fused(a, square, all_doubles(kC[k]));
     b = fused(b, square, all_doubles(kC[k + 1]));
   }
-  if constexpr (kCount % 2)
-    return fused(fused(a, square, all_doubles(kC[kCount - 1])), all_doubles(1), b * x);
+  if constexpr (kCount % 2) return fused(b, x, fused(a, square, all_doubles(kC[kCount - 1])));
   return fused(a, x, b);
 }
 

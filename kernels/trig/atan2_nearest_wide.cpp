@@ -14,8 +14,7 @@ constexpr uint32_t kSmallest = 0x20000000, kLargest = 0x5F000000;  // 2^-63, 2^6
 static inline Doubles angle(Singles y, Singles x) {
   const Singles sign = all_lanes(Format<float>::kSign), a = magnitude_of(y), b = magnitude_of(x);
   const Singles steep = is_less(b, a), turned = both(differing(x, both(steep, sign)), sign);
-  const Doubles u =
-      as_doubles(differing(smaller(a, b), turned)) / as_doubles(larger(a, b));
+  const Doubles u = as_doubles(differing(smaller(a, b), turned)) / as_doubles(larger(a, b));
   // The constant's quarters of a turn.
   const Singles left = both(is_less(x, all_lanes(0.0f)), all_lanes(2.0f));
   const Doubles quarters = as_doubles(select(steep, all_lanes(1.0f), left));
