@@ -122,8 +122,9 @@ static inline const char* luxvm_status_text(LuxStatus status) {
 
 /** dst[i] = 1 / src[i].
  *
- *  Accuracy: 32f at most 1 ulp (largest found 0.5000); 64f at most 1 ulp (largest found 0.5005).
- *  32f is correctly rounded, and all grades are one computation.
+ *  Accuracy: 32f correctly rounded, 0.5 ulp (largest found 0.5000); 64f at most 1 ulp (largest
+ *  found 0.5005).
+ *  All grades of 32f are one computation.
  *  A zero gives the infinity of its sign, code LUX_POLE; infinities give signed zeros; a NaN comes
  *  out quiet. Overflow of 1/x for a tiny subnormal gives infinity without a code.
  *  64f shares one division among four elements when their product fits the single range, so the
@@ -203,8 +204,8 @@ LUX_API LuxStatus luxsCbrt_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = 1 over the cube root of src[i], with the sign of src[i].
  *
- *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5053), A21 relative 2^-21 (largest found
- *  2^-23.16), A11 relative 2^-11 (largest found 2^-14.93); 64f at most 1 ulp (largest found
+ *  Accuracy: 32f A24 correctly rounded, 0.5 ulp (largest found 0.5000), A21 relative 2^-21 (largest
+ *  found 2^-23.16), A11 relative 2^-11 (largest found 2^-14.93); 64f at most 1 ulp (largest found
  *  0.5025). Both grades of 64f are one computation.
  *  Special values:
  *    +0 and -0 give +infinity and -infinity with LUX_POLE;
@@ -371,8 +372,8 @@ LUX_API LuxStatus luxsTan_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the angle in [0, pi] whose cosine is src[i].
  *
- *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5011), A21 relative 2^-21 (largest found
- *  2^-22.73), A11 relative 2^-11 (largest found 2^-14.69); 64f at most 1 ulp (largest found
+ *  Accuracy: 32f A24 correctly rounded, 0.5 ulp (largest found 0.5000), A21 relative 2^-21 (largest
+ *  found 2^-22.73), A11 relative 2^-11 (largest found 2^-14.69); 64f at most 1 ulp (largest found
  *  0.5006). A50 is the same computation as A53.
  *  acos(1) is +0. A magnitude above 1, infinities included, gives the default NaN with LUX_DOMAIN;
  *  a NaN comes out quiet.
@@ -385,8 +386,8 @@ LUX_API LuxStatus luxsAcos_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the angle in [-pi/2, pi/2] whose sine is src[i].
  *
- *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5014), A21 relative 2^-21 (largest found
- *  2^-21.80), A11 relative 2^-11 (largest found 2^-13.69); 64f at most 1 ulp (largest found
+ *  Accuracy: 32f A24 correctly rounded, 0.5 ulp (largest found 0.5000), A21 relative 2^-21 (largest
+ *  found 2^-21.80), A11 relative 2^-11 (largest found 2^-13.69); 64f at most 1 ulp (largest found
  *  0.5008).
  *  Zeros keep their sign, and subnormals pass as they are. Everything else as for Acos. */
 LUX_API LuxStatus luxsAsin_32f_A11(const float* src, float* dst, int32_t len);
@@ -397,8 +398,8 @@ LUX_API LuxStatus luxsAsin_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the angle in [-pi/2, pi/2] whose tangent is src[i].
  *
- *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5007), A21 relative 2^-21 (largest found
- *  2^-22.54), A11 relative 2^-11 (largest found 2^-14.79); 64f at most 1 ulp (largest found
+ *  Accuracy: 32f A24 correctly rounded, 0.5 ulp (largest found 0.5000), A21 relative 2^-21 (largest
+ *  found 2^-22.54), A11 relative 2^-11 (largest found 2^-14.79); 64f at most 1 ulp (largest found
  *  0.5003). A50 is the same computation as A53.
  *  Zeros keep their sign, subnormals pass as they are, infinities give pi/2 with their sign, a NaN
  *  comes out quiet. Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
@@ -431,9 +432,9 @@ LUX_API LuxStatus luxsAtan2_64f_A53(const double* src1, const double* src2, doub
 
 /** dst[i] = hyperbolic cosine of src[i].
  *
- *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5071), A21 relative 2^-21 (largest found
- *  2^-23.01), A11 relative 2^-11 (largest found 2^-12.98); 64f A53 at most 1 ulp (largest found
- *  0.5037), A50 at most 4 ulp (largest found 0.9162).
+ *  Accuracy: 32f A24 correctly rounded, 0.5 ulp (largest found 0.5000), A21 relative 2^-21 (largest
+ *  found 2^-23.01), A11 relative 2^-11 (largest found 2^-12.98); 64f A53 at most 1 ulp (largest
+ *  found 0.5037), A50 at most 4 ulp (largest found 0.9162).
  *  Zeros and subnormals give 1, infinities +infinity without a code; a NaN comes out quiet.
  *  From 89.41599 (0x42B2D4FD) on in magnitude, in 64f from 710.47586 (0x408633CE8FB9F87E) on, a
  *  finite argument gives +infinity with LUX_OVERFLOW.
@@ -446,10 +447,10 @@ LUX_API LuxStatus luxsCosh_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = hyperbolic sine of src[i].
  *
- *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5072), A21 relative 2^-21 (largest found
- *  2^-22.18), A11 relative 2^-11 (largest found 2^-12.26); 64f A53 at most 1 ulp (largest found
- *  0.5005), A50 at most 4 ulp (largest found 1.8196). Zeros, subnormals and infinities come out as
- *  they are, a NaN quiet.
+ *  Accuracy: 32f A24 correctly rounded, 0.5 ulp (largest found 0.5000), A21 relative 2^-21 (largest
+ *  found 2^-22.18), A11 relative 2^-11 (largest found 2^-12.26); 64f A53 at most 1 ulp (largest
+ *  found 0.5005), A50 at most 4 ulp (largest found 1.8196). Zeros, subnormals and infinities come
+ *  out as they are, a NaN quiet.
  *  Where Cosh overflows it is an infinity with the sign of src[i] and LUX_OVERFLOW.
  *  Returns LUX_OK, LUX_BAD_LENGTH, LUX_NULL_POINTER or LUX_OVERFLOW. */
 LUX_API LuxStatus luxsSinh_32f_A11(const float* src, float* dst, int32_t len);
@@ -475,8 +476,8 @@ LUX_API LuxStatus luxsTanh_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the number from 0 on whose hyperbolic cosine is src[i].
  *
- *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5001), A21 relative 2^-21 (largest found
- *  2^-21.97), A11 relative 2^-11 (largest found 2^-13.46); 64f at most 1 ulp (largest found
+ *  Accuracy: 32f A24 correctly rounded, 0.5 ulp (largest found 0.5000), A21 relative 2^-21 (largest
+ *  found 2^-21.97), A11 relative 2^-11 (largest found 2^-13.46); 64f at most 1 ulp (largest found
  *  0.5007). A50 is the same computation as A53.
  *  1 gives +0, +infinity itself, a NaN comes out quiet.
  *  Below 1, zeros and -infinity among them: the default NaN, reported with LUX_DOMAIN.
@@ -489,8 +490,8 @@ LUX_API LuxStatus luxsAcosh_64f_A53(const double* src, double* dst, int32_t len)
 
 /** dst[i] = the number whose hyperbolic sine is src[i].
  *
- *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5009), A21 relative 2^-21 (largest found
- *  2^-22.04), A11 relative 2^-11 (largest found 2^-13.46); 64f at most 1 ulp (largest found
+ *  Accuracy: 32f A24 correctly rounded, 0.5 ulp (largest found 0.5000), A21 relative 2^-21 (largest
+ *  found 2^-22.04), A11 relative 2^-11 (largest found 2^-13.46); 64f at most 1 ulp (largest found
  *  0.5007). Zeros keep their sign, subnormals pass as they are, infinities give themselves, a NaN
  *  comes out quiet.
  *  Nothing is reported. Returns LUX_OK, LUX_BAD_LENGTH or LUX_NULL_POINTER. */
@@ -502,8 +503,8 @@ LUX_API LuxStatus luxsAsinh_64f_A53(const double* src, double* dst, int32_t len)
 
 /** dst[i] = the number whose hyperbolic tangent is src[i].
  *
- *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5008), A21 relative 2^-21 (largest found
- *  2^-22.12), A11 relative 2^-11 (largest found 2^-13.46); 64f at most 1 ulp (largest found
+ *  Accuracy: 32f A24 correctly rounded, 0.5 ulp (largest found 0.5000), A21 relative 2^-21 (largest
+ *  found 2^-22.12), A11 relative 2^-11 (largest found 2^-13.46); 64f at most 1 ulp (largest found
  *  0.5006). Zeros keep their sign, subnormals pass as they are, a NaN comes out quiet. 1 and -1
  *  give infinity with their sign, reported with LUX_POLE; beyond, infinities among them, the
  *  default NaN, reported with LUX_DOMAIN.
@@ -518,8 +519,8 @@ LUX_API LuxStatus luxsAtanh_64f_A53(const double* src, double* dst, int32_t len)
 
 /** dst[i] = error function of src[i].
  *
- *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5008), A21 relative 2^-21 (largest found
- *  2^-22.47), A11 relative 2^-11 (largest found 2^-13.58); 64f at most 1 ulp (largest found
+ *  Accuracy: 32f A24 correctly rounded, 0.5 ulp (largest found 0.5000), A21 relative 2^-21 (largest
+ *  found 2^-22.47), A11 relative 2^-11 (largest found 2^-13.58); 64f at most 1 ulp (largest found
  *  0.5047). A50 is the same computation as A53.
  *  Zeros keep their sign, subnormals give 2/sqrt(pi) times them, infinities give 1 with their
  *  sign; a NaN comes out quiet. Nothing is reported.
@@ -532,10 +533,10 @@ LUX_API LuxStatus luxsErf_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = 1 less the error function of src[i], without cancellation.
  *
- *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5017), A21 relative 2^-21 (largest found
- *  2^-21.77), A11 relative 2^-11 (largest found 2^-11.99); 64f A53 at most 1 ulp (largest found
- *  0.5081), A50 at most 4 ulp (largest found 1.8584). A subnormal result is off by at most one unit
- *  of the smallest subnormal, under A24 and A53 by half of one.
+ *  Accuracy: 32f A24 correctly rounded, 0.5 ulp (largest found 0.5000), A21 relative 2^-21 (largest
+ *  found 2^-21.77), A11 relative 2^-11 (largest found 2^-11.99); 64f A53 at most 1 ulp (largest
+ *  found 0.5081), A50 at most 4 ulp (largest found 1.8584). A subnormal result is off by at most
+ *  one unit of the smallest subnormal, under A24 and A53 by half of one.
  *  Special values and codes:
  *    -infinity gives 2, +infinity +0
  *    finite, from 10.0541954 (32f) or 27.226017111108366 (64f) on: +0, LUX_UNDERFLOW
@@ -552,8 +553,8 @@ LUX_API LuxStatus luxsErfc_64f_A53(const double* src, double* dst, int32_t len);
 
 /** dst[i] = the number whose error function is src[i].
  *
- *  Accuracy: 32f A24 at most 1 ulp (largest found 0.5001), A21 relative 2^-21 (largest found
- *  2^-21.42), A11 relative 2^-11 (largest found 2^-12.60); 64f at most 1 ulp (largest found
+ *  Accuracy: 32f A24 correctly rounded, 0.5 ulp (largest found 0.5000), A21 relative 2^-21 (largest
+ *  found 2^-21.42), A11 relative 2^-11 (largest found 2^-12.60); 64f at most 1 ulp (largest found
  *  0.5012). A50 is the same computation as A53.
  *  1 and -1 give an infinity of their sign with LUX_POLE. A magnitude above 1, infinities included,
  *  gives the default NaN with LUX_DOMAIN. Zeros keep their sign, and a NaN comes out quiet.

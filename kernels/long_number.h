@@ -7,7 +7,7 @@
 #define LUX_KERNELS_LONG_NUMBER_H
 
 #include "core/bits.h"
-#include "kernels/generated/long_number_table.h"  // LongNumber, kLongLn2, kLongHalfPi
+#include "core/generated/long_number_table.h"  // LongNumber, kLongLn2, kLongHalfPi
 
 constexpr int kWords = 8;
 

@@ -10,7 +10,7 @@ def words(value):
     return header.braced(f"0x{whole >> 32 * i & 0xFFFFFFFF:08x}" for i in range(7, -1, -1))
 
 
-header.main("kernels/generated/long_number_table.h", [
+header.main("core/generated/long_number_table.h", [
     "struct LongNumber {",
     "  uint32_t word[8];  // the first before the point",
     "};",

@@ -6,7 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <string>
+#include <vector>
 
 #include "accuracy/exhaustive.h"
 #include "accuracy/promises.h"
@@ -513,4 +515,36 @@ TEST(Exhaustive, GoesOnWhereItStopped) {
   bench::exhaust({&f}, halves, 1, nullptr, nullptr, kGoOn);
   EXPECT_EQ(bench::report_of(f, halves.statistics[0], true).dump(),
             bench::report_of(f, whole.statistics[0], true).dump());
+}
+
+// All powers of singles that are numbers of at most 25 bits, and with them all that are the middle of
+// two singles: N^n 2^c for N^(2^k) 2^a to the power n / 2^k.
+TEST(Pow, RoundsEveryShortPowerToNearestEven) {
+  std::vector<float> base, exponent, expected;
+  const auto add = [&](long double x, float y, long double power) {
+    const auto rounded = float(x);
+    if (rounded == 0 || std::isinf(rounded) || (long double)rounded != x) return;
+    base.push_back(rounded);
+    exponent.push_back(y);
+    expected.push_back(float(power));
+  };
+  for (int k = 0; k < 4; ++k)
+    for (uint64_t root = 3; std::pow(double(root), 1 << k) < 0x1p24; root += 2) {
+      const long double significand = std::pow(double(root), 1 << k);
+      uint64_t power = root;
+      for (int n = 1; power < 1 << 25; power *= root, ++n)
+        if (k == 0 ? n > 1 : n % 2 != 0)
+          for (int a = -(152 >> k); a < 128 >> k; ++a)
+            add(std::ldexp(significand, a << k), std::ldexp(float(n), -k),
+                std::ldexp((long double)power, std::clamp(a * n, -300, 300)));
+    }
+  for (int a = -149; a < 128; ++a)
+    for (int c = -160; c <= 130; ++c)
+      if (const float y = float(double(c) / (a ? a : 1)); a && double(y) * a == c)
+        add(std::ldexp(1.0L, a), y, std::ldexp(1.0L, c));
+  ASSERT_GT(base.size(), 700'000u);
+  std::vector<float> power(base.size());
+  luxsPow_32f_A24(base.data(), exponent.data(), power.data(), int32_t(base.size()));
+  for (size_t i = 0; i < base.size(); ++i)
+    ASSERT_EQ(power[i], expected[i]) << base[i] << " to the power " << exponent[i];
 }

@@ -14,7 +14,7 @@
 // The double cubics are off by at most 2^-38.3 of the result, the 53-bit steps by 2^-50. Next to 0
 // their constant counts alone, a rounded 2/sqrt(pi), so that subnormal results are nearest, too.
 //
-// Worst errors (every positive input to 4.5): A24 0.5008 ulp, at 0x3DDFCC2C; A21
+// Worst errors (every positive input to 4.5): A24 0.5000 ulp, at 0x3940EAD6; A21
 // 2^-22.47 of the result, at 0x3EF776D2; A11 2^-13.58, at 0x3C7FFFE1.
 #include "kernels/erf/erf_32f_step.h"
 #include "kernels/nearest_32f.h"

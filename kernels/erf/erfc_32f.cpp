@@ -15,7 +15,7 @@
 // The polynomials of A24 are off by at most 2^-34.83 of the result where it is normal, by 2^-33.97
 // below, the 53-bit steps by 2^-49.
 //
-// Worst errors (every input from -4.5 on): A24 0.5017 ulp, at 0x40FA7E81; A21
+// Worst errors (every input from -4.5 on): A24 0.5000 ulp, at 0xB76C9F62; A21
 // 2^-21.77 of the result, at 0x40E282BB; A11 2^-11.99, at 0x3C7FFF7C.
 #include "kernels/erf/erfc_32f_step.h"
 #include "kernels/nearest_32f.h"

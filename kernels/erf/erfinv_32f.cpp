@@ -14,7 +14,7 @@
 // 2^-12.6. Packed, the coefficients of four cells loaded and transposed. Below 2^-125 sqrt(pi)/2 x
 // by integers.
 //
-// Worst errors (every positive input): A24 0.50003 ulp, at 0x3EEC143B; A21
+// Worst errors (every positive input): A24 0.50000 ulp, at 0x3BBA61FD; A21
 // 2^-21.42 of the result, at 0xBF02382D; A11 2^-12.60, at 0x3C800014.
 #include "kernels/frame.h"
 #include "kernels/erf/erfinv_32f_step.h"

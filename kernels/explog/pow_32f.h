@@ -436,7 +436,16 @@ static inline bool packed_or_none(const float* x, Exponent y, float* dst, int32_
 template <class Grade, class Exponent>
 static inline int32_t packed_blocks(const float* x, Exponent y, float* dst, int32_t i,
                                     int32_t last) {
-  while (i < last && packed_or_none<Grade, false>(x, y, dst, i)) i += kBlock;
+  // Beside the packed steps integer instructions cost nothing, as long as there are few of them.
+  constexpr bool kByIntegers = __is_same(Exponent, OneExponent<float>);
+  for (; i < last; i += kBlock) {
+    if (kByIntegers &&
+        !sign_bit(any_outside<kBlock, too_large>(y, i) | any_not_positive<kBlock>(x + i))) {
+      if (!packed_block<Grade, false>(load_lanes(x + i), load_lanes(x + i + 4), y, dst, i)) break;
+    } else if (!packed_or_none<Grade, kByIntegers>(x, y, dst, i)) {
+      break;
+    }
+  }
   _mm_empty();
   return i;
 }

@@ -14,7 +14,7 @@
 //   normal x      blocks of four
 //   subnormal x   x = +-n 2^-149 with an integer n: the same for 2 n, times 2^50
 //
-// Worst error, every positive input: A24 0.5053 ulp, at 0x3F8061DB; A21 2^-23.16 of the result, at
+// Worst error, every positive input: A24 0.5000 ulp, at 0x01358575; A21 2^-23.16 of the result, at
 // 0x007CE41F; A11 2^-14.93, at 0x007D613C.
 #include "kernels/nearest_32f.h"
 #include "kernels/roots/cbrt_32f.h"

@@ -67,7 +67,7 @@ __attribute__((noinline, cold)) static float special_angle(const float* y_at, co
     u = 1;
   else if (d != Format<float>::kInf && n != 0)
     u = double(smaller) / larger;
-  store_bits(&cell, Grid<kCells>::kBits + uint32_t(int32_t(u * kCells + 0.5)));
+  put(&cell, u + Grid<kCells>::kShifter);
   store_bits(&word, (y & Format<float>::kSign) | uint32_t(swapped) << 30 | (x >> 31) << 29);
   double angle;
   float nearest;
