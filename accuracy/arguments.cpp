@@ -241,10 +241,13 @@ class Generator {
         points.push_back(number(-step.a));
       } else if (step.kind == Step::kGrid) {
         const double cells = step.c - step.b;
-        for (int i = 0; i < std::min(cells, double(kMostCells)); ++i)
-          points.push_back(number(
-              (step.b + 0.5 + (cells > kMostCells ? std::floor(cells * unit()) : double(i))) *
-              step.a));
+        const bool all = cells <= kMostCells;
+        for (int i = 0; i < std::min(cells, double(kMostCells)); ++i) {
+          const double bound = step.b + 0.5 + (all ? double(i) : std::floor(cells * unit()));
+          points.push_back(number(bound * step.a));
+          // Within the cell too: ties, and all that is next to them, may go to every other cell.
+          if (all) add(with(number((bound + unit()) * step.a)));
+        }
       } else if (step.kind == Step::kToOne) {
         const double cells = std::exp2(step.a);
         for (int exponent = 1; exponent <= format_.mantissa + 1; ++exponent)

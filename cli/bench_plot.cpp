@@ -187,7 +187,8 @@ constexpr Series kSeries[] = {{"A24, A53 or exact", colour::kGrades[0], grade<0>
 static std::string bar_name(const Series& series, const Cluster& cluster) {
   for (const BenchRow* row : cluster.rows) {
     const Function& f = *row->function;
-    if (series.colour == colour_of(f)) return std::string(f.graded() ? f.grade : f.name);
+    if (series.colour == std::string_view(colour_of(f)))
+      return std::string(f.graded() ? f.grade : f.name);
   }
   return series.title;
 }

@@ -113,24 +113,35 @@ int Checkpoint::clear(std::string& folder) {
 std::atomic<bool> Interrupt::requested{false};
 std::atomic<int> Interrupt::signal_number{0};
 
+// What signals did before: they remove a file under way.
+constexpr int kSignals[] = {SIGINT, SIGTERM};
+static struct sigaction before[std::size(kSignals)];
+
 static void request(int signal_number) {
   Interrupt::signal_number = signal_number;
   Interrupt::requested = true;
-  signal(signal_number, SIG_DFL);
+  sigaction(signal_number, &before[signal_number == SIGINT ? 0 : 1], nullptr);
 }
 
 // A signal that the starting shell has set aside, for a run in the background, stays so.
-static void handle_with(sighandler_t handler) {
-  for (const int number : {SIGINT, SIGTERM}) {
-    struct sigaction current;
-    if (sigaction(number, nullptr, &current) == 0 && current.sa_handler != SIG_IGN)
-      signal(number, handler);
-  }
+Interrupt::Interrupt() {
+  sigset_t all, signals;
+  sigfillset(&all);
+  sigprocmask(SIG_SETMASK, &all, &signals);  // whoever sees a signal caught may rely on `request`
+  watch_signals();
+  for (size_t k = 0; k < std::size(kSignals); ++k)
+    if (sigaction(kSignals[k], nullptr, &before[k]) == 0 && before[k].sa_handler != SIG_IGN)
+      signal(kSignals[k], request);
+  sigprocmask(SIG_SETMASK, &signals, nullptr);
 }
 
-Interrupt::Interrupt() { handle_with(request); }
-
-Interrupt::~Interrupt() { handle_with(SIG_DFL); }
+Interrupt::~Interrupt() {
+  for (size_t k = 0; k < std::size(kSignals); ++k) {
+    struct sigaction current;
+    if (sigaction(kSignals[k], nullptr, &current) == 0 && current.sa_handler == request)
+      sigaction(kSignals[k], &before[k], nullptr);
+  }
+}
 
 std::string library_path() {
   Dl_info info;

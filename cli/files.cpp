@@ -398,9 +398,28 @@ Input read_input(const InputFile& file, const Function& function) {
 // The file under way, for the signal handler: an interrupted run leaves nothing behind.
 static char unfinished[PATH_MAX];
 
-// Held while a file comes into being and its name is not yet above, and from a signal on for good.
-// The thread that makes the file has its signals blocked, but any other may be the one to get them.
+// Held while the name above and the file change together, and from a signal on for good: who would
+// change them then waits for the end of the process.
 static std::atomic_flag naming;
+
+// The thread that makes the file has its signals blocked, but any other may be the one to get them.
+class Naming {
+ public:
+  Naming() {
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_SETMASK, &all, &signals_);
+    while (naming.test_and_set()) sched_yield();
+  }
+  ~Naming() {
+    naming.clear();
+    sigprocmask(SIG_SETMASK, &signals_, nullptr);
+  }
+  Naming(const Naming&) = delete;
+
+ private:
+  sigset_t signals_;
+};
 
 static void remove_unfinished(int signal) {
   while (naming.test_and_set()) sched_yield();
@@ -408,7 +427,7 @@ static void remove_unfinished(int signal) {
   raise(signal);  // with the default action, which SA_RESETHAND has put back
 }
 
-static void watch_signals() {
+void watch_signals() {
   static bool watched;
   if (std::exchange(watched, true)) return;
   struct sigaction action {};
@@ -455,6 +474,7 @@ class Target {
     if (file.get() == stdout) return;
     if (fclose(file.release()) != 0) fail(errno);
     if (!unfinished[0]) return;
+    const Naming held;
     if (rename(unfinished, place.c_str()) != 0) fail(errno);
     unfinished[0] = 0;
   }
@@ -485,15 +505,13 @@ class Target {
     char pattern[sizeof unfinished];
     strcpy(pattern, temporary.c_str());
     watch_signals();
-    sigset_t all, signals;
-    sigfillset(&all);
-    sigprocmask(SIG_SETMASK, &all, &signals);
-    while (naming.test_and_set()) sched_yield();
-    const int descriptor = mkstemp(pattern), error = errno;
-    if (descriptor >= 0) strcpy(unfinished, pattern);
-    naming.clear();
-    sigprocmask(SIG_SETMASK, &signals, nullptr);
-    if (descriptor < 0) fail(error);
+    int descriptor;
+    {
+      const Naming held;
+      descriptor = mkstemp(pattern);
+      if (descriptor < 0) fail(errno);
+      strcpy(unfinished, pattern);
+    }
     file.reset(fdopen(descriptor, "wb"));
     if (!file || fchmod(descriptor, mode) != 0) fail(errno);
   }

@@ -40,6 +40,9 @@ std::string read_file(const std::string& path);
 // A Failure if that path cannot be written; to be called before long work, not after it.
 void require_writable(const std::string& path);
 
+// From now on signals that end the process remove a file under way.
+void watch_signals();
+
 // Both complete or not at all: a regular file is written beside its place and renamed into it. The
 // standard output when the path is empty or "-".
 void write_file(const std::string& path, const std::string& text);

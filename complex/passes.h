@@ -110,7 +110,7 @@ static inline Status run_passes(const Lux32fc* src, Lux32fc* dst, int32_t len, O
 template <Complex64 (*kElement)(const Complex64&)>
 struct ElementSteps {
   static bool is_ordinary(const Complex64&) { return true; }
-  static Complex64 element(const Complex64& z) { return kElement(z); }
+  static constexpr auto element = kElement;
   static void passes(const Complex64* from, Complex64* to, int32_t count) {
     for (int32_t k = 0; k < count; ++k) to[k] = kElement(from[k]);
   }

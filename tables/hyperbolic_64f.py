@@ -20,11 +20,11 @@ def fixed(value):
     return int(mpmath.nint(mpmath.ldexp(value, FIXED)))
 
 
-def off(cosine):
-    """Distance from the nearest double, relative."""
+def distance(cosine):
+    """From the nearest double, in units of 2^-FIXED."""
     drop = cosine.bit_length() - 53
     rest = cosine & ((1 << drop) - 1)
-    return min(rest, (1 << drop) - rest) / cosine
+    return min(rest, (1 << drop) - rest)
 
 
 def point(j):
@@ -32,7 +32,7 @@ def point(j):
     centre = mpf(j) / CELLS
     step = mpmath.ldexp(1, -19 if centre + MOVE >= 16 else -20)  # so the point is a single
     twice, start = 2 * fixed(mpmath.cosh(step)), fixed(mpmath.cosh(centre))
-    best = (off(start), centre)
+    best = (distance(start) / start, centre)
     sides = [[direction, start, fixed(mpmath.cosh(centre + direction * step))]
              for direction in (1, -1)]
     for k in range(1, int(MOVE / step) + 1):
@@ -40,7 +40,9 @@ def point(j):
             if best[0] < ENOUGH:
                 return best[1]
             direction, before, here = side
-            best = min(best, (off(here), centre + direction * k * step))
+            off = distance(here) / here
+            if off < best[0]:
+                best = (off, centre + direction * k * step)
             side[1:] = here, (twice * here >> FIXED) - before
     return best[1]
 

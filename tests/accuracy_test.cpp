@@ -41,7 +41,7 @@ INSTANTIATE_TEST_SUITE_P(All, Accuracy, testing::ValuesIn(groups()), [](const au
 TEST_P(Accuracy, KeepsToGuaranteeAndGoal) {
   const auto& grades = GetParam();
   bench::Sampling sampling;
-  sampling.samples = grades[0]->type.complex() ? 3000 : 20'000;
+  sampling.samples = grades[0]->type.complex() ? 1500 : 8000;
   const auto arguments = bench::make_arguments(*grades[0], sampling);
   const auto statistics = bench::survey(grades, arguments, 2, nullptr, kGoOn);
   for (size_t g = 0; g < grades.size(); ++g) {
@@ -334,44 +334,53 @@ TEST(Gates, NoticeTheFaultAndItsGradeAlone) {
   }
 }
 
-// All singles: each fault in a grade of its own, next to a sound one, in the slices where they show.
+// All singles: each fault in a grade of its own, next to a sound one, in the slice where it shows.
 TEST(Gates, OfAllSinglesNoticeEachFault) {
+  constexpr uint32_t kOne = 0x3F812345, kNan = 0x7FC00000;
   const struct {
+    uint32_t slice_of;
     const char* what;
     Fault fault;
     bool broken, other_class;
   } rows[] = {
-      {"nothing", sound, false, false},
-      {"one result", [](Element& e) { e.result[0] += e.argument == 0x3F812345 ? 3 : 0; }, true,
+      {kOne, "nothing", sound, false, false},
+      {kOne, "one result", [](Element& e) { e.result[0] += e.argument == kOne ? 3 : 0; }, true,
        false},
-      {"sign", of_the_wrong_sign<0>, true, false},
-      {"binade", in_the_next_binade<0>, true, false},
-      {"NaN", no_number<0>, true, true},
-      {"infinity", infinite, true, false},
-      {"number for NaN", number_for_nan, true, true},
-      {"above 2^-21", off_by_bits<21, 19>, true, false},
-      {"below 2^-21", off_by_bits<21, 12>, false, false},
+      {kOne, "sign", of_the_wrong_sign<0>, true, false},
+      {kOne, "binade", in_the_next_binade<0>, true, false},
+      {kOne, "NaN", no_number<0>, true, true},
+      {kOne, "infinity", infinite, true, false},
+      {kOne, "above 2^-21", off_by_bits<21, 19>, true, false},
+      {kOne, "below 2^-21", off_by_bits<21, 12>, false, false},
+      {kNan, "nothing", sound, false, false},
+      {kNan, "number for NaN", number_for_nan, true, true},
   };
-  std::vector<Function> functions;
-  for (const auto& row : rows)
-    functions.push_back(with_fault(int(functions.size()), named("luxsExp_32f_A21"), row.fault));
-  std::vector<const Function*> all;
-  for (const Function& f : functions) all.push_back(&f);
-  bench::Exhaustion exhaustion;
-  exhaustion.done.assign(bench::Exhaustion::kSlices, true);
-  exhaustion.done[0x3F812345u >> 22] = exhaustion.done[0x7FC00000u >> 22] = false;
-  spacing = 0x345;
-  bench::exhaust(all, exhaustion, 2, nullptr, nullptr, kGoOn);
-  spacing = 1;
-  for (size_t i = 0; i < all.size(); ++i) {
-    const Statistics& s = exhaustion.statistics[i];
-    // What is off by three last places is within 2^-21 and shows in units of these.
-    const bench::Accuracy bound =
-        i == 1 ? bench::Accuracy{bench::Accuracy::kUlp, 2} : bench::guarantee(*all[i]);
-    EXPECT_EQ(!bench::within(s, bound), rows[i].broken) << rows[i].what;
-    EXPECT_EQ(s.mismatches > 0, rows[i].other_class) << rows[i].what;
+  for (auto row = std::begin(rows); row != std::end(rows);) {
+    const auto first = row;
+    std::vector<Function> functions;
+    for (; row != std::end(rows) && row->slice_of == first->slice_of; ++row)
+      functions.push_back(with_fault(int(functions.size()), named("luxsExp_32f_A21"), row->fault));
+    std::vector<const Function*> all;
+    for (const Function& f : functions) all.push_back(&f);
+    bench::Exhaustion exhaustion;
+    exhaustion.done.assign(bench::Exhaustion::kSlices, true);
+    exhaustion.done[first->slice_of >> 22] = false;
+    spacing = 0x345;
+    bench::exhaust(all, exhaustion, 2, nullptr, nullptr, kGoOn);
+    spacing = 1;
+    for (size_t i = 0; i < all.size(); ++i) {
+      const Statistics& s = exhaustion.statistics[i];
+      // What is off by three last places is within 2^-21 and shows in units of these.
+      const bool one_result = first[i].what == std::string_view("one result");
+      const bench::Accuracy bound =
+          one_result ? bench::Accuracy{bench::Accuracy::kUlp, 2} : bench::guarantee(*all[i]);
+      EXPECT_EQ(!bench::within(s, bound), first[i].broken) << first[i].what;
+      EXPECT_EQ(s.mismatches > 0, first[i].other_class) << first[i].what;
+      if (one_result) {
+        EXPECT_EQ(s.worst[0].argument[0], kOne);
+      }
+    }
   }
-  EXPECT_EQ(exhaustion.statistics[1].worst[0].argument[0], 0x3F812345u);
 }
 
 // One last place beside the correctly rounded quotients.

@@ -16,8 +16,8 @@ static bool same_number(double a, double b) { return same(bits(a), bits(b)); }
 // does not show.
 TEST(ComplexLog, NextToTheUnitCircle) {
   const struct {
-    double a, b;
-    int count, exponent;
+    double a, b, count;
+    int exponent;
   } points[] = {
       {0x1.76a3973e09a9ap-1, 0x1.5cfbd1990d1ffp-1, 165, -106},
       {0x1.cf34d97afeea8p-1, 0x1.b44630dd2b032p-2, 177, -106},
@@ -31,6 +31,8 @@ TEST(ComplexLog, NextToTheUnitCircle) {
       {0x1.ff1e03da60304p-1, 0x1.e0d79212afccdp-5, 19497, -114},
       {0x1.ff4d470968019p-1, 0x1.aba72a693c261p-5, -26175, -114},
       {1 - 0x1p-53, 0x1p-26, 1, -106},
+      // Rounded: what the sum of the leading squares loses, 2^-96, is 500 units of the result.
+      {0x1.fffffffeffffdp-1, 0x1.fffffffep-17, -0x1.800dffff3ff81p-51, 0},
       {1, 0x1p-500, 1, -1000},
   };
   for (const auto& p : points)

@@ -7,16 +7,19 @@ import csv
 import json
 import math
 import random
+import os
 import re
 import struct
+import subprocess
 import sys
+import time
 import unittest
 from concurrent.futures import ThreadPoolExecutor
 
 COUNT, SEED = (int(a) for a in (sys.argv[3:] + ["100", "1"][len(sys.argv[3:]):]))
 sys.argv = sys.argv[:3]
 
-from cli_test import Cli, luxvm, npy  # noqa: E402
+from cli_test import BIN, SOURCE, Cli, luxvm, npy  # noqa: E402
 
 VALUES = [1.5, -2.25, 3e300, 0.0, -7e-300, 65536.0, 12345678.5, -1.0, 4.0, 99.0, -3.5, 8.0]
 NUMBER = re.compile(r"[+-]?(\d+\.?\d*([eE][+-]?\d+)?|\.\d+([eE][+-]?\d+)?|0[xX][0-9a-fA-F]+(\.[0-9a-fA-F]*)?"
@@ -80,6 +83,13 @@ def table(content, comma):
 
 def truncated(x):
     return math.copysign(math.trunc(x), x) if math.isfinite(x) else x
+
+
+def strict(content):
+    def unique(members):
+        assert len(dict(members)) == len(members), members
+        return dict(members)
+    return json.loads(content, object_pairs_hook=unique)
 
 
 class Damage(Cli):
@@ -148,12 +158,8 @@ class Damage(Cli):
         old = json.dumps({"functions": [entry, entry | {"name": "luxsLn_32f_A24"}]}).encode()
         before = self.file("old.json", old)
 
-        def unique(members):
-            self.assertEqual(len(dict(members)), len(members))
-            return dict(members)
-
         def wanted(content, result):
-            functions = json.loads(content, object_pairs_hook=unique)["functions"]
+            functions = strict(content)["functions"]
             new = {f["name"]: f for f in functions}
             self.assertEqual(len(new), len(functions))
             worse = any(n not in new or new[n]["max_ulp"] > 0.5001 or new[n]["mismatches"] > 0 or
@@ -161,6 +167,56 @@ class Damage(Cli):
                         for n in ("luxsExp_32f_A24", "luxsLn_32f_A24"))
             self.assertEqual(result.returncode, int(worse))
         self.outcomes(lambda path: luxvm("diff", before, path), old, wanted)
+
+    def test_figures(self):
+        """Errors that are known stay known, or nothing is written."""
+        def known(figures):
+            return {(c["family"], c["type"], c["hash"]): c["largest"] for c in figures["computations"]}
+        figures = json.loads((SOURCE / "accuracy/figures.json").read_text())
+        figures["computations"] = figures["computations"][:2]
+        whole = json.dumps(figures).encode()
+
+        def run(path):
+            before = path.read_bytes()
+            result = luxvm("accuracy", "Floor_32f", "--samples", 100, "--record", path,
+                           env={**os.environ, "XDG_STATE_HOME": f"{path}.state"})
+            result.stdout = b"" if path.read_bytes() == before else path.read_bytes()
+            return result
+
+        def wanted(content, result):
+            before, after = known(strict(content)), known(strict(result.stdout))
+            for key in known(figures):
+                self.assertEqual(after.get(key), before.get(key))
+            self.assertIn(("Floor", "32f"), [key[:2] for key in after])
+        self.outcomes(run, whole, wanted)
+
+    def test_checkpoint(self):
+        """What an interrupted run has kept is refused, or says the same in other words."""
+        def told(run, state):
+            return luxvm(*run, env={**os.environ, "XDG_STATE_HOME": state})
+        for samples in 30000, 300000, 3000000:  # until there is time to interrupt it
+            run = ("accuracy", "Inv_32f", "InvCbrt_64f", "--processors", "1", "--samples", str(samples))
+            process = subprocess.Popen([BIN / "luxvm", *run], stdout=subprocess.DEVNULL,
+                                       env={**os.environ, "XDG_STATE_HOME": self.dir / "state"})
+            while process.poll() is None and not list(self.dir.glob("state/luxvm/*.json")):
+                time.sleep(0.001)
+            process.kill()
+            if process.wait(300) < 0:
+                break
+        [kept] = self.dir.glob("state/luxvm/*.json")
+        whole, sound = kept.read_bytes(), told(run, self.dir / "sound").stdout
+        self.assertEqual(told(run, self.dir / "state").stdout, sound)
+
+        def resumed(path):
+            state = self.dir / f"{path.name}.state"
+            (state / "luxvm").mkdir(parents=True)
+            (state / "luxvm" / kept.name).write_bytes(path.read_bytes())
+            return told(run, state)
+
+        def wanted(content, result):
+            self.assertEqual(strict(content), strict(whole))
+            self.assertEqual(result.stdout, sound)
+        self.outcomes(resumed, whole, wanted)
 
 
 if __name__ == "__main__":

@@ -397,7 +397,7 @@ static void expect_accurate(const char* name, const Stratum& stratum, F routine,
                             decltype(mpfr_pow)* exact_of, double bound) {
   Random random{31};
   Number<256> x, y, exact;
-  for (int k = 0; k < 6000; ++k) {
+  for (int k = 0; k < 3000; ++k) {
     const auto [first, second] = stratum.draw(random);
     if (first == 0 || !std::isfinite(second)) continue;
     mpfr_set_ld(x.value, first, MPFR_RNDN);

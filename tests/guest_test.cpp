@@ -155,7 +155,7 @@ static void at_exit() {
 
 // ---- Small stacks
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef LUX_SANITIZE
 constexpr size_t kStackOfACall = 1 << 16;  // frames with red zones
 #else
 constexpr size_t kStackOfACall = 4096;  // as the reference says
