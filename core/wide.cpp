@@ -11,7 +11,7 @@
 #include <string.h>
 #include <sys/auxv.h>
 
-#include "wide_identity.h"  // made by the build: LUX_WIDE_IDENTITY
+#include <wide_identity.h>  // made by the build: LUX_WIDE_IDENTITY
 
 static const WideLibrary none = {};
 static const WideLibrary* taken_in = &none;

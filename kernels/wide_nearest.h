@@ -65,13 +65,18 @@ static inline int32_t nearest_pairs(const Arrays<float>& arrays, int32_t i, int3
 static inline Singles with_sign(Singles y, Singles x) { return either(y, sign_of(x)); }
 static inline Singles as_it_is(Singles y, Singles) { return y; }
 
-// All numbers, or all magnitudes, from the pattern kLeast on and below kBound.
+// Whether numbers, or magnitudes, are from the pattern kLeast on and below kBound.
 template <uint32_t kLeast, uint32_t kBound>
-static inline bool all_from(Singles x) {
+static inline __m256i is_from(Singles x) {
   const __m256i from =
       _mm256_sub_epi32(patterns_of(x), _mm256_set1_epi32(int32_t(0x80000000u + kLeast)));
   const int32_t bound = int32_t(0x80000000u + (kBound - kLeast));
-  return in_all_lanes(_mm256_cmpgt_epi32(_mm256_set1_epi32(bound), from));
+  return _mm256_cmpgt_epi32(_mm256_set1_epi32(bound), from);
+}
+
+template <uint32_t kLeast, uint32_t kBound>
+static inline bool all_from(Singles x) {
+  return in_all_lanes(is_from<kLeast, kBound>(x));
 }
 
 template <uint32_t kLeast, uint32_t kBound>
@@ -109,8 +114,7 @@ static inline Doubles split_polynomial(Doubles x) {
     a = fused(a, square, all_doubles(kC[k]));
     b = fused(b, square, all_doubles(kC[k + 1]));
   }
-  if constexpr (kCount % 2)
-    return fused(fused(a, square, all_doubles(kC[kCount - 1])), all_doubles(1), b * x);
+  if constexpr (kCount % 2) return fused(b, x, fused(a, square, all_doubles(kC[kCount - 1])));
   return fused(a, x, b);
 }
 

@@ -6,7 +6,7 @@
 
 #include <cpuid.h>
 
-#include "wide_identity.h"  // made by the build: LUX_WIDE_IDENTITY
+#include <wide_identity.h>  // made by the build: LUX_WIDE_IDENTITY
 
 #define LUX_WIDE_STEP(step, type, export)                                                    \
   int32_t wide_##step(const Arrays<LUX_ELEMENT_##type>& arrays, int32_t first, int32_t last, \

@@ -16,8 +16,8 @@ static inline Doubles inverse_root(Singles x) {
   const Singles e = _mm256_fnmadd_ps(a * estimate, estimate * estimate, all_lanes(1.0f));
   const Doubles y =
       as_doubles(_mm256_fmadd_ps(estimate * e, fused_polynomial<kWideInvCbrt>(e), estimate));
-  const Doubles rest = all_doubles(1) - as_doubles(a) * y * (y * y);
-  return fused(y * rest, all_doubles(1.0 / 3), y);
+  const Doubles rest = fused(as_doubles(a) * y, y * y, all_doubles(-1));
+  return fused(y * rest, all_doubles(-1.0 / 3), y);
 }
 
 LUX_WIDE_KERNEL(InvCbrt, 32f, A24) {

@@ -5,28 +5,27 @@
 #include "kernels/trig/generated/wide_trig_32f_table.h"  // kWideAtan
 #include "kernels/wide_nearest.h"
 
-constexpr double kPi = 0x1.921fb54442d18p+1, kHalfPi = kPi / 2;
+constexpr double kHalfPi = 0x1.921fb54442d18p+0;
 constexpr uint32_t kMargin = 1 << 15;  // 2^-38
 
 // No quotient of these is subnormal.
 constexpr uint32_t kSmallest = 0x20000000, kLargest = 0x5F000000;  // 2^-63, 2^63
 
-static inline Doubles angle(Singles src1, Singles src2) {
-  const Doubles y = as_doubles(src1), x = as_doubles(src2), a = without_sign(y),
-                b = without_sign(x);
-  const DoubleMask steep = is_less(b, a);
-  const Doubles u = smaller(a, b) / larger(a, b);
-  const Doubles turned = both(differing(x, kept(steep, all_doubles(-0.0))), all_doubles(-0.0));
-  const Doubles constant =
-      select(steep, all_doubles(kHalfPi), kept(is_less(x, all_doubles(0)), all_doubles(kPi)));
-  return fused(differing(u, turned), split_polynomial<kWideAtan>(u * u), constant);
+static inline Doubles angle(Singles y, Singles x) {
+  const Singles sign = all_lanes(Format<float>::kSign), a = magnitude_of(y), b = magnitude_of(x);
+  const Singles steep = is_less(b, a), turned = both(differing(x, both(steep, sign)), sign);
+  const Doubles u = as_doubles(differing(smaller(a, b), turned)) / as_doubles(larger(a, b));
+  // The constant's quarters of a turn.
+  const Singles left = both(is_less(x, all_lanes(0.0f)), all_lanes(2.0f));
+  const Doubles quarters = as_doubles(select(steep, all_lanes(1.0f), left));
+  return fused(u, split_polynomial<kWideAtan>(u * u), quarters * kHalfPi);
+}
+
+static inline bool all_ordinary(Singles y, Singles x) {
+  const Singles a = magnitude_of(y), b = magnitude_of(x);
+  return in_all_lanes(is_from<kSmallest, kLargest>(a) & is_from<kSmallest, kLargest>(b));
 }
 
 LUX_WIDE_KERNEL(Atan2, 32f, A24) {
-  return nearest_pairs<kMargin>(
-      arrays, first, last,
-      [](Singles y, Singles x) {
-        return all_within<kSmallest, kLargest>(y) && all_within<kSmallest, kLargest>(x);
-      },
-      angle, with_sign);
+  return nearest_pairs<kMargin>(arrays, first, last, all_ordinary, angle, with_sign);
 }
