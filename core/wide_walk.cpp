@@ -7,7 +7,7 @@ constexpr uint32_t kSseMasks = 0x1F80, kDenormalsAreZero = 0x40;
 
 template <>
 bool wide_fits_control<Unit::kSse>() {
-  return (sse_control() & (kSseMasks | kDenormalsAreZero)) == kSseMasks;
+  return (sse_control() & kSseMasks) == kSseMasks;
 }
 
 template <>
@@ -15,9 +15,11 @@ bool wide_fits_control<Unit::kX87>() {
   return (x87_control() & kX87Flags) == kX87Flags;
 }
 
+// Doubles that take the place of the x87 unit there must see a subnormal single as it is.
 template <>
 bool wide_fits_control<Unit::kBoth>() {
-  return wide_fits_control<Unit::kX87>() && wide_fits_control<Unit::kSse>();
+  return wide_fits_control<Unit::kX87>() &&
+         (sse_control() & (kSseMasks | kDenormalsAreZero)) == kSseMasks;
 }
 
 // The flag of an inexact result is the one that nearly every step raises, and needs no more than an
