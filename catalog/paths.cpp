@@ -66,6 +66,8 @@ bool has_wide_step(const Function& function) {
   return wide_path().taken && strstr(loaded().head->exports, name.c_str());
 }
 
+int32_t least_wide_length() { return kLeastWideLength; }
+
 std::vector<const Function*> functions_with_own_step() {
   std::vector<const Function*> functions;
 #define LUX_WIDE_STEP(step, type, export) functions.push_back(&find_function(#export));

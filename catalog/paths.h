@@ -25,6 +25,9 @@ const WidePath& wide_path();
 // Whether the wide library has a step for it.
 bool has_wide_step(const Function& function);
 
+// From this length on calls take it.
+int32_t least_wide_length();
+
 // One function for each step, the best of those that share it.
 std::vector<const Function*> functions_with_own_step();
 

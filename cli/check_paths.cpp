@@ -212,13 +212,14 @@ static void compare_mixed(const Function& f, Comparison& c, Random& random) {
 
 static void compare_alone(const Function& f, Comparison& c, Random& random) {
   constexpr int kCalls = 40000;
+  const int32_t kAlone = bench::least_wide_length();
   for (int k = 0; k < kCalls; ++k) {
     c.set_control(kControls[random.below(std::size(kControls))]);
     for (int source = 0; source < 2; ++source) {
       const uint64_t x = some_pattern(f, source, random, k % 4 == 0);
-      for (int32_t i = 0; i < 16; ++i) c.set(source, i, x);
+      for (int32_t i = 0; i < kAlone; ++i) c.set(source, i, x);
     }
-    c.compare(16);
+    c.compare(kAlone);
   }
   c.set_control({});
 }

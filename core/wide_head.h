@@ -15,6 +15,9 @@ struct WideHead {
   const char* exports;       // the functions with a step, a space behind each name
 };
 
+// From this length on a call is worth the way to a step.
+constexpr int32_t kLeastWideLength = 32;
+
 #define LUX_WIDE_LIBRARY_NAME "libluxvmk3-wide.so"
 
 #endif

@@ -1,27 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "core/wide_walk.h"
 
-#include "core/control.h"
-
-constexpr uint32_t kSseMasks = 0x1F80, kDenormalsAreZero = 0x40;
-
-template <>
-bool wide_fits_control<Unit::kSse>() {
-  return (sse_control() & kSseMasks) == kSseMasks;
-}
-
-template <>
-bool wide_fits_control<Unit::kX87>() {
-  return (x87_control() & kX87Flags) == kX87Flags;
-}
-
-// Doubles that take the place of the x87 unit there must see a subnormal single as it is.
-template <>
-bool wide_fits_control<Unit::kBoth>() {
-  return wide_fits_control<Unit::kX87>() &&
-         (sse_control() & (kSseMasks | kDenormalsAreZero)) == kSseMasks;
-}
-
 // The flag of an inexact result is the one that nearly every step raises, and needs no more than an
 // operation.
 static void raise_on_x87(uint32_t flags) {
@@ -36,7 +15,7 @@ int32_t take_wide_step(WideStep<E> step, const Arrays<E>& arrays, int32_t i, int
   uint32_t flags = 0;
   if constexpr (kUnit == Unit::kX87) {
     const uint32_t caller = sse_control();
-    sse_load(kSseMasks);
+    sse_load(kSseMasked);
     i = step(arrays, i, last, &flags);
     flags = sse_control() & kSseFlags;
     sse_load(caller);

@@ -5,6 +5,7 @@
 #ifndef LUX_CORE_WIDE_WALK_H
 #define LUX_CORE_WIDE_WALK_H
 
+#include "core/control.h"
 #include "core/wide.h"
 
 // The library that was found, or one that is not enabled.
@@ -15,8 +16,17 @@ enum class Unit { kSse, kX87, kBoth };
 
 // Whether a wide step may do a kernel's work under the caller's control words: an exception that the
 // caller has unmasked is to trap where the kernel's own step traps, and on that unit.
-template <Unit kUnit>
-bool wide_fits_control();
+constexpr uint32_t kSseMasked = 0x1F80, kDenormalsAreZero = 0x40;
+
+template <Unit kUnit, class Control>
+static inline bool wide_fits(const Control& control) {
+  bool fits = true;
+  if constexpr (kUnit != Unit::kX87) fits = (control.callers_sse() & kSseMasked) == kSseMasked;
+  if constexpr (kUnit != Unit::kSse) fits &= (control.callers_x87() & kX87Flags) == kX87Flags;
+  // Doubles that take the place of the x87 unit must see a subnormal single as it is.
+  if constexpr (kUnit == Unit::kBoth) fits &= !(control.callers_sse() & kDenormalsAreZero);
+  return fits;
+}
 
 // Takes the step from element i on. Where its kernel uses the SSE unit, under the control word that the
 // kernel has set, so that flags are raised as the kernel raises them. Otherwise under one of its own, and
@@ -37,29 +47,32 @@ static inline auto with_wide_step(const Arrays<E>&, int32_t, const Fast& fast) {
   return WithWideStep<kUnit, kStep, Fast>{fast};
 }
 
+constexpr int32_t kLeastStretch = 16;
+
 template <class E>
 struct WideWalk {
   WideStep<E> step = nullptr;
-  int32_t stretch = 0, next = 0;
+  int32_t stretch = kLeastStretch, next = 0;
 };
 
 // Of a step alone.
 struct NoWalk {};
-template <class Fast, class E>
-static inline NoWalk wide_walk(const Fast&, const Arrays<E>&, int32_t) {
+template <class Fast, class Control, class E>
+static inline NoWalk wide_walk(const Fast&, const Control&, const Arrays<E>&, int32_t) {
   return {};
 }
 
-template <Unit kUnit, auto kStep, class Fast, class E>
-static inline auto wide_walk(const WithWideStep<kUnit, kStep, Fast>&, const Arrays<E>&,
-                             int32_t len) {
+template <Unit kUnit, auto kStep, class Fast, class Control, class E>
+static inline auto wide_walk(const WithWideStep<kUnit, kStep, Fast>&, const Control& control,
+                             const Arrays<E>&, int32_t len) {
   if constexpr (__is_same(decltype(kStep), decltype(nullptr))) {
     return NoWalk();
   } else {
     WideWalk<E> walk;
-    if (len >= kLeastWideBlock) {
+    if (len >= kLeastWideLength) {
       const WideLibrary& library = wide_library();
-      if (__atomic_load_n(&library.head.enabled, __ATOMIC_RELAXED)) walk.step = library.*kStep;
+      if (__atomic_load_n(&library.head.enabled, __ATOMIC_RELAXED) && wide_fits<kUnit>(control))
+        walk.step = library.*kStep;
     }
     return walk;
   }
@@ -70,12 +83,7 @@ static inline auto wide_walk(const WithWideStep<kUnit, kStep, Fast>&, const Arra
 template <Unit kUnit, class E>
 __attribute__((noinline)) static int32_t step_widely(WideWalk<E>* walk, const Arrays<E>& arrays,
                                                      int32_t first, int32_t last, int32_t* end) {
-  constexpr int32_t kLeastStretch = 16, kLongest = 1 << 20;
-  if (walk->stretch == 0) {
-    walk->stretch = kLeastStretch;
-    if (!wide_fits_control<kUnit>()) walk->step = nullptr;
-    if (!walk->step) return first;
-  }
+  constexpr int32_t kLongest = 1 << 20;
   int32_t i = first;
   if (i >= walk->next && last - i >= kLeastWideBlock) {
     i = take_wide_step<kUnit>(walk->step, arrays, i, last);
