@@ -68,8 +68,8 @@ static std::string why_never(const Function& f, const Decision& d, const Machine
 static std::string why_not_wide(const Function& f, int32_t n) {
   if (!bench::wide_path().taken) return bench::wide_path().why;
   if (!bench::has_wide_step(f)) return "there is no wide step for it";
-  if (n < bench::least_wide_length())
-    return fmt::format("it is taken from {} elements on", bench::least_wide_length());
+  if (const int32_t least = bench::wide_path().least_length; n < least)
+    return fmt::format("calls are wide from {} elements on", least);
   return "";
 }
 

@@ -8,7 +8,7 @@
 #include "core/control.h"
 #include "core/wide.h"
 
-// The library that was found, or one that is not enabled.
+// The library that was found, or one that takes no call.
 const WideLibrary& wide_library();
 
 // The unit in which a kernel's own step computes, and raises flags.
@@ -69,11 +69,8 @@ static inline auto wide_walk(const WithWideStep<kUnit, kStep, Fast>&, const Cont
     return NoWalk();
   } else {
     WideWalk<E> walk;
-    if (len >= kLeastWideLength) {
-      const WideLibrary& library = wide_library();
-      if (__atomic_load_n(&library.head.enabled, __ATOMIC_RELAXED) && wide_fits<kUnit>(control))
-        walk.step = library.*kStep;
-    }
+    const WideLibrary& library = wide_library();
+    if (library.takes(len) && wide_fits<kUnit>(control)) walk.step = library.*kStep;
     return walk;
   }
 }
