@@ -14,8 +14,8 @@ struct WideHead {
   // Only where it is that of the main library do the steps give the bits of its kernels, and have the
   // layout that it knows.
   char identity[48];
-  int32_t
-      least_length;  // of calls that take the steps; set by the main library when it takes them in
+  // Of calls that take the steps; set by the main library when it takes them in.
+  int32_t least_length = kNeverWide;
   const char* (*missing)();  // what the steps need and this machine lacks; null: nothing
   const char* exports;       // the functions with a step, a space behind each name
 };
