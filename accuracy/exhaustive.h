@@ -2,9 +2,10 @@
 //
 // Every single-precision argument of a one-argument function.
 //
-// Exact values come from the C library's long double functions, 40 bits more than a single has:
-// they are taken to be right to 2^-24 of a single's unit in the last place, which leaves 2^15 of
-// their own units for their errors. That margin is checked against MPFR on one argument in 4096,
+// Exact values come from the C library's long double functions, 40 bits more than a single has; where
+// a function is smooth, most of each 4096 neighbours' from the curve through six of them. They are
+// taken to be right to 2^-24 of a single's unit in the last place, which leaves 2^15 of the
+// library's own units for its errors. That margin is checked against MPFR on one argument in 4096,
 // and a result whose error comes within it of the ten worst, or of no plain class, is measured with
 // MPFR itself. So no worst case can hide behind the quick values, and those that are listed are
 // exact. (A result that equals its quick value counts as free of error: the functions without any

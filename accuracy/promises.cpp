@@ -20,16 +20,28 @@ constexpr struct {
 #include "core/functions.def"
 };
 
+constexpr struct {
+  std::string_view family, type;
+} kNearest[] = {
+#define LUX_NEAREST(F, type) {#F, #type},
+#include "core/functions.def"
+};
+
 }  // namespace
 
 Accuracy guarantee(const Function& function) {
   if (!function.graded()) return EXACT;
+  const Accuracy lower = function.grade == "A11" ? BITS(11) : BITS(21);
+  const bool is_lower = function.grade == "A11" || function.grade == "A21";
+  const bool best = function.grade == "A24" || function.grade == "A53";
+  for (const auto& row : kNearest)
+    if (best && function.is(row.family, row.type)) return NEAREST;
   for (const auto& row : kExceptions)
-    if (function.is(row.family, row.type)) return row.accuracy;
-  if (function.grade == "A11") return BITS(11);
-  if (function.grade == "A21") return BITS(21);
-  if (function.grade == "A50") return ULP(4);
-  return ULP(1);
+    if (function.is(row.family, row.type))
+      return is_lower && row.accuracy.kind == Accuracy::kNormwiseBits ? NORMWISE(lower.value)
+                                                                      : row.accuracy;
+  if (is_lower) return lower;
+  return function.grade == "A50" ? ULP(4) : ULP(1);
 }
 
 bool within(const Statistics& statistics, const Accuracy& bound) {
@@ -38,6 +50,8 @@ bool within(const Statistics& statistics, const Accuracy& bound) {
   switch (bound.kind) {
     case Accuracy::kUlp:
       return statistics.max_ulp() < bound.value + kRounding;
+    case Accuracy::kNearest:
+      return statistics.not_nearest == 0;
     case Accuracy::kRelativeBits:
       return statistics.max_relative <= std::exp2(-bound.value);
     case Accuracy::kNormwiseBits:
@@ -50,6 +64,7 @@ bool within(const Statistics& statistics, const Accuracy& bound) {
 std::string text_of(const Accuracy& accuracy) {
   switch (accuracy.kind) {
     case Accuracy::kUlp:
+    case Accuracy::kNearest:
       return fmt::format("{:g} ulp", accuracy.value);
     case Accuracy::kRelativeBits:
       return fmt::format("2^-{:g}", accuracy.value);

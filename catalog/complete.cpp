@@ -19,6 +19,7 @@ constexpr bool REAL = false, COMPLEX = true;
 #define LUX_CYCLES(F, type, ...) KNOWN(F, #type)
 #define LUX_GOAL(F, type, ...) KNOWN(F, #type)
 #define LUX_PROMISE(F, type, ...) KNOWN(F, #type)
+#define LUX_NEAREST(F, type) KNOWN(F, #type)
 #define LUX_PROMISED_WHERE(F, type, ...) KNOWN(F, #type)
 #define LUX_NEIGHBOURS(F, type, ...) KNOWN(F, #type)
 #define LUX_SPECIAL_BLOCKS(F, type) KNOWN(F, #type)

@@ -10,7 +10,7 @@ namespace bench {
 
 // How far from the exact value a result may be.
 struct Accuracy {
-  enum Kind { kUlp, kRelativeBits, kNormwiseBits, kExact } kind;
+  enum Kind { kUlp, kRelativeBits, kNormwiseBits, kNearest, kExact } kind;
   double value;
 };
 
@@ -19,6 +19,7 @@ namespace accuracy_words {
 constexpr Accuracy ULP(double units) { return {Accuracy::kUlp, units}; }
 constexpr Accuracy BITS(double bits) { return {Accuracy::kRelativeBits, bits}; }
 constexpr Accuracy NORMWISE(double bits) { return {Accuracy::kNormwiseBits, bits}; }
+inline constexpr Accuracy NEAREST{Accuracy::kNearest, 0.5};  // every result is the nearest number
 inline constexpr Accuracy EXACT{Accuracy::kExact, 0};
 }  // namespace accuracy_words
 

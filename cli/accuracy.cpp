@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // luxvm accuracy: measured errors beside what is promised.
+#include "accuracy/pairs.h"
 #include "accuracy/promises.h"
 #include "accuracy/record.h"
 #include "catalog/thread_count.h"
@@ -30,6 +31,7 @@ struct AccuracyOptions {
   std::vector<std::string> at;
   bool exhaustive = false, details = false, fresh = false, clear = false;
   int processors = 0;
+  uint64_t pairs = 0;
 };
 
 // The grades of one family and type: they share arguments and exact values.
@@ -391,6 +393,32 @@ static void measure_and_tell(const AccuracyOptions& options, Run& run) {
                     broken == 1 ? " does" : "s do"));
 }
 
+// Nothing of this is kept or recorded: it counts, and says so.
+static void try_pairs(const AccuracyOptions& options) {
+  bench::set_thread_count(1);
+  const Interrupt interrupt;
+  uint64_t not_nearest = 0;
+  for (const Function* f : find_functions(options.patterns)) {
+    if (!bench::has_pairs(*f))
+      throw Failure(fmt::format("--pairs: {} is no function of two singles", f->name));
+    Progress progress(std::string(f->name), options.pairs, Progress::kShare);
+    const bench::PairCount count = bench::try_pairs(
+        *f, options.pairs, options.sampling.seed, options.processors,
+        [&](uint64_t done, uint64_t) { progress.reach(done); }, Interrupt::requested);
+    fmt::print("{}: {} pairs, {} of them left to MPFR; {}\n", f->name, count.tried, count.by_mpfr,
+               count.not_nearest == 0
+                   ? "correctly rounded: every result is the nearest number"
+                   : paint(Colour::bad, fmt::format("{} results are not the nearest number",
+                                                    count.not_nearest)));
+    for (const bench::Case& wrong : count.wrong)
+      fmt::print("  0x{:08X} 0x{:08X} gives 0x{:08X}\n", wrong.argument[0], wrong.argument[1],
+                 wrong.got);
+    not_nearest += count.not_nearest;
+    if (Interrupt::requested) throw Interrupted("interrupted", Interrupt::signal_number);
+  }
+  if (not_nearest > 0) throw CheckFailed("results are not the nearest numbers");
+}
+
 static void accuracy(AccuracyOptions options) {
   if (options.clear) return clear();
   set_range(options);
@@ -401,6 +429,7 @@ static void accuracy(AccuracyOptions options) {
   if (!options.plot.empty()) require_drawable(options.plot);
   if (options.processors == 0)
     options.processors = int(std::max(1u, std::thread::hardware_concurrency()));
+  if (options.pairs > 0) return try_pairs(options);
   bench::set_thread_count(1);  // the work is divided here
   const std::vector<Group> groups = chosen(options);
   for (const Group& group : groups)
@@ -427,6 +456,11 @@ void add_accuracy(Program& program) {
       ->transform(whole_number(100, 50'000'000));
   command->add_flag("--exhaustive", options->exhaustive,
                     "All 2^32 arguments of the one-argument 32f functions (others are sampled)");
+  command
+      ->add_option("--pairs", options->pairs,
+                   "Random operands of functions of two singles: count results that are not the "
+                   "nearest")
+      ->transform(whole_number(1, UINT64_MAX / 2));
   command->add_option("--range", options->range, "Only first arguments between A and B")
       ->type_name("A:B");
   command

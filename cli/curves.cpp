@@ -278,6 +278,7 @@ static double promised_height(const Function& f) {
   const bench::Accuracy promise = bench::guarantee(f);
   switch (promise.kind) {
     case bench::Accuracy::kUlp:
+    case bench::Accuracy::kNearest:
       return promise.value;
     case bench::Accuracy::kExact:
       return 0;

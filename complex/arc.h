@@ -21,17 +21,27 @@
 #include "extended/angle.h"
 #include "extended/logarithm.h"
 
-struct Arc {
-  long double sine, cosine;  // a multiple of those of u
-  long double v;
+struct ArcNorms {
+  long double a, m;
 };
 
 // z is neither infinite nor a NaN, and not 1, where the angle would be that of (0, 0).
-static inline Arc arc(long double x, long double y) {
+static inline ArcNorms arc_norms(long double x, long double y) {
   const long double left = x - 1, right = x + 1, yy = y * y;
   const long double r = processor_root(right * right + yy);
   const long double s = processor_root(left * left + yy);
-  const long double a = 0.5f * (r + s), m = r * s, q = left * right + yy;
+  return {0.5f * (r + s), r * s};
+}
+
+struct ArcRoots {
+  long double sine, cosine;  // a multiple of those of u
+  long double growth;        // e^2v - 1
+};
+
+__attribute__((always_inline)) static inline ArcRoots arc_roots(long double x, long double y,
+                                                                const ArcNorms& norms) {
+  const auto [a, m] = norms;
+  const long double q = (x - 1) * (x + 1) + y * y;
   long double sine, cosine, sinh_v;
   if (q >= 0) {
     sinh_v = processor_root(0.5f * (m + q));
@@ -43,7 +53,16 @@ static inline Arc arc(long double x, long double y) {
     sine = x;
     cosine = a * cos_u;
   }
-  return {sine, cosine, 0.5f * log1p_core(2 * sinh_v * (sinh_v + a))};
+  return {sine, cosine, 2 * sinh_v * (sinh_v + a)};
+}
+
+struct Arc {
+  long double sine, cosine, v;
+};
+
+static inline Arc arc(long double x, long double y) {
+  const ArcRoots roots = arc_roots(x, y, arc_norms(x, y));
+  return {roots.sine, roots.cosine, 0.5f * log1p_core(roots.growth)};
 }
 
 // Whether |re| + i |im| is such a z.

@@ -3,43 +3,22 @@
 // What every complex kernel shares: argument checks, the control word, the loop, and the passage of
 // single-precision elements through the double-precision routines.
 //
-// The routine of an element takes one complex number, or base and exponent, and gives one. Nothing
-// is reported; the status of valid arguments is 0.
+// The routine of an element takes one complex number and gives one. Nothing is reported; the status of
+// valid arguments is 0.
 #ifndef LUX_COMPLEX_FRAME_H
 #define LUX_COMPLEX_FRAME_H
 
 #include "complex/number.h"
 #include "kernels/frame.h"
 
-template <class E, class Element>
-static inline Status run_complex(const E* src1, const E* src2, E* dst, int32_t len,
-                                 Element element) {
+template <class E, class Routine>
+static inline Status run_complex(const E* src, E* dst, int32_t len, Routine routine) {
   if (len < 1) return LUX_BAD_LENGTH;
-  if (!src1 || !src2 || !dst) return LUX_NULL_POINTER;
+  if (!src || !dst) return LUX_NULL_POINTER;
   const X87Nearest<X87_EXTENDED> control;
-  for (int32_t i = 0; i < len; ++i) in_memory(dst + i) = element(i);
+  for (int32_t i = 0; i < len; ++i) in_memory(dst + i) = routine(in_memory(src + i));
   control.leave();
   return LUX_OK;
-}
-
-template <class E, class Routine>
-static inline Status run_complex_1_1(const E* src, E* dst, int32_t len, Routine routine) {
-  return run_complex(src, src, dst, len, [=](int32_t i) { return routine(in_memory(src + i)); });
-}
-
-template <class E, class Routine>
-static inline Status run_complex_2_1(const E* src1, const E* src2, E* dst, int32_t len,
-                                     Routine routine) {
-  return run_complex(src1, src2, dst, len,
-                     [=](int32_t i) { return routine(in_memory(src1 + i), in_memory(src2 + i)); });
-}
-
-template <class E, class Routine>
-static inline Status run_complex_2_1_1(const E* src, const E& scalar, E* dst, int32_t len,
-                                       Routine routine) {
-  return run_complex(src, src, dst, len, [=, &scalar](int32_t i) {
-    return routine(in_memory(src + i), in_memory(&scalar));
-  });
 }
 
 // Kept in memory as it was stored: put together again from halves, it would stall its load.
@@ -65,22 +44,16 @@ static inline Complex32 narrowed(Complex64 z) {
   return result;
 }
 
-// An element goes to its routine by reference: a copy made in halves stalls the load that follows.
-#define LUX_COMPLEX_BEST(family, shape, name)                               \
-  LUX_COMPLEX_KERNEL(family, 64fc, A53, shape,                              \
-                     [](const auto&... z) { return complex_##name(z...); }) \
-  LUX_KERNEL_ALIAS(family, 64fc, A50, shape, A53)                           \
-  LUX_COMPLEX_KERNEL(family, 32fc, A24, shape,                              \
-                     [](const auto&... z) { return narrowed(complex_##name(widened(z)...)); })
-
-#define LUX_COMPLEX_KERNELS(family, shape, name)  \
-  LUX_COMPLEX_BEST(family, shape, name)           \
-  LUX_KERNEL_ALIAS(family, 32fc, A21, shape, A24) \
-  LUX_KERNEL_ALIAS(family, 32fc, A11, shape, A24)
-
-#define LUX_COMPLEX_KERNEL(family, type, grade, shape, ...)         \
-  LUX_KERNEL(family, type, grade, shape) {                          \
-    return run_complex_##shape(LUX_ARGS_##shape, len, __VA_ARGS__); \
+// One element after the other. It goes to its routine by reference: a copy made in halves stalls the
+// load that follows.
+#define LUX_COMPLEX_BEST(family, name)                                                      \
+  LUX_KERNEL(family, 64fc, A53, 1_1) {                                                      \
+    return run_complex(src, dst, len, [](const auto& z) { return complex_##name(z); });     \
+  }                                                                                         \
+  LUX_KERNEL_ALIAS(family, 64fc, A50, 1_1, A53)                                             \
+  LUX_KERNEL(family, 32fc, A24, 1_1) {                                                      \
+    return run_complex(src, dst, len,                                                       \
+                       [](const auto& z) { return narrowed(complex_##name(widened(z))); }); \
   }
 
 #endif

@@ -43,6 +43,7 @@ __attribute__((noinline)) static void sine_reduction_pass(const DoubleInMemory* 
 }
 
 struct ExpSteps {
+  static constexpr int32_t kFew = 0;
   static bool is_ordinary(const Complex64& z) { return may_pass(z.re, z.im); }
   static Complex64 element(const Complex64& z) {
     return is_finite(z.re) && is_finite(z.im) ? finite_exp(z) : complex_exp_special(z);
@@ -121,6 +122,7 @@ template <bool kTurned, Complex64 (*kElement)(const Complex64&), class PartsOf>
 struct HyperbolicSteps {
   using Parts = PartsOf;
   static constexpr bool kIsTurned = kTurned;
+  static constexpr int32_t kFew = 0;
 
   static bool is_ordinary(const Complex64& z) {
     return kTurned ? may_pass(z.im, z.re) : may_pass(z.re, z.im);

@@ -7,8 +7,10 @@
 
 #include "complex/logarithm.h"
 
+constexpr long double kHalfNatural = 0.5L;
+
 __attribute__((always_inline)) static inline Complex64 complex_log(const Complex64& z) {
-  return complex_log_to_base(z, 0.5L);
+  return complex_log_to_base(z, kHalfNatural);
 }
 
 #endif

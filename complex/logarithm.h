@@ -86,18 +86,27 @@ __attribute__((noinline, cold)) static long double log_near_one(long double larg
   return log1p_core(norm_less_one(large, small));
 }
 
+// Whether z is finite, not 0, and far from over- and underflow of re^2 + im^2 as a single.
+static inline bool has_short_log(const Complex64& z) {
+  constexpr uint32_t kLow = 0x3C300000, kHigh = 0x43B00000;  // upper words of 2^-60 and 2^60
+  const uint32_t re = upper_magnitude(&z.re), im = upper_magnitude(&z.im);
+  return (re < kHigh) & (im < kHigh) & ((re >= kLow) | (im >= kLow));
+}
+
+// By its pattern, which the passes have at hand.
+static inline bool is_near_one(float norm) {
+  return magnitude<float>(load_bits(&norm)) - 0x3F400001 < 0x3FA00000 - 0x3F400001;  // 0.75, 1.25
+}
+
 // `half` is half the logarithm of e to the base.
 __attribute__((always_inline)) static inline Complex64 complex_log_to_base(const Complex64& z,
                                                                            long double half) {
-  constexpr uint32_t kLow = 0x3C300000, kHigh = 0x43B00000;  // upper words of 2^-60 and 2^60
-  const uint32_t re = upper_magnitude(&z.re), im = upper_magnitude(&z.im);
-  const uint32_t larger = re > im ? re : im;
-  if (__builtin_expect(larger - kLow >= kHigh - kLow, false)) return complex_log_far(z, half);
-  const BySize p = by_size(z, im > re);
+  if (__builtin_expect(!has_short_log(z), false)) return complex_log_far(z, half);
+  const BySize p = by_size(z, upper_magnitude(&z.im) > upper_magnitude(&z.re));
   const long double norm = p.large * p.large + p.small * p.small;
   const float single = store_f32(float(norm));
   long double logarithm;
-  if (__builtin_expect(single > 0.75f && single < 1.25f, false)) {
+  if (__builtin_expect(is_near_one(single), false)) {
     logarithm = log_near_one(p.large, p.small);
   } else {
     const LogPlace place = log_place(single);

@@ -13,13 +13,6 @@
 
 constexpr int32_t kPass = 16;
 
-// Elements beyond the passes, by their bits.
-struct Special {
-  uint32_t elements = 0;
-  void add(int32_t k, bool special) { elements |= uint32_t(special) << k; }
-  bool has(int32_t k) const { return elements >> k & 1; }
-};
-
 // A 64-bit number no smaller than 2^-950, or a double.
 struct SplitNumber {
   double high, low;
@@ -31,30 +24,35 @@ struct SplitNumber {
   long double sum() const { return load_extended(&high) + low; }
 };
 
+static inline void copy_bits(DoubleInMemory* to, const DoubleInMemory& from) {
+  store_words(to, load_words(&from));
+}
+
 static inline void copy_bits(Complex64* to, const Complex64& from) {
-  store_words(&to->re, load_words(&from.re));
-  store_words(&to->im, load_words(&from.im));
+  copy_bits(&to->re, from.re);
+  copy_bits(&to->im, from.im);
 }
 
 // A block with special elements: those apart, before anything is stored, the others in passes, as
 // if the special ones were 1 + i.
-template <class Element, class Passes>
+template <class Steps>
 __attribute__((noinline, cold)) static void mixed_passes(const Complex64* from, Complex64* to,
-                                                         int32_t count, Special special,
-                                                         Element element, Passes passes) {
+                                                         int32_t count) {
   Complex64 apart[kPass], ordinary[kPass];
+  uint32_t special = 0;
   for (int32_t k = 0; k < count; ++k) {
-    if (special.has(k)) {
-      const Complex64 z = element(from[k]);
+    if (!Steps::is_ordinary(from[k])) {
+      special |= 1u << k;
+      const Complex64 z = Steps::element(from[k]);
       copy_bits(&apart[k], z);
       ordinary[k] = {1, 1};
     } else {
       copy_bits(&ordinary[k], from[k]);
     }
   }
-  if (special.elements + 1 != 1u << count) passes(ordinary, to, count);
+  if (special + 1 != 1u << count) Steps::passes(ordinary, to, count);
   for (int32_t k = 0; k < count; ++k)
-    if (special.has(k)) copy_bits(&to[k], apart[k]);
+    if (special >> k & 1) copy_bits(&to[k], apart[k]);
 }
 
 static inline void widen(const Complex32& from, Complex64* to) {
@@ -62,36 +60,38 @@ static inline void widen(const Complex32& from, Complex64* to) {
   put(&to->im, from.im);
 }
 
-template <class Ordinary, class Element, class Passes>
+// Steps::is_ordinary tells, without branches, which elements `passes` takes; `element` takes the
+// others, and all where there are no more than Steps::kFew: they do not wait for one another long.
+template <class Steps>
 __attribute__((always_inline)) static inline void block_passes(const Complex64* from, Complex64* to,
-                                                               int32_t count, Ordinary ordinary,
-                                                               Element element, Passes passes) {
-  Special special;
-  for (int32_t k = 0; k < count; ++k) special.add(k, !ordinary(from[k]));
-  if (__builtin_expect(special.elements, 0))
-    mixed_passes(from, to, count, special, element, passes);
+                                                               int32_t count) {
+  if (__builtin_expect(count <= Steps::kFew, false)) {
+    for (int32_t k = 0; k < count; ++k) to[k] = Steps::element(from[k]);
+    return;
+  }
+  bool ordinary = true;
+  for (int32_t k = 0; k < count; ++k) ordinary &= Steps::is_ordinary(from[k]);
+  if (__builtin_expect(ordinary, true))
+    Steps::passes(from, to, count);
   else
-    passes(from, to, count);
+    mixed_passes<Steps>(from, to, count);
 }
 
-// `ordinary` tells which elements `passes` takes; `element` takes the others.
-template <class Ordinary, class Element, class Passes>
-static inline Status run_passes(const Lux64fc* src, Lux64fc* dst, int32_t len, Ordinary ordinary,
-                                Element element, Passes passes) {
+template <class Steps>
+static inline Status run_passes(const Lux64fc* src, Lux64fc* dst, int32_t len) {
   if (len < 1) return LUX_BAD_LENGTH;
   if (!src || !dst) return LUX_NULL_POINTER;
   const X87Nearest<X87_EXTENDED> control;
   for (int32_t i = 0, count; i < len; i += count) {
     count = len - i < kPass ? len - i : kPass;
-    block_passes(&in_memory(src + i), &in_memory(dst + i), count, ordinary, element, passes);
+    block_passes<Steps>(&in_memory(src + i), &in_memory(dst + i), count);
   }
   control.leave();
   return LUX_OK;
 }
 
-template <class Ordinary, class Element, class Passes>
-static inline Status run_passes(const Lux32fc* src, Lux32fc* dst, int32_t len, Ordinary ordinary,
-                                Element element, Passes passes) {
+template <class Steps>
+static inline Status run_passes(const Lux32fc* src, Lux32fc* dst, int32_t len) {
   if (len < 1) return LUX_BAD_LENGTH;
   if (!src || !dst) return LUX_NULL_POINTER;
   const X87Nearest<X87_EXTENDED> control;
@@ -99,7 +99,7 @@ static inline Status run_passes(const Lux32fc* src, Lux32fc* dst, int32_t len, O
     count = len - i < kPass ? len - i : kPass;
     alignas(16) Complex64 block[kPass];
     for (int32_t k = 0; k < count; ++k) widen(in_memory(src + i + k), &block[k]);
-    block_passes(block, block, count, ordinary, element, passes);
+    block_passes<Steps>(block, block, count);
     for (int32_t k = 0; k < count; ++k) in_memory(dst + i + k) = narrowed(block[k]);
   }
   control.leave();
@@ -109,6 +109,7 @@ static inline Status run_passes(const Lux32fc* src, Lux32fc* dst, int32_t len, O
 // One element after the other.
 template <Complex64 (*kElement)(const Complex64&)>
 struct ElementSteps {
+  static constexpr int32_t kFew = 0;
   static bool is_ordinary(const Complex64&) { return true; }
   static constexpr auto element = kElement;
   static void passes(const Complex64* from, Complex64* to, int32_t count) {
@@ -116,14 +117,10 @@ struct ElementSteps {
   }
 };
 
-// A family brings is_ordinary, element and passes.
-#define LUX_COMPLEX_PASSES(family, steps)                                                \
-  LUX_KERNEL(family, 64fc, A53, 1_1) {                                                   \
-    return run_passes(src, dst, len, steps::is_ordinary, steps::element, steps::passes); \
-  }                                                                                      \
-  LUX_KERNEL_ALIAS(family, 64fc, A50, 1_1, A53)                                          \
-  LUX_KERNEL(family, 32fc, A24, 1_1) {                                                   \
-    return run_passes(src, dst, len, steps::is_ordinary, steps::element, steps::passes); \
-  }
+// A family brings kFew, is_ordinary, element and passes.
+#define LUX_COMPLEX_PASSES(family, steps)                                         \
+  LUX_KERNEL(family, 64fc, A53, 1_1) { return run_passes<steps>(src, dst, len); } \
+  LUX_KERNEL_ALIAS(family, 64fc, A50, 1_1, A53)                                   \
+  LUX_KERNEL(family, 32fc, A24, 1_1) { return run_passes<steps>(src, dst, len); }
 
 #endif

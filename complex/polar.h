@@ -35,16 +35,23 @@ static inline Image image_of(const Complex64& z) {
           kTurns[upper_word(&z.im) >> 31][upper_word(&z.re) >> 31][steep]};
 }
 
-// Of a point other than 0, to 2^-62 of the angle.
-static inline long double angle_short(const Complex64& z) {
+// The step is the integer nearest to this.
+static inline long double image_step(const Image& image) { return image.small / image.large * 64; }
+
+static inline long double angle_near(const Image& image, int32_t i) {
   const PowerTable& table = anew(power_table);
-  const auto& [large, small, to] = image_of(z);
-  const int32_t i = nearest_integer(small / large * 64);
+  const auto& [large, small, to] = image;
   const long double slope = i * (1 / 64.0L);
   const long double s = (small - slope * large) / (large + slope * small), square = s * s;
   const auto& base = table.slope[i];
   const long double tail = polynomial(table.a, square) * square + table.a0_low + table.a0_high;
   return (tail * s + base.middle) * to.turn + (base.high * to.turn + to.shift);
+}
+
+// Of a point other than 0, to 2^-62 of the angle.
+static inline long double angle_short(const Complex64& z) {
+  const Image image = image_of(z);
+  return angle_near(image, nearest_integer(image_step(image)));
 }
 
 struct Point {

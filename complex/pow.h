@@ -35,8 +35,11 @@ static inline bool is_certain(const Complex64& z, const Complex64& w, long doubl
 
 static inline __attribute__((always_inline)) Complex64 complex_pow(const Complex64& z,
                                                                    const Complex64& w) {
-  const int32_t n = whole_exponent(w);
-  if (n && is_finite_number(z)) return whole_power(z, n, upper_word(&w.re) >> 31);
+  if (is_finite_number(z)) {
+    const int32_t n = whole_exponent(w);
+    if (n) return whole_power(z, n, upper_word(&w.re) >> 31);
+    if (_nox_internal_iszero(w.re) && _nox_internal_iszero(w.im)) return {1, 0};
+  }
   const long double x = z.re, y = z.im;
   Cell cell;
   const long double m = reduced(x * x + y * y, &cell);
@@ -50,8 +53,6 @@ static inline __attribute__((always_inline)) Complex64 complex_pow(const Complex
         const PowerTable& table = anew(power_table);
         t -= angle * w.im * whole(table.right_angle_log2_e);
         a += log * w.im * whole(table.ln2_by_right_angle);
-      } else if (_nox_internal_iszero(w.re)) {
-        return {1, 0};
       }
       const uint32_t sign = __builtin_signbit(a) ? Format<float>::kSign : 0;
       const auto [cosine, sine] = circle_point(__builtin_fabsl(a));

@@ -12,13 +12,12 @@ static void record_element(double* field, const double* element) {
   store_words(field, load_words(element));
 }
 
-static void record_element(double* field, const float* element) {
+__attribute__((noinline)) static void record_other_than_normal(double* field,
+                                                               const float* element) {
   using Single = Format<float>;
   const uint32_t pattern = quieted<float>(load_bits(element));
   const uint32_t sign = pattern & Single::kSign, size = pattern & ~Single::kSign;
-  if (size - Single::kSmallestNormal < Single::kInf - Single::kSmallestNormal) {
-    put(field, load_extended(element));
-  } else if (size >= Single::kInf) {
+  if (size >= Single::kInf) {
     store_words(field, {size << 29, sign | Upper<double>::kInf | (size & Single::kFraction) >> 3});
   } else if (size == 0) {
     store_words(field, {0, sign});
@@ -28,6 +27,15 @@ static void record_element(double* field, const float* element) {
     const uint32_t exponent = uint32_t(Format<double>::kBias - Single::kBias + 1 - shift);
     store_words(field, {fraction << 29, sign | exponent << 20 | fraction >> 3});
   }
+}
+
+static inline void record_element(double* field, const float* element) {
+  using Single = Format<float>;
+  const uint32_t size = upper_magnitude(element);
+  if (size - Single::kSmallestNormal < Single::kInf - Single::kSmallestNormal)
+    put(field, load_extended(element));
+  else
+    record_other_than_normal(field, element);
 }
 
 // The second of two elements, which most functions have only one of.

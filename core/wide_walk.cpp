@@ -1,10 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "core/wide_walk.h"
 
+constexpr uint16_t kInexact = 0x20;  // on both units
+
+template <>
+bool inexact_is_raised<Unit::kX87>() {
+  return x87_status() & kInexact;
+}
+
+template <>
+bool inexact_is_raised<Unit::kBoth>() {
+  return inexact_is_raised<Unit::kX87>() && (sse_control() & kInexact);
+}
+
 // The flag of an inexact result is the one that nearly every step raises, and needs no more than an
 // operation.
 static void raise_on_x87(uint32_t flags) {
-  constexpr uint16_t kInexact = 0x20;
   const uint16_t missing = uint16_t(flags) & ~x87_status();
   if (missing & kInexact) asm volatile("fld1\n\tfldpi\n\tfdivrp\n\tfstp %%st" : : : "st", "st(1)");
   if (missing & ~kInexact) x87_raise(missing & ~kInexact);

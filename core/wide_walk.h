@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The walk of a kernel over its blocks where there is a wide step for it: the wide step goes as far as
-// it can, the kernel's own step takes the block that it stops at.
+// The walk of a kernel over its blocks where there is a wide step for it: the wide step goes as far
+// as it can, the kernel's own step takes the block that it stops at.
 #ifndef LUX_CORE_WIDE_WALK_H
 #define LUX_CORE_WIDE_WALK_H
 
@@ -28,23 +28,32 @@ static inline bool wide_fits(const Control& control) {
   return fits;
 }
 
-// Takes the step from element i on. Where its kernel uses the SSE unit, under the control word that the
-// kernel has set, so that flags are raised as the kernel raises them. Otherwise under one of its own, and
-// its flags go to the x87 unit.
+// Whether the flag of an inexact result is raised on the unit, or on both.
+template <Unit kUnit>
+bool inexact_is_raised();
+
+// Takes the step from element i on. Where its kernel uses the SSE unit, under the control word that
+// the kernel has set, so that flags are raised as the kernel raises them. Otherwise under one of
+// its own, and its flags go to the x87 unit.
 template <Unit kUnit, class E>
 int32_t take_wide_step(WideStep<E> step, const Arrays<E>& arrays, int32_t i, int32_t last);
 
-// A kernel's `fast` and the wide step that goes before it. It stands for itself: what changes during the walk
-// is kept apart, where the compiler need not expect changes of what the step refers to.
-template <Unit kUnit, auto kStep, class Fast>
+// A kernel's `fast` and the wide step that goes before it. It stands for itself: what changes
+// during the walk is kept apart, where the compiler need not expect changes of what the step refers
+// to.
+//
+// kOnceInexact: the step's method is another than the kernel's, and so are the exact ones among its
+// operations. Since neither raises anything but the flag of an inexact result, the kernel's own
+// step goes first until that has been.
+template <Unit kUnit, auto kStep, bool kOnceInexact, class Fast>
 struct WithWideStep {
   const Fast& fast;
 };
 
 // kStep is a member of the library's, or null where there is none.
-template <Unit kUnit, auto kStep, class E, class Fast>
+template <Unit kUnit, auto kStep, bool kOnceInexact = false, class E, class Fast>
 static inline auto with_wide_step(const Arrays<E>&, int32_t, const Fast& fast) {
-  return WithWideStep<kUnit, kStep, Fast>{fast};
+  return WithWideStep<kUnit, kStep, kOnceInexact, Fast>{fast};
 }
 
 constexpr int32_t kLeastStretch = 16;
@@ -62,9 +71,9 @@ static inline NoWalk wide_walk(const Fast&, const Control&, const Arrays<E>&, in
   return {};
 }
 
-template <Unit kUnit, auto kStep, class Fast, class Control, class E>
-static inline auto wide_walk(const WithWideStep<kUnit, kStep, Fast>&, const Control& control,
-                             const Arrays<E>&, int32_t len) {
+template <Unit kUnit, auto kStep, bool kOnceInexact, class Fast, class Control, class E>
+static inline auto wide_walk(const WithWideStep<kUnit, kStep, kOnceInexact, Fast>&,
+                             const Control& control, const Arrays<E>&, int32_t len) {
   if constexpr (__is_same(decltype(kStep), decltype(nullptr))) {
     return NoWalk();
   } else {
@@ -75,15 +84,16 @@ static inline auto wide_walk(const WithWideStep<kUnit, kStep, Fast>&, const Cont
   }
 }
 
-// Where the wide step gets nowhere, the kernel's own is left alone for twice as long each time. A wide
-// block has at most sixteen elements, and a kernel's own block divides it.
-template <Unit kUnit, class E>
+// Where the wide step gets nowhere, the kernel's own is left alone for twice as long each time. A
+// wide block has at most sixteen elements, and a kernel's own block divides it.
+template <Unit kUnit, bool kOnceInexact, class E>
 __attribute__((noinline)) static int32_t step_widely(WideWalk<E>* walk, const Arrays<E>& arrays,
                                                      int32_t first, int32_t last, int32_t* end) {
   constexpr int32_t kLongest = 1 << 20;
   int32_t i = first;
   if (i >= walk->next && last - i >= kLeastWideBlock) {
-    i = take_wide_step<kUnit>(walk->step, arrays, i, last);
+    if (!kOnceInexact || inexact_is_raised<kUnit>())
+      i = take_wide_step<kUnit>(walk->step, arrays, i, last);
     if (i > first)
       walk->stretch = kLeastStretch;
     else if (walk->stretch < kLongest)
@@ -98,8 +108,8 @@ template <class Fast>
 static inline const Fast& own_step(const Fast& fast) {
   return fast;
 }
-template <Unit kUnit, auto kStep, class Fast>
-static inline const Fast& own_step(const WithWideStep<kUnit, kStep, Fast>& both) {
+template <Unit kUnit, auto kStep, bool kOnceInexact, class Fast>
+static inline const Fast& own_step(const WithWideStep<kUnit, kStep, kOnceInexact, Fast>& both) {
   return both.fast;
 }
 
@@ -110,14 +120,15 @@ static inline int32_t take_step(const Fast& fast, NoWalk*, const Arrays<E>&, int
   return own_step(fast)(i, last);
 }
 
-template <Unit kUnit, auto kStep, class Fast, class E>
-static inline int32_t take_step(const WithWideStep<kUnit, kStep, Fast>& both, WideWalk<E>* walk,
-                                const Arrays<E>& arrays, int32_t i, int32_t last) {
+template <Unit kUnit, auto kStep, bool kOnceInexact, class Fast, class E>
+static inline int32_t take_step(const WithWideStep<kUnit, kStep, kOnceInexact, Fast>& both,
+                                WideWalk<E>* walk, const Arrays<E>& arrays, int32_t i,
+                                int32_t last) {
   for (;;) {
     int32_t end = last;
     if (walk->step) {
       const Arrays<E> copy = arrays;  // the kernel's own may stay in registers
-      i = step_widely<kUnit>(walk, copy, i, last, &end);
+      i = step_widely<kUnit, kOnceInexact>(walk, copy, i, last, &end);
     }
     i = both.fast(i, end);
     if (i < end || end == last) return i;

@@ -24,15 +24,22 @@ enum Octant { kExchanged = 1, kNegative = 2 };
 
 static const float kTurn[4] = {1, -1, -1, 1};  // sign of atan(r) by octant
 
-// 0 <= n <= d (1 + 2^-20), d > 0.
+// 0 <= n <= d (1 + 2^-20), d > 0, in steps; j is the integer nearest it.
+static inline long double angle_step(long double n, long double d) { return n / d * 64.0f; }
+
+__attribute__((always_inline)) static inline long double angle_near(int octant, int32_t j,
+                                                                    long double n, long double d) {
+  const ExtendedAngles& table = anew(kAtan);
+  const float tangent = table.tangent[j];
+  const Angle& turned = table.angle[octant][j];
+  const long double r = (n - d * tangent) / (d + n * tangent) * kTurn[octant], w = r * r;
+  const double* const s = table.quick;
+  return turned.high + (turned.low + (r + r * w * (s[0] + w * (s[1] + w * s[2]))));
+}
+
 __attribute__((always_inline)) static inline long double angle(int octant, long double n,
                                                                long double d) {
-  const int32_t j = nearest_integer(n / d * 64.0f);
-  const float tangent = kAtan.tangent[j];
-  const Angle& turned = kAtan.angle[octant][j];
-  const long double r = (n - d * tangent) / (d + n * tangent) * kTurn[octant], w = r * r;
-  const double* const s = kAtan.quick;
-  return turned.high + (turned.low + (r + r * w * (s[0] + w * (s[1] + w * s[2]))));
+  return angle_near(octant, nearest_integer(angle_step(n, d)), n, d);
 }
 
 // The angle of (x, y), y >= 0, x of either sign, not both zero, in [0, pi].

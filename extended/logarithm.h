@@ -44,10 +44,11 @@ __attribute__((always_inline)) static inline LogPlace log_place(float x) {
 __attribute__((always_inline)) static inline long double log_sum(long double f, const LogCell& cell,
                                                                  int32_t exponent) {
   const long double r = f * cell.c + cell.c1, w = r * r;
-  const double* const s = kLog.series;
+  const ExtendedLog& table = anew(kLog);
+  const double* const s = table.series;
   const long double series = (s[0] + s[1] * r) + w * ((s[2] + s[3] * r) + w * s[4]);
-  const long double high = exponent * (long double)kLog.two_high + cell.high;
-  const long double low = exponent * (long double)kLog.two_low + cell.low;
+  const long double high = exponent * (long double)table.two_high + cell.high;
+  const long double low = exponent * (long double)table.two_low + cell.low;
   return high + (r + (low + w * (series * r - 0.5f)));
 }
 
@@ -60,12 +61,17 @@ __attribute__((noinline, cold)) static long double log_far(long double x) {
   return log_sum(parts.m * place.scale - 1, *place.cell, place.exponent + parts.exponent);
 }
 
-// log(1 + x), x > -1 and finite.
-static inline long double log1p_core(long double x) {
+// log(1 + x) from the place of 1 + x.
+__attribute__((always_inline)) static inline long double log1p_near(long double x,
+                                                                    const LogPlace& place) {
+  return log_sum(x * place.scale + ((long double)place.scale - 1.0f), *place.cell, place.exponent);
+}
+
+// The same for x > -1, finite.
+__attribute__((always_inline)) static inline long double log1p_core(long double x) {
   const long double sum = 1.0f + x;
   if (__builtin_expect(!is_moderate(sum), false)) return log_far(sum);  // x is the sum
-  const LogPlace place = log_place(store_f32(float(sum)));
-  return log_sum(x * place.scale + ((long double)place.scale - 1.0f), *place.cell, place.exponent);
+  return log1p_near(x, log_place(store_f32(float(sum))));
 }
 
 // ---- With the last bits

@@ -65,6 +65,14 @@ struct BothNearest {
   }
 };
 
+// What computes under them.
+template <class Control>
+constexpr Unit kUnitOf = Unit::kX87;
+template <>
+constexpr Unit kUnitOf<SseNearest> = Unit::kSse;
+template <X87Precision kPrecision>
+constexpr Unit kUnitOf<BothNearest<kPrecision>> = Unit::kBoth;
+
 template <class Control, int32_t kBlock, class E, class Fast, class One>
 static inline Status run_kernel(const Arrays<E>& arrays, int32_t len, Fast fast, One one) {
   if (len < 1) return LUX_BAD_LENGTH;

@@ -9,7 +9,7 @@ from mpmath import mpf
 
 from shared import fits, header
 
-CELLS, LAST = 512, 256
+CELLS, LAST = 1024, 512
 POLYNOMIALS = {
     "kAsin21": ["0x1.596d28p-5", "0x1.8c283cp-6", "0x1.747e4ap-5", "0x1.3301e4p-4", "0x1.5555c8p-3"],
     "kAsin11": ["0x1.823f56p-4", "0x1.5209cep-3"],
@@ -22,6 +22,7 @@ body = [
     "struct Quadratic {",
     "  double c2, c1, c0;",
     "};",
+    f"constexpr int kCells = {CELLS};",
     *header.array(f"Quadratic kQuadratic[{LAST + 1}]", [header.doubles(row[::-1]) for row in rows]),
 ]
 for name, literals in POLYNOMIALS.items():

@@ -23,6 +23,7 @@ body = [
     "struct Quadratic {",
     "  double c2, c1, c0;",
     "};",
+    f"constexpr int kCells = {CELLS};",
     *header.array(f"Quadratic kQuadratic[{LAST + 1}]", [header.doubles(row[::-1]) for row in rows]),
 ]
 for name, literals in POLYNOMIALS.items():

@@ -33,7 +33,20 @@ EXP_ERROR = header.digits(fits.worst(
     lambda r: (1 + r + r**2 * fits.value(EXP, r)) / mpmath.exp(r) - 1, -HALF_LN2, HALF_LN2))
 SINH, SINH_ERROR = odd_fit(mpmath.sinh, 1, 4)
 SINE, SINE_ERROR = odd_fit(mpmath.sin, HALF_PI, 5)
+
+
+def sine_square(x):
+    return mpmath.sin(mpmath.sqrt(x))**2
+
+
+# In w = r^2 as sine and the others are in r.
+SINE_SQUARE = fits.stored(fits.interpolated(
+    lambda w: (sine_square(w) / w - 1) / w, fits.nodes_with_zero((HALF_PI / 2)**2, 4)), 24)
+SINE_SQUARE_ERROR = header.digits(fits.worst(
+    lambda w: (w + w**2 * fits.value(SINE_SQUARE, w)) / sine_square(w) - 1 if w else w, mpf(0),
+    (HALF_PI / 2)**2))
 ATANH, ATANH_ERROR = odd_fit(mpmath.atanh, S_BOUND, 3)
+LONG_ATANH, LONG_ATANH_ERROR = odd_fit(mpmath.atanh, mpf(1) / 3, 5)
 ATAN, ATAN_ERROR = odd_fit(mpmath.atan, 1, 9)
 
 
@@ -56,8 +69,12 @@ header.main("complex/generated/complex_32f_table.h", [
     coefficients("kSinhTail", SINH),
     f"// sin r = r + r^3 P(r^2), |r| <= pi/2: {SINE_ERROR}.",
     coefficients("kSineTail", SINE),
+    f"// sin^2 r = w + w^2 P(w), w = r^2, |r| <= pi/4: {SINE_SQUARE_ERROR}.",
+    coefficients("kSineSquareTail", SINE_SQUARE),
     f"// atanh s = s + s^3 P(s^2), |s| <= 0.1716: {ATANH_ERROR}.",
     coefficients("kAtanhTail", ATANH),
+    f"// The same, |s| <= 1/3: {LONG_ATANH_ERROR}.",
+    coefficients("kLongAtanhTail", LONG_ATANH),
     f"// atan t = t + t^3 P(t^2), |t| <= 1: {ATAN_ERROR}.",
     coefficients("kAtanTail", ATAN),
     "",

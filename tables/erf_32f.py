@@ -5,17 +5,23 @@ from mpmath import mpf
 
 from shared import fits, header
 
-CELLS, SINGLE_CELLS, LAST = 64, 32, 4
+CELLS, SINGLE_CELLS, LAST = 128, 32, 4
 ratio = fits.over_argument(mpmath.erf, 2 / mpmath.sqrt(mpmath.pi))
 
 
 def table(per_unit, bits, around_centre):
-    """Rows, and the errors of the cubics and of their two lowest terms."""
+    """Rows, and the errors of the cubics and of their two lowest terms. In the first of doubles the
+    constant is the ratio at 0, rounded: subnormal results are rounded by it."""
     rows, cubic, linear = [], mpf(0), mpf(0)
     for k in range(per_unit * LAST + 1):
         low, high = max(mpf(2 * k - 1) / (2 * per_unit), mpf(0)), mpf(2 * k + 1) / (2 * per_unit)
         centre = mpf(k) / per_unit if around_centre else mpf(0)
-        row = fits.stored(fits.fit(lambda r: ratio(centre + r), low - centre, high - centre, 4), bits)
+        if k or around_centre:
+            terms = fits.fit(lambda r: ratio(centre + r), low - centre, high - centre, 4)
+        else:
+            at_zero = header.rounded(ratio(mpf(0)), bits)
+            terms = [at_zero, *fits.fit(lambda r: (ratio(r) - at_zero) / r, low, high, 3)]
+        row = fits.stored(terms, bits)
         for u in fits.points(low, high):
             cubic = max(cubic, abs(fits.value(row, u - centre) / ratio(u) - 1))
             linear = max(linear, abs(fits.value(row[:2], u - centre) / ratio(u) - 1))

@@ -14,19 +14,21 @@ def scaled(a):
     return mpmath.exp(a * a) * mpmath.erfc(a)
 
 
-worst, rows = mpf(0), []
+worst, worst_packed, rows = mpf(0), mpf(0), []
 for k in range(LAST + 1):
     centre, low = mpf(k) / CELLS, -HALF if k else mpf(0)
     centre_value = mpmath.erfc(centre)
     curve = lambda r: mpmath.erfc(centre + r) / centre_value
     slope = -2 / mpmath.sqrt(mpmath.pi) * mpmath.exp(-centre**2) / centre_value
-    row = fits.stored(fits.fit(fits.quotient(curve, slope), low, HALF, 7), [53] * 2 + [24] * 5)
+    row = fits.stored(fits.fit(fits.quotient(curve, slope), low, HALF, 7), [53] * 3 + [24] * 4)
     scale = header.rounded(centre_value, 53)
     for r in fits.points(low, HALF):
         error = scale * (1 + r * fits.value(row, r)) / mpmath.erfc(centre + r) - 1
         worst = max(worst, abs(error))
-    rows.append(header.braced([header.singles(row[:1:-1]),
-                               *map(header.double, (row[1], row[0], scale))]))
+        if k <= PACKED_LAST:
+            worst_packed = worst
+    rows.append(header.braced([header.singles(row[:2:-1]),
+                               *map(header.double, (*row[2::-1], scale))]))
 
 packed, cubic, linear = [], mpf(0), mpf(0)
 for k in range(PACKED_LAST + 1):
@@ -54,11 +56,12 @@ def power(name, count):
 
 header.main("kernels/erf/generated/erfc_32f_table.h", [
     f"// erfc(a) by cells of width 1/{CELLS}, k = round({CELLS} a), r = a - k/{CELLS}:",
-    "// scale (1 + r (d1 + r (d2 + r (s[4] + ... + r s[0])))). Relative error at most "
-    f"{header.digits(worst)}.",
+    "// scale (1 + r (d1 + r (d2 + r (d3 + r (s[3] + ... + r s[0]))))). Relative error at most "
+    f"{header.digits(worst)},",
+    f"// {header.digits(worst_packed)} up to k = {PACKED_LAST}.",
     "struct Septic {",
-    "  float s[5];",
-    "  double d2, d1, scale;",
+    "  float s[4];",
+    "  double d3, d2, d1, scale;",
     "};",
     *header.array(f"Septic kSeptic[{len(rows)}]", rows),
     f"// The same cells: erfc(a) = c0 e^-r(a + k/{CELLS}) (1 + c1 r + c2 r^2 + c3 r^3). Relative error",

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Hyperbolic cosine and sine of the multiples of 1/32, and two terms of each series."""
+"""Hyperbolic cosine and sine of the multiples of 1/32, and the first terms of each series."""
 import mpmath
 from mpmath import mpf
 
@@ -21,12 +21,24 @@ S3 = header.rounded(mpf(1) / 6 + second_term(mpf(1) / 120), 24)
 cosh_error = fits.worst(lambda r: (1 + C2 * r**2) / mpmath.cosh(r) - 1, mpf(0), HALF, 1024)
 sinh_error = fits.worst(lambda r: (r + S3 * r**3) / mpmath.sinh(r) - 1 if r else r, mpf(0), HALF, 1024)
 
+# With c2 = 1/2, and s3 the single nearest to 1/6, whose error s5 takes along.
+C4 = header.rounded(mpf(1) / 24 + second_term(mpf(1) / 720), 24)
+THIRD = header.rounded(mpf(1) / 6, 24)
+S5 = header.rounded(mpf(1) / 120 + second_term(mpf(1) / 5040), 24)
+longer_cosh_error = fits.worst(lambda r: (1 + r**2 / 2 + C4 * r**4) / mpmath.cosh(r) - 1, mpf(0), HALF,
+                               1024)
+longer_sinh_error = fits.worst(lambda r: (r + THIRD * r**3 + S5 * r**5) / mpmath.sinh(r) - 1 if r else r,
+                               mpf(0), HALF, 1024)
+
 pairs = [(mpmath.cosh(mpf(j) / CELLS), mpmath.sinh(mpf(j) / CELLS)) for j in range(LAST + 1)]
 header.main("kernels/hyper/generated/hyperbolic_32f_table.h", [
     f"// j = round({CELLS} x), r = x - j/{CELLS}, |r| <= 1/{2 * CELLS}:"
     f" cosh r = 1 + c2 r^2, relative error {header.digits(cosh_error)};",
     f"// sinh r = r + s3 r^3, relative error {header.digits(sinh_error)}.",
     f"constexpr float kC2 = {header.single(C2)}, kS3OverC2 = {header.single(S3 / C2)};",
+    f"// One term more: relative errors {header.digits(longer_cosh_error)} and"
+    f" {header.digits(longer_sinh_error)}.",
+    f"constexpr float kC4 = {header.single(C4)}, kS3 = {header.single(THIRD)}, kS5 = {header.single(S5)};",
     "",
     "struct SingleCell {",
     "  double cosh, sinh;",

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Table of the single-precision reciprocal cube root: 256 quadratics over [1, 2) and the exponent
+"""Table of the single-precision reciprocal cube root: 512 quadratics over [1, 2) and the exponent
 factors, made like those of the cube root, and the constants of the packed estimate.
 
 The estimate y takes the pattern of x apart into 16-bit words, each multiplied by 0x5555 / 2^16 and
@@ -15,7 +15,7 @@ import mpmath
 from cbrt_32f import interval_ends, largest_error, minimax, scaled_factor
 from shared import header
 
-INTERVALS = 256
+INTERVALS = 512
 START = 0x54B7B000  # found by search: the interval's ends have the smallest ratio
 PIECE = 4096        # of the lower word's 65536 values
 

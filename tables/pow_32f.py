@@ -2,15 +2,16 @@
 # SPDX-License-Identifier: MIT
 """Tables and polynomials of the single-precision powers.
 
-x87 part: log2(1 + z) = z Q(z) around 257 reciprocals; 2^r = c2 ((r + c1/c2) r + c0/c2) with c2
-multiplied into 256 powers. Packed part: logarithm by s = (m - 1) / (m + 1), 2^r by one polynomial.
+x87 part: log2(1 + z) = z Q(z) around 513 reciprocals; 2^r = c2 ((r + c1/c2) r + c0/c2) with c2
+multiplied into 512 powers. Packed part: logarithm by s = (m - 1) / (m + 1), 2^r by one polynomial.
 """
 import mpmath
 from mpmath import mpf
 
 from shared import fits, header
 
-CELLS, POWERS = 256, 256
+CELLS, POWERS = 512, 512
+HALVED = 212  # from this cell on, sqrt(2) and more, the exponent counts one more
 
 reciprocals = fits.reciprocals(CELLS, 24, CELLS + 1)
 width = fits.reciprocal_reach(reciprocals, CELLS)
@@ -63,23 +64,26 @@ def packed_exp(name, count, half_width=mpf("0.501")):
 
 c_high, c_low = header.parts(2 / fits.LN2, (12, 24))
 header.main("kernels/explog/generated/pow_32f_table.h", [
+    f"inline constexpr uint32_t kHalvedCell = {HALVED};",
     f"// log2(1 + z) = z Q(z), |z| <= {header.digits(width)}: relative error"
     f" {header.digits(log_error)}.",
     f"// 2^r on |r| <= 1/{2 * POWERS}: relative error {header.digits(exp_error)}.",
     "alignas(64) inline constexpr struct Table {",
-    f"  struct {{ double reciprocal, log2; }} cell[{CELLS + 1}];  // near 1 / (1 + i/{CELLS}), 24 bits",
-    "  double exponent[256];   // of each exponent field",
+    f"  // R near 1 / (1 + i/{CELLS}), 24 bits; -log2 R, from kHalvedCell on less 1.",
+    f"  struct {{ double reciprocal, log2; }} cell[{CELLS + 1}];",
+    "  double exponent[257];   // of each exponent field",
     f"  double power[{POWERS}];      // c2 2^(j/{POWERS})",
     "  double q[4];            // Q, lowest first",
     "  double d1, d0;          // c1/c2, 1/c2",
-    f"  double shifter;         // 1.5 2^44: its ulp is 1/{POWERS}",
+    f"  double shifter;         // 1.5 2^43: its ulp is 1/{POWERS}",
     "} static_const_table = {",
-    *header.block([header.doubles((r, -mpmath.log(r, 2) + 0)) for r in reciprocals]),
-    *header.block([header.double(mpf(field - 127)) for field in range(256)]),
+    *header.block([header.doubles((r, -mpmath.log(r, 2) + 0 - (i >= HALVED)))
+                    for i, r in enumerate(reciprocals)]),
+    *header.block([header.double(mpf(field - 127)) for field in range(257)]),
     *header.block([header.double(c2 * mpmath.power(2, mpf(j) / POWERS)) for j in range(POWERS)]),
     f"    {header.doubles(log_terms)},",
     f"    {header.double(d1)}, {header.double(d0)},",
-    "    0x1.8p+44,",
+    "    0x1.8p+43,",
     "};",
     "",
     "// 2/ln(2) with 12 bits and the rest.",

@@ -53,9 +53,15 @@ class Accuracy(Measured):
             ("cannot be combined", ["Exp_32f", "--at", "1", "--range", "1:2"]),
             ("takes 2 numbers", ["Pow_32f", "--at", "1"]), ("too many", ["Exp_32f", "--at", "1,2"]),
             ("name of a file", ["Floor_32f", "--record", "-"]),
+            ("no function of two singles", ["Hypot_64f", "--pairs", "1"]),
         ]:
             with self.subTest(arguments):
                 self.refused(words, "accuracy", *arguments)
+
+    def test_pairs_tell_the_correctly_rounded(self):
+        for family in "Pow", "Powx", "Atan2", "Div":
+            self.assertIn(b"correctly rounded", luxvm("accuracy", f"luxs{family}_32f_A24", "--pairs", "50000").stdout)
+        self.fails("not the nearest", "accuracy", "luxsPow_32f_A21", "--pairs", "5000")
 
     def test_figures_hang_together(self):
         document = self.measured("Exp_64f_", "Modf_32f")

@@ -6,7 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <string>
+#include <vector>
 
 #include "accuracy/exhaustive.h"
 #include "accuracy/promises.h"
@@ -383,6 +385,34 @@ TEST(Gates, OfAllSinglesNoticeEachFault) {
   }
 }
 
+// One wrong result among those of two slices: in the last place, where exact values come from a curve,
+// and where a whole block is a NaN.
+TEST(Gates, OfAllSinglesBreakThePromiseOfTheNearestNumber) {
+  const struct {
+    Fault fault;
+    uint64_t not_nearest, mismatches;
+  } rows[] = {
+      {sound, 0, 0},
+      {[](Element& e) { e.result[0] ^= e.argument == 0x3F012345; }, 1, 0},
+      {[](Element& e) { e.result[0] &= e.argument == 0x40012345 ? 0 : ~0u; }, 0, 1},
+  };
+  std::vector<Function> functions;
+  for (const auto& row : rows)
+    functions.push_back(with_fault(int(functions.size()), named("luxsAsin_32f_A24"), row.fault));
+  std::vector<const Function*> all;
+  for (const Function& f : functions) all.push_back(&f);
+  bench::Exhaustion exhaustion;
+  exhaustion.done.assign(bench::Exhaustion::kSlices, true);
+  exhaustion.done[0x3F012345u >> 22] = exhaustion.done[0x40012345u >> 22] = false;
+  bench::exhaust(all, exhaustion, 2, nullptr, nullptr, kGoOn);
+  for (size_t i = 0; i < all.size(); ++i) {
+    const Statistics& s = exhaustion.statistics[i];
+    EXPECT_EQ(s.not_nearest, rows[i].not_nearest) << i;
+    EXPECT_EQ(s.mismatches, rows[i].mismatches) << i;
+    EXPECT_EQ(bench::within(s, bench::guarantee(*all[i])), i == 0) << i;
+  }
+}
+
 // One last place beside the correctly rounded quotients.
 TEST(Gates, CountWhatIsNotTheNearestNumber) {
   const Function& sound = named("luxsDiv_32f_A24");
@@ -405,6 +435,7 @@ TEST(Gates, ComparePromisesOfEachKind) {
     Accuracy bound;
     double ulp, relative, normwise;
     bool within;
+    uint64_t not_nearest = 0;
   } rows[] = {
       {{Accuracy::kUlp, 1}, 1.00004, 9, 9, true},
       {{Accuracy::kUlp, 1}, 1.00006, 0, 0, false},
@@ -412,6 +443,8 @@ TEST(Gates, ComparePromisesOfEachKind) {
       {{Accuracy::kRelativeBits, 21}, 0, above, 0, false},
       {{Accuracy::kNormwiseBits, 21}, 9, 9, 0x1p-21, true},
       {{Accuracy::kNormwiseBits, 21}, 0, 0, above, false},
+      {{Accuracy::kNearest, 0.5}, 0.5, 9, 9, true},
+      {{Accuracy::kNearest, 0.5}, 0.5, 0, 0, false, 1},
       {{Accuracy::kExact, 0}, 0, 9, 9, true},
       {{Accuracy::kExact, 0}, 0x1p-20, 0, 0, false},
   };
@@ -420,6 +453,7 @@ TEST(Gates, ComparePromisesOfEachKind) {
     s.worst = {{{}, 0, 0, row.ulp}};
     s.max_relative = row.relative;
     s.max_normwise = row.normwise;
+    s.not_nearest = row.not_nearest;
     EXPECT_EQ(bench::within(s, row.bound), row.within) << &row - rows;
     s.mismatches = 1;
     EXPECT_FALSE(bench::within(s, row.bound)) << &row - rows;
@@ -427,6 +461,7 @@ TEST(Gates, ComparePromisesOfEachKind) {
   for (const auto& [name, promise] : {std::pair{"luxsExp_32f_A11", "2^-11"},
                                       {"luxsExp_32f_A21", "2^-21"},
                                       {"luxsExp_32f_A24", "1 ulp"},
+                                      {"luxsAsin_32f_A24", "0.5 ulp"},
                                       {"luxsExp_64f_A50", "4 ulp"},
                                       {"luxsExp_64f_A53", "1 ulp"},
                                       {"luxsPow_64fc_A53", "2^-52 normwise"},
@@ -480,4 +515,36 @@ TEST(Exhaustive, GoesOnWhereItStopped) {
   bench::exhaust({&f}, halves, 1, nullptr, nullptr, kGoOn);
   EXPECT_EQ(bench::report_of(f, halves.statistics[0], true).dump(),
             bench::report_of(f, whole.statistics[0], true).dump());
+}
+
+// All powers of singles that are numbers of at most 25 bits, and with them all that are the middle of
+// two singles: N^n 2^c for N^(2^k) 2^a to the power n / 2^k.
+TEST(Pow, RoundsEveryShortPowerToNearestEven) {
+  std::vector<float> base, exponent, expected;
+  const auto add = [&](long double x, float y, long double power) {
+    const auto rounded = float(x);
+    if (rounded == 0 || std::isinf(rounded) || (long double)rounded != x) return;
+    base.push_back(rounded);
+    exponent.push_back(y);
+    expected.push_back(float(power));
+  };
+  for (int k = 0; k < 4; ++k)
+    for (uint64_t root = 3; std::pow(double(root), 1 << k) < 0x1p24; root += 2) {
+      const long double significand = std::pow(double(root), 1 << k);
+      uint64_t power = root;
+      for (int n = 1; power < 1 << 25; power *= root, ++n)
+        if (k == 0 ? n > 1 : n % 2 != 0)
+          for (int a = -(152 >> k); a < 128 >> k; ++a)
+            add(std::ldexp(significand, a << k), std::ldexp(float(n), -k),
+                std::ldexp((long double)power, std::clamp(a * n, -300, 300)));
+    }
+  for (int a = -149; a < 128; ++a)
+    for (int c = -160; c <= 130; ++c)
+      if (const float y = float(double(c) / (a ? a : 1)); a && double(y) * a == c)
+        add(std::ldexp(1.0L, a), y, std::ldexp(1.0L, c));
+  ASSERT_GT(base.size(), 700'000u);
+  std::vector<float> power(base.size());
+  luxsPow_32f_A24(base.data(), exponent.data(), power.data(), int32_t(base.size()));
+  for (size_t i = 0; i < base.size(); ++i)
+    ASSERT_EQ(power[i], expected[i]) << base[i] << " to the power " << exponent[i];
 }

@@ -26,7 +26,7 @@ def how(computation, found):
 def rows(computation, ulp_text, bits_text):
     """The largest error in the terms of the promise, of each part."""
     mean = f"{computation.survey['mean_ulp']:.4f}" if computation.survey else "-"
-    head = [computation.family, ", ".join(computation.grades) or "-", computation.promise]
+    head = [computation.family, ", ".join(computation.grades) or "-", computation.stated]
     found = [e for e in computation.all if e["kind"] == computation.kind]
     for e in found:
         part = f"{e['part']}: " if "part" in e else ""

@@ -244,7 +244,7 @@ class Site:
 
     def promise(self, e):
         c = self.computation(e)
-        return c.promises[c.grades.index(e.grade)] if e.grade else "exact"
+        return figures.stated(c.promises[c.grades.index(e.grade)]) if e.grade else "exact"
 
     def family(self, family):
         page = f"functions/{family}"
@@ -295,8 +295,9 @@ class Site:
             if c in shown:
                 continue
             shown.append(c)
+            words = [figures.stated(p) for p in c.promises]
             promised = " ".join(dict.fromkeys(
-                c.promises if len(set(c.promises)) == 1 else [f"{g}: {p}," for g, p in zip(c.grades, c.promises)]))
+                words if len(set(words)) == 1 else [f"{g}: {w}," for g, w in zip(c.grades, words)]))
             found = [x for x in c.all if x["kind"] == c.kind] or [None]
             for i, x in enumerate(found):
                 start = f"| {c.type} | {', '.join(c.grades) or '-'} | {promised.rstrip(',')} |" if i == 0 else "| | | |"

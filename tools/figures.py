@@ -24,6 +24,14 @@ FIGURES = ROOT / "accuracy/figures.json"
 WIDTH = 100
 
 
+NEAREST = "0.5 ulp"
+
+
+def stated(promise):
+    """In the words of the documents."""
+    return promise + ", correctly rounded" if promise == NEAREST else promise
+
+
 class Computation:
     """Grades of a family and type that give the same results."""
 
@@ -36,6 +44,10 @@ class Computation:
     @property
     def promise(self):
         return self.promises[0]  # of the best grade
+
+    @property
+    def stated(self):
+        return stated(self.promise)
 
     @property
     def kind(self):
@@ -78,7 +90,8 @@ CLAUSES = rf"{CLAUSE}(?:[,;]{CLAUSE})*"
 
 def clause(computation, names):
     found, promise = computation.largest(), computation.promise
-    bound = {"ulp": "at most " + promise, "relative": "relative " + promise,
+    bound = {"ulp": "correctly rounded, 0.5 ulp" if promise == NEAREST
+                    else "at most " + promise, "relative": "relative " + promise,
              "normwise": "at most " + promise.split()[0] + " of the magnitude"}[computation.kind]
     return f"{names}{bound} (largest found {error_text(found)})"
 

@@ -120,7 +120,7 @@ def accuracy_rows(own, computations):
         c = next(c for c in computations if (c.family, c.type) == (e.family, e.type)
                  and (not e.grade or e.grade in c.grades))
         found = c.largest()
-        promised = c.promises[c.grades.index(e.grade)] if e.grade else "exact"
+        promised = figures.stated(c.promises[c.grades.index(e.grade)]) if e.grade else "exact"
         unit = " ulp" if found and found["kind"] == "ulp" else ""
         lines.append(f"| {e.type} | {e.grade or '-'} | {promised} | "
                      f"{figures.error_text(found) + unit if found else 'exact'} |")

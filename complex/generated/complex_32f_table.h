@@ -20,8 +20,16 @@ inline constexpr float kSinhTail[4] = {
 inline constexpr float kSineTail[5] = {
     -0x1.9ac124p-26f, 0x1.7174b4p-19f, -0x1.a017fcp-13f, 0x1.11110cp-7f, -0x1.555556p-3f,
 };
+// sin^2 r = w + w^2 P(w), w = r^2, |r| <= pi/4: 7.422e-9.
+inline constexpr float kSineSquareTail[4] = {
+    0x1.1ab3aap-13f, -0x1.9fad5ep-9f, 0x1.6c156p-5f, -0x1.555552p-2f,
+};
 // atanh s = s + s^3 P(s^2), |s| <= 0.1716: 8.453e-10.
 inline constexpr float kAtanhTail[3] = {0x1.31ddd8p-3f, 0x1.995efp-3f, 0x1.55557ap-2f};
+// The same, |s| <= 1/3: 5.695e-10.
+inline constexpr float kLongAtanhTail[5] = {
+    0x1.f112b2p-4f, 0x1.b700e6p-4f, 0x1.25077ap-3f, 0x1.9996bap-3f, 0x1.555558p-2f,
+};
 // atan t = t + t^3 P(t^2), |t| <= 1: 1.927e-8.
 inline constexpr float kAtanTail[9] = {
     -0x1.c846b6p-10f, 0x1.5dd2d6p-7f, -0x1.f77c82p-6f, 0x1.d7175p-5f, -0x1.571f2ap-4f,

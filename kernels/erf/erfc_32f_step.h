@@ -7,7 +7,7 @@
 #include "kernels/erf/generated/erfc_32f_table.h"  // kSeptic, kRow, kPower21, kPower11
 #include "kernels/erf/rows_32f_step.h"
 
-constexpr uint32_t kPackedBound = 0x41130000;  // 9.1875: results are normal below
+constexpr uint32_t kNormal = 0x41130000;  // 9.1875: results are normal below
 
 // Below 2^-40 every grade gives 1, and terms in |x| would be subnormal.
 static inline Singles magnitude_from_least(Singles x) {

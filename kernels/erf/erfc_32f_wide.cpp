@@ -3,8 +3,8 @@
 #include "kernels/wide_step.h"
 
 LUX_WIDE_KERNEL(Erfc, 32f, A21) {
-  return wide_blocks_below(arrays, kPackedBound, first, last, packed_block<4, kPower21, kLanes>);
+  return wide_blocks_below(arrays, kNormal, first, last, packed_block<4, kPower21, kLanes>);
 }
 LUX_WIDE_KERNEL(Erfc, 32f, A11) {
-  return wide_blocks_below(arrays, kPackedBound, first, last, packed_block<2, kPower11, kLanes>);
+  return wide_blocks_below(arrays, kNormal, first, last, packed_block<2, kPower11, kLanes>);
 }

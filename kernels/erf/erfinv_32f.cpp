@@ -14,17 +14,25 @@
 // 2^-12.6. Packed, the coefficients of four cells loaded and transposed. Below 2^-125 sqrt(pi)/2 x
 // by integers.
 //
-// Worst errors (every positive input): A24 0.50003 ulp, at 0x3EEC143B; A21
+// Worst errors (every positive input): A24 0.50000 ulp, at 0x3BBA61FD; A21
 // 2^-21.42 of the result, at 0xBF02382D; A11 2^-12.60, at 0x3C800014.
 #include "kernels/frame.h"
 #include "kernels/erf/erfinv_32f_step.h"
+#include "kernels/nearest_32f.h"
 #include "kernels/screens.h"
+
+constexpr uint32_t kMargin = 0x5000;  // 2^-38.7 and 2^-48
+
+LUX_DOUBLE_KERNEL(ErfInv);
+static constexpr Listed kListed[] = {{}};
 
 template <int kCount>
 static inline void quintic_block(const float* src, float* dst) {
-  alignas(16) float u[4], w[4], sign[4];
+  alignas(16) float argument[4], u[4], w[4], sign[4];
+  double y[kCount];
   const __m128 x = load_elements<kCount>(src);
   const Reduced r = reduce(x);
+  _mm_store_ps(argument, x);
   _mm_store_ps(u, r.u);
   _mm_store_ps(w, r.w);
   _mm_store_ps(sign, sign_of(x));
@@ -32,9 +40,13 @@ static inline void quintic_block(const float* src, float* dst) {
   for (int i = 0; i < kCount; ++i) {
     const double(&c)[6] = kQuintic[cell_of(w + i)];
     const double t = u[i];
-    in_memory(dst + i) = float(((((c[0] * t + c[1]) * t + c[2]) * t + c[3]) * t + c[4]) * t + c[5]);
+    const long double result = ((((c[0] * t + c[1]) * t + c[2]) * t + c[3]) * t + c[4]) * t + c[5];
+    put_copy(y + i, result);
+    put(dst + i, result);
     set_upper_bits(dst + i, load_bits(sign + i));
   }
+  if (any_undecided<kMargin>(y))
+    settle<kMargin, by_double<_noxomp_luxsErfInv_64f_A53, kListed>>(y, argument, dst);
 }
 
 static inline bool all_packed(const float* x) {
@@ -65,12 +77,12 @@ static inline Status erfinv(const float* src, float* dst, int32_t len, Screened 
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<Control, 4>(
       arrays, len,
-      with_wide_step<Unit::kSse, kStep>(arrays, len,
-                                        [=](int32_t i, int32_t last) {
-                                          for (; i < last && screened(src + i); i += 4)
-                                            block(src + i, dst + i);
-                                          return i;
-                                        }),
+      with_wide_step<kUnitOf<Control>, kStep, kUnitOf<Control> != Unit::kSse>(
+          arrays, len,
+          [=](int32_t i, int32_t last) {
+            for (; i < last && screened(src + i); i += 4) block(src + i, dst + i);
+            return i;
+          }),
       [&](int32_t i, Status* status) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
         if (a < kOne) {
@@ -96,7 +108,7 @@ static inline Status packed_erfinv(const float* src, float* dst, int32_t len) {
 }
 
 LUX_KERNEL(ErfInv, 32f, A24, 1_1) {
-  return erfinv<BothNearest<X87_DOUBLE>, nullptr>(
+  return erfinv<BothNearest<X87_DOUBLE>, &WideLibrary::ErfInv_32f_A24>(
       src, dst, len, [](const float* x) { return all_below<4>(x, kOne); },
       [](const float* x, float* y) { quintic_block<4>(x, y); },
       [](const float* x, float* y) { quintic_block<1>(x, y); });

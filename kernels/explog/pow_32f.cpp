@@ -4,7 +4,7 @@
 #include "kernels/explog/pow_32f.h"
 
 LUX_KERNEL(Pow, 32f, A24, 2_1) {
-  return pow_x87({src1, src2, dst, dst}, EachExponent<float>{src2}, len);
+  return pow_x87<&WideLibrary::Pow_32f_A24>({src1, src2, dst, dst}, EachExponent<float>{src2}, len);
 }
 LUX_KERNEL(Pow, 32f, A21, 2_1) {
   return pow_packed<A21, &WideLibrary::Pow_32f_A21>({src1, src2, dst, dst},

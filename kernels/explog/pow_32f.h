@@ -3,15 +3,18 @@
 // Powers of single-precision arrays: what Pow and Powx share; they differ in where the exponent
 // stands.
 //
-// A24, on the x87 unit at 53-bit precision:
+// A24, correctly rounded, on the x87 unit at 53-bit precision:
 //
-//   x = 2^e m, 1 <= m < 2, i = round(256 (m - 1)), z = m R[i] - 1 exactly, |z| <= 2^-9,
-//   log2 x = z Q(z) + log2(1/R[i]) + e,  t = y log2 x,
-//   k = round(256 t), r = t - k/256, 2^t = 2^floor(k/256) T[k mod 256] ((r + D1) r + D0).
+//   x = 2^e m, 1 <= m < 2, i = round(512 (m - 1)), z = m R[i] - 1 exactly, |z| <= 2^-10,
+//   log2 x = z Q(z) - log2 R[i] + e,  t = y log2 x,
+//   k = round(512 t), r = t - k/512, 2^t = 2^floor(k/512) T[k mod 512] ((r + D1) r + D0).
 //
-//   R[0] = 1 and R[256] = 1/2, so that nothing cancels next to 1 and the logarithm keeps its
-//   relative error, 3.7e-13 by Q. At |t| <= 150 that is 4e-11 of the power; the quadratic adds
-//   1.1e-10, and 2^-33 is 0.002 ulp. Powers of two come out exact.
+//   R[0] = 1, and from sqrt(2) on, cell 212, the table has log2 R + 1 with an exponent of one more,
+//   so that nothing cancels next to 1 and the logarithm keeps its relative error: 2.28e-14 by Q and
+//   four roundings, 2.35e-14. At |t| <= 160 that is 2.6e-12 of the power, t's rounding 1.3e-14; the
+//   quadratic adds 1.294e-11, the last products 4e-16: 1.56e-11 together. kMargin allows 1.68e-11,
+//   so that one power of 1771 is undecided and goes to nearest_power.cpp. Powers of two come out
+//   exact.
 //
 // A21, packed single precision:
 //
@@ -26,25 +29,88 @@
 // A11, packed: the same in plain single precision with shorter polynomials; the logarithm's
 // relative error of 2^-21 becomes 2^-14.5 in t, the polynomial adds 2^-17.
 //
-//   ordinary elements   blocks of eight: |x| a normal number, |y| < 2^31, |t| < 126; packed
+//   ordinary elements   blocks of eight: x finite and not 0, |y| < 2^31, |t| < 126; packed
 //                       |t| < 125, since an error of t must not lift a subnormal result. A larger y
-//                       only lets |x| = 1 through, and its products overflow. Signs of negative
-//                       bases with whole exponents are put on the stored results.
-//   others              in every grade by the doubles of A24, for all of a block together, and where
-//                       their error leaves the nearest single open by pow_extended.h
+//                       only lets |x| = 1 through, and its products overflow. Subnormal bases are
+//                       multiplied by 2^24, which is taken from e again. Signs of negative bases with
+//                       whole exponents are put on the stored results.
+//   others              in every grade the nearest single, by the doubles of A24 for all of a block
+//                       together
 //
-// Worst errors found: A24 0.5017 ulp at (0x3E6D0512, 0x41270251); relative A21 2^-22.0, A11 2^-15.0
-// (sampled).
+// Worst errors found, relative: A21 2^-22.0, A11 2^-15.0 (sampled).
 #ifndef LUX_KERNELS_EXPLOG_POW_32F_H
 #define LUX_KERNELS_EXPLOG_POW_32F_H
 
+#include "kernels/nearest_32f.h"
+#include "kernels/explog/nearest_power.h"
 #include "kernels/explog/pow_32f_step.h"
-#include "kernels/explog/pow_extended.h"
 #include "kernels/explog/pow_special.h"
 
 constexpr int32_t kBlock = 8;
+
 // Of an exponent, in the sign bit: too large, or a NaN.
 static inline uint32_t too_large(const float* y) { return kLargeExponent - 1 - upper_magnitude(y); }
+
+// ---- Screening
+
+// Of magnitudes less their fractions: zero, powers of two and infinity raise no flag where they are
+// compared, and depend on no setting.
+static inline __m128 exponents_of(__m128 x) {
+  return _mm_and_ps(x, all_lanes(Format<float>::kInf));
+}
+
+// Of eight.
+struct Magnitudes {
+  __m128 least, largest;
+};
+
+static inline Magnitudes magnitudes_of(__m128 a, __m128 b) {
+  const __m128 first = exponents_of(a), second = exponents_of(b);
+  return {_mm_min_ps(first, second), _mm_max_ps(first, second)};
+}
+
+// Whether no exponent is too large or a NaN.
+static inline bool none_too_large(EachExponent<float> y, int32_t i) {
+  const Magnitudes sizes = magnitudes_of(load_lanes(y.y + i), load_lanes(y.y + i + 4));
+  return in_all_lanes(_mm_cmplt_ps(sizes.largest, all_lanes(kLargeExponent)));
+}
+static inline bool none_too_large(OneExponent<float> y, int32_t) {
+  return sign_bit(~too_large(y.y));
+}
+
+static inline __m128 four_exponents(EachExponent<float> y, int32_t i) {
+  return load_lanes(y.y + i);
+}
+static inline __m128 four_exponents(OneExponent<float> y, int32_t) { return load_all_lanes(y.y); }
+
+// Four bases as normal numbers, and by how many powers of two each was lifted to one.
+struct Lifted {
+  __m128 x, powers;
+};
+
+// Four finite numbers other than 0, the subnormal ones lifted on the x87 unit, which knows no
+// denormals-are-zero.
+static inline Lifted lifted(const float* four) {
+  const __m128 subnormal = _mm_cmpeq_ps(exponents_of(load_lanes(four)), _mm_setzero_ps());
+  alignas(16) float factor[4];
+  float normal[4];
+  _mm_store_ps(factor, select(subnormal, all_lanes(0x1p+24f), all_lanes(1.0f)));
+  for (int lane = 0; lane < 4; ++lane)
+    put(normal + lane, load_extended(four + lane) * factor[lane]);
+  // Of four stores a load as a whole would wait for the last.
+  const __m128 low = _mm_unpacklo_ps(load_lane(normal), load_lane(normal + 1));
+  const __m128 high = _mm_unpacklo_ps(load_lane(normal + 2), load_lane(normal + 3));
+  return {_mm_movelh_ps(low, high), _mm_and_ps(subnormal, all_lanes(24.0f))};
+}
+
+static inline uint32_t zero_or_not_finite(const float* x) {
+  return outside(upper_magnitude(x), 1, Format<float>::kInf);
+}
+
+// Of eight.
+static inline bool none_zero_or_not_finite(const float* x) {
+  return none_outside<kBlock>([=](int lane) { return zero_or_not_finite(x + lane); });
+}
 
 // Upper words of bounds of |t|.
 constexpr uint32_t kNormalResults = 0x405F8000;  // 126
@@ -53,17 +119,21 @@ constexpr uint32_t kSurelyBeyond = 0x40640000;   // 160
 
 // ---- x87
 
+// In a power's last places as a double, of which it has at most 2^53.
+constexpr uint32_t kMargin = 0x25000;
+
 // Of m times 2^(exponent field of `bits` - 127); m and `bits` have one fraction.
 static inline double log2_of(float m, uint32_t bits) {
   const auto& table = static_const_table;
-  const auto& cell = table.cell[((bits & Format<float>::kFraction) + 0x4000) >> 15];
+  constexpr uint32_t kHalfCell = 0x2000, kUp = 0x800000 - ((kHalvedCell << 14) - kHalfCell);
+  const auto& cell = table.cell[((bits & Format<float>::kFraction) + kHalfCell) >> 14];
   const double z = m * cell.reciprocal - 1.0f;
   return (((table.q[3] * z + table.q[2]) * z + table.q[1]) * z + table.q[0]) * z +
-         (cell.log2 + table.exponent[bits >> 23]);
+         (cell.log2 + table.exponent[(bits + kUp) >> 23]);
 }
 
 struct Power {
-  double value;  // to be multiplied by 2^floor(k/256)
+  double value;  // to be multiplied by 2^floor(k/512)
   int32_t k;
 };
 
@@ -74,14 +144,13 @@ static inline Power exp2_of(double t) {
   put_copy(&grid, u);
   const int32_t k = int32_t(load_words(&grid).lower);
   const double r = t - (u - table.shifter);
-  return {((r + table.d1) * r + table.d0) * table.power[k & 255], k};
+  return {((r + table.d1) * r + table.d0) * table.power[k & 511], k};
 }
 
 // Powers of magnitudes.
 template <int kCount>
 struct Powers {
   double t[kCount];
-  uint32_t plain[kCount];    // by the table alone, where |t| < 126
   uint32_t nearest[kCount];  // infinity and zero included
 };
 
@@ -91,32 +160,28 @@ struct KnownPower {
   uint32_t operator()(const float*, const float*) const { return power; }
 };
 
-// The nearest single where the doubles leave it open.
-static uint32_t extended_nearest(const float* x, const float* y) {
-  double base, exponent;
-  put(&base, load_extended(x));  // a copy of a subnormal single would trap where underflow does
-  put(&exponent, load_extended(y));
-  const X87Nearest<X87_EXTENDED> control;
-  const float power = store_f32(float(extended_pow(&base, &exponent)));
-  control.leave();
-  return load_bits(&power);
-}
-
 // Where an operand is a NaN, infinite or a base 0, 1 takes its place, and where the power has no real
 // value: what comes out for such an element means nothing, and no flag is raised for it.
 template <int kCount, class Exponent>
 __attribute__((noinline)) static void finite_powers(const float* x, Exponent y, int32_t i,
                                                     Powers<kCount>* powers) {
   constexpr uint32_t kInf = Format<float>::kInf, kOne = Format<float>::kOne;
-  constexpr float kError = 0x1p-32f;  // of a power with |t| <= 160
+  constexpr float kError = kMargin * 0x1p-53f;
   float base[kCount], exponent[kCount], above[kCount], below[kCount];
+  double value[kCount];
+  bool any_finite = false;
   for (int lane = 0; lane < kCount; ++lane) {
     const float* const y_lane = y.at(i + lane);
     const uint32_t word = upper_word(x + i + lane), a = word & ~kSignUpper;
     const bool real = whole(y_lane).is | !sign_bit(word);
     const bool finite = real & (a - 1 < kInf - 1) & (upper_magnitude(y_lane) < kInf);
+    any_finite |= finite;
     store_bits(base + lane, finite ? a : kOne);
     store_bits(exponent + lane, finite ? load_bits(y_lane) : kOne);
+  }
+  if (!any_finite) {
+    for (double& t : powers->t) t = 0;
+    return;
   }
   for (int lane = 0; lane < kCount; ++lane) {
     float normal, m;
@@ -130,51 +195,88 @@ __attribute__((noinline)) static void finite_powers(const float* x, Exponent y, 
     store_bits(&m, (bits & Format<float>::kFraction) | kOne);
     powers->t[lane] = (log2_of(m, bits) - lifted) * exponent[lane];
   }
-  for (double& t : powers->t)
-    if (!all_below<1>(&t, kSurelyBeyond)) t = sign_bit(upper_word(&t)) ? -160 : 160;
   for (int lane = 0; lane < kCount; ++lane) {
-    const Power power = exp2_of(powers->t[lane]);
-    const int32_t n = power.k >> 8;
+    double& t = powers->t[lane];
+    if (!all_below<1>(&t, kSurelyBeyond)) {
+      const bool vanishes = sign_bit(upper_word(&t));
+      store_bits(above + lane, vanishes ? 0 : kInf);
+      store_bits(below + lane, vanishes ? 0 : kInf);
+      continue;
+    }
+    const Power power = exp2_of(t);
+    const int32_t n = power.k >> 9;
     float some, others;
     store_bits(&some, uint32_t((n >> 1) + 127) << 23);
     store_bits(&others, uint32_t(n - (n >> 1) + 127) << 23);
-    const float plain = store_f32(float(power.value));
-    powers->plain[lane] = load_bits(&plain) + (uint32_t(n) << 23);
-    const double value = power.value * some * others;
-    above[lane] = float(value + value * kError);
-    below[lane] = float(value - value * kError);
+    value[lane] = power.value * some * others;
+    above[lane] = float(value[lane] + value[lane] * kError);
+    below[lane] = float(value[lane] - value[lane] * kError);
   }
   for (int lane = 0; lane < kCount; ++lane) {
     const uint32_t nearest = load_bits(above + lane);
     powers->nearest[lane] = nearest == load_bits(below + lane)
                                 ? nearest
-                                : extended_nearest(base + lane, exponent + lane);
+                                : noxs_nearest_power(base + lane, exponent + lane, value[lane]);
   }
 }
 
-// Eight or one whose results are normal numbers. Stores nothing otherwise.
-template <int kCount, class Exponent>
+// Powers in [1, 2), rounded, and what is to be added to their patterns.
+struct Rounded {
+  float value;
+  uint32_t addend;
+};
+
+template <uint32_t kMargin, int kCount, class Exponent>
+__attribute__((noinline, cold)) static void settle(const float* x, Exponent y, int32_t i,
+                                                   const uint32_t* sign,
+                                                   const double (&value)[kCount],
+                                                   Rounded (&rounded)[kCount]) {
+  for (int lane = 0; lane < kCount; ++lane) {
+    if (!is_undecided<kMargin>(value + lane)) continue;
+    double about = value[lane];
+    add_to_upper_word(&about, uint32_t(int32_t(rounded[lane].addend - sign[lane]) >> 3));
+    store_bits(&rounded[lane].value, noxs_nearest_power(x + i + lane, y.at(i + lane), about));
+    rounded[lane].addend = sign[lane];
+  }
+}
+
+// Eight bases as normal numbers, and the powers of two that each was lifted by.
+struct Eight {
+  alignas(16) float x[kBlock], powers[kBlock];
+};
+
+// Eight or one whose results are normal numbers; with `lifted` in place of bases of which some are
+// subnormal. Stores nothing otherwise.
+template <int kCount, bool kLifted, class Exponent>
 static inline bool x87_ordinary(const float* x, Exponent y, float* dst, int32_t i,
-                                const uint32_t* sign) {
+                                const uint32_t* sign, const Eight* lifted) {
+  const float* const base = kLifted ? lifted->x : x + i;
   alignas(16) float m[kBlock];
-  double t[kCount];
+  double t[kCount], value[kCount];
+  Rounded rounded[kCount];
   for (int lane = 0; lane < kCount; lane += 4)
-    _mm_store_ps(m + lane,
-                 significand_of(kCount == 1 ? load_lane(x + i) : load_lanes(x + i + lane)));
+    _mm_store_ps(m + lane, significand_of(kCount == 1 ? load_lane(base) : load_lanes(base + lane)));
 #pragma GCC unroll 8
   for (int lane = 0; lane < kCount; ++lane)
-    t[lane] = log2_of(m[lane], upper_magnitude(x + i + lane)) * in_memory(y.at(i + lane));
+    t[lane] =
+        (log2_of(m[lane], upper_magnitude(base + lane)) - (kLifted ? lifted->powers[lane] : 0)) *
+        in_memory(y.at(i + lane));
   if (!all_below<kCount>(t, kNormalResults)) return false;
 #pragma GCC unroll 8
   for (int lane = 0; lane < kCount; ++lane) {
     const Power power = exp2_of(t[lane]);
-    const float value = store_f32(float(power.value));
-    store_bits(dst + i + lane, load_bits(&value) + (uint32_t(power.k >> 8) << 23) + sign[lane]);
+    put_copy(value + lane, power.value);
+    put(&rounded[lane].value, power.value);
+    rounded[lane].addend = (uint32_t(power.k >> 9) << 23) + sign[lane];
   }
+  if (any_undecided_lane<kMargin>(value)) settle<kMargin>(x, y, i, sign, value, rounded);
+#pragma GCC unroll 8
+  for (int lane = 0; lane < kCount; ++lane)
+    store_bits(dst + i + lane, load_bits(&rounded[lane].value) + rounded[lane].addend);
   return true;
 }
 
-// The step for one element. ordinary(i, t, plain) stores one that is computed as in a block, perhaps
+// The step for one element. ordinary(i, t, nearest) stores one that is computed as in a block, perhaps
 // with what is known of it; a block that has others is computed once more at its first element,
 // before any is stored.
 template <class Exponent, class Ordinary>
@@ -189,7 +291,7 @@ struct OneElement {
     const int lane = i % kBlock;
     const bool in_block = i < whole;
     if (in_block && lane == 0) finite_powers(arrays.src1, y, i, block);
-    if (ordinary(i, in_block ? block->t + lane : nullptr, block->plain + lane)) return;
+    if (ordinary(i, in_block ? block->t + lane : nullptr, block->nearest + lane)) return;
     Powers<1> alone;
     if (!in_block) finite_powers(arrays.src1, y, i, &alone);
     const uint32_t power = in_block ? block->nearest[lane] : alone.nearest[0];
@@ -204,50 +306,95 @@ static inline OneElement<Exponent, Ordinary> one_element(const Arrays<float>& ar
   return {arrays, y, len - len % kBlock, block, ordinary};
 }
 
+// Of eight; null where one of a negative base may have no real value.
+template <class Exponent>
+__attribute__((noinline)) static const uint32_t* signs_of_eight(__m128 first, __m128 second,
+                                                                Exponent y, int32_t i,
+                                                                uint32_t* own) {
+  __m128 sign_a, sign_b;
+  if (!packed_signs(first, four_exponents(y, i), &sign_a) ||
+      !packed_signs(second, four_exponents(y, i + 4), &sign_b))
+    return nullptr;
+  store_lanes(reinterpret_cast<float*>(own), sign_a);
+  store_lanes(reinterpret_cast<float*>(own + 4), sign_b);
+  return own;
+}
+
+template <class Exponent>
+__attribute__((noinline)) static bool x87_with_subnormals(const float* x, Exponent y, float* dst,
+                                                          int32_t i, const uint32_t* sign) {
+  if (!none_zero_or_not_finite(x + i)) return false;
+  Eight bases;
+  for (int lane = 0; lane < kBlock; lane += 4) {
+    const Lifted four = lifted(x + i + lane);
+    _mm_store_ps(bases.x + lane, four.x);
+    _mm_store_ps(bases.powers + lane, four.powers);
+  }
+  return x87_ordinary<kBlock, true>(x, y, dst, i, sign, &bases);
+}
+
 // Whole blocks of ordinary elements.
 template <class Exponent>
 static inline int32_t x87_blocks(const float* x, Exponent y, float* dst, int32_t i, int32_t last) {
   uint32_t own[kBlock];
   for (; i < last; i += kBlock) {
-    const uint32_t* const sign = signs_in_domain<kBlock, too_large>(x, y, i, own);
-    if (!sign || !x87_ordinary<kBlock>(x, y, dst, i, sign)) break;
+    const __m128 first = load_lanes(x + i), second = load_lanes(x + i + 4);
+    const Magnitudes sizes = magnitudes_of(first, second);
+    const bool finite = in_all_lanes(_mm_cmplt_ps(sizes.largest, all_lanes(Format<float>::kInf)));
+    if (!finite || !none_too_large(y, i)) break;
+    const uint32_t* sign = kNoSigns;
+    if (_mm_movemask_ps(_mm_or_ps(first, second)) != 0)
+      sign = signs_of_eight(first, second, y, i, own);
+    if (!sign) break;
+    const bool normal = in_all_lanes(_mm_cmplt_ps(_mm_setzero_ps(), sizes.least));
+    if (!(__builtin_expect(normal, 1) ? x87_ordinary<kBlock, false>(x, y, dst, i, sign, nullptr)
+                                      : x87_with_subnormals(x, y, dst, i, sign)))
+      break;
   }
   return i;
 }
 
-template <class Exponent>
+template <auto kStep, class Exponent>
 static Status pow_x87(const Arrays<float>& arrays, Exponent y, int32_t len) {
   const float* const x = arrays.src1;
   float* const dst = arrays.dst1;
   Powers<kBlock> block;
   return run_kernel<X87Nearest<X87_DOUBLE>, kBlock>(
-      arrays, len, [=](int32_t i, int32_t last) { return x87_blocks(x, y, dst, i, last); },
-      one_element(arrays, y, len, &block, [=](int32_t i, const double* t, const uint32_t* plain) {
+      arrays, len,
+      with_wide_step<Unit::kX87, kStep, true>(
+          arrays, len, [=](int32_t i, int32_t last) { return x87_blocks(x, y, dst, i, last); }),
+      one_element(arrays, y, len, &block, [=](int32_t i, const double* t, const uint32_t* nearest) {
         uint32_t own;
         const uint32_t* const sign = signs_in_domain<1, too_large>(x, y, i, &own);
         if (!sign) return false;
-        if (!t) return x87_ordinary<1>(x, y, dst, i, sign);
+        if (!t) return x87_ordinary<1, false>(x, y, dst, i, sign, nullptr);
         if (!all_below<1>(t, kNormalResults)) return false;
-        store_bits(dst + i, *plain + *sign);
+        store_bits(dst + i, *nearest + *sign);
         return true;
       }));
 }
 
 // ---- Packed
 
-static inline __m128 four_exponents(EachExponent<float> y, int32_t i) {
-  return load_lanes(y.y + i);
+template <class Grade>
+static inline Split packed_product(const Lifted& base, __m128 y) {
+  const Base reduced = reduce(base.x);
+  return Grade::product({reduced.e - base.powers, reduced.z}, zero_if_tiny(y));
 }
-static inline __m128 four_exponents(OneExponent<float> y, int32_t) { return load_all_lanes(y.y); }
 
-// A block of bases whose magnitudes are normal numbers. Stores nothing if a power is not ordinary.
-template <class Grade, bool kSigned, class Exponent>
-static inline bool packed_block(const float* x, Exponent y, float* dst, int32_t i) {
-  const __m128 x_a = load_lanes(x + i), x_b = load_lanes(x + i + 4);
+static inline __m128 signs_among(__m128 x) { return x; }
+static inline __m128 signs_among(const Lifted& base) { return base.x; }
+
+// Stores nothing if a power is not ordinary.
+template <class Grade, bool kSigned, class Bases, class Exponent>
+static inline bool packed_block(const Bases& x_a, const Bases& x_b, Exponent y, float* dst,
+                                int32_t i) {
   const __m128 y_a = four_exponents(y, i), y_b = four_exponents(y, i + 4);
   __m128 sign_a, sign_b;
   if constexpr (kSigned)
-    if (!packed_signs(x_a, y_a, &sign_a) || !packed_signs(x_b, y_b, &sign_b)) return false;
+    if (!packed_signs(signs_among(x_a), y_a, &sign_a) ||
+        !packed_signs(signs_among(x_b), y_b, &sign_b))
+      return false;
   const Split a = packed_product<Grade>(x_a, y_a), b = packed_product<Grade>(x_b, y_b);
   if (!in_range(a.whole) || !in_range(b.whole)) return false;
   const __m128 first = power<Grade>(a), second = power<Grade>(b);
@@ -257,20 +404,47 @@ static inline bool packed_block(const float* x, Exponent y, float* dst, int32_t 
 }
 
 template <class Grade, class Exponent>
+__attribute__((noinline)) static bool packed_with_subnormals(const float* x, Exponent y, float* dst,
+                                                             int32_t i) {
+  if (!none_zero_or_not_finite(x + i)) return false;
+  _mm_empty();
+  const Lifted first = lifted(x + i), second = lifted(x + i + 4);
+  return packed_block<Grade, true>(first, second, y, dst, i);
+}
+
+template <class Grade, class Exponent>
 __attribute__((noinline)) static bool packed_with_negatives(const float* x, Exponent y, float* dst,
                                                             int32_t i) {
-  return !sign_bit(any_not_normal<kBlock>(x + i)) && packed_block<Grade, true>(x, y, dst, i);
+  return packed_block<Grade, true>(load_lanes(x + i), load_lanes(x + i + 4), y, dst, i);
+}
+
+// kRare: without a copy of the steps for positive bases.
+template <class Grade, bool kRare, class Exponent>
+static inline bool packed_or_none(const float* x, Exponent y, float* dst, int32_t i) {
+  const __m128 zero = _mm_setzero_ps(), first = load_lanes(x + i), second = load_lanes(x + i + 4);
+  const Magnitudes sizes = magnitudes_of(first, second);
+  if (!none_too_large(y, i) ||
+      !in_all_lanes(_mm_cmplt_ps(sizes.largest, all_lanes(Format<float>::kInf))))
+    return false;
+  if (!in_all_lanes(_mm_cmplt_ps(zero, sizes.least)))
+    return packed_with_subnormals<Grade>(x, y, dst, i);
+  if (kRare || _mm_movemask_ps(_mm_or_ps(first, second)) != 0)
+    return packed_with_negatives<Grade>(x, y, dst, i);
+  return packed_block<Grade, false>(first, second, y, dst, i);
 }
 
 template <class Grade, class Exponent>
 static inline int32_t packed_blocks(const float* x, Exponent y, float* dst, int32_t i,
                                     int32_t last) {
+  // Beside the packed steps integer instructions cost nothing, as long as there are few of them.
+  constexpr bool kByIntegers = __is_same(Exponent, OneExponent<float>);
   for (; i < last; i += kBlock) {
-    const uint32_t exponents = any_outside<kBlock, too_large>(y, i);
-    const bool positive = !sign_bit(exponents | any_not_positive<kBlock>(x + i));
-    if (positive ? !packed_block<Grade, false>(x, y, dst, i)
-                 : sign_bit(exponents) || !packed_with_negatives<Grade>(x, y, dst, i))
+    if (kByIntegers &&
+        !sign_bit(any_outside<kBlock, too_large>(y, i) | any_not_positive<kBlock>(x + i))) {
+      if (!packed_block<Grade, false>(load_lanes(x + i), load_lanes(x + i + 4), y, dst, i)) break;
+    } else if (!packed_or_none<Grade, kByIntegers>(x, y, dst, i)) {
       break;
+    }
   }
   _mm_empty();
   return i;
@@ -279,9 +453,15 @@ static inline int32_t packed_blocks(const float* x, Exponent y, float* dst, int3
 // An ordinary element comes out the same whatever stands beside it.
 template <class Grade>
 static inline bool packed_element(const float* x, const float* y, float* dst) {
-  const __m128 bases = load_all_lanes(x), exponents = load_all_lanes(y);
+  const __m128 exponents = load_all_lanes(y);
+  Lifted bases = {load_all_lanes(x), _mm_setzero_ps()};
+  if (upper_magnitude(x) < Format<float>::kSmallestNormal) {
+    float normal;
+    put(&normal, load_extended(x) * 0x1p+24f);
+    bases = {load_all_lanes(&normal), all_lanes(24.0f)};
+  }
   __m128 sign;
-  if (!packed_signs(bases, exponents, &sign)) return false;
+  if (!packed_signs(bases.x, exponents, &sign)) return false;
   const Split t = packed_product<Grade>(bases, exponents);
   const bool ordinary = in_range(t.whole);
   if (ordinary) store_lane(dst, _mm_or_ps(power<Grade>(t), sign));
@@ -311,8 +491,7 @@ __attribute__((noinline)) static bool packed_tail(const float* x, Exponent y, in
       _mm_store_ps(exponents + lane, load_tail(y.y, lane, n));
   }
   if constexpr (__is_same(Exponent, EachExponent<float>)) y = {exponents};
-  const bool ordinary = !sign_bit(any_outside<kBlock, too_large>(y, 0)) &&
-                        packed_with_negatives<Grade>(bases, y, results, 0);
+  const bool ordinary = packed_or_none<Grade, true>(bases, y, results, 0);
   _mm_empty();
   return ordinary;
 }
@@ -343,7 +522,7 @@ static Status pow_packed(const Arrays<float>& arrays, Exponent y, int32_t len) {
           }
         }
         return !(t && !all_below<1>(t, kPackedResults)) &&
-               !sign_bit(too_large(y.at(i)) | any_not_normal<1>(x + i)) &&
+               !sign_bit(too_large(y.at(i)) | zero_or_not_finite(x + i)) &&
                packed_element<Grade>(x + i, y.at(i), dst + i);
       }));
 }

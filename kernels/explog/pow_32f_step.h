@@ -44,8 +44,8 @@ struct Split {
 struct A21 {
   static Singles fraction_power(Singles r) { return rising_polynomial(kLongExp, r); }
 
-  static Split product(Singles x, Singles y) {
-    const auto [e, z] = reduce(x);
+  static Split product(const Base& x, Singles y) {
+    const auto [e, z] = x;
     const Singles inverse = 1.0f / (z + 2.0f);
     const Singles s_high = leading_half(z * inverse), z_high = leading_half(z);
     const Singles remainder = ((z - (s_high + s_high)) - s_high * z_high) - s_high * (z - z_high);
@@ -65,8 +65,8 @@ struct A21 {
 struct A11 {
   static Singles fraction_power(Singles r) { return rising_polynomial(kShortExp, r); }
 
-  static Split product(Singles x, Singles y) {
-    const auto [e, z] = reduce(x);
+  static Split product(const Base& x, Singles y) {
+    const auto [e, z] = x;
     const Singles s = z / (z + 2.0f);
     const Singles t = y * (e + s * rising_polynomial(kShortLog, s * s));
     const Singles k = to_grid<1>(t).multiple;
@@ -104,7 +104,7 @@ static inline bool packed_signs(Singles x, Singles y, Singles* sign) {
 
 template <class Grade>
 static inline Split packed_product(Singles x, Singles y) {
-  return Grade::product(x, zero_if_tiny(y));
+  return Grade::product(reduce(x), zero_if_tiny(y));
 }
 
 #endif

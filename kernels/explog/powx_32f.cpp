@@ -30,7 +30,8 @@ struct Packed {
 
 LUX_KERNEL(Powx, 32f, A24, 2_1_1) {
   const Arrays<float> arrays = {src, &scalar, dst, dst};
-  return powx<Nearest>(arrays, len, Special(), [&](auto y) { return pow_x87(arrays, y, len); });
+  return powx<Nearest>(arrays, len, Special(),
+                       [&](auto y) { return pow_x87<&WideLibrary::Powx_32f_A24>(arrays, y, len); });
 }
 LUX_KERNEL(Powx, 32f, A21, 2_1_1) {
   const Arrays<float> arrays = {src, &scalar, dst, dst};

@@ -70,22 +70,21 @@ struct RefinedRoot {
 
   template <int kTwice, int kCount>
   static void compute(const float* x, float* dst) {
-    float estimate[kCount], base[kCount];
-    if constexpr (kCount == 1) {
-      base[0] = in_memory(x);
-      store_lane(estimate, direct_power<kTwice>(load_all_lanes(x)));
-    } else {
-      for (int lane = 0; lane < kCount; lane += 4) {
-        const __m128 four = load_lanes(x + lane);
-        store_lanes(base + lane, four);
-        store_lanes(estimate + lane, direct_power<kTwice>(four));
-      }
+    constexpr int kRoom = kCount == 1 ? 4 : kCount;
+    alignas(16) float estimate[kRoom], base[kRoom], half[kRoom], second[kRoom];
+    for (int lane = 0; lane < kCount; lane += 4) {
+      const __m128 four = load_elements < kCount == 1 ? 1 : 4 > (x + lane);
+      const __m128 power = direct_power<kTwice>(four);
+      _mm_store_ps(base + lane, four);
+      _mm_store_ps(estimate + lane, power);
+      _mm_store_ps(half + lane, power * 0.5f);
+      _mm_store_ps(second + lane, power * 0.375f);
     }
 #pragma GCC unroll 8
     for (int lane = 0; lane < kCount; ++lane) {
       const long double y = load_extended(estimate + lane);
       const long double e = 1.0f - y * y * base[lane];
-      put(dst + lane, (0.375f * e + 0.5f) * e * y + y);
+      put(dst + lane, (second[lane] * e + half[lane]) * e + y);
     }
   }
 };

@@ -40,23 +40,33 @@ __attribute__((noinline)) static void cbrt_subnormal(const float* src, float* ds
   put(dst, quadratic(u, m) * static_const_table.subnormal_factor[third >> 19 & 3] * scale);
 }
 
+// Whole blocks up to the first with a zero, a subnormal, an infinity or a NaN.
+static inline int32_t cbrt_blocks(const float* src, float* dst, int32_t i, int32_t last) {
+  for (; i < last; i += 4) {
+    double dropped[4];
+    const __m128 x = load_lanes(src + i);
+    if (!all_normal(x)) break;
+    cbrt_block<false>(static_const_table, src + i, x, dropped, dst + i);
+  }
+  return i;
+}
+
 static Status cbrt_32f(const float* src, float* dst, int32_t len) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<X87Nearest<X87_DOUBLE>, 4>(
       arrays, len,
       with_wide_step<Unit::kX87, &WideLibrary::Cbrt_32f_A24>(
-          arrays, len,
-          [=](int32_t i, int32_t last) {
-            return cbrt_blocks(static_const_table, src, dst, i, last);
-          }),
+          arrays, len, [=](int32_t i, int32_t last) { return cbrt_blocks(src, dst, i, last); }),
       [=](int32_t i, Status*) {
         const uint32_t x = load_bits(src + i), a = magnitude<float>(x);
-        if (a >= Format<float>::kInf || a == 0)
+        if (a >= Format<float>::kInf || a == 0) {
           store_bits(dst + i, quieted<float>(x));
-        else if (a < Format<float>::kSmallestNormal)
+        } else if (a < Format<float>::kSmallestNormal) {
           cbrt_subnormal(src + i, dst + i);
-        else
-          cbrt_element(static_const_table, src + i, dst + i);
+        } else {
+          double dropped[1];
+          cbrt_element(static_const_table, src + i, dropped, dst + i);
+        }
       });
 }
 

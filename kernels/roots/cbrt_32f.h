@@ -7,7 +7,7 @@
 //   +-|x|^d = +-((c2[j] m + c1[j]) m + c0[j]) 2^((E - 127) d), rounded once.
 //
 // The power of two with the sign comes from one table. They differ in their tables, also in how
-// many quadratics these have.
+// many quadratics these have, and in that the reciprocal cube root keeps the results before rounding.
 #ifndef LUX_KERNELS_ROOTS_CBRT_32F_H
 #define LUX_KERNELS_ROOTS_CBRT_32F_H
 
@@ -26,62 +26,60 @@ template <class Table>
 constexpr uint32_t kQuadratics = sizeof(Table::c0) / sizeof(double);
 
 // Assembly. Operands: src, dst, the block; m, the significands; table; upper and j to work with;
-// shift and index, for the number of the quadratic; c2, c1, c0 and factor, offsets in the table.
-#define CBRT_ELEMENT(lane)                    \
-  "movl 4*" #lane                             \
-  "(%[src]), %[upper]\n\t"                    \
-  "flds 4*" #lane                             \
-  "+%[m]\n\t"                                 \
-  "movl %[upper], %[j]\n\t"                   \
-  "shrl %[shift], %[j]\n\t"                   \
-  "andl %[index], %[j]\n\t"                   \
-  "fldl %c[c2](%[table],%[j])\n\t"            \
-  "fmul %%st(1), %%st\n\t"                    \
-  "shrl $23, %[upper]\n\t"                    \
-  "faddl %c[c1](%[table],%[j])\n\t"           \
-  "fmulp %%st, %%st(1)\n\t"                   \
-  "faddl %c[c0](%[table],%[j])\n\t"           \
-  "fmull %c[factor](%[table],%[upper],8)\n\t" \
-  "fstps 4*" #lane "(%[dst])\n\t"
+// shift and index, for the number of the quadratic; c2, c1, c0 and factor, offsets in the table; y,
+// where results are kept as doubles.
+#define CBRT_ELEMENT(lane, keep)    \
+  "movl 4*" #lane                   \
+  "(%[src]), %[upper]\n\t"          \
+  "flds 4*" #lane                   \
+  "+%[m]\n\t"                       \
+  "movl %[upper], %[j]\n\t"         \
+  "shrl %[shift], %[j]\n\t"         \
+  "andl %[index], %[j]\n\t"         \
+  "fldl %c[c2](%[table],%[j])\n\t"  \
+  "fmul %%st(1), %%st\n\t"          \
+  "shrl $23, %[upper]\n\t"          \
+  "faddl %c[c1](%[table],%[j])\n\t" \
+  "fmulp %%st, %%st(1)\n\t"         \
+  "faddl %c[c0](%[table],%[j])\n\t" \
+  "fmull %c[factor](%[table],%[upper],8)\n\t" keep(lane) "fstps 4*" #lane "(%[dst])\n\t"
+
+#define CBRT_DROP(lane)
+#define CBRT_KEEP(lane) "fstl 8*" #lane "+%[y]\n\t"
 
 #define CBRT_LANES(elements)                                                                 \
   asm volatile(elements                                                                      \
-               : [upper] "=&r"(upper), [j] "=&r"(j)                                          \
+               : [upper] "=&r"(upper), [j] "=&r"(j), [y] "=o"(y)                             \
                : [m] "o"(m), [src] "r"(src), [dst] "r"(dst), [table] "r"(&table),            \
                  [shift] "i"(20 - __builtin_popcount(kIndex)), [index] "i"(kIndex * 8),      \
                  [c2] "i"(offsetof(Table, c2)), [c1] "i"(offsetof(Table, c1)),               \
                  [c0] "i"(offsetof(Table, c0)), [factor] "i"(offsetof(Table, scaled_factor)) \
                : "cc", LUX_X87_STACK)
 
-template <class Table>
-static inline void cbrt_block(const Table& table, const float* src, __m128 x, float* dst) {
+// Four normal numbers, x.
+template <bool kKeep, class Table>
+static inline void cbrt_block(const Table& table, const float* src, __m128 x, double (&y)[4],
+                              float* dst) {
   constexpr uint32_t kIndex = kQuadratics<Table> - 1;
   alignas(16) float m[4];
   uint32_t upper, j;
   _mm_store_ps(m, significand_of(x));
-  CBRT_LANES(CBRT_ELEMENT(0) CBRT_ELEMENT(1) CBRT_ELEMENT(2) CBRT_ELEMENT(3));
+  if constexpr (kKeep)
+    CBRT_LANES(CBRT_ELEMENT(0, CBRT_KEEP) CBRT_ELEMENT(1, CBRT_KEEP) CBRT_ELEMENT(2, CBRT_KEEP)
+                   CBRT_ELEMENT(3, CBRT_KEEP));
+  else
+    CBRT_LANES(CBRT_ELEMENT(0, CBRT_DROP) CBRT_ELEMENT(1, CBRT_DROP) CBRT_ELEMENT(2, CBRT_DROP)
+                   CBRT_ELEMENT(3, CBRT_DROP));
 }
 
 // One normal number.
 template <class Table>
-static inline void cbrt_element(const Table& table, const float* src, float* dst) {
+static inline void cbrt_element(const Table& table, const float* src, double (&y)[1], float* dst) {
   constexpr uint32_t kIndex = kQuadratics<Table> - 1;
   float m;
   uint32_t upper, j;
   store_bits(&m, (load_bits(src) & Format<float>::kFraction) | Format<float>::kOne);
-  CBRT_LANES(CBRT_ELEMENT(0));
-}
-
-// Whole blocks up to the first with a zero, a subnormal, an infinity or a NaN.
-template <class Table>
-static inline int32_t cbrt_blocks(const Table& table, const float* src, float* dst, int32_t i,
-                                  int32_t last) {
-  for (; i < last; i += 4) {
-    const __m128 x = load_lanes(src + i);
-    if (!all_normal(x)) break;
-    cbrt_block(table, src + i, x, dst + i);
-  }
-  return i;
+  CBRT_LANES(CBRT_ELEMENT(0, CBRT_KEEP));
 }
 
 #endif

@@ -2,7 +2,8 @@
 //
 // Reciprocal cube root of single-precision arrays.
 //
-//   A24        one of 256 quadratics, on the x87 unit; see kernels/roots/cbrt_32f.h
+//   A24        one of 512 quadratics, on the x87 unit; see kernels/roots/cbrt_32f.h. They are
+//              off by 2^-34.53 of the result, the 53-bit steps by 2^-51
 //   A21, A11   packed. y from the pattern of x: a constant less a third of the exponent and
 //              fraction bits, taken in 16-bit words on the MMX unit, with the sign of x;
 //                y1 = y (s0 + s1 c + s2 c^2),  c = (x y) (y y)     relative error 2^-14.94
@@ -13,8 +14,9 @@
 //   normal x      blocks of four
 //   subnormal x   x = +-n 2^-149 with an integer n: the same for 2 n, times 2^50
 //
-// Worst error, every positive input: A24 0.5053 ulp, at 0x3F8061DB; A21 2^-23.16 of the result, at
+// Worst error, every positive input: A24 0.5000 ulp, at 0x01358575; A21 2^-23.16 of the result, at
 // 0x007CE41F; A11 2^-14.93, at 0x007D613C.
+#include "kernels/nearest_32f.h"
 #include "kernels/roots/cbrt_32f.h"
 #include "kernels/roots/invcbrt_32f_step.h"
 
@@ -91,16 +93,40 @@ static inline void inverse_cube_root(const Arrays<float>& arrays, int32_t i, Sta
   }
 }
 
+LUX_DOUBLE_KERNEL(InvCbrt);
+static constexpr Listed kListed[] = {{}};
+
+constexpr uint32_t kMargin = 0x5A000;  // 2^-34.5
+constexpr auto* kAccurate = by_double<_noxomp_luxsInvCbrt_64f_A53, kListed>;
+
+static inline int32_t table_blocks(const float* src, float* dst, int32_t i, int32_t last) {
+  for (; i < last; i += 4) {
+    double y[4];
+    const __m128 x = load_lanes(src + i);
+    if (!all_normal(x)) break;
+    cbrt_block<true>(static_const_table, src + i, x, y, dst + i);
+    if (any_undecided<kMargin>(y)) {
+      alignas(16) float argument[4];
+      _mm_store_ps(argument, x);
+      settle<kMargin, kAccurate>(y, argument, dst + i);
+    }
+  }
+  return i;
+}
+
 static Status table_driven(const float* src, float* dst, int32_t len) {
   const Arrays<float> arrays = {src, src, dst, dst};
   return run_kernel<X87Nearest<X87_DOUBLE>, 4>(
       arrays, len,
-      [=](int32_t i, int32_t last) { return cbrt_blocks(static_const_table, src, dst, i, last); },
+      with_wide_step<Unit::kX87, &WideLibrary::InvCbrt_32f_A24, true>(
+          arrays, len, [=](int32_t i, int32_t last) { return table_blocks(src, dst, i, last); }),
       [&](int32_t i, Status* status) {
         inverse_cube_root(arrays, i, status, [](uint32_t x, float* y) {
           float normal;
+          double kept[1];
           store_bits(&normal, x);
-          cbrt_element(static_const_table, &normal, y);
+          cbrt_element(static_const_table, &normal, kept, y);
+          if (any_undecided<kMargin>(kept)) settle<kMargin, kAccurate>(kept, &normal, y);
         });
       });
 }

@@ -10,6 +10,7 @@ inline namespace table_atan_32f {
 struct Quadratic {
   double c2, c1, c0;
 };
+constexpr int kCells = 512;
 alignas(64) inline constexpr Quadratic kQuadratic[513] = {
     {-0x1.5555555555555p-2, 0.0, 0x1p+0},
     {-0x1.555418892bb5fp-2, -0x1.86657b1db3174p-27, 0x1.0000000007cccp+0},
