@@ -24,6 +24,11 @@ std::string file_of_wide_library() {
                      luxvmGetLibVersion()->version);
 }
 
+bool switched_off() {
+  const char* const wish = secure_getenv("LUXVM_WIDE");
+  return wish && *wish && wish[strspn(wish, "0")] == 0;
+}
+
 struct Loaded {
   WidePath path;
   WideHead* head = nullptr;
@@ -36,11 +41,11 @@ Loaded look() {
   path.file = file_of_wide_library();
   void* const handle = dlopen(path.file.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (handle) found.head = static_cast<WideHead*>(dlsym(handle, "luxvmk3_wide"));
-  path.taken = found.head && found.head->enabled;
+  path.taken = found.head && found.head->least_length != kNeverWide;
+  if (path.taken) path.least_length = found.head->least_length;
   if (path.taken) return found;
-  const char* const wish = secure_getenv("LUXVM_WIDE");
   const char* const missing = found.head ? found.head->missing() : nullptr;
-  if (wish && strcmp(wish, "0") == 0)
+  if (switched_off())
     path.why = "LUXVM_WIDE is 0";
   else if (access(path.file.c_str(), F_OK) != 0)
     path.why = "there is no wide library";
@@ -74,11 +79,14 @@ std::vector<const Function*> functions_with_own_step() {
 }
 
 void take_path(Path path) {
-  if (!wide_path().taken) {
-    if (path == Path::narrow) return;
+  if (wide_path().taken)
+    set_least_wide_length(path == Path::wide ? wide_path().least_length : kNeverWide);
+  else if (path == Path::wide)
     throw Failure(fmt::format("there is no wide path: {}", wide_path().why));
-  }
-  __atomic_store_n(&loaded().head->enabled, path == Path::wide, __ATOMIC_SEQ_CST);
+}
+
+void set_least_wide_length(int32_t length) {
+  __atomic_store_n(&loaded().head->least_length, length, __ATOMIC_SEQ_CST);
 }
 
 }  // namespace bench

@@ -7,6 +7,8 @@
 //                ordinary or special as a whole, but for a few
 //   alone        blocks of one element, so that its flags show
 //   mixed        short arrays of all lengths and alignments, ordinary elements and others
+//
+// The last two under various control words.
 #include "cli/check_paths.h"
 
 #include "bench/arguments.h"
@@ -31,7 +33,7 @@
 
 using bench::Path;
 
-constexpr int32_t kChunk = 4096;
+constexpr int32_t kChunk = 4096, kShortest = 8;
 
 // What a call leaves.
 struct Left {
@@ -40,15 +42,29 @@ struct Left {
   uint64_t reports = 0;
 };
 
-// Both units' flags are clear before.
-static Left call(const Function& f, const Arrays& arrays, int32_t n, Path path) {
-  bench::take_path(path);
-  Left left;
+// The caller's: directions and precision, flush-to-zero, denormals-are-zero. Nothing is unmasked.
+struct Control {
+  uint16_t x87 = 0x037F;
   uint32_t mxcsr = 0x1F80;
+};
+constexpr Control kControls[] = {
+    {}, {}, {0x037F, 0x1FC0}, {0x0B7F, 0x5F80}, {0x007F, 0xFFC0}, {0x067F, 0x3F80}};
+
+// Both units' flags are clear before.
+static Left call(const Function& f, const Arrays& arrays, int32_t n, Path path,
+                 const Control& control) {
+  bench::set_least_wide_length(path == Path::wide ? kShortest : INT32_MAX);
+  Left left;
+  uint32_t mxcsr;
   uint16_t x87;
-  asm volatile("fnclex\n\tldmxcsr %0" : : "m"(mxcsr) : "memory");
+  asm volatile("fnclex\n\tfldcw %0\n\tldmxcsr %1"
+               :
+               : "m"(control.x87), "m"(control.mxcsr)
+               : "memory");
   left.status = f.call(arrays, n);
   asm volatile("fnstsw %0\n\tstmxcsr %1" : "=m"(x87), "=m"(mxcsr) : : "memory");
+  const Control usual;
+  asm volatile("fldcw %0\n\tldmxcsr %1" : : "m"(usual.x87), "m"(usual.mxcsr) : "memory");
   left.flags = (x87 & 0x3Fu) | (mxcsr & 0x3Fu) << 8;
   left.reports = take_sum_of_reports();
   return left;
@@ -72,6 +88,7 @@ class Comparison {
 
   unsigned char* source(int i) { return bytes_.data() + size_t(i) * array_bytes() + offset_; }
   void set_offset(int offset) { offset_ = offset; }
+  void set_control(const Control& control) { control_ = control; }
 
   uint64_t pattern(int i, int32_t element) {
     uint64_t x = 0;
@@ -107,7 +124,7 @@ class Comparison {
         to.assign(size + 16, 0xA5);
         arrays.destination[d] = to.data() + offset_ % 16;
       }
-      left[int(path)] = call(f_, arrays, n, path);
+      left[int(path)] = call(f_, arrays, n, path, control_);
     }
     found_.compared += uint64_t(n);
     for (int d = 0; d < f_.shape.destinations; ++d)
@@ -147,6 +164,7 @@ class Comparison {
   Found& found_;
   std::vector<unsigned char> bytes_, narrow_[2], wide_[2];
   int offset_ = 0;
+  Control control_;
 };
 
 // ---- What is compared
@@ -182,6 +200,7 @@ static void compare_mixed(const Function& f, Comparison& c, Random& random) {
   for (int k = 0; k < kCalls; ++k) {
     const int32_t n = 1 + int32_t(random.below(kLongest));
     c.set_offset(int(random.below(16)));
+    c.set_control(kControls[random.below(std::size(kControls))]);
     const uint64_t others = random.below(3) ? random.below(40) : 0;  // of 256
     for (int source = 0; source < 2; ++source)
       for (int32_t i = 0; i < n; ++i)
@@ -193,13 +212,16 @@ static void compare_mixed(const Function& f, Comparison& c, Random& random) {
 
 static void compare_alone(const Function& f, Comparison& c, Random& random) {
   constexpr int kCalls = 40000;
+  constexpr int32_t kAlone = 2 * kShortest;
   for (int k = 0; k < kCalls; ++k) {
+    c.set_control(kControls[random.below(std::size(kControls))]);
     for (int source = 0; source < 2; ++source) {
       const uint64_t x = some_pattern(f, source, random, k % 4 == 0);
-      for (int32_t i = 0; i < 16; ++i) c.set(source, i, x);
+      for (int32_t i = 0; i < kAlone; ++i) c.set(source, i, x);
     }
-    c.compare(16);
+    c.compare(kAlone);
   }
+  c.set_control({});
 }
 
 // Every so-many-th chunk of singles, shares of the work dealt to the workers in turn.

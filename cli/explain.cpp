@@ -65,12 +65,11 @@ static std::string why_never(const Function& f, const Decision& d, const Machine
   return "the cost exceeds every length";
 }
 
-constexpr int32_t kLeastWideBlock = 8;
-
 static std::string why_not_wide(const Function& f, int32_t n) {
   if (!bench::wide_path().taken) return bench::wide_path().why;
   if (!bench::has_wide_step(f)) return "there is no wide step for it";
-  if (n < kLeastWideBlock) return "there is no whole wide block of 8";
+  if (const int32_t least = bench::wide_path().least_length; n < least)
+    return fmt::format("calls are wide from {} elements on", least);
   return "";
 }
 

@@ -327,6 +327,7 @@ const std::vector<JsonFormat>& json_formats() {
            {"settings.cliffs", "true"},
            {"settings.milliseconds", "--milliseconds"},
            {"settings.passes", "--passes"},
+           {"settings.path", "--path"},
            {"rows[].name", "the export"},
            {"rows[].family", "its family"},
            {"rows[].type", "its type"},

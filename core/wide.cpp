@@ -42,10 +42,19 @@ static bool find_file(char* path, size_t size) {
   return true;
 }
 
-__attribute__((constructor)) static void find_wide_library() {
+// What the environment says, where it may.
+static int32_t wished_length() {
   const char* const wish = secure_getenv("LUXVM_WIDE");
+  char* end = nullptr;
+  const unsigned long length = wish ? strtoul(wish, &end, 10) : 0;
+  if (!wish || end == wish || *end || length > INT32_MAX) return kLeastWideLength;
+  return length == 0 ? kNeverWide : length < kLeastWideBlock ? kLeastWideBlock : int32_t(length);
+}
+
+__attribute__((constructor)) static void find_wide_library() {
+  const int32_t least_length = wished_length();
   char path[4096];
-  if ((wish && strcmp(wish, "0") == 0) || !processor_may_have_it() || !find_file(path, sizeof path))
+  if (least_length == kNeverWide || !processor_may_have_it() || !find_file(path, sizeof path))
     return;
   void* const handle = dlopen(path, RTLD_NOW | RTLD_LOCAL);
   if (!handle) {
@@ -58,6 +67,6 @@ __attribute__((constructor)) static void find_wide_library() {
     dlclose(handle);
     return;
   }
-  library->head.enabled = 1;
+  library->head.least_length = least_length;
   __atomic_store_n(&taken_in, library, __ATOMIC_RELEASE);
 }

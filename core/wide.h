@@ -24,10 +24,11 @@ template <class E>
 using WideStep = int32_t (*)(const Arrays<E>& arrays, int32_t first, int32_t last,
                              uint32_t* x87_flags);
 
-constexpr int32_t kLeastWideBlock = 8;
-
 struct WideLibrary {
   WideHead head;
+  bool takes(int32_t len) const {
+    return len >= __atomic_load_n(&head.least_length, __ATOMIC_RELAXED);
+  }
 #define LUX_WIDE_STEP(step, type, export) WideStep<LUX_ELEMENT_##type> step;
 #include "core/wide.def"
 };

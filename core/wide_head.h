@@ -6,11 +6,16 @@
 
 #include <stdint.h>
 
+// From this length on a call is worth the way to a step; and that of calls that take none.
+constexpr int32_t kLeastWideLength = 32, kNeverWide = INT32_MAX;
+constexpr int32_t kLeastWideBlock = 8;
+
 struct WideHead {
   // Only where it is that of the main library do the steps give the bits of its kernels, and have the
   // layout that it knows.
   char identity[48];
-  int32_t enabled;  // 1 from when the main library takes the steps in; 0 takes them out again
+  // Of calls that take the steps; set by the main library when it takes them in.
+  int32_t least_length = kNeverWide;
   const char* (*missing)();  // what the steps need and this machine lacks; null: nothing
   const char* exports;       // the functions with a step, a space behind each name
 };

@@ -1,25 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "core/wide_walk.h"
 
-#include "core/control.h"
-
-constexpr uint32_t kSseMasks = 0x1F80, kDenormalsAreZero = 0x40;
 constexpr uint16_t kInexact = 0x20;  // on both units
-
-template <>
-bool wide_fits_control<Unit::kSse>() {
-  return (sse_control() & (kSseMasks | kDenormalsAreZero)) == kSseMasks;
-}
-
-template <>
-bool wide_fits_control<Unit::kX87>() {
-  return (x87_control() & kX87Flags) == kX87Flags;
-}
-
-template <>
-bool wide_fits_control<Unit::kBoth>() {
-  return wide_fits_control<Unit::kX87>() && wide_fits_control<Unit::kSse>();
-}
 
 template <>
 bool inexact_is_raised<Unit::kX87>() {
@@ -44,7 +26,7 @@ int32_t take_wide_step(WideStep<E> step, const Arrays<E>& arrays, int32_t i, int
   uint32_t flags = 0;
   if constexpr (kUnit == Unit::kX87) {
     const uint32_t caller = sse_control();
-    sse_load(kSseMasks);
+    sse_load(kSseMasked);
     i = step(arrays, i, last, &flags);
     flags = sse_control() & kSseFlags;
     sse_load(caller);

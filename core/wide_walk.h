@@ -5,18 +5,28 @@
 #ifndef LUX_CORE_WIDE_WALK_H
 #define LUX_CORE_WIDE_WALK_H
 
+#include "core/control.h"
 #include "core/wide.h"
 
-// The library that was found, or one that is not enabled.
+// The library that was found, or one that takes no call.
 const WideLibrary& wide_library();
 
 // The unit in which a kernel's own step computes, and raises flags.
 enum class Unit { kSse, kX87, kBoth };
 
-// Whether a wide step may do a kernel's work under the caller's control words: an exception that
-// the caller has unmasked is to trap where the kernel's own step traps, and on that unit.
-template <Unit kUnit>
-bool wide_fits_control();
+// Whether a wide step may do a kernel's work under the caller's control words: an exception that the
+// caller has unmasked is to trap where the kernel's own step traps, and on that unit.
+constexpr uint32_t kSseMasked = 0x1F80, kDenormalsAreZero = 0x40;
+
+template <Unit kUnit, class Control>
+static inline bool wide_fits(const Control& control) {
+  bool fits = true;
+  if constexpr (kUnit != Unit::kX87) fits = (control.callers_sse() & kSseMasked) == kSseMasked;
+  if constexpr (kUnit != Unit::kSse) fits &= (control.callers_x87() & kX87Flags) == kX87Flags;
+  // Doubles that take the place of the x87 unit must see a subnormal single as it is.
+  if constexpr (kUnit == Unit::kBoth) fits &= !(control.callers_sse() & kDenormalsAreZero);
+  return fits;
+}
 
 // Whether the flag of an inexact result is raised on the unit, or on both.
 template <Unit kUnit>
@@ -46,30 +56,30 @@ static inline auto with_wide_step(const Arrays<E>&, int32_t, const Fast& fast) {
   return WithWideStep<kUnit, kStep, kOnceInexact, Fast>{fast};
 }
 
+constexpr int32_t kLeastStretch = 16;
+
 template <class E>
 struct WideWalk {
   WideStep<E> step = nullptr;
-  int32_t stretch = 0, next = 0;
+  int32_t stretch = kLeastStretch, next = 0;
 };
 
 // Of a step alone.
 struct NoWalk {};
-template <class Fast, class E>
-static inline NoWalk wide_walk(const Fast&, const Arrays<E>&, int32_t) {
+template <class Fast, class Control, class E>
+static inline NoWalk wide_walk(const Fast&, const Control&, const Arrays<E>&, int32_t) {
   return {};
 }
 
-template <Unit kUnit, auto kStep, bool kOnceInexact, class Fast, class E>
+template <Unit kUnit, auto kStep, bool kOnceInexact, class Fast, class Control, class E>
 static inline auto wide_walk(const WithWideStep<kUnit, kStep, kOnceInexact, Fast>&,
-                             const Arrays<E>&, int32_t len) {
+                             const Control& control, const Arrays<E>&, int32_t len) {
   if constexpr (__is_same(decltype(kStep), decltype(nullptr))) {
     return NoWalk();
   } else {
     WideWalk<E> walk;
-    if (len >= kLeastWideBlock) {
-      const WideLibrary& library = wide_library();
-      if (__atomic_load_n(&library.head.enabled, __ATOMIC_RELAXED)) walk.step = library.*kStep;
-    }
+    const WideLibrary& library = wide_library();
+    if (library.takes(len) && wide_fits<kUnit>(control)) walk.step = library.*kStep;
     return walk;
   }
 }
@@ -79,12 +89,7 @@ static inline auto wide_walk(const WithWideStep<kUnit, kStep, kOnceInexact, Fast
 template <Unit kUnit, bool kOnceInexact, class E>
 __attribute__((noinline)) static int32_t step_widely(WideWalk<E>* walk, const Arrays<E>& arrays,
                                                      int32_t first, int32_t last, int32_t* end) {
-  constexpr int32_t kLeastStretch = 16, kLongest = 1 << 20;
-  if (walk->stretch == 0) {
-    walk->stretch = kLeastStretch;
-    if (!wide_fits_control<kUnit>()) walk->step = nullptr;
-    if (!walk->step) return first;
-  }
+  constexpr int32_t kLongest = 1 << 20;
   int32_t i = first;
   if (i >= walk->next && last - i >= kLeastWideBlock) {
     if (!kOnceInexact || inexact_is_raised<kUnit>())

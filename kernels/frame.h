@@ -42,12 +42,14 @@ __attribute__((noinline, cold)) static void _ErrorCall(const Arrays<E>& arrays, 
 // The control words that a kernel computes under.
 struct SseNearest {
   uint32_t caller = sse_enter();
+  uint32_t callers_sse() const { return caller; }
   void leave() const { sse_leave(caller); }
 };
 
 template <X87Precision kPrecision>
 struct X87Nearest {
   uint16_t caller = x87_enter(kPrecision);
+  uint16_t callers_x87() const { return caller; }
   void leave() const { x87_leave(caller, kPrecision); }
 };
 
@@ -55,6 +57,8 @@ template <X87Precision kPrecision>
 struct BothNearest {
   SseNearest sse;
   X87Nearest<kPrecision> x87;
+  uint32_t callers_sse() const { return sse.caller; }
+  uint16_t callers_x87() const { return x87.caller; }
   void leave() const {
     x87.leave();
     sse.leave();
@@ -75,7 +79,7 @@ static inline Status run_kernel(const Arrays<E>& arrays, int32_t len, Fast fast,
   if (!arrays.src1 || !arrays.src2 || !arrays.dst1 || !arrays.dst2) return LUX_NULL_POINTER;
 
   const Control control;
-  auto walk = wide_walk(fast, arrays, len);
+  auto walk = wide_walk(fast, control, arrays, len);
   Status status = LUX_OK;
   const int32_t whole = len - len % kBlock;
   int32_t i = 0;

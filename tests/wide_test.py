@@ -57,7 +57,7 @@ class Wide(unittest.TestCase):
         print(told["why"] or f"wide steps for {told['exports']} functions")
         self.assertEqual(told["taken"], HAS_AVX2)
         self.assertEqual(told["file"], str(self.copy))
-        path = json.loads(luxvm("explain", "luxsExp_32f_A11", "--n", "8", "--json").stdout)["path"]
+        path = json.loads(luxvm("explain", "luxsExp_32f_A11", "--n", "32", "--json").stdout)["path"]
         self.assertEqual(path, "wide" if HAS_AVX2 else "narrow")
 
     def test_of_the_own_folder_alone(self):

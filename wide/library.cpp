@@ -35,7 +35,7 @@ extern "C" {
 __attribute__((visibility("default"))) WideLibrary luxvmk3_wide = {
     {
         LUX_WIDE_IDENTITY,
-        0,
+        kNeverWide,
         missing,
 #define LUX_WIDE_EXPORT(export) #export " "
 #include "core/wide.def"

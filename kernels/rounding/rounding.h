@@ -293,10 +293,8 @@ __attribute__((noinline)) static int32_t step_widely(WideStep<E> step, const Arr
 
 template <auto kStep, class E>
 static inline int32_t begin_widely(const Arrays<E>& arrays, int32_t len) {
-  if (len < kLeastWideBlock) return 0;
   const WideLibrary& library = wide_library();
-  if (!__atomic_load_n(&library.head.enabled, __ATOMIC_RELAXED)) return 0;
-  return step_widely(library.*kStep, arrays, len);
+  return library.takes(len) ? step_widely(library.*kStep, arrays, len) : 0;
 }
 
 template <class E>
