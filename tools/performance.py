@@ -10,6 +10,7 @@ says above its marker line is left as it is. --check says whether the page is wh
 import argparse
 import fnmatch
 import json
+import math
 import os
 import re
 import subprocess
@@ -63,24 +64,25 @@ def curve_names(functions, type_name):
 def runs(functions):
     """The name of each run's file, and what `luxvm bench` is told."""
     best = [f["name"] for f in functions if f["grade"] in BEST]
+    narrow = ["--path", "narrow"]
     yield "all", ["--compare"]
-    yield "without_sse2", ["--compare", "--without-sse2"]
-    yield "cliffs", ["--cliffs"]
-    yield "special", [*best, "--special", "1%"]
-    yield "blocks", [*best, "--special", "4"]
-    yield "offset", [*best, "--offset", "0,1"]
+    yield "without_sse2", ["--compare", "--without-sse2", *narrow]
+    yield "cliffs", ["--cliffs", *narrow]
+    yield "special", [*best, "--special", "1%", *narrow]
+    yield "blocks", [*best, "--special", "4", *narrow]
+    yield "offset", [*best, "--offset", "0,1", *narrow]
     if any(f["family"] in ("Sin", "Cos", "SinCos", "Tan") and f["type"] in ("32f", "64f")
            for f in functions):
-        yield "large", ["--large", "--compare"]
+        yield "large", ["--large", "--compare", *narrow]
     for type_name in TYPES:
         if names := curve_names(functions, type_name):
             # A call over a million complex powers takes a tenth of a second.
             longest = 100000 if type_name.endswith("c") else 1000000
-            yield f"length_{type_name}", [*names, "--n", f"1:{longest}"]
+            yield f"length_{type_name}", [*names, "--n", f"1:{longest}", *narrow]
     processors = len(os.sched_getaffinity(0))
     names = [f["name"] for f in functions if f["name"] in THREADED]
     if processors > 1 and names:
-        yield "threads", [*names, "--n", "threshold", "--threads", f"1,{processors}"]
+        yield "threads", [*names, "--n", "threshold", "--threads", f"1,{processors}", *narrow]
 
 
 def is_complete(path, newer_than):
@@ -141,7 +143,7 @@ def compared(rows, without):
             "type": row["type"], "family": row["family"], "grade": row["grade"],
             "cycles": min(own, default=None), "median": rounded(row["cycles"]["median"])}
         figures = {"one_call": rounded(row.get("call_beyond_element"), 1)}
-        figures |= {peer: least(row, peer) for peer in PEERS}
+        figures |= {peer: least(row, peer) for peer in ("wide", *PEERS)}
         figures["libm_without_sse2"] = least(other, "libm") if other else None
         exports[row["name"]] |= {key: value for key, value in figures.items() if value is not None}
     return exports
@@ -347,6 +349,40 @@ def comparison(machines, section, keep):
     return table(heads, rows)
 
 
+def geometric_mean(values):
+    return math.exp(sum(map(math.log, values)) / len(values)) if values else None
+
+
+def wide_part(machines):
+    """The exports that have wide steps, and how the two paths compare."""
+    for m in machines:
+        wide = {n: e for n, e in m["exports"].items() if e.get("wide") and e["cycles"]}
+        if not wide:
+            continue
+        means = []
+        for title, names in (("A24", [n for n in wide if n.endswith("_A24")]),
+                             ("A21 and A11", [n for n in wide if n.endswith(("_A21", "_A11"))]),
+                             ("rounding", [n for n in wide if wide[n]["grade"] is None])):
+            times = {n: wide[n]["cycles"] / wide[n]["wide"] for n in names}
+            beside = [wide[n]["sleef_avx2"] / wide[n]["wide"] for n in names if wide[n].get("sleef_avx2")]
+            if times:
+                worst = min(times, key=times.get)
+                means.append([title, str(len(times)), number(geometric_mean(list(times.values()))),
+                              f"{number(times[worst])} (`{worst}`)", str(len(beside)),
+                              number(geometric_mean(beside))])
+        yield f"## Wide steps, machine {m['letter']}\n"
+        yield ("Cycles per element without and with the optional library of AVX2 steps, which give the same "
+               "bits, and how many times as long SLEEF's AVX2 function takes as the wide step. All other "
+               "sections are without it.\n\n"
+               + table(["Exports", "Number", "Geometric mean of the gain", "Least", "With a SLEEF function",
+                        "Geometric mean beside it"], means)
+               + "\n"
+               + table(["Export", "Without", "With", "Times", "SLEEF AVX2"],
+                       [[f"`{n}`", cycles(e["cycles"]), cycles(e["wide"]), number(e["cycles"] / e["wide"]),
+                         number(e["sleef_avx2"] / e["wide"] if e.get("sleef_avx2") else None)]
+                        for n, e in wide.items()]))
+
+
 def plot_file(rows, n, directory, name):
     """A machine's figures in the form that luxvm draws from."""
     def figure(value):
@@ -399,6 +435,7 @@ def page_parts(machines, explanations):
         yield picture(f"speed_{type_name}", f"Cycles per element of every {type_name} family on machine "
                       f"{letter}, bars on a logarithmic scale")
         yield comparison(machines, "exports", lambda e: e["type"] == type_name)
+    yield from wide_part(machines)
     if "lengths" in newest:
         yield "## Over the length\n"
         yield ("Short arrays pay for the call; beyond some 10 000 elements the arrays leave the first "
