@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "accuracy/exhaustive.h"
+#include "accuracy/workers.h"
 #include "catalog/require.h"
 
 #include <fmt/format.h>
@@ -9,10 +10,8 @@
 #include <bit>
 #include <chrono>
 #include <cstring>
-#include <exception>
 #include <mutex>
 #include <stdexcept>
-#include <thread>
 
 namespace bench {
 namespace {
@@ -495,11 +494,9 @@ void exhaust(const std::vector<const Function*>& grades, Exhaustion& exhaustion,
   std::atomic<size_t> next{0};
   std::vector<Floor> floors(grades.size());
   std::mutex mutex;
-  std::exception_ptr failure;
-  std::atomic<bool> failed{false};
   auto saved = Clock::now();
-  const auto work = [&] {
-    try {
+  try {
+    on_threads(threads, [&](const std::atomic<bool>& failed) {
       const auto exhauster = std::make_unique<Exhauster>(grades, floors);
       for (size_t i; !stop && !failed && (i = next++) < left.size();) {
         std::vector<Statistics> own(grades.size());
@@ -521,19 +518,12 @@ void exhaust(const std::vector<const Function*>& grades, Exhaustion& exhaustion,
           saved = Clock::now();
         }
       }
-    } catch (...) {
-      const std::lock_guard lock(mutex);
-      failure = std::current_exception();
-      failed = true;
-    }
-    mpfr_free_cache();
-  };
-  std::vector<std::thread> workers;
-  for (int i = 1; i < threads; ++i) workers.emplace_back(work);
-  work();
-  for (std::thread& worker : workers) worker.join();
+    });
+  } catch (...) {
+    if (save) save();
+    throw;
+  }
   if (save) save();
-  if (failure) std::rethrow_exception(failure);
 }
 
 }  // namespace bench

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "accuracy/pairs.h"
+#include "accuracy/workers.h"
 #include "catalog/random.h"
 
 #include <math.h>
 
 #include <algorithm>
 #include <bit>
-#include <exception>
 #include <mutex>
-#include <thread>
 
 namespace bench {
 namespace {
@@ -167,34 +166,22 @@ PairCount try_pairs(const Function& function, uint64_t pairs, uint64_t seed, int
   std::atomic<uint64_t> next{0};
   PairCount all;
   std::mutex mutex;
-  std::exception_ptr failure;
-  const auto work = [&] {
-    try {
-      const auto trier = std::make_unique<Trier>(function);
-      PairCount own;
-      // Each block has random numbers of its own, whichever thread tries it.
-      for (uint64_t block; !stop && (block = next++) < blocks;) {
-        trier->try_block({Random{seed * 0x100000001B3u + block}.next()}, own);
-        if (block % 256 != 0) continue;
-        const std::lock_guard lock(mutex);
-        if (advance) advance(block * kBlock, pairs);
-      }
+  on_threads(threads, [&](const std::atomic<bool>& failed) {
+    const auto trier = std::make_unique<Trier>(function);
+    PairCount own;
+    // Each block has random numbers of its own, whichever thread tries it.
+    for (uint64_t block; !stop && !failed && (block = next++) < blocks;) {
+      trier->try_block({Random{seed * 0x100000001B3u + block}.next()}, own);
+      if (block % 256 != 0) continue;
       const std::lock_guard lock(mutex);
-      all.tried += own.tried;
-      all.by_mpfr += own.by_mpfr;
-      all.not_nearest += own.not_nearest;
-      all.wrong.insert(all.wrong.end(), own.wrong.begin(), own.wrong.end());
-    } catch (...) {
-      const std::lock_guard lock(mutex);
-      failure = std::current_exception();
+      if (advance) advance(block * kBlock, pairs);
     }
-    mpfr_free_cache();
-  };
-  std::vector<std::thread> workers;
-  for (int i = 1; i < threads; ++i) workers.emplace_back(work);
-  work();
-  for (std::thread& worker : workers) worker.join();
-  if (failure) std::rethrow_exception(failure);
+    const std::lock_guard lock(mutex);
+    all.tried += own.tried;
+    all.by_mpfr += own.by_mpfr;
+    all.not_nearest += own.not_nearest;
+    all.wrong.insert(all.wrong.end(), own.wrong.begin(), own.wrong.end());
+  });
   all.wrong.resize(std::min<size_t>(all.wrong.size(), kWorst));
   return all;
 }

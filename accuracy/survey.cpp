@@ -2,14 +2,13 @@
 #include "accuracy/survey.h"
 
 #include "accuracy/promises.h"
+#include "accuracy/workers.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
-#include <exception>
 #include <mutex>
-#include <thread>
 
 namespace bench {
 namespace {
@@ -240,30 +239,18 @@ std::vector<Statistics> survey(const std::vector<const Function*>& grades,
   std::atomic<size_t> next{0};
   std::mutex mutex;
   uint64_t done = 0;
-  std::exception_ptr failure;
-  const auto work = [&] {
-    try {
-      Surveyor surveyor(grades, arguments);
-      std::vector<Statistics> own(grades.size());
-      for (size_t i; !stop && (i = next++) < pieces.size();) {
-        surveyor.measure(pieces[i], own);
-        const std::lock_guard lock(mutex);
-        done += pieces[i].last - pieces[i].first;
-        if (advance) advance(done, arguments.size());
-      }
+  on_threads(threads, [&](const std::atomic<bool>& failed) {
+    Surveyor surveyor(grades, arguments);
+    std::vector<Statistics> own(grades.size());
+    for (size_t i; !stop && !failed && (i = next++) < pieces.size();) {
+      surveyor.measure(pieces[i], own);
       const std::lock_guard lock(mutex);
-      for (size_t g = 0; g < grades.size(); ++g) total[g].merge(own[g]);
-    } catch (...) {
-      const std::lock_guard lock(mutex);
-      failure = std::current_exception();
+      done += pieces[i].last - pieces[i].first;
+      if (advance) advance(done, arguments.size());
     }
-    mpfr_free_cache();
-  };
-  std::vector<std::thread> workers;
-  for (int i = 1; i < threads; ++i) workers.emplace_back(work);
-  work();
-  for (std::thread& worker : workers) worker.join();
-  if (failure) std::rethrow_exception(failure);
+    const std::lock_guard lock(mutex);
+    for (size_t g = 0; g < grades.size(); ++g) total[g].merge(own[g]);
+  });
   return total;
 }
 

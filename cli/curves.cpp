@@ -2,6 +2,7 @@
 #include "cli/curves.h"
 
 #include "accuracy/promises.h"
+#include "accuracy/workers.h"
 #include "catalog/intervals.h"
 #include "catalog/random.h"
 #include "cli/numbers.h"
@@ -10,7 +11,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <thread>
 
 constexpr int kColumns = 360;  // of an error curve
 
@@ -448,8 +448,8 @@ Panel error_panel(const Grades& grades, const CurveOptions& options) {
   std::vector<std::vector<double>> heights(grades.size(), std::vector<double>(kColumns, NAN));
   std::atomic<int> next{0};
   const std::atomic<bool> stop{false};
-  const auto work = [&] {
-    for (int column; (column = next++) < kColumns;) {
+  bench::on_threads(options.processors, [&](const std::atomic<bool>& failed) {
+    for (int column; !failed && (column = next++) < kColumns;) {
       const auto arguments =
           arguments_in_column(f, axis, fixed, column, std::max(1, options.samples / kColumns));
       if (arguments.empty()) continue;
@@ -457,11 +457,7 @@ Panel error_panel(const Grades& grades, const CurveOptions& options) {
       for (size_t g = 0; g < grades.size(); ++g)
         heights[g][size_t(column)] = measured_height(*grades[g], statistics[g]);
     }
-  };
-  std::vector<std::thread> workers;
-  for (int i = 1; i < options.processors; ++i) workers.emplace_back(work);
-  work();
-  for (std::thread& worker : workers) worker.join();
+  });
 
   std::vector<double> places(kColumns);
   for (int i = 0; i < kColumns; ++i) places[size_t(i)] = axis.place((i + 0.5) / kColumns);
