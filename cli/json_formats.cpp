@@ -302,6 +302,8 @@ const std::vector<JsonFormat>& json_formats() {
            {"rows[].libm_ratio", "how many times as long the plain loop takes"},
            {"rows[].libm_sse2_ratio", "and the one compiled with SSE2"},
            {"rows[].sleef_ratio", "how many times as long SLEEF takes"},
+           {"rows[].sleef_avx2_ratio", "and its AVX2 functions"},
+           {"rows[].sleef_avx512_ratio", "and its AVX-512 functions"},
            {"summary.goals", "rows beside a goal"},
            {"summary.met", "of them"},
            {"summary.mean_libm_ratio",
