@@ -72,7 +72,8 @@ Pair of_like_size(Random& random) {
   const float x = any_single(random);
   if (bits % 16 == 0) return {x, any_single(random)};
   const int apart = int(bits >> 8 & 63) - 32;
-  return {x, float(copysign(ldexp(1 + random.unit(), ilogbf(x) + apart), bits & 16 ? -1 : 1))};
+  const int exponent = std::clamp(ilogbf(x), -256, 256) + apart;  // of 0 and NaNs it is INT_MIN
+  return {x, float(copysign(ldexp(1 + random.unit(), exponent), bits & 16 ? -1 : 1))};
 }
 
 Pair any_pair(Random& random) { return {any_single(random), any_single(random)}; }
